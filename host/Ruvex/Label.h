@@ -1,0 +1,51 @@
+// Labels: what an object, a value or a container is called in a debugging view.
+#pragma once
+
+#include "Ruvex/Export.h"
+
+#include <concepts>
+#include <map>
+#include <string>
+
+namespace Ruvex {
+
+// A label object: a text on its way to a view.
+class RUVEX_API Label {
+public:
+    static Label create(const std::string& text) { return Label(text); }
+
+    const std::string& getText() const { return text_; }
+
+private:
+    explicit Label(const std::string& text) : text_(text) {}
+
+    std::string text_;
+};
+
+// The decimal text of a count.
+RUVEX_API std::string getLabel(const unsigned long& count);
+
+// "{empty}", "{1 element}" or "{n elements}", behind "map:" in debug mode.
+RUVEX_API std::string getMapLabel(unsigned long count);
+
+template <class T>
+concept Labelled = requires(const T& value) {
+    { value._getLabel() } -> std::convertible_to<std::string>;
+};
+
+template <Labelled T>
+std::string getLabel(const T& value) {
+    return value._getLabel();
+}
+
+template <Labelled T>
+std::string getLabel(const T* object) {
+    return object ? object->_getLabel() : "null";
+}
+
+template <class K, class V, class C>
+std::string getLabel(const std::map<K, V, C>& map) {
+    return getMapLabel(map.size());
+}
+
+} // namespace Ruvex

@@ -1,0 +1,55 @@
+// A slot that holds a copy of a value, and the records of maps: one slot an entry, named by its key.
+#pragma once
+
+#include "Ruvex/Record.h"
+#include "Ruvex/Utility.h"
+
+namespace Ruvex {
+
+inline bool hasRecord(const unsigned long&) { return false; }
+
+inline Record* getRecord(const unsigned long&) { return nullptr; }
+
+template <Labelled T>
+bool hasRecord(const T& value) {
+    return value._hasRecord();
+}
+
+template <Labelled T>
+Record* getRecord(const T& value) {
+    return value._getRecord();
+}
+
+template <class K, class V, class C>
+bool hasRecord(const std::map<K, V, C>& map) {
+    return isDebug() && !map.empty();
+}
+
+template <class K, class V, class C>
+Record* getRecord(const std::map<K, V, C>& map);
+
+template <class T>
+class StandardSlot : public Slot {
+public:
+    explicit StandardSlot(const T& value) : value_(value) {}
+
+    const T& getValue() const { return value_; }
+    std::string getDataLabel() const override { return getLabel(value_); }
+    Record* getDataRecord() const override { return getRecord(value_); }
+    bool isTerminal() const override { return !hasRecord(value_); }
+
+private:
+    T value_;
+};
+
+template <class K, class V, class C>
+Record* getRecord(const std::map<K, V, C>& map) {
+    if (!hasRecord(map))
+        return nullptr;
+    auto record = std::make_unique<Record>(getLabel(map));
+    for (const auto& [key, value] : map)
+        record->add(getLabel(key), new StandardSlot<V>(value));
+    return record.release();
+}
+
+} // namespace Ruvex
