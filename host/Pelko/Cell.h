@@ -1,0 +1,96 @@
+// The cell: the design under analysis, and the owner of its poles and edges. The global `cell` is the one
+// that tools work on.
+//
+// Poles and edges carry dense indices in order of creation; collections read them in that order. An ended
+// object's index is not given again, so that an index always means the same object; `getPoleBound()` sizes a
+// table by index.
+#pragma once
+
+#include "Pelko/Edges.h"
+#include "Pelko/Object.h"
+
+#include <cstdint>
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+namespace Pelko {
+
+class Module;
+class Pin;
+
+class PELKO_API Cell : public Object {
+public:
+    // FactoryFailed: "Empty cell name".
+    static Cell* create(const std::string& name);
+
+    const std::string& getName() const { return name_; }
+    Module* getModule() const { return module_.get(); }
+    Poles getPoles() const { return poles_.getView(); }
+    Edges getEdges() const { return edges_.getView(); }
+    // The pin's main pole, or null (also for a null pin).
+    Pole* getMainPole(const Pin* pin) const;
+    // For a clock pin, the data poles whose timing checks it closes. Empty for a null pin.
+    Poles getAuxiliaryPoles(const Pin* pin) const;
+
+    // One past the greatest index.
+    std::uint32_t getPoleBound() const { return poles_.getBound(); }
+    std::uint32_t getEdgeBound() const { return edges_.getBound(); }
+    // Makes room, where the numbers are known beforehand.
+    void reserve(std::size_t poles, std::size_t edges);
+
+    std::string getClass() const override;
+    std::string getAlias() const override { return name_; }
+    // False while an analyzer works on the cell.
+    bool isDestroyable() const override;
+
+    ~Cell() override;
+
+protected:
+    explicit Cell(const std::string& name);
+    void preDestroy() override;
+
+private:
+    friend class Analyzer;
+    friend class Edge;
+    friend class Pole;
+
+    // Objects by index; null where one has ended.
+    template <class T>
+    class Table {
+    public:
+        std::uint32_t add(T* object) {
+            objects_.push_back(object);
+            ++live_;
+            return static_cast<std::uint32_t>(objects_.size() - 1);
+        }
+        void remove(std::uint32_t index) {
+            objects_[index] = nullptr;
+            --live_;
+        }
+        Ruvex::Collection<T*> getView() const {
+            return Ruvex::MemoryCollection<T*>(objects_.data(), objects_.data() + objects_.size(), live_);
+        }
+        std::uint32_t getBound() const { return static_cast<std::uint32_t>(objects_.size()); }
+        std::vector<T*>& getObjects() { return objects_; }
+
+    private:
+        std::vector<T*> objects_;
+        std::uint32_t live_ = 0;
+    };
+
+    void add(Pole* pole, const std::string& name);
+    void remove(Pole* pole);
+    const std::string* findName(const Pole* pole) const;
+
+    std::string name_;
+    std::unique_ptr<Module> module_;
+    Table<Pole> poles_;
+    Table<Edge> edges_;
+    std::unordered_map<std::uint32_t, std::string> names_; // of the poles that have one, by index
+    unsigned analyzers_ = 0;
+};
+
+extern PELKO_API Cell* cell;
+
+} // namespace Pelko

@@ -1,0 +1,98 @@
+#include "Pelko/Edge.h"
+
+#include "Pelko/Cell.h"
+#include "Ruvex/Refusal.h"
+#include "Ruvex/StandardSlot.h"
+
+#include <memory>
+
+namespace Pelko {
+
+namespace {
+
+detail::Pool<sizeof(Edge), alignof(Edge)> pool;
+
+} // namespace
+
+void* Edge::operator new(std::size_t) { return pool.take(); }
+
+void Edge::operator delete(void* place) { pool.release(place); }
+
+Edge::Edge(Pole* source, Pole* target, const Delay& minimum, const Delay& maximum)
+    : source_(source), target_(target), minDelay_(int(minimum)), maxDelay_(int(maximum)) {}
+
+void Edge::preCreate(const Pole* source, const Pole* target) {
+    const auto require = [](bool condition, unsigned line, const char* message) {
+        Ruvex::require<Ruvex::FactoryFailed>(condition, "Edge", "preCreate", line, message);
+    };
+    require(source, 1, "Null source");
+    require(target, 2, "Null target");
+    require(source != target, 3, "Edge from a pole to itself");
+    require(source->getCell() == target->getCell(), 4, "Poles of two cells");
+    require(!target->getIncomingEdge(source), 5, "Edge exists already");
+}
+
+Edge* Edge::create(Pole* source, Pole* target, const Delay& minimum, const Delay& maximum) {
+    preCreate(source, target);
+    auto* edge = new Edge(source, target, minimum, maximum);
+    edge->link();
+    edge->postCreate();
+    return edge;
+}
+
+void Edge::link() {
+    sourcePosition_ = source_->outgoing_.push(
+        this, [](Edge* edge, std::uint32_t position) { edge->sourcePosition_ = position; });
+    targetPosition_ = target_->incoming_.push(
+        this, [](Edge* edge, std::uint32_t position) { edge->targetPosition_ = position; });
+    index_ = source_->getCell()->edges_.add(this);
+}
+
+void Edge::unlink() {
+    source_->outgoing_.remove(sourcePosition_);
+    target_->incoming_.remove(targetPosition_);
+    source_->getCell()->edges_.remove(index_);
+}
+
+void Edge::preDestroy() {
+    Object::preDestroy();
+    unlink();
+}
+
+bool Edge::isDestroyable() const { return references_ == 0; }
+
+void Edge::setMinDutyCycle(unsigned long percentage) {
+    Ruvex::require<Ruvex::InvalidRequest>(percentage <= 100, "Edge", "setMinDutyCycle", 6,
+                                          "Duty cycle above 100");
+    minDutyCycle_ = static_cast<std::uint8_t>(percentage);
+}
+
+void Edge::clearResults() {
+    maskBits_ = 0;
+    weight_ = 0;
+    slack_ = Delay::undefinedValue;
+    minDutyCycle_ = 100;
+}
+
+std::string Edge::getClass() const { return "Edge"; }
+
+std::string Edge::getAlias() const { return source_->getName() + " -> " + target_->getName(); }
+
+Ruvex::Record* Edge::_getRecord() const {
+    std::unique_ptr<Ruvex::Record> record(Object::_getRecord());
+    if (!record)
+        return nullptr;
+    record->addHeader("Edge");
+    record->add("Source", source_->_getSlot());
+    record->add("Target", target_->_getSlot());
+    record->add("MinDelay", getMinDelay()._getSlot());
+    record->add("MaxDelay", getMaxDelay()._getSlot());
+    record->add("Active", new Ruvex::StandardSlot<unsigned long>(active_));
+    record->add("PseudoMask", getPseudoMask()._getSlot());
+    record->add("Slack", getSlack()._getSlot());
+    record->add("Weight", new Ruvex::StandardSlot<unsigned long>(weight_));
+    record->add("MinDutyCycle", new Ruvex::StandardSlot<unsigned long>(minDutyCycle_));
+    return record.release();
+}
+
+} // namespace Pelko

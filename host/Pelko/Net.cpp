@@ -1,0 +1,26 @@
+#include "Pelko/Net.h"
+
+#include "Pelko/Module.h"
+#include "Ruvex/Refusal.h"
+
+namespace Pelko {
+
+Net::~Net() = default;
+
+Net* Net::create(Module* module, const std::string& name) {
+    const auto require = [](bool condition, unsigned line, const char* message) {
+        Ruvex::require<Ruvex::FactoryFailed>(condition, "Net", "create", line, message);
+    };
+    require(module, 1, "Null module");
+    require(!name.empty(), 2, "Empty net name");
+    require(!module->getNet(name), 3, "Net exists already");
+    auto* net = new Net(module, name);
+    module->nets_.emplace_back(net);
+    module->netsByName_.emplace(name, net);
+    net->postCreate();
+    return net;
+}
+
+std::string Net::getClass() const { return "Net"; }
+
+} // namespace Pelko

@@ -1,0 +1,96 @@
+#include "Pelko/Object.h"
+
+#include "Pelko/Issue.h"
+#include "Ruvex/Console.h"
+#include "Ruvex/Record.h"
+#include "Ruvex/Refusal.h"
+#include "Ruvex/Utility.h"
+
+#include <algorithm>
+#include <cxxabi.h>
+#include <memory>
+#include <sstream>
+#include <typeinfo>
+#include <vector>
+
+namespace Pelko {
+
+namespace {
+
+unsigned long lastStamp = 0;
+std::vector<ObjectListener*> listeners;
+
+// A listener may come or go while others are told: the walk is by index, over what is there by then.
+template <class Tell>
+void tellListeners(Tell tell) {
+    for (std::size_t i = 0; i < listeners.size(); ++i)
+        tell(*listeners[i]);
+}
+
+} // namespace
+
+ObjectListener::~ObjectListener() = default;
+
+void ObjectListener::onCreated(Object*) {}
+
+void ObjectListener::onDestroyed(Object*) {}
+
+Object::Object() : stamp_(++lastStamp) {}
+
+Object::~Object() = default;
+
+std::string Object::_getLabel() const { return getClass() + " " + getAlias(); }
+
+Ruvex::Slot* Object::_getSlot() const { return new Ruvex::ObjectSlot<Object>(this); }
+
+Ruvex::Record* Object::_getRecord() const { return _hasRecord() ? new Ruvex::Record(_getLabel()) : nullptr; }
+
+bool Object::_hasRecord() const { return Ruvex::isDebug(); }
+
+std::string Object::getClass() const {
+    int status = 0;
+    const std::unique_ptr<char, void (*)(void*)> name(
+        abi::__cxa_demangle(typeid(*this).name(), nullptr, nullptr, &status), std::free);
+    const std::string full = status == 0 ? name.get() : typeid(*this).name();
+    return full.substr(full.rfind(':') == std::string::npos ? 0 : full.rfind(':') + 1);
+}
+
+std::string Object::getAlias() const { return "#" + std::to_string(stamp_); }
+
+std::string Object::getReprLabel() const { return getAlias(); }
+
+void Object::printDetails() const {
+    Ruvex::console.print(_getLabel(), "");
+    if (const std::unique_ptr<Ruvex::Record> record{_getRecord()}) {
+        std::ostringstream text;
+        record->print(text);
+        Ruvex::console.print(text.str(), "");
+    }
+}
+
+void Object::check(Issue&) const {}
+
+void Object::preDestroy() {
+    tellListeners([this](ObjectListener& listener) { listener.onDestroyed(this); });
+}
+
+void Object::destroy() {
+    if (!isDestroyable())
+        Ruvex::refuse<Ruvex::InvalidRequest>("Object", "destroy", 1, "Not destroyable: " + _getLabel());
+    preDestroy();
+    delete this;
+}
+
+void Object::postCreate() {
+    tellListeners([this](ObjectListener& listener) { listener.onCreated(this); });
+}
+
+void Object::addListener(ObjectListener* listener) {
+    Ruvex::require<Ruvex::InvalidRequest>(listener, "Object", "addListener", 2, "Null listener");
+    if (std::find(listeners.begin(), listeners.end(), listener) == listeners.end())
+        listeners.push_back(listener);
+}
+
+void Object::removeListener(ObjectListener* listener) { std::erase(listeners, listener); }
+
+} // namespace Pelko

@@ -1,0 +1,91 @@
+// The base of database objects.
+//
+// Every object has a creation stamp, unique in the process; `StampLess` orders objects by it, and null before
+// all. Every ordered set or map of objects is ordered so, never by address.
+//
+// Lifecycle: a class's static `create(...)` calls its `preCreate(...)` (checks the arguments, may throw),
+// allocates, and calls `postCreate()`; `destroy()` calls `preDestroy()` and deletes. Objects are made and
+// ended in no other way. Listeners hear of an object after `postCreate()`, when it is whole, and in
+// `preDestroy()`, while it still is.
+//
+// The order of the virtual operations is part of the interface.
+#pragma once
+
+#include "Ruvex/Exception.h"
+#include "Ruvex/Export.h"
+#include "Ruvex/Slot.h"
+
+#include <set>
+#include <string>
+
+namespace Pelko {
+
+class Issue;
+class Object;
+
+class PELKO_API ObjectListener {
+public:
+    virtual ~ObjectListener();
+    virtual void onCreated(Object* object);
+    // The object, and what it refers to, can still be read.
+    virtual void onDestroyed(Object* object);
+};
+
+class PELKO_API Object {
+public:
+    struct StampLess {
+        bool operator()(const Object* a, const Object* b) const {
+            if (!a || !b)
+                return !a && b;
+            return a->stamp_ < b->stamp_;
+        }
+    };
+
+    Object(const Object&) = delete;
+    Object& operator=(const Object&) = delete;
+    virtual ~Object();
+
+    // The class and the alias: "Pole u1/A".
+    virtual std::string _getLabel() const;
+    virtual Ruvex::Slot* _getSlot() const;
+    // Null outside debug mode. The caller owns it.
+    virtual Ruvex::Record* _getRecord() const;
+    virtual bool _hasRecord() const;
+    // The name of the object's class, without its namespace.
+    virtual std::string getClass() const;
+    // What the object is called in messages.
+    virtual std::string getAlias() const;
+    virtual std::string getReprLabel() const;
+    virtual bool isDestroyable() const { return true; }
+    // Prints the label and the record on the console.
+    virtual void printDetails() const;
+    // Adds what is inconsistent about the object.
+    virtual void check(Issue& issue) const;
+
+protected:
+    virtual void preDestroy();
+
+public:
+    virtual bool isTouchable() const { return false; }
+
+    unsigned long getStamp() const { return stamp_; }
+    // Throws InvalidRequest "Not destroyable: " and the label where `isDestroyable()` is false, and leaves
+    // the object as it is.
+    void destroy();
+
+    // A listener is heard from now on, in the order of adding. It must outlive its stay; adding twice counts
+    // once.
+    static void addListener(ObjectListener* listener);
+    static void removeListener(ObjectListener* listener);
+
+protected:
+    Object();
+
+    static void preCreate() {}
+    void postCreate();
+
+private:
+    unsigned long stamp_;
+};
+
+} // namespace Pelko

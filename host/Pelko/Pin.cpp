@@ -1,0 +1,70 @@
+#include "Pelko/Pin.h"
+
+#include "Pelko/Module.h"
+#include "Pelko/Pole.h"
+#include "Ruvex/Refusal.h"
+
+namespace Pelko {
+
+namespace {
+
+void require(bool condition, unsigned line, const char* message) {
+    Ruvex::require<Ruvex::FactoryFailed>(condition, "Pin", "create", line, message);
+}
+
+} // namespace
+
+Pin::Pin(Module* module, Instance* instance, const std::string& name, Direction direction)
+    : module_(module), instance_(instance), name_(name), direction_(direction) {}
+
+Pin::~Pin() = default;
+
+Pin* Pin::create(Instance* instance, const std::string& name, Direction direction) {
+    require(instance, 1, "Null instance");
+    require(!name.empty(), 2, "Empty pin name");
+    require(!instance->getPin(name), 3, "Pin exists already");
+    auto* pin = new Pin(instance->getModule(), instance, name, direction);
+    pin->module_->pins_.emplace_back(pin);
+    instance->pins_.emplace(name, pin);
+    pin->postCreate();
+    return pin;
+}
+
+Pin* Pin::create(Module* module, const std::string& name, Direction direction) {
+    require(module, 4, "Null module");
+    require(!name.empty(), 2, "Empty pin name");
+    auto* pin = new Pin(module, nullptr, name, direction);
+    module->pins_.emplace_back(pin);
+    pin->postCreate();
+    return pin;
+}
+
+std::string Pin::getName() const { return instance_ ? instance_->getName() + "/" + name_ : name_; }
+
+void Pin::connect(Net* net) {
+    Ruvex::require<Ruvex::InvalidRequest>(!net || net->getModule() == module_, "Pin", "connect", 5,
+                                          "Net of another module");
+    if (net_ && direction_ == Direction::Receiver)
+        net_->receivers_.remove(this);
+    net_ = net;
+    if (net_ && direction_ == Direction::Receiver)
+        net_->receivers_.push_back(this);
+}
+
+void Pin::addPole(Pole* pole) {
+    if (!mainPole_)
+        mainPole_ = pole;
+}
+
+void Pin::addAuxiliaryPole(Pole* pole) { auxiliaryPoles_.push_back(pole); }
+
+void Pin::remove(const Pole* pole) {
+    if (mainPole_ == pole)
+        mainPole_ = nullptr;
+    else
+        std::erase(auxiliaryPoles_, pole);
+}
+
+std::string Pin::getClass() const { return "Pin"; }
+
+} // namespace Pelko
