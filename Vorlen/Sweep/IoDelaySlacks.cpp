@@ -1,0 +1,72 @@
+// Slacks of ports: the worst setup and hold slack at the input ports that launch the subdomain and the output
+// ports that latch it, over plain timing and every exception. The host keeps the worst a port over all
+// subdomains.
+#include "Vorlen/Sweep/Sides.h"
+
+namespace Vorlen {
+
+using Pelko::Delay;
+using Pelko::Edge;
+using Pelko::Pole;
+using Pelko::PseudoMask;
+
+namespace {
+
+struct PortSlacks {
+    Delay longest = Delay::getMaximum();
+    Delay shortest = Delay::getMaximum();
+
+    void add(Sweep& sweep, Edge* edge, const TimingMap& arrivals) {
+        for (const auto& [key, timing] : arrivals) {
+            const PseudoMask mask(key);
+            add(sweep, edge, mask, timing, nullptr);
+            for (Pelko::CPath* cpath : Pelko::analyzer->getCPaths(mask))
+                add(sweep, edge, mask, timing, cpath);
+        }
+    }
+
+    void merge(Pole* port) const {
+        LongSide::mergePortSlack(port, longest);
+        ShortSide::mergePortSlack(port, shortest);
+    }
+
+private:
+    void add(Sweep& sweep, Edge* edge, const PseudoMask& mask, const Timing& timing, Pelko::CPath* cpath) {
+        keep(longest, sweep.calculateLSlack(edge, mask, timing.getMaximumDelay(), cpath));
+        keep(shortest, sweep.calculateSSlack(edge, mask, timing.getMinimumDelay(), cpath));
+    }
+
+    static void keep(Delay& worst, const Delay& slack) {
+        if (slack.isDefined() && slack < worst)
+            worst = slack;
+    }
+};
+
+} // namespace
+
+void Sweep::iodelaySlackAnalyze() {
+    const auto addEdge = [this](PortSlacks& slacks, Edge* edge) {
+        if (const auto arrivals = dataATMapMap.find(edge->getSource()); arrivals != dataATMapMap.end())
+            slacks.add(*this, edge, arrivals->second);
+    };
+    if (subdomain->getLaunchRoot())
+        for (Pole* leaf : subdomain->getLaunchLeaves()) {
+            if (!leaf->isInput())
+                continue;
+            PortSlacks slacks;
+            for (Edge* edge : leaf->getOutgoingEdges())
+                addEdge(slacks, edge);
+            slacks.merge(leaf);
+        }
+    if (subdomain->getLatchRoot())
+        for (Pole* leaf : subdomain->getLatchLeaves()) {
+            if (!leaf->isOutput())
+                continue;
+            PortSlacks slacks;
+            for (Edge* edge : leaf->getIncomingEdges())
+                addEdge(slacks, edge);
+            slacks.merge(leaf);
+        }
+}
+
+} // namespace Vorlen

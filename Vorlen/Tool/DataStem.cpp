@@ -1,0 +1,109 @@
+// The data stems: for every end point, the launch poles that reach it. Each such pair goes to domain
+// creation.
+//
+// A pole is marked when its whole fan-in has been walked (the clock walk marks before): end points are
+// reached again from other end points. The walk stops at inputs, clock poles and clock sources, so registers
+// launch from their clock pins.
+#include "Pelko/Analyzer.h"
+#include "Pelko/Cell.h"
+#include "Vorlen/Tool.h"
+#include "Vorlen/detail/EventPump.h"
+#include "Vorlen/detail/Messages.h"
+#include "Vorlen/detail/StemMerge.h"
+#include "Vorlen/detail/Walk.h"
+
+namespace Vorlen {
+
+namespace {
+
+class DataVisitor {
+public:
+    DataVisitor(Tool& tool, StemPoleSetMap& work, unsigned long& loops)
+        : tool_(tool), work_(work), loops_(loops) {}
+
+    bool enter(Pelko::Pole* pole) {
+        if (pole->isMarked())
+            return false;
+        tool_.loopPush(pole);
+        if (isLaunch(pole))
+            work_[pole].insert(pole);
+        return true;
+    }
+
+    Pelko::Edges fan(const Pelko::Pole* pole) const {
+        return isLaunch(pole) ? Pelko::Edges() : pole->getIncomingEdges();
+    }
+
+    Pelko::Pole* follow(const Pelko::Edge* edge) {
+        if (!edge->isActive())
+            return nullptr;
+        Pelko::Pole* source = edge->getSource();
+        if (!tool_.isLooping(source))
+            return source;
+        ++loops_;
+        tool_.loopCutting(source);
+        return nullptr;
+    }
+
+    void back(Pelko::Edge* edge) { merge_(edge, work_); }
+
+    void leave(Pelko::Pole* pole) {
+        tool_.loopPop();
+        pole->mark();
+        pump_();
+    }
+
+private:
+    static bool isLaunch(const Pelko::Pole* pole) {
+        return pole->isInput() || pole->isClock() || pole->isClockSource();
+    }
+
+    Tool& tool_;
+    StemPoleSetMap& work_;
+    unsigned long& loops_;
+    detail::StemMerge merge_;
+    detail::WalkPump pump_;
+};
+
+bool isEndPoint(const Pelko::Pole* pole) { return pole->isOutput() || pole->isCheck(); }
+
+// Whether a later walk may still come back over an arc from this pole, and merge its stem.
+bool isPassedOn(const Pelko::Pole* pole) {
+    for (const Pelko::Edge* edge : pole->getOutgoingEdges())
+        if (edge->isActive())
+            return true;
+    return false;
+}
+
+} // namespace
+
+void Tool::dataStem(const StemPoleSetMap& clockStems) {
+    const detail::MarkGuard guard;
+    loopOpen();
+    StemPoleSetMap work;
+    unsigned long loops = 0;
+    DataVisitor visitor(*this, work, loops);
+    detail::Walk walk;
+    for (Pelko::Pole* pole : Pelko::cell->getPoles()) {
+        if (!isEndPoint(pole))
+            continue;
+        walk.run(pole, visitor);
+        Pelko::Pole* latch = pole->getMainPole();
+        for (Pelko::Pole* launch : work[pole])
+            createDomains(clockStems, launch, latch);
+        if (!isPassedOn(pole))
+            work.erase(pole);
+    }
+    loopClose();
+    Pelko::analyzer->unmark();
+    warnOfLoops(detail::messages::dataLoops, loops);
+}
+
+void Tool::dataStem(Pelko::Pole* pole, StemPoleSetMap& work, unsigned long& loops) {
+    DataVisitor visitor(*this, work, loops);
+    detail::Walk().run(pole, visitor);
+}
+
+void Tool::updateStemPoleSetMap(Pelko::Edge* edge, StemPoleSetMap& work) { detail::StemMerge()(edge, work); }
+
+} // namespace Vorlen

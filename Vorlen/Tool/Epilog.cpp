@@ -1,0 +1,46 @@
+// The epilogue: marks the poles that touch a failing or zero slack, and remarks on domains whose reported
+// paths run through a clock pole. The remark is not muted.
+#include "Pelko/Analyzer.h"
+#include "Pelko/Cell.h"
+#include "Pelko/Edge.h"
+#include "Pelko/Path.h"
+#include "Ruvex/Console.h"
+#include "Vorlen/Tool.h"
+#include "Vorlen/detail/Messages.h"
+
+namespace Vorlen {
+
+using Pelko::Delay;
+
+namespace {
+
+bool touchesFailure(const Pelko::Edges& edges) {
+    for (const Pelko::Edge* edge : edges) {
+        const Delay slack = edge->getSlack();
+        if (slack.isDefined() && int(slack) <= int(Delay(0)))
+            return true;
+    }
+    return false;
+}
+
+// A path that only starts at a clock pole does not cross one.
+bool crossClock(const Ruvex::Collection<Pelko::Path*>& paths) {
+    for (const Pelko::Path* path : paths)
+        for (const Pelko::Edge* edge : path->getEdges())
+            if (edge->getTarget()->isClock())
+                return true;
+    return false;
+}
+
+} // namespace
+
+void Tool::epilog() {
+    for (Pelko::Pole* pole : Pelko::cell->getPoles())
+        if (touchesFailure(pole->getIncomingEdges()) || touchesFailure(pole->getOutgoingEdges()))
+            pole->mark();
+    for (const Pelko::Domain* domain : Pelko::analyzer->getDomains())
+        if (crossClock(domain->getLongestPaths()) || crossClock(domain->getShortestPaths()))
+            Ruvex::console.remark(domain->getAlias() + detail::messages::intermediateClock, "");
+}
+
+} // namespace Vorlen

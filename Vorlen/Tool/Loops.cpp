@@ -1,0 +1,77 @@
+// The loop protocol: the poles of the current descent, as a stack and as a set, and how a loop that closes on
+// it is broken.
+//
+// A push, a pop and a look cost a logarithm of the depth; a cut costs a walk of the loop.
+#include "Pelko/Edge.h"
+#include "Vorlen/Tool.h"
+#include "Vorlen/detail/Faults.h"
+
+#include <iterator>
+
+namespace Vorlen {
+
+using detail::Fault;
+using detail::require;
+
+void Tool::loopOpen() {
+    require(!loopOpen_, Fault::LoopAlreadyOpened);
+    loopOpen_ = true;
+}
+
+void Tool::loopPush(Pelko::Pole* pole) {
+    require(pole, Fault::PushNullPole);
+    loopStack_.push_front(pole);
+    loopPoleSet_.insert(pole);
+}
+
+void Tool::loopPop() {
+    require(!loopStack_.empty(), Fault::LoopEmptyStack);
+    loopPoleSet_.erase(loopStack_.front());
+    loopStack_.pop_front();
+}
+
+bool Tool::isLooping(Pelko::Pole* pole) const {
+    require(pole, Fault::LoopingNullPole);
+    return loopPoleSet_.count(pole) != 0;
+}
+
+// Walks go backwards, so of two neighbours on the stack the upper one is a source of the lower. The cut falls
+// on the merge point nearest to the top that is no clock pole: the arc by which the walk entered it goes. The
+// pair below the loop counts too.
+void Tool::loopCutting(Pelko::Pole* pole) {
+    require(isLooping(pole), Fault::CuttingNoLooping);
+    for (auto upper = loopStack_.begin();; ++upper) {
+        const auto lower = std::next(upper);
+        if (lower == loopStack_.end())
+            return;
+        const bool isMerge = !Ruvex::TailCollection<Pelko::Edge*>((*lower)->getIncomingEdges()).isEmpty();
+        if (!isMerge) {
+            (*upper)->unmark();
+        } else if (!(*lower)->isClock()) {
+            if (Pelko::Edge* edge = (*lower)->getIncomingEdge(*upper))
+                edge->disactivate();
+            return;
+        }
+        if (*upper == pole)
+            break;
+    }
+    for (Pelko::Pole* stacked : loopStack_)
+        stacked->mark();
+}
+
+Ruvex::Collection<Pelko::Pole*> Tool::getLoopPoles() const {
+    return Ruvex::ListCollection<Pelko::Pole*>(loopStack_);
+}
+
+void Tool::loopClose() {
+    require(loopOpen_, Fault::LoopNotOpened);
+    reset();
+}
+
+void Tool::reset() {
+    loopPoleSet_.clear();
+    loopStack_.clear();
+    loopOpen_ = false;
+}
+
+} // namespace Vorlen

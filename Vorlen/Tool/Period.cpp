@@ -1,0 +1,57 @@
+// The period that a clock achieves: the latest arrival of each of its same-clock subdomains, scaled to a
+// whole period where data has only one phase of the clock; the largest decides.
+#include "Pelko/Analyzer.h"
+#include "Pelko/Subdomain.h"
+#include "Vorlen/Tool.h"
+#include "Vorlen/detail/Faults.h"
+
+namespace Vorlen {
+
+using Pelko::ClockMode;
+using Pelko::Delay;
+
+namespace {
+
+// How many phases make a period: whole ones, by unsigned division (a duty ratio of 40 counts as 2). 1 for a
+// duty ratio that leaves no phase.
+double phaseFactor(const Pelko::Subdomain& subdomain, unsigned long dutyRatio) {
+    const ClockMode::Code launch = subdomain.getLaunchClockMode().getCode();
+    const ClockMode::Code latch = subdomain.getLatchClockMode().getCode();
+    unsigned long phase = 100;
+    if (launch == ClockMode::Rising && latch == ClockMode::Falling)
+        phase = dutyRatio;
+    else if (launch == ClockMode::Falling && latch == ClockMode::Rising)
+        phase = 100 - dutyRatio;
+    return phase == 0 ? 1.0 : static_cast<double>(100 / phase);
+}
+
+Delay scale(const Delay& arrival, double factor) {
+    if (!arrival.isOrdinary())
+        return arrival;
+    return Delay::saturate(static_cast<std::int64_t>(int(arrival) * factor));
+}
+
+} // namespace
+
+Delay Tool::calculatePeriod(Pelko::Pole* clockSource) {
+    detail::require(clockSource, detail::Fault::NullClockSource);
+    const unsigned long dutyRatio = Pelko::analyzer->getDutyRatio(clockSource);
+    Delay best = Delay::getMinimum();
+    Pelko::Subdomain* decisive = nullptr;
+    for (const Pelko::Domain* domain : Pelko::analyzer->getDomains()) {
+        if (domain->getLaunchRoot() != clockSource || domain->getLatchRoot() != clockSource)
+            continue;
+        for (Pelko::Subdomain* subdomain : domain->getSubdomains()) {
+            const Delay period = scale(subdomain->getLAT(), phaseFactor(*subdomain, dutyRatio));
+            if (best < period) {
+                best = period;
+                decisive = subdomain;
+            }
+        }
+    }
+    if (decisive)
+        decisive->setDecisive(true);
+    return best == Delay::getMinimum() ? Delay::getUndefined() : best;
+}
+
+} // namespace Vorlen
