@@ -4,6 +4,7 @@
 
 #include "Pelko/Edge.h"
 #include "Pelko/Pole.h"
+#include "Vorlen/PoleMap.h"
 #include "Vorlen/Timing.h"
 
 #include <list>
@@ -23,10 +24,10 @@ using PoleList = std::list<Pelko::Pole*>;
 using EdgeList = std::list<Pelko::Edge*>;
 
 // Timing by pole.
-using PoleTimingMap = std::map<Pelko::Pole*, TimingMap, Pelko::Object::StampLess>;
+using PoleTimingMap = PoleMap<TimingMap>;
 // For a pole, the roots or sources that reach it: its stem.
 using StemPoleSetMap = std::map<Pelko::Pole*, PoleSet, Pelko::Object::StampLess>;
 // Path counts by pole; they wrap on very large graphs.
-using PoleCountMap = std::map<Pelko::Pole*, unsigned long, Pelko::Object::StampLess>;
+using PoleCountMap = PoleMap<unsigned long>;
 
 } // namespace Vorlen

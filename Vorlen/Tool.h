@@ -11,6 +11,7 @@
 #include "Pelko/Edges.h"
 #include "Pelko/Tool.h"
 #include "Vorlen/Export.h"
+#include "Vorlen/PoleFlags.h"
 #include "Vorlen/TimingMap.h"
 
 namespace Vorlen {
@@ -145,8 +146,8 @@ protected:
     void preDestroy() override;
 
 private:
-    PoleSet loopPoleSet_; // the poles of the stack
-    PoleList loopStack_;  // front: the top
+    PoleFlags loopPoleSet_; // the poles of the stack
+    PoleList loopStack_;    // front: the top
     bool loopOpen_ = false;
 };
 

@@ -1,6 +1,6 @@
 // The clock stems: for every clock pole, the clock sources and primary inputs that drive it.
 //
-// A pole is marked before its fan-in is walked, and walked once; stems are merged from the memo (StemMerge).
+// A pole is marked before its fan-in is walked, and walked once; stems are merged from the memo (StemMemo).
 // A clock pole is unmarked before its own walk, since an earlier one may have passed through it. The walk
 // does not stop at a clock pole on the way: a clock derived from another clock's register gets the stems of
 // that clock, and a remark.
@@ -10,17 +10,18 @@
 #include "Vorlen/Tool.h"
 #include "Vorlen/detail/EventPump.h"
 #include "Vorlen/detail/Messages.h"
-#include "Vorlen/detail/StemMerge.h"
+#include "Vorlen/detail/StemMemo.h"
 #include "Vorlen/detail/Walk.h"
 
 namespace Vorlen {
 
 namespace {
 
+template <class Stems>
 class ClockVisitor {
 public:
-    ClockVisitor(Tool& tool, StemPoleSetMap& work, unsigned long& loops)
-        : tool_(tool), work_(work), loops_(loops) {}
+    ClockVisitor(Tool& tool, Stems& stems, unsigned long& loops)
+        : tool_(tool), stems_(stems), loops_(loops) {}
 
     void setRoot(const Pelko::Pole* root) { root_ = root; }
 
@@ -30,7 +31,7 @@ public:
         pole->mark();
         tool_.loopPush(pole);
         if (isSource(pole))
-            work_[pole].insert(pole);
+            stems_.addSelf(pole);
         return true;
     }
 
@@ -53,7 +54,7 @@ public:
         return nullptr;
     }
 
-    void back(Pelko::Edge* edge) { merge_(edge, work_); }
+    void back(Pelko::Edge* edge) { stems_.pass(edge); }
 
     void leave(Pelko::Pole*) {
         tool_.loopPop();
@@ -64,10 +65,9 @@ private:
     static bool isSource(const Pelko::Pole* pole) { return pole->isInput() || pole->isClockSource(); }
 
     Tool& tool_;
-    StemPoleSetMap& work_;
+    Stems& stems_;
     unsigned long& loops_;
     const Pelko::Pole* root_ = nullptr;
-    detail::StemMerge merge_;
     detail::WalkPump pump_;
 };
 
@@ -88,7 +88,7 @@ void addPortStems(const Pelko::Poles& ports, StemPoleSetMap& stems, GetConstrain
 void Tool::clockStem(StemPoleSetMap& stems) {
     const detail::MarkGuard guard;
     loopOpen();
-    StemPoleSetMap work;
+    detail::PhaseStems work;
     unsigned long loops = 0;
     ClockVisitor visitor(*this, work, loops);
     detail::Walk walk;
@@ -97,8 +97,8 @@ void Tool::clockStem(StemPoleSetMap& stems) {
             pole->unmark();
             visitor.setRoot(pole);
             walk.run(pole, visitor);
-            if (const auto stem = work.find(pole); stem != work.end())
-                stems[pole] = stem->second;
+            if (const auto* stem = work.find(pole))
+                stems[pole] = PoleSet(stem->begin(), stem->end());
         }
         if (pole->isClockSource())
             stems[pole].insert(pole);
@@ -113,7 +113,8 @@ void Tool::clockStem(StemPoleSetMap& stems) {
 }
 
 void Tool::clockStem(Pelko::Pole* pole, StemPoleSetMap& work, Pelko::Pole* root, unsigned long& loops) {
-    ClockVisitor visitor(*this, work, loops);
+    detail::CallerStems stems(work);
+    ClockVisitor visitor(*this, stems, loops);
     visitor.setRoot(root);
     detail::Walk().run(pole, visitor);
 }

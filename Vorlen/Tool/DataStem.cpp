@@ -9,24 +9,24 @@
 #include "Vorlen/Tool.h"
 #include "Vorlen/detail/EventPump.h"
 #include "Vorlen/detail/Messages.h"
-#include "Vorlen/detail/StemMerge.h"
+#include "Vorlen/detail/StemMemo.h"
 #include "Vorlen/detail/Walk.h"
 
 namespace Vorlen {
 
 namespace {
 
+template <class Stems>
 class DataVisitor {
 public:
-    DataVisitor(Tool& tool, StemPoleSetMap& work, unsigned long& loops)
-        : tool_(tool), work_(work), loops_(loops) {}
+    DataVisitor(Tool& tool, Stems& stems, unsigned long& loops) : tool_(tool), stems_(stems), loops_(loops) {}
 
     bool enter(Pelko::Pole* pole) {
         if (pole->isMarked())
             return false;
         tool_.loopPush(pole);
         if (isLaunch(pole))
-            work_[pole].insert(pole);
+            stems_.addSelf(pole);
         return true;
     }
 
@@ -45,7 +45,7 @@ public:
         return nullptr;
     }
 
-    void back(Pelko::Edge* edge) { merge_(edge, work_); }
+    void back(Pelko::Edge* edge) { stems_.pass(edge); }
 
     void leave(Pelko::Pole* pole) {
         tool_.loopPop();
@@ -59,9 +59,8 @@ private:
     }
 
     Tool& tool_;
-    StemPoleSetMap& work_;
+    Stems& stems_;
     unsigned long& loops_;
-    detail::StemMerge merge_;
     detail::WalkPump pump_;
 };
 
@@ -80,7 +79,7 @@ bool isPassedOn(const Pelko::Pole* pole) {
 void Tool::dataStem(const StemPoleSetMap& clockStems) {
     const detail::MarkGuard guard;
     loopOpen();
-    StemPoleSetMap work;
+    detail::PhaseStems work;
     unsigned long loops = 0;
     DataVisitor visitor(*this, work, loops);
     detail::Walk walk;
@@ -89,10 +88,11 @@ void Tool::dataStem(const StemPoleSetMap& clockStems) {
             continue;
         walk.run(pole, visitor);
         Pelko::Pole* latch = pole->getMainPole();
-        for (Pelko::Pole* launch : work[pole])
-            createDomains(clockStems, launch, latch);
+        if (const auto* stem = work.find(pole))
+            for (Pelko::Pole* launch : *stem)
+                createDomains(clockStems, launch, latch);
         if (!isPassedOn(pole))
-            work.erase(pole);
+            work.release(pole);
     }
     loopClose();
     Pelko::analyzer->unmark();
@@ -100,10 +100,13 @@ void Tool::dataStem(const StemPoleSetMap& clockStems) {
 }
 
 void Tool::dataStem(Pelko::Pole* pole, StemPoleSetMap& work, unsigned long& loops) {
-    DataVisitor visitor(*this, work, loops);
+    detail::CallerStems stems(work);
+    DataVisitor visitor(*this, stems, loops);
     detail::Walk().run(pole, visitor);
 }
 
-void Tool::updateStemPoleSetMap(Pelko::Edge* edge, StemPoleSetMap& work) { detail::StemMerge()(edge, work); }
+void Tool::updateStemPoleSetMap(Pelko::Edge* edge, StemPoleSetMap& work) {
+    detail::CallerStems(work).pass(edge);
+}
 
 } // namespace Vorlen

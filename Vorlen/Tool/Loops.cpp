@@ -1,7 +1,7 @@
 // The loop protocol: the poles of the current descent, as a stack and as a set, and how a loop that closes on
 // it is broken.
 //
-// A push, a pop and a look cost a logarithm of the depth; a cut costs a walk of the loop.
+// A push, a pop and a look cost O(1); a cut costs a walk of the loop.
 #include "Pelko/Edge.h"
 #include "Vorlen/Tool.h"
 #include "Vorlen/detail/Faults.h"
@@ -32,7 +32,7 @@ void Tool::loopPop() {
 
 bool Tool::isLooping(Pelko::Pole* pole) const {
     require(pole, Fault::LoopingNullPole);
-    return loopPoleSet_.count(pole) != 0;
+    return loopPoleSet_.contains(pole);
 }
 
 // Walks go backwards, so of two neighbours on the stack the upper one is a source of the lower. The cut falls

@@ -10,11 +10,14 @@ namespace Vorlen::detail {
 // Between phases: asks the timer at once.
 void pump();
 
-// Inside a walk, once a pole. Reading the event timer costs more than a step of a walk, so the first call
-// asks it, and then one call every 10 ms of a clock that is cheap to read.
+// Inside a walk, once a pole. Reading the event timer costs more than a step of a walk: the first call asks
+// it, and after that every 64th call looks at a clock that is cheap to read, and asks the timer where 10 ms
+// have gone by.
 class WalkPump {
 public:
     void operator()() {
+        if (calls_++ % 64 != 0)
+            return;
         const long now = readClock();
         if (now < next_)
             return;
@@ -31,6 +34,7 @@ private:
         return time.tv_sec * 1000 + time.tv_nsec / 1'000'000;
     }
 
+    unsigned calls_ = 0;
     long next_ = 0;
 };
 

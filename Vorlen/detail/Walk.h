@@ -65,6 +65,8 @@ private:
         else
             for (Pelko::Edge* edge : fan)
                 edges_.push_back(edge);
+        for (std::size_t i = begin; i < edges_.size(); ++i)
+            __builtin_prefetch(edges_[i]);
         frames_.push_back({pole, via, begin, edges_.size()});
     }
 

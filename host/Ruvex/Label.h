@@ -4,7 +4,6 @@
 #include "Ruvex/Export.h"
 
 #include <concepts>
-#include <map>
 #include <string>
 
 namespace Ruvex {
@@ -43,8 +42,17 @@ std::string getLabel(const T* object) {
     return object ? object->_getLabel() : "null";
 }
 
-template <class K, class V, class C>
-std::string getLabel(const std::map<K, V, C>& map) {
+// A container of keys and values, iterated as pairs.
+template <class T>
+concept MapLike = requires(const T& map) {
+    typename T::key_type;
+    typename T::mapped_type;
+    map.begin()->second;
+    { map.size() } -> std::convertible_to<unsigned long>;
+};
+
+template <MapLike T>
+std::string getLabel(const T& map) {
     return getMapLabel(map.size());
 }
 

@@ -20,13 +20,13 @@ Record* getRecord(const T& value) {
     return value._getRecord();
 }
 
-template <class K, class V, class C>
-bool hasRecord(const std::map<K, V, C>& map) {
+template <MapLike T>
+bool hasRecord(const T& map) {
     return isDebug() && !map.empty();
 }
 
-template <class K, class V, class C>
-Record* getRecord(const std::map<K, V, C>& map);
+template <MapLike T>
+Record* getRecord(const T& map);
 
 template <class T>
 class StandardSlot : public Slot {
@@ -42,13 +42,13 @@ private:
     T value_;
 };
 
-template <class K, class V, class C>
-Record* getRecord(const std::map<K, V, C>& map) {
+template <MapLike T>
+Record* getRecord(const T& map) {
     if (!hasRecord(map))
         return nullptr;
     auto record = std::make_unique<Record>(getLabel(map));
     for (const auto& [key, value] : map)
-        record->add(getLabel(key), new StandardSlot<V>(value));
+        record->add(getLabel(key), new StandardSlot<typename T::mapped_type>(value));
     return record.release();
 }
 

@@ -35,7 +35,10 @@ LeafSet::~LeafSet() {
         Reference::remove(pole);
 }
 
+// A latch pole comes once for every launch pole that reaches it, so mostly the pole added last comes again.
 void LeafSet::add(Pole* pole) {
+    if (!order_.empty() && order_.back() == pole)
+        return;
     if (!members_.insert(pole).second)
         return;
     Reference::add(pole);
