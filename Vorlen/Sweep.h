@@ -30,7 +30,6 @@ namespace Vorlen {
 class VORLEN_API Sweep : public Pelko::Object {
 public:
     // --- Sweep/Object.cpp: the object, its look-ups, the complete sequence
-    // ------------------------------------------------
 
     // FactoryFailed: "Null subdomain".
     static Sweep* create(Pelko::Subdomain* subdomain);
@@ -56,7 +55,6 @@ public:
     void analyze();
 
     // --- Sweep/ClockArrival.cpp: when the clock edges reach the leaves
-    // ----------------------------------------------------
 
     void clockAnalyze();
     void clockAnalyze(Pelko::Pole* root, Pelko::Pole* pole, PoleSet& path, PoleTimingMap& clockAT);
@@ -64,7 +62,6 @@ public:
     void updateClockATMapMap(Pelko::Edge* edge, PoleTimingMap& clockAT);
 
     // --- Sweep/DataArrival.cpp: arrival times, forwards
-    // -------------------------------------------------------------------
 
     // InvalidRequest: "Not an output pole".
     void arrivalAnalyze();
@@ -73,7 +70,6 @@ public:
     void updateDataATMapMap(Pelko::Edge* edge);
 
     // --- Sweep/DataRequired.cpp: required times, backwards
-    // ----------------------------------------------------------------
 
     // InvalidRequest: "Not an input pole".
     void requireAnalyze();
@@ -82,7 +78,6 @@ public:
     void updateDataRTMapMap(Pelko::Edge* edge);
 
     // --- Sweep/PathSearch.cpp: the worst paths
-    // ----------------------------------------------------------------------------
 
     // Keep at most `count` paths of a slack up to `maximumSlack`. Exponential in the worst case: the bound is
     // the only pruning. InvalidRequest: "Undefined maximumSlack", "Multiple constraints".
@@ -95,12 +90,10 @@ public:
                              Pelko::Delay& arrival, const Pelko::Delay& bound, const unsigned long& count);
 
     // --- Sweep/IoDelaySlacks.cpp: slacks of ports
-    // -------------------------------------------------------------------------
 
     void iodelaySlackAnalyze();
 
     // --- Sweep/Slacks.cpp: slacks of arcs
-    // ---------------------------------------------------------------------------------
 
     // The slack of an arc for the classes in `mask`, when data arrives at its source at `arrival`; under an
     // exception where one is given. Undefined where the arc's target has no required time for them.
@@ -116,7 +109,6 @@ public:
     void tagSlacks();
 
     // --- Sweep/MapAlgebra.cpp: operations on timing maps
-    // ------------------------------------------------------------------
 
     // Removes every entry whose key shares a bit with the mask.
     void filter(const Pelko::PseudoMask& mask, TimingMap& map);
@@ -141,7 +133,6 @@ public:
     void freeSetupHold(const Pelko::Delay& setup, const Pelko::Delay& hold, TimingMap& map);
 
     // --- Sweep/Multicycle.cpp: exceptions that govern a map
-    // ---------------------------------------------------------------
 
     // Writes the arrival timing, scaled, under the class of every multicycle path in the mask, and unscaled
     // under none.

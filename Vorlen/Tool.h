@@ -19,7 +19,6 @@ namespace Vorlen {
 class VORLEN_API Tool : public Pelko::Tool {
 public:
     // --- Tool/Object.cpp: the tool itself
-    // ---------------------------------------------------------------------------------
 
     static Tool* create();
 
@@ -32,7 +31,6 @@ public:
     bool isExhaustive() const;
 
     // --- Tool/Launch.cpp: the phases in order
-    // -----------------------------------------------------------------------------
 
     // True when the run finished normally, also when it stopped after the domains because the analyzer says
     // so; false when an exception ended it. The exception is reported on the console; what was written so far
@@ -40,20 +38,17 @@ public:
     bool launch() override;
 
     // --- Tool/Prolog.cpp: constraints get their classes
-    // -------------------------------------------------------------------
 
     // InvalidRequest: "Null analyzer".
     void prolog();
 
     // --- Tool/PllFeedback.cpp: the delay of PLL feedback paths
-    // ------------------------------------------------------------
 
     void pllFeedbackStem();
     // The backward walk from one pole; `timing` is updated in place.
     void pllFeedbackStem(Pelko::Pole* pole, Timing& timing);
 
     // --- Tool/Domains.cpp: launch and latch pairs become domains
-    // ----------------------------------------------------------
 
     void createDomains();
     // The same, printing nothing.
@@ -63,14 +58,12 @@ public:
     void createDomains(const StemPoleSetMap& clockStems, Pelko::Pole* launch, Pelko::Pole* latch);
 
     // --- Tool/ClockStem.cpp: the clock roots behind every clock pole
-    // ------------------------------------------------------
 
     void clockStem(StemPoleSetMap& stems);
     // One step of the walk; `root` is the clock pole whose stem is sought, `loops` counts the loops met.
     void clockStem(Pelko::Pole* pole, StemPoleSetMap& work, Pelko::Pole* root, unsigned long& loops);
 
     // --- Tool/DataStem.cpp: the launch poles behind every end point
-    // -------------------------------------------------------
 
     // Costs a step for every pair of launch pole and end point, and for every pole the size of its stem.
     void dataStem(const StemPoleSetMap& clockStems);
@@ -97,7 +90,6 @@ public:
     void reset();
 
     // --- Tool/Relationship.cpp: setup and hold relations
-    // ------------------------------------------------------------------
 
     void updateRelationship();
     // The relations of two different clocks. Costs a logarithm of the periods. Periods that are not positive
@@ -107,7 +99,6 @@ public:
                                const Pelko::Delay& latchEdge);
 
     // --- Tool/ConstrainedPaths.cpp: the arcs that exceptions may use
-    // ------------------------------------------------------
 
     // Costs one walk of the fan-in of its targets for each exception.
     void tagConstrainedPaths();
@@ -115,7 +106,6 @@ public:
                              EdgeSet& tagged, bool& found, unsigned long& loops);
 
     // --- Tool/Weights.cpp: criticality classes of arcs
-    // --------------------------------------------------------------------
 
     // About `ratio` of all arcs count as critical.
     void tagWeights(float ratio);
@@ -127,13 +117,11 @@ public:
     void edgeBackwardStem(Pelko::Pole* pole, const Pelko::Delay& threshold, PoleCountMap& counts);
 
     // --- Tool/Period.cpp: what a clock achieves
-    // ---------------------------------------------------------------------------
 
     // Undefined where the source roots no same-clock domain. InvalidRequest: "Null clock source".
     Pelko::Delay calculatePeriod(Pelko::Pole* clockSource);
 
     // --- Tool/Epilog.cpp: marks and remarks for the user
-    // ------------------------------------------------------------------
 
     void epilog();
 

@@ -32,7 +32,6 @@ public:
     Cell* getCell() const { return cell_; }
 
     // --- Settings
-    // ---------------------------------------------------------------------------------------------------------
     // An opening banner, indentation, and a timed closing line. Off.
     bool isVerbose() const { return verbose_; }
     void setVerbose(bool set) { verbose_ = set; }
@@ -62,7 +61,6 @@ public:
     void setPathLimit(const Delay& limit);
 
     // --- Timing exceptions
-    // ------------------------------------------------------------------------------------------------
     const PseudoMask& getFalsePathMask() const { return falsePathMask_; }
     const PseudoMask& getMaxdelayPathMask() const { return maxdelayPathMask_; }
     const PseudoMask& getMindelayPathMask() const { return mindelayPathMask_; }
@@ -77,7 +75,6 @@ public:
     Ruvex::Collection<FPath*> getFalsePaths() const;
 
     // --- Domains
-    // ----------------------------------------------------------------------------------------------------------
     // In order of creation.
     Ruvex::Collection<Domain*> getDomains() const { return Ruvex::ListCollection<Domain*>(domains_); }
     // The domain of two roots, or null.
@@ -123,7 +120,6 @@ public:
     void setSourceLatency(Pole* root, const Delay& early, const Delay& late);
 
     // --- Ports
-    // ------------------------------------------------------------------------------------------------------------
     // The ports that have a constraint, defined or not, in stamp order.
     Poles getConstrainedInputs() const {
         return Ruvex::KeyCollection<Pole*, IOConstraint, StampLess>(inputs_);

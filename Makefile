@@ -1,0 +1,33 @@
+# make demo    builds and runs the example of an embedding host
+# make test    builds and runs all tests, plain and under the sanitizers
+# Both install what they need on Debian 12. CONTRIBUTING.md has the rest.
+
+.PHONY: demo test bench format coverage setup clean
+
+demo: setup
+	cmake --preset dev
+	cmake --build --preset dev --target embed
+	build/dev/examples/embed
+
+test: setup
+	cmake/test.sh dev asan
+
+bench: setup
+	cmake --preset release
+	cmake --build --preset release --target benches
+	@set -e; for bench in build/release/bench/*_bench; do echo "== $$bench"; $$bench; done
+
+format:
+	@command -v clang-format >/dev/null || { echo "make format: clang-format is not installed (apt-get install clang-format)"; exit 1; }
+	find host Vorlen tests bench examples -name '*.h' -o -name '*.cpp' | xargs clang-format -i
+
+coverage: setup
+	cmake --preset coverage
+	cmake --build --preset coverage
+	cmake --build --preset coverage --target coverage
+
+setup:
+	@cmake/setup.sh
+
+clean:
+	rm -rf build

@@ -1,0 +1,39 @@
+// Clocks and memory readings of the benchmarks.
+#pragma once
+
+#include <chrono>
+#include <cstdio>
+#include <unistd.h>
+
+namespace bench {
+
+class Stopwatch {
+public:
+    double seconds() const {
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
+    }
+
+private:
+    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+};
+
+// The memory that the process holds now, in bytes.
+inline double residentBytes() {
+    long pages = 0;
+    long resident = 0;
+    if (std::FILE* file = std::fopen("/proc/self/statm", "r")) {
+        if (std::fscanf(file, "%ld %ld", &pages, &resident) != 2)
+            resident = 0;
+        std::fclose(file);
+    }
+    return static_cast<double>(resident) * static_cast<double>(sysconf(_SC_PAGESIZE));
+}
+
+template <class Work>
+double timeOf(Work work) {
+    const Stopwatch watch;
+    work();
+    return watch.seconds();
+}
+
+} // namespace bench

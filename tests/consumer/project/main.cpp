@@ -1,0 +1,12 @@
+// Makes a tool over an empty design, and says its name.
+#include "Pelko/Model.h"
+#include "Vorlen/Tool.h"
+
+#include <iostream>
+
+int main() {
+    Pelko::Model model("consumer");
+    Vorlen::Tool* tool = Vorlen::Tool::create();
+    std::cout << tool->getAlias() << '\n';
+    tool->destroy();
+}
