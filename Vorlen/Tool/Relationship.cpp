@@ -103,7 +103,8 @@ private:
     bool exact_;
 };
 
-bool isPeriod(const Delay& delay) { return delay.isOrdinary() && int(delay) > 0; }
+// Positive, or not there.
+bool isPeriod(const Delay& delay) { return !delay.isDefined() || (delay.isOrdinary() && int(delay) > 0); }
 
 } // namespace
 
@@ -140,6 +141,18 @@ void Tool::calculateRelationship(Delay& setup, Delay& hold, const Delay& launchP
     const bool later = latchEdge < launchEdge;
     const Delay offset(later ? int(launchEdge - latchEdge) % int(latchPeriod)
                              : int(latchEdge - launchEdge) % int(launchPeriod));
+    if (!launchPeriod.isDefined() || !latchPeriod.isDefined()) {
+        // A missing period absorbs the other: there is no grid, and the offset alone decides.
+        const Delay best = launchPeriod == latchPeriod ? launchPeriod
+                           : later                     ? Delay::getMaximum()
+                                                       : Delay(0);
+        if (int(offset) == 0)
+            setup = Delay::getUndefined();
+        else
+            setup = later ? best - offset : offset - best;
+        hold = Delay::getUndefined();
+        return;
+    }
     const std::int64_t high = std::max(int(launchPeriod), int(latchPeriod));
     const std::int64_t low = std::min(int(launchPeriod), int(latchPeriod));
     const std::int64_t gap = low == high / (high / low) ? high % low : 0;

@@ -60,13 +60,10 @@ private:
 
     void push(Pelko::Pole* pole, Pelko::Edge* via, const Pelko::Edges& fan) {
         const std::size_t begin = edges_.size();
-        if (const auto memory = fan.getMemory(); memory.isOffered && !memory.holes)
-            edges_.insert(edges_.end(), memory.begin, memory.end);
-        else
-            for (Pelko::Edge* edge : fan)
-                edges_.push_back(edge);
-        for (std::size_t i = begin; i < edges_.size(); ++i)
-            __builtin_prefetch(edges_[i]);
+        for (Pelko::Edge* edge : fan) {
+            __builtin_prefetch(edge);
+            edges_.push_back(edge);
+        }
         frames_.push_back({pole, via, begin, edges_.size()});
     }
 

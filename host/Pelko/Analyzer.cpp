@@ -206,6 +206,14 @@ Analyzer::Clock& Analyzer::getClock(Pole* root, const char* function) {
     return place->second;
 }
 
+void Analyzer::dropEmptyClocks() {
+    std::erase_if(clocks_, [](const auto& entry) {
+        if (entry.second.isEmpty())
+            Reference::remove(entry.first);
+        return entry.second.isEmpty();
+    });
+}
+
 void Analyzer::setClock(Pole* root, const Delay& period, const Delay& shift, const Delay& highWidth,
                         const Delay& lowWidth) {
     require(root, "setClock", 7, "Null clock root");
@@ -228,6 +236,7 @@ void Analyzer::removeClock(Pole* root) {
     Clock& clock = getClock(root, "removeClock");
     clock.period = clock.shift = clock.highWidth = clock.lowWidth = Delay::getUndefined();
     clock.dutyRatio = 50;
+    dropEmptyClocks();
 }
 
 Delay Analyzer::getRequiredPeriod(const Pole* root) const {
@@ -431,6 +440,7 @@ void Analyzer::clearResults() {
         clock.hasFeedback = false;
         clock.minimumFeedback = clock.maximumFeedback = Delay(0);
     }
+    dropEmptyClocks();
     for (const auto& entry : portSlacks_)
         Reference::remove(entry.first);
     portSlacks_.clear();

@@ -169,6 +169,12 @@ private:
     friend class Domain;
 
     struct Clock {
+        // Whether nothing is known that a root without a clock would not answer.
+        bool isEmpty() const {
+            return !period.isDefined() && !achievedPeriod.isDefined() && dutyRatio == 50 && !hasFeedback &&
+                   !hasLatency;
+        }
+
         Delay period = Delay::getUndefined();
         Delay shift = Delay::getUndefined();
         Delay highWidth = Delay::getUndefined();
@@ -201,6 +207,7 @@ private:
     void add(CPath* path);
     void remove(CPath* path);
     const Clock* findClock(const Pole* root) const;
+    void dropEmptyClocks();
     Clock& getClock(Pole* root, const char* function);
     PortSlack& getPortSlack(Pole* pole, const char* function);
     bool isSeparated(GroupKind kind, const Domain* domain) const;

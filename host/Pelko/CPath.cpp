@@ -30,8 +30,8 @@ void require(bool condition, const char* file, unsigned line, const char* messag
 } // namespace
 
 CPath::CPath(const Objects& objects)
-    : sources_(withoutRepeats(objects.sources)), targets_(withoutRepeats(objects.targets)),
-      bridges_(withoutRepeats(objects.bridges)) {}
+    : analyzer_(analyzer), sources_(withoutRepeats(objects.sources)),
+      targets_(withoutRepeats(objects.targets)), bridges_(withoutRepeats(objects.bridges)) {}
 
 void CPath::preCreate(const Objects& objects) {
     require(analyzer, "CPath", 1, "Null analyzer");
@@ -42,14 +42,14 @@ void CPath::preCreate(const Objects& objects) {
 void CPath::postCreate() {
     for (const PoleList* poles : {&sources_, &targets_, &bridges_})
         std::for_each(poles->begin(), poles->end(), Reference::add);
-    analyzer->add(this);
+    analyzer_->add(this);
     Object::postCreate();
 }
 
 void CPath::preDestroy() {
     Object::preDestroy();
     setPseudoMask(PseudoMask());
-    analyzer->remove(this);
+    analyzer_->remove(this);
     for (const PoleList* poles : {&sources_, &targets_, &bridges_})
         std::for_each(poles->begin(), poles->end(), Reference::remove);
 }
@@ -89,13 +89,25 @@ Poles CPath::getPoles() const {
                                           Ruvex::AppendCollection<Pole*>(getBridges(), getTargets()));
 }
 
+void CPath::showClass() const {
+    for (Pole* pole : sources_)
+        pole->openingBits_ |= pseudoMask_.getBits();
+    for (Pole* pole : targets_)
+        pole->closingBits_ |= pseudoMask_.getBits();
+}
+
+// A class that goes may be another exception's too, while classes are handed out anew: that one shows it
+// again.
 void CPath::setPseudoMask(const PseudoMask& mask) {
     const unsigned long gone = pseudoMask_.getBits() & ~mask.getBits();
     for (Pole* pole : sources_)
-        pole->openingBits_ = (pole->openingBits_ & ~gone) | mask.getBits();
+        pole->openingBits_ &= ~gone;
     for (Pole* pole : targets_)
-        pole->closingBits_ = (pole->closingBits_ & ~gone) | mask.getBits();
+        pole->closingBits_ &= ~gone;
     pseudoMask_ = mask;
+    showClass();
+    for (const CPath* other : analyzer_->getCPaths(PseudoMask(gone)))
+        other->showClass();
 }
 
 Delay CPath::getSlackAdjustment(const Subdomain* subdomain, bool longest) const {
@@ -116,7 +128,7 @@ Delay DPath::calculateAdjustment(const Subdomain& subdomain, bool longest) const
 }
 
 Delay MPath::calculateAdjustment(const Subdomain& subdomain, bool longest) const {
-    const Delay period = analyzer->getRequiredPeriod(subdomain.getLatchRoot());
+    const Delay period = getAnalyzer().getRequiredPeriod(subdomain.getLatchRoot());
     if (!period.isOrdinary())
         return Delay(0);
     // A count beyond the range of a delay saturates like any other.

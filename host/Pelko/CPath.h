@@ -29,6 +29,7 @@
 
 namespace Pelko {
 
+class Analyzer;
 class Subdomain;
 
 class PELKO_API CPath : public Object {
@@ -92,9 +93,12 @@ protected:
     void postCreate();
     void preDestroy() override;
     virtual Delay calculateAdjustment(const Subdomain& subdomain, bool longest) const;
+    const Analyzer& getAnalyzer() const { return *analyzer_; }
 
 private:
     friend class Path;
+
+    void showClass() const;
 
     static Poles viewOf(const PoleList& poles) {
         return Ruvex::MemoryCollection<Pole*>(poles.data(), poles.data() + poles.size());
@@ -104,6 +108,7 @@ private:
             worst = slack;
     }
 
+    Analyzer* analyzer_; // that the exception was made for
     PoleList sources_;
     PoleList targets_;
     PoleList bridges_;

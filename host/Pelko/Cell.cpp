@@ -63,6 +63,7 @@ void Cell::preDestroy() {
     }
     for (Pole* pole : getPoles())
         pole->destroy();
+    endPart(*module_);
     if (Pelko::cell == this)
         Pelko::cell = nullptr;
 }

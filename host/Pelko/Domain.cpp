@@ -14,7 +14,7 @@ Domain* Domain::create(Pole* launchRoot, Pole* latchRoot) {
     Ruvex::require<Ruvex::FactoryFailed>(analyzer, "Domain", "create", 1, "Null analyzer");
     Ruvex::require<Ruvex::FactoryFailed>(!analyzer->getDomain(launchRoot, latchRoot), "Domain", "create", 2,
                                          "Domain exists already");
-    auto* domain = new Domain(launchRoot, latchRoot);
+    auto* domain = new Domain(analyzer, launchRoot, latchRoot);
     Reference::add(launchRoot);
     Reference::add(latchRoot);
     analyzer->add(domain);
@@ -26,14 +26,14 @@ void Domain::preDestroy() {
     Object::preDestroy();
     while (!subdomains_.empty())
         subdomains_.front()->destroy();
-    analyzer->remove(this);
+    analyzer_->remove(this);
     Reference::remove(launchRoot_);
     Reference::remove(latchRoot_);
 }
 
 bool Domain::isCritical() const {
-    return analyzer->getRequiredPeriod(launchRoot_).isDefined() &&
-           analyzer->getRequiredPeriod(latchRoot_).isDefined();
+    return analyzer_->getRequiredPeriod(launchRoot_).isDefined() &&
+           analyzer_->getRequiredPeriod(latchRoot_).isDefined();
 }
 
 Subdomain* Domain::getSubdomain(const ClockMode& launchMode, const ClockMode& latchMode) const {

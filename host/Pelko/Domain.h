@@ -12,6 +12,7 @@
 
 namespace Pelko {
 
+class Analyzer;
 class Path;
 class Pole;
 class Subdomain;
@@ -21,6 +22,8 @@ public:
     // FactoryFailed: "Null analyzer", "Domain exists already".
     static Domain* create(Pole* launchRoot, Pole* latchRoot);
 
+    // The analyzer that the domain was made for.
+    Analyzer* getAnalyzer() const { return analyzer_; }
     Pole* getLaunchRoot() const { return launchRoot_; }
     Pole* getLatchRoot() const { return latchRoot_; }
     bool isAsynchronous() const { return asynchronous_; }
@@ -44,13 +47,15 @@ public:
     Ruvex::Record* _getRecord() const override;
 
 protected:
-    Domain(Pole* launchRoot, Pole* latchRoot) : launchRoot_(launchRoot), latchRoot_(latchRoot) {}
+    Domain(Analyzer* owner, Pole* launchRoot, Pole* latchRoot)
+        : analyzer_(owner), launchRoot_(launchRoot), latchRoot_(latchRoot) {}
     void preDestroy() override;
 
 private:
     friend class Analyzer;
     friend class Subdomain;
 
+    Analyzer* analyzer_;
     Pole* launchRoot_;
     Pole* latchRoot_;
     bool asynchronous_ = false;

@@ -6,6 +6,16 @@ Module::Module(Cell* owner, const std::string& name) : cell_(owner), name_(name)
 
 Module::~Module() = default;
 
+void Module::preDestroy() {
+    Object::preDestroy();
+    for (const auto& pin : pins_)
+        endPart(*pin);
+    for (const auto& instance : instances_)
+        endPart(*instance);
+    for (const auto& net : nets_)
+        endPart(*net);
+}
+
 Instance* Module::getInstance(const std::string& name) const {
     const auto found = instancesByName_.find(name);
     return found == instancesByName_.end() ? nullptr : found->second;

@@ -33,6 +33,9 @@ public:
 
     ~Module() override;
 
+protected:
+    void preDestroy() override;
+
 private:
     friend class Cell;
     friend class Instance;

@@ -20,11 +20,29 @@ namespace {
 unsigned long lastStamp = 0;
 std::vector<ObjectListener*> listeners;
 
-// A listener may come or go while others are told: the walk is by index, over what is there by then.
+// A listener may come or go while others are told: one that goes leaves a hole until the telling is over, so
+// that none is told twice or passed over.
+unsigned tellings = 0;
+
+class Telling {
+public:
+    Telling() { ++tellings; }
+    Telling(const Telling&) = delete;
+    Telling& operator=(const Telling&) = delete;
+    ~Telling() {
+        if (--tellings == 0)
+            std::erase(listeners, nullptr);
+    }
+};
+
 template <class Tell>
 void tellListeners(Tell tell) {
+    if (listeners.empty())
+        return;
+    const Telling telling;
     for (std::size_t i = 0; i < listeners.size(); ++i)
-        tell(*listeners[i]);
+        if (listeners[i])
+            tell(*listeners[i]);
 }
 
 } // namespace
@@ -91,6 +109,11 @@ void Object::addListener(ObjectListener* listener) {
         listeners.push_back(listener);
 }
 
-void Object::removeListener(ObjectListener* listener) { std::erase(listeners, listener); }
+void Object::removeListener(ObjectListener* listener) {
+    const Telling telling;
+    std::replace(listeners.begin(), listeners.end(), listener, static_cast<ObjectListener*>(nullptr));
+}
+
+void Object::endPart(Object& part) { part.preDestroy(); }
 
 } // namespace Pelko

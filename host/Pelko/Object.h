@@ -83,6 +83,8 @@ protected:
 
     static void preCreate() {}
     void postCreate();
+    // For an owner whose parts end with it: listeners hear of the part's end.
+    static void endPart(Object& part);
 
 private:
     unsigned long stamp_;

@@ -2,6 +2,7 @@
 
 #include "Pelko/Analyzer.h"
 #include "Pelko/CPath.h"
+#include "Pelko/Domain.h"
 #include "Pelko/Edge.h"
 #include "Pelko/Subdomain.h"
 #include "Ruvex/Refusal.h"
@@ -69,10 +70,11 @@ Delay Path::calculateSlack() const {
     if (!edges_.empty()) {
         Pole* start = edges_.front()->getSource();
         Pole* end = edges_.back()->getTarget();
+        const Analyzer* owner = subdomain_->getDomain()->getAnalyzer();
         IOConstraint io;
-        if (subdomain_->getLaunchRoot() && start->isInput() && analyzer->hasInputConstraint(start, io))
+        if (subdomain_->getLaunchRoot() && start->isInput() && owner->hasInputConstraint(start, io))
             arrival += longest_ ? io.getMaximum() : io.getMinimum();
-        if (subdomain_->getLatchRoot() && end->isOutput() && analyzer->hasOutputConstraint(end, io))
+        if (subdomain_->getLatchRoot() && end->isOutput() && owner->hasOutputConstraint(end, io))
             required -= longest_ ? io.getMaximum() : io.getMinimum();
     }
     for (const Edge* edge : edges_) {

@@ -99,15 +99,15 @@ public:
     std::string _getLabel() const override { return "Key collection"; }
 };
 
-// An array elsewhere. With holes (pointers only), null elements are passed over and `count` says how many
-// others there are.
+// An array elsewhere. With holes (pointers only), null elements are passed over, also those that come up
+// during a walk, and `count` says how many others there are.
 template <class T>
 class MemoryCollection final : public DriverOf<CollectionDriver<T>, MemoryCollection<T>> {
 public:
     MemoryCollection(const T* begin, const T* end)
         : memory_{begin, end, false, true}, count_(static_cast<unsigned long>(end - begin)) {}
     MemoryCollection(const T* begin, const T* end, unsigned long count)
-        : memory_{begin, end, static_cast<unsigned long>(end - begin) != count, true}, count_(count) {}
+        : memory_{begin, end, true, true}, count_(count) {}
 
     Locator<T> getLocator() const override { return Cursor(memory_); }
     Memory<T> getMemory() const override { return memory_; }
@@ -122,7 +122,7 @@ public:
         return T();
     }
     T getAt(unsigned long index) const override {
-        if (memory_.holes)
+        if (static_cast<unsigned long>(memory_.end - memory_.begin) != count_)
             return CollectionDriver<T>::getAt(index);
         return index < count_ ? memory_.begin[index] : T();
     }
