@@ -1,0 +1,9 @@
+// Counts the allocations of this program: its global operator new, which the host's library calls as well.
+#pragma once
+
+namespace Contract {
+
+// So many since the program began.
+unsigned long getAllocationCount();
+
+} // namespace Contract

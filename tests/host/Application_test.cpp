@@ -1,0 +1,206 @@
+// The application: batch flag, timer, and the stop request that ends a run from within the processing of
+// events.
+#include "ModelTest.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <QObject>
+
+#include <chrono>
+#include <clocale>
+#include <csignal>
+#include <cstdlib>
+#include <functional>
+#include <memory>
+#include <thread>
+
+namespace HostTest {
+
+namespace {
+
+const auto postedType = static_cast<QEvent::Type>(QEvent::User + 1);
+
+// Counts what is posted to it.
+class Receiver : public QObject {
+public:
+    bool event(QEvent* event) override {
+        if (event->type() != postedType)
+            return QObject::event(event);
+        ++received;
+        if (onEvent)
+            onEvent();
+        return true;
+    }
+    void post() { QCoreApplication::postEvent(this, new QEvent(postedType)); }
+
+    int received = 0;
+    std::function<void()> onEvent;
+};
+
+// Whether processing events was ended by a stop request.
+bool isStopped() {
+    try {
+        QCoreApplication::processEvents();
+        return false;
+    } catch (const Ruvex::Interruption& interruption) {
+        EXPECT_EQ(interruption.getMessage(), "stopped by the user");
+        EXPECT_FALSE(interruption.getPlace().isKnown());
+        return true;
+    }
+}
+
+class ApplicationTest : public ModelTest {
+protected:
+    Receiver receiver_;
+};
+
+TEST_F(ApplicationTest, BatchFlagAndTimer) {
+    EXPECT_FALSE(application->isBatch());
+    application->setBatch(true);
+    EXPECT_TRUE(application->isBatch());
+    application->setBatch(false);
+    EXPECT_FALSE(application->isBatch());
+    application->getEventTimer().start();
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_GE(application->getEventTimer().elapsed(), 15);
+    EXPECT_GE(application->getEventTimer().restart(), 15);
+    EXPECT_LT(application->getEventTimer().elapsed(), 10000);
+}
+
+TEST_F(ApplicationTest, WithoutRequestEventsAreProcessed) {
+    EXPECT_NE(QCoreApplication::instance(), nullptr);
+    receiver_.post();
+    receiver_.post();
+    EXPECT_FALSE(isStopped());
+    EXPECT_EQ(receiver_.received, 2);
+}
+
+// The request ends this processing before any event is taken; the next one delivers them.
+TEST_F(ApplicationTest, ARequestIsHeardOnce) {
+    for (int round = 1; round <= 3; ++round) {
+        receiver_.post();
+        application->requestStop();
+        application->requestStop();
+        EXPECT_TRUE(application->isStopRequested());
+        EXPECT_TRUE(isStopped());
+        EXPECT_EQ(receiver_.received, round - 1);
+        EXPECT_FALSE(application->isStopRequested());
+        EXPECT_FALSE(isStopped());
+        EXPECT_EQ(receiver_.received, round);
+    }
+}
+
+TEST_F(ApplicationTest, ARequestIsTakenBack) {
+    application->requestStop();
+    application->cancelStop();
+    EXPECT_FALSE(application->isStopRequested());
+    EXPECT_FALSE(isStopped());
+    application->cancelStop();
+    EXPECT_FALSE(isStopped());
+}
+
+// How a window's button asks: from an event handler. The events behind it are delivered, and the next
+// processing hears it.
+TEST_F(ApplicationTest, ARequestFromAnEventHandler) {
+    receiver_.onEvent = [] { application->requestStop(); };
+    receiver_.post();
+    receiver_.post();
+    EXPECT_FALSE(isStopped());
+    EXPECT_EQ(receiver_.received, 2);
+    receiver_.onEvent = nullptr;
+    EXPECT_TRUE(isStopped());
+    EXPECT_FALSE(isStopped());
+}
+
+TEST_F(ApplicationTest, ARequestFromASignalHandler) {
+    struct sigaction action = {}, before = {};
+    action.sa_handler = [](int) { application->requestStop(); };
+    ASSERT_EQ(sigaction(SIGUSR1, &action, &before), 0);
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_FALSE(isStopped());
+        ASSERT_EQ(raise(SIGUSR1), 0);
+        EXPECT_TRUE(isStopped());
+    }
+    sigaction(SIGUSR1, &before, nullptr);
+    receiver_.post();
+    EXPECT_FALSE(isStopped());
+    EXPECT_EQ(receiver_.received, 1);
+}
+
+TEST_F(ApplicationTest, ARequestFromAnotherThread) {
+    std::thread([] { application->requestStop(); }).join();
+    EXPECT_TRUE(isStopped());
+    EXPECT_FALSE(isStopped());
+}
+
+// Events that come later, or again while events are processed, find nothing broken.
+TEST_F(ApplicationTest, NestedProcessingHearsIt) {
+    bool nestedStopped = false;
+    receiver_.onEvent = [&nestedStopped] {
+        application->requestStop();
+        nestedStopped = isStopped();
+    };
+    receiver_.post();
+    EXPECT_FALSE(isStopped());
+    EXPECT_TRUE(nestedStopped);
+    EXPECT_EQ(receiver_.received, 1);
+    receiver_.onEvent = nullptr;
+    receiver_.post();
+    EXPECT_FALSE(isStopped());
+    EXPECT_EQ(receiver_.received, 2);
+}
+
+// --- With the model, and without ---------------------------------------------------------------------------------------------
+
+TEST(ApplicationLife, ComesAndGoesWithTheModel) {
+    for (int round = 0; round < 3; ++round) {
+        EXPECT_EQ(QCoreApplication::instance(), nullptr);
+        const Model model("top");
+        EXPECT_NE(QCoreApplication::instance(), nullptr);
+        application->requestStop();
+        EXPECT_TRUE(isStopped());
+        application->requestStop(); // not heard any more
+    }
+    EXPECT_EQ(QCoreApplication::instance(), nullptr);
+}
+
+TEST(ApplicationLife, LeavesTheLocaleAlone) {
+    const std::string environment = std::getenv("LC_ALL") ? std::getenv("LC_ALL") : "";
+    const std::string before = std::setlocale(LC_ALL, nullptr);
+    setenv("LC_ALL", "C.UTF-8", 1);
+    {
+        const Model model("top");
+        EXPECT_EQ(std::setlocale(LC_ALL, nullptr), before);
+        EXPECT_FALSE(isStopped());
+    }
+    EXPECT_EQ(std::setlocale(LC_ALL, nullptr), before);
+    if (environment.empty())
+        unsetenv("LC_ALL");
+    else
+        setenv("LC_ALL", environment.c_str(), 1);
+}
+
+TEST(ApplicationLife, AProgramKeepsItsOwn) {
+    int argumentCount = 1;
+    char name[] = "host";
+    char* arguments[] = {name, nullptr};
+    const std::string before = std::setlocale(LC_ALL, nullptr);
+    auto own = std::make_unique<QCoreApplication>(argumentCount, arguments);
+    Receiver receiver;
+    {
+        const Model model("top");
+        EXPECT_EQ(QCoreApplication::instance(), own.get());
+        application->requestStop();
+        receiver.post();
+        EXPECT_TRUE(isStopped());
+    }
+    EXPECT_EQ(QCoreApplication::instance(), own.get());
+    EXPECT_FALSE(isStopped());
+    EXPECT_EQ(receiver.received, 1);
+    own.reset();
+    std::setlocale(LC_ALL, before.c_str());
+}
+
+} // namespace
+
+} // namespace HostTest
