@@ -1,0 +1,118 @@
+// A small random design on a fresh model: the same for the same seed, on every platform and in every build.
+//
+// A design has 1 to 40 poles: ports, clock sources, a clock network, registers with checks, logic, PLLs, with
+// clocks, port constraints, exceptions, clock groups and settings, all drawn by chance. Most designs keep the
+// host's contract; a small share breaks it, so that errors are compared as well. Knobs switch features off.
+//
+// The number of simple paths is bounded while the design is drawn: arcs are left out until a search of every
+// path from every possible start takes a few hundred steps at most.
+#pragma once
+
+#include "Pelko/Model.h"
+
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+namespace oracle {
+
+struct Knobs {
+    unsigned poles = 40;        // at most, PLLs and their generators apart
+    unsigned searchSteps = 600; // at most, over all starts
+    bool loops = true;
+    bool shuffledPoles = true; // poles made in an order that is not that of the flow
+    bool inactiveArcs = true;
+    bool generatedClocks = true; // data that clocks registers, clock sources inside the clock network
+    bool plls = true;
+    bool inversion = true;
+    bool ioConstraints = true;
+    bool exceptions = true;
+    bool bridges = true;
+    bool adjusters = true; // exceptions with slack adjustments of their own, undefined ones too
+    bool throwing = true;  // adjusters that throw, once in a while
+    bool clockGroups = true;
+    bool specials = true;       // delays that are zero, negative, huge or special
+    bool earlierResults = true; // marks, slacks and weights that are there before the first run
+    bool domainsOnly = true;
+    bool brokenContract = true;
+};
+
+// A random sequence that depends on nothing but its seed.
+class Dice {
+public:
+    explicit Dice(std::uint64_t seed) : state_(seed * 0x9E3779B97F4A7C15U + 0x632BE59BD9B4E019U) {}
+
+    std::uint64_t next();
+    unsigned below(std::size_t bound) { return static_cast<unsigned>(next() % bound); }
+    int between(int least, int greatest) {
+        return least + static_cast<int>(below(static_cast<unsigned>(greatest - least + 1)));
+    }
+    bool percent(unsigned chance) { return below(100) < chance; }
+    bool oneIn(unsigned n) { return below(n) == 0; }
+
+    template <class T>
+    const T& pick(const std::vector<T>& from) {
+        return from[below(from.size())];
+    }
+    template <class T>
+    void shuffle(std::vector<T>& elements) {
+        for (std::size_t left = elements.size(); left > 1; --left)
+            std::swap(elements[left - 1], elements[below(left)]);
+    }
+
+private:
+    std::uint64_t state_;
+};
+
+class RandomDesign {
+public:
+    // There must be no other model. Mutes the library and switches the debug mode as the design says, until
+    // it ends.
+    explicit RandomDesign(std::uint64_t seed, const Knobs& knobs = {});
+    RandomDesign(const RandomDesign&) = delete;
+    RandomDesign& operator=(const RandomDesign&) = delete;
+    ~RandomDesign();
+
+    // What a user may do between two runs: nothing, other settings, other clocks, forgotten results, a lost
+    // domain …
+    void change();
+    // Slacks on arcs and arrivals in subdomains, out of thin air, for the phases that read them.
+    void scatterResults();
+
+    // In order of creation.
+    const std::vector<Pelko::Pole*>& getPoles() const { return poles_; }
+    // The poles at which clocks are defined.
+    const std::vector<Pelko::Pole*>& getRoots() const { return roots_; }
+
+private:
+    // --- RandomDesign.cpp --------------------------------------------------------------------------------------
+    using Arcs = std::vector<std::pair<Pelko::Pole*, Pelko::Pole*>>;
+    Arcs drawPolesAndArcs();
+
+    // --- RandomDesignConstraints.cpp ---------------------------------------------------------------------------
+    Pelko::Delay drawDelay(int least, int greatest);
+    void drawDelays(const Arcs& arcs);
+    void drawClock(Pelko::Pole* root);
+    void drawClocks();
+    void drawClockGroups();
+    Pelko::IOConstraint drawPortConstraint();
+    void drawPortConstraints();
+    Pelko::CPath::PoleList drawPoles(bool starts);
+    Pelko::CPath::Objects drawObjects();
+    Pelko::CPath::Adjuster drawAdjuster();
+    void drawException();
+    void drawExceptions();
+    void drawEarlierResults();
+    void breakContract();
+    void drawSettings();
+
+    Pelko::Model model_;
+    Dice dice_;
+    Knobs knobs_;
+    std::vector<Pelko::Pole*> poles_;
+    std::vector<Pelko::Pole*> roots_;
+    bool wildDelays_ = false;
+    Pelko::CPath::Objects lastObjects_; // of the exception drawn last
+};
+
+} // namespace oracle
