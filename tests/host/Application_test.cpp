@@ -164,20 +164,16 @@ TEST(ApplicationLife, ComesAndGoesWithTheModel) {
     EXPECT_EQ(QCoreApplication::instance(), nullptr);
 }
 
-TEST(ApplicationLife, LeavesTheLocaleAlone) {
-    const std::string environment = std::getenv("LC_ALL") ? std::getenv("LC_ALL") : "";
-    const std::string before = std::setlocale(LC_ALL, nullptr);
-    setenv("LC_ALL", "C.UTF-8", 1);
-    {
+// Qt takes the locale from the environment once a process, so this looks at a process of its own.
+TEST(ApplicationLifeDeathTest, LeavesTheLocaleAlone) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto isKept = [] {
+        setenv("LC_ALL", "C.UTF-8", 1);
+        const std::string before = std::setlocale(LC_ALL, nullptr);
         const Model model("top");
-        EXPECT_EQ(std::setlocale(LC_ALL, nullptr), before);
-        EXPECT_FALSE(isStopped());
-    }
-    EXPECT_EQ(std::setlocale(LC_ALL, nullptr), before);
-    if (environment.empty())
-        unsetenv("LC_ALL");
-    else
-        setenv("LC_ALL", environment.c_str(), 1);
+        return before == "C" && std::setlocale(LC_ALL, nullptr) == before && !isStopped();
+    };
+    EXPECT_EXIT(std::exit(isKept() ? 0 : 1), testing::ExitedWithCode(0), "");
 }
 
 TEST(ApplicationLife, AProgramKeepsItsOwn) {

@@ -70,6 +70,24 @@ TEST_F(CellTest, CollectionsPassOverHoles) {
     EXPECT_EQ(cell->getPoleBound(), 6u);
 }
 
+TEST_F(CellTest, WhatEndsAheadOfAWalkIsPassedOver) {
+    std::vector<Pole*> poles;
+    for (int i = 0; i < 6; ++i)
+        poles.push_back(addPole());
+    connect(poles[0], poles[3]);
+    Edge* last = connect(poles[0], poles[5]);
+    std::vector<Pole*> seen;
+    for (Pole* pole : cell->getPoles()) {
+        seen.push_back(pole);
+        if (pole == poles[1])
+            for (std::size_t i : {0U, 1U, 2U, 3U})
+                poles[i]->destroy();
+    }
+    EXPECT_THAT(seen, ElementsAre(poles[0], poles[1], poles[4], poles[5]));
+    EXPECT_TRUE(cell->getEdges().isEmpty());
+    EXPECT_FALSE(cell->getEdges().contains(last));
+}
+
 // Random building and ending, against a plain list in order of creation.
 TEST_F(CellTest, OrderOfCreationSurvivesAnyHistory) {
     const unsigned seed = 20240;

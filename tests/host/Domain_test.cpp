@@ -96,21 +96,41 @@ TEST_F(DomainTest, ManyRoots) {
     EXPECT_EQ(analyzer->getDomains().getCount(), domains.size() - domains.size() / 2);
 }
 
-// A domain belongs to the analyzer that it was made for, whichever is the global one when it ends.
+// Domains and exceptions belong to the analyzer that they were made for, whichever is the global one later.
 TEST_F(DomainTest, ASecondAnalyzerStandsByItself) {
     Domain* kept = Domain::create(a_, b_);
+    CPath* keptException = FPath::create({{a_}, {}});
     Cell* otherCell = Cell::create("other");
+    Pole* clk = Pole::createClockSource(otherCell, "clk");
+    Pole* in = Pole::createInput(otherCell, "in");
+    Edge* edge = connect(in, clk, 2, 7);
     Analyzer* other = Analyzer::create(otherCell);
     Analyzer* first = std::exchange(analyzer, other);
-    Domain::create(nullptr, nullptr);
-    EXPECT_EQ(other->getDomains().getCount(), 1u);
-    EXPECT_THAT(walk(first->getDomains()), ElementsAre(kept));
+    Domain* domain = Domain::create(clk, clk);
+    CPath* exception = MPath::create({{in}, {}}, 3);
+    other->setClock(clk, Delay(10), Delay(0), Delay(5), Delay(5));
+    other->setInputConstraint(in, IOConstraint(clk, ClockMode::Rising, Delay(1), Delay(2)));
+    EXPECT_THAT(walk(other->getDomains()), ElementsAre(domain));
+    EXPECT_THAT(walk(other->getCPaths()), ElementsAre(exception));
+
     analyzer = first;
+    EXPECT_EQ(domain->getAnalyzer(), other);
+    EXPECT_TRUE(domain->isCritical());
+    EXPECT_FALSE(kept->isCritical());
+    Subdomain* subdomain = Subdomain::create(domain, ClockMode::Rising, ClockMode::Rising);
+    subdomain->setSetupRelation(Delay(10));
+    EXPECT_EQ(int(exception->getSlackAdjustment(subdomain, true)), 20);
+    EXPECT_EQ(int(Path::createLongest(subdomain, view({edge}), Delay(0), Delay(0), Delay(0))->getSlack()), 1);
+    exception->setPseudoMask(PseudoMask(2));
+    EXPECT_EQ(in->getOpeningPseudoMask().getBits(), 2u);
+
     other->destroy();
+    EXPECT_TRUE(in->isDestroyable());
     otherCell->destroy();
     EXPECT_EQ(analyzer, first);
     EXPECT_EQ(analyzer->getDomains().getCount(), 1u);
     EXPECT_THAT(walk(analyzer->getDomains()), ElementsAre(kept));
+    EXPECT_THAT(walk(analyzer->getCPaths()), ElementsAre(keptException));
     EXPECT_EQ(analyzer->getDomain(nullptr, nullptr), nullptr);
 }
 

@@ -246,6 +246,31 @@ TEST_F(ObjectTest, ListenersComeAndGoWhileOthersAreTold) {
     EXPECT_GE(std::count(Listener::all.begin(), Listener::all.end(), "added+"), 1);
 }
 
+// A listener that makes objects while it is told, of which the others hear in between; and one that leaves
+// then.
+TEST_F(ObjectTest, ObjectsMayComeWhileOthersAreTold) {
+    class Making : public ObjectListener {
+    public:
+        Making() { Object::addListener(this); }
+        ~Making() override { Object::removeListener(this); }
+        void onCreated(Object* object) override {
+            if (object->getAlias() == "seed")
+                Pole::create(cell, "sprout");
+        }
+    } making;
+    class Leaving : public ObjectListener {
+    public:
+        Leaving() { Object::addListener(this); }
+        ~Leaving() override { Object::removeListener(this); }
+        void onCreated(Object*) override { Object::removeListener(this); }
+    } leaving;
+    Listener staying;
+    addPole("seed");
+    EXPECT_EQ(staying.take(), (Strings{"+Pole sprout in cell", "+Pole seed in cell"}));
+    addPole("last");
+    EXPECT_EQ(staying.take(), Strings{"+Pole last in cell"});
+}
+
 // Whose beginning was heard, their end is heard: with the model, everything in it goes.
 TEST(ObjectListeners, HearOfEveryEnd) {
     class Balance : public ObjectListener {

@@ -1,0 +1,456 @@
+// Data required times: the seeds at the end points, the fold of one arc backwards, and the walk.
+#include "Builder.h"
+#include "Thrown.h"
+
+#include "Vorlen/Sweep.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace {
+
+using namespace Support;
+using Pelko::analyzer;
+using Pelko::CPath;
+using Pelko::Delay;
+using Pelko::Pole;
+using Pelko::PseudoMask;
+using Vorlen::PoleSet;
+using Vorlen::Sweep;
+using Vorlen::TimingMap;
+
+// A required map in integers: {{classes, {setup requirement, hold requirement}}, ...}; and those of poles by
+// name.
+using Entries = std::map<unsigned long, std::pair<int, int>>;
+using Table = std::map<std::string, Entries>;
+
+Table requirementsOf(const Sweep& sweep) {
+    Table table;
+    for (Pole* pole : Pelko::cell->getPoles())
+        if (TimingMap map; sweep.hasRequireTimingMap(pole, map)) {
+            Entries& entries = table[nameOf(pole)];
+            for (const auto& [key, timing] : map)
+                entries[key] = {int(timing.getMinimumDelay()), int(timing.getMaximumDelay())};
+        }
+    return table;
+}
+
+struct DestroySweep {
+    void operator()(Sweep* sweep) const { sweep->destroy(); }
+};
+using SweepPointer = std::unique_ptr<Sweep, DestroySweep>;
+
+// The classes that start, or end, at a pole.
+void open(Pole* pole, unsigned long classes) {
+    CPath::create({{pole}, {}})->setPseudoMask(PseudoMask(classes));
+}
+void close(Pole* pole, unsigned long classes) {
+    CPath::create({{}, {pole}})->setPseudoMask(PseudoMask(classes));
+}
+
+// The subdomain of one clock, or of ports where the roots are null, with a setup relation of 1000 and a hold
+// relation of 50. A row builds its network and captures the leaves.
+struct Bench {
+    explicit Bench(bool fromClock = true, bool toClock = true)
+        : subdomain(design.addSubdomain(fromClock ? clk : nullptr, toClock ? clk : nullptr)) {
+        subdomain->setSetupRelation(Delay(1000));
+        subdomain->setHoldRelation(Delay(50));
+    }
+
+    Pole* add(const std::string& name, Pole* source, int minDelay, int maxDelay) {
+        Pole* pole = design.addPole(name);
+        design.connect(source, pole, minDelay, maxDelay);
+        return pole;
+    }
+    Pole* addInput(const std::string& name) {
+        Pole* pole = design.addInput(name);
+        subdomain->captureLaunch(pole);
+        return pole;
+    }
+    Pole* addOutput(const std::string& name, Pole* source, int minDelay, int maxDelay) {
+        Pole* pole = design.addOutput(name);
+        design.connect(source, pole, minDelay, maxDelay);
+        subdomain->captureLatch(pole);
+        return pole;
+    }
+    // A clock pin, behind the clock by this delay.
+    Pole* addPin(const std::string& name, int minDelay = 0, int maxDelay = 0) {
+        Pole* pin = design.addClock(name);
+        design.connect(clk, pin, minDelay, maxDelay);
+        return pin;
+    }
+    Pole* addLaunch(const std::string& name) {
+        Pole* pin = addPin(name);
+        subdomain->captureLaunch(pin);
+        return pin;
+    }
+    // A check at a latching clock pin of its own.
+    Pole* addCheck(const std::string& name, Pole* data, int hold, int setup, int minLatch = 0,
+                   int maxLatch = 0) {
+        Pole* pin = addPin(name + "/C", minLatch, maxLatch);
+        subdomain->captureLatch(pin);
+        Pole* check = design.addCheck(pin, name);
+        design.connect(data, check, hold, setup);
+        return check;
+    }
+    SweepPointer sweepTo(void (Sweep::*phase)()) const {
+        SweepPointer sweep(Sweep::create(subdomain));
+        sweep->clockAnalyze();
+        sweep->arrivalAnalyze();
+        (*sweep.*phase)();
+        return sweep;
+    }
+
+    Builder design;
+    Pole* clk = design.addClockSource("clk");
+    Pelko::Subdomain* subdomain;
+};
+
+struct Row {
+    const char* what;
+    std::function<void(Bench&)> build;
+    Table required;
+};
+
+void expect(const Row& row, bool fromClock, bool toClock) {
+    SCOPED_TRACE(row.what);
+    Bench bench(fromClock, toClock);
+    row.build(bench);
+    const SweepPointer sweep = bench.sweepTo(&Sweep::requireAnalyze);
+    EXPECT_EQ(requirementsOf(*sweep), row.required);
+    EXPECT_EQ(marked(), Names{});
+}
+
+TEST(DataRequired, FromRegisterToRegister) {
+    const Row rows[] = {
+        {"nothing to time", [](Bench&) {}, {}},
+        {"the latch edge and the relations; check, logic and clock-to-output come off",
+         [](Bench& b) {
+             Pole* d = b.add("d", b.add("q", b.addLaunch("a"), 10, 20), 100, 200);
+             b.addCheck("z", d, 4, 7, 3, 5);
+         },
+         // Setup: 1000 + 3; hold: -50 + 5. The check's setup value comes off the one, its hold value goes
+         // onto the other.
+         {{"z", {{0, {1003, -45}}}},
+          {"d", {{0, {996, -41}}}},
+          {"q", {{0, {796, -141}}}},
+          {"a", {{0, {776, -151}}}}}},
+        {"reconvergent: the tightest of each",
+         [](Bench& b) {
+             Pole* a = b.addLaunch("a");
+             Pole* d = b.add("d", b.add("fast", a, 0, 0), 1, 2);
+             b.design.connect(b.add("slow", a, 0, 0), d, 5, 9);
+             b.addCheck("z", d, 0, 0);
+         },
+         {{"z", {{0, {1000, -50}}}},
+          {"d", {{0, {1000, -50}}}},
+          {"fast", {{0, {998, -51}}}},
+          {"slow", {{0, {991, -55}}}},
+          {"a", {{0, {991, -51}}}}}},
+        {"poles without arrival get no required time",
+         [](Bench& b) {
+             Pole* d = b.add("d", b.addLaunch("a"), 10, 20);
+             b.design.connect(b.add("side", b.addPin("other"), 1, 1), d, 1, 1);
+             b.addCheck("z", d, 0, 0);
+         },
+         {{"z", {{0, {1000, -50}}}}, {"d", {{0, {1000, -50}}}}, {"a", {{0, {980, -60}}}}}},
+        {"a branch that ends nowhere asks for nothing",
+         [](Bench& b) {
+             Pole* a = b.addLaunch("a");
+             Pole* d = b.add("d", a, 10, 20);
+             b.add("floating", d, 500, 500);
+             b.addCheck("z", d, 0, 0);
+         },
+         {{"z", {{0, {1000, -50}}}}, {"d", {{0, {1000, -50}}}}, {"a", {{0, {980, -60}}}}}},
+        {"a check of a clock pin that latches elsewhere asks for nothing",
+         [](Bench& b) {
+             Pole* d = b.add("d", b.addLaunch("a"), 10, 20);
+             b.addCheck("z", d, 0, 0);
+             b.design.connect(d, b.design.addCheck(b.addPin("y/C"), "y"), 300, 300);
+         },
+         {{"z", {{0, {1000, -50}}}}, {"d", {{0, {1000, -50}}}}, {"a", {{0, {980, -60}}}}}},
+        {"two end points",
+         [](Bench& b) {
+             Pole* d = b.add("d", b.addLaunch("a"), 10, 20);
+             b.addCheck("z", d, 1, 2);
+             b.addCheck("y", d, 3, 4, 30, 40);
+         },
+         {{"z", {{0, {1000, -50}}}},
+          {"y", {{0, {1030, -10}}}},
+          {"d", {{0, {998, -7}}}},
+          {"a", {{0, {978, -17}}}}}},
+        {"inactive arcs are not followed",
+         [](Bench& b) {
+             Pole* d = b.add("d", b.addLaunch("a"), 10, 20);
+             b.addCheck("z", d, 0, 0);
+             Pole* y = b.addCheck("y", d, 300, 300);
+             // Data reaches the second check by another way, which leads on to it alone.
+             b.design.connect(b.add("e", d, 1, 1), y, 0, 0);
+             y->getIncomingEdge(d)->disactivate();
+         },
+         {{"z", {{0, {1000, -50}}}},
+          {"y", {{0, {1000, -50}}}},
+          {"e", {{0, {1000, -50}}}},
+          {"d", {{0, {999, -50}}}},
+          {"a", {{0, {979, -60}}}}}},
+        {"a loop is cut where its closing arc leads into the current walk",
+         [](Bench& b) {
+             Pole* first = b.add("first", b.addLaunch("a"), 1, 2);
+             Pole* second = b.add("second", first, 10, 20);
+             b.design.connect(second, first, 500, 500);
+             b.addCheck("z", second, 0, 0);
+         },
+         {{"z", {{0, {1000, -50}}}},
+          {"second", {{0, {1000, -50}}}},
+          {"first", {{0, {980, -60}}}},
+          {"a", {{0, {978, -61}}}}}},
+        {"the walk ends at a terminal pole",
+         [](Bench& b) {
+             Pole* d = b.add("d", b.addLaunch("a"), 10, 20);
+             Pole* z = b.addCheck("z", d, 0, 0);
+             b.addCheck("behind", b.add("on", z, 1, 1), 0, 0);
+         },
+         {{"z", {{0, {1000, -50}}}}, {"d", {{0, {1000, -50}}}}, {"a", {{0, {980, -60}}}}}},
+        {"a terminal pole without a clock pole asks for nothing",
+         [](Bench& b) {
+             Pole* d = b.add("d", b.addLaunch("a"), 10, 20);
+             b.addCheck("z", d, 0, 0);
+             b.add("end", d, 1, 1)->setTerminal(true);
+         },
+         {{"z", {{0, {1000, -50}}}}, {"d", {{0, {1000, -50}}}}, {"a", {{0, {980, -60}}}}}},
+        {"a latch leaf that the clock does not reach asks for nothing",
+         [](Bench& b) {
+             Pole* d = b.add("d", b.addLaunch("a"), 10, 20);
+             b.addCheck("z", d, 0, 0);
+             Pole* pin = b.design.addClock("y/C");
+             b.subdomain->captureLatch(pin);
+             b.design.connect(d, b.design.addCheck(pin, "y"), 300, 300);
+         },
+         {{"z", {{0, {1000, -50}}}}, {"d", {{0, {1000, -50}}}}, {"a", {{0, {980, -60}}}}}},
+    };
+    for (const Row& row : rows)
+        expect(row, true, true);
+}
+
+TEST(DataRequired, AtPorts) {
+    const Row toClock[] = {
+        {"an output without a constraint",
+         [](Bench& b) { b.addOutput("out", b.addInput("in"), 10, 20); },
+         {{"out", {{0, {1000, -50}}}}, {"in", {{0, {980, -60}}}}}},
+        {"an output constraint comes off, crossed",
+         [](Bench& b) {
+             b.design.constrainOutput(b.addOutput("out", b.addInput("in"), 10, 20), b.clk, rising, 3, 7);
+         },
+         {{"out", {{0, {993, -53}}}}, {"in", {{0, {973, -63}}}}}},
+        {"a bound that was not given is undefined",
+         [](Bench& b) {
+             b.design.constrainOutput(b.addOutput("out", b.addInput("in"), 10, 20), b.clk, rising, undefined,
+                                      7);
+         },
+         {{"out", {{0, {993, undefined}}}}, {"in", {{0, {973, undefined}}}}}},
+        {"an output that does not latch here asks for nothing",
+         [](Bench& b) {
+             Pole* in = b.addInput("in");
+             b.addOutput("out", in, 10, 20);
+             b.design.connect(in, b.design.addOutput("other"), 500, 500);
+         },
+         {{"out", {{0, {1000, -50}}}}, {"in", {{0, {980, -60}}}}}},
+        {"the closing classes of the end",
+         [](Bench& b) { close(b.addOutput("out", b.addInput("in"), 10, 20), 6); },
+         {{"out", {{6, {1000, -50}}}}, {"in", {{0, {980, -60}}}}}},
+    };
+    for (const Row& row : toClock)
+        expect(row, true, true);
+    const Row toPorts[] = {
+        {"without a latch root, the relations alone",
+         [](Bench& b) { b.addOutput("out", b.addInput("in"), 10, 20); },
+         {{"out", {{0, {1000, -50}}}}, {"in", {{0, {980, -60}}}}}},
+        {"constraints of ports do not count",
+         [](Bench& b) {
+             b.design.constrainOutput(b.addOutput("out", b.addInput("in"), 10, 20), b.clk, rising, 3, 7);
+         },
+         {{"out", {{0, {1000, -50}}}}, {"in", {{0, {980, -60}}}}}},
+        {"the closing classes of the end",
+         [](Bench& b) { close(b.addOutput("out", b.addInput("in"), 10, 20), 6); },
+         {{"out", {{6, {1000, -50}}}}, {"in", {{0, {980, -60}}}}}},
+        {"a terminal pole that does not latch here asks for nothing",
+         [](Bench& b) {
+             Pole* in = b.addInput("in");
+             b.addOutput("out", in, 10, 20);
+             b.design.connect(in, b.design.addOutput("other"), 500, 500);
+         },
+         {{"out", {{0, {1000, -50}}}}, {"in", {{0, {980, -60}}}}}},
+    };
+    for (const Row& row : toPorts)
+        expect(row, false, false);
+}
+
+TEST(DataRequired, TakesTheRelationsAsTheyAre) {
+    const struct {
+        const char* what;
+        int setup;
+        int hold;
+        bool toClock;
+        std::pair<int, int> required; // of an output, with the latch edge at (0, 0)
+    } rows[] = {
+        {"hold is negated", 10, 3, true, {10, -3}},
+        {"without a latch root too", 10, 3, false, {10, -3}},
+        {"negative relations", -10, -3, true, {-10, 3}},
+        {"no setup relation", undefined, 3, true, {undefined, -3}},
+        {"no hold relation", 10, undefined, true, {10, undefined}},
+        {"no hold relation, without a latch root", 10, undefined, false, {10, undefined}},
+        {"specials", maximum, maximum, true, {maximum, minimum}},
+        {"specials, without a latch root", minimum, minimum, false, {minimum, maximum}},
+    };
+    for (const auto& row : rows) {
+        Bench bench(true, row.toClock);
+        bench.subdomain->setSetupRelation(Delay(row.setup));
+        bench.subdomain->setHoldRelation(Delay(row.hold));
+        bench.addOutput("out", bench.addInput("in"), 10, 20);
+        const SweepPointer sweep = bench.sweepTo(&Sweep::requireAnalyze);
+        EXPECT_EQ(requirementsOf(*sweep)["out"], (Entries{{0, row.required}})) << row.what;
+    }
+}
+
+TEST(DataRequired, FoldsAnArc) {
+    // An arc of delay (1, 3) from s to d, which asks for {classes: (1000, -50)}.
+    const struct {
+        const char* what;
+        unsigned long target;
+        unsigned long arc;
+        unsigned long opening;
+        unsigned long closing;
+        unsigned long falseMask;
+        Entries after;
+    } rows[] = {
+        {"plain", 0, 0, 0, 0, 0, {{0, {997, -51}}}},
+        {"a class that the arc is for", 3, 1, 0, 0, 0, {{1, {997, -51}}}},
+        {"a class that it is not for", 3, 4, 0, 0, 0, {{0, {997, -51}}}},
+        {"a class that opens at the source ends here", 1, 1, 1, 0, 1, {}},
+        {"any class does, false path or not", 1, 1, 1, 0, 0, {}},
+        {"and takes other classes along", 3, 3, 1, 0, 0, {}},
+        {"filtered before the arc drops it", 1, 0, 1, 0, 0, {}},
+        {"another class goes on", 2, 3, 1, 0, 0, {{2, {997, -51}}}},
+        {"a class closes at the source", 0, 0, 0, 4, 0, {{4, {997, -51}}}},
+        {"beside another", 1, 1, 0, 4, 0, {{5, {997, -51}}}},
+        {"a class that opens and closes at once", 0, 0, 2, 2, 0, {{2, {997, -51}}}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        Bench bench;
+        Pole* s = bench.add("s", bench.addLaunch("a"), 0, 0);
+        Pole* d = bench.addOutput("d", s, 1, 3);
+        Pelko::Edge* edge = d->getIncomingEdges().getFirst();
+        edge->sensitize(PseudoMask(row.arc));
+        close(d, row.target);
+        open(s, row.opening);
+        close(s, row.closing);
+        analyzer->setFalsePathMask(PseudoMask(row.falseMask));
+        const SweepPointer sweep(Sweep::create(bench.subdomain));
+        sweep->clockAnalyze();
+        sweep->updateDataRTMapMap(edge);
+        EXPECT_EQ(requirementsOf(*sweep), Table{}) << "a target without a required time";
+        sweep->updateDataRTMapMap(d);
+        sweep->updateDataRTMapMap(edge);
+        EXPECT_EQ(requirementsOf(*sweep), (Table{{"d", {{row.target, {1000, -50}}}}, {"s", row.after}}));
+    }
+}
+
+TEST(DataRequired, FoldsIntoWhatIsThere) {
+    Bench bench;
+    Pole* s = bench.add("s", bench.addLaunch("a"), 0, 0);
+    const struct {
+        const char* name;
+        unsigned long classes;
+        int minDelay;
+        int maxDelay;
+        Entries after; // at s, once its arc is folded too
+    } rows[] = {
+        {"one", 0, 1, 3, {{0, {997, -51}}}},
+        {"two", 0, 0, 9, {{0, {991, -50}}}},
+        {"three", 1, 2, 2, {{0, {991, -50}}, {1, {998, -52}}}},
+        {"four", 3, 7, 5, {{0, {991, -50}}, {1, {998, -52}}, {3, {995, -57}}}},
+    };
+    const SweepPointer sweep(Sweep::create(bench.subdomain));
+    std::vector<Pole*> ends;
+    for (const auto& row : rows) {
+        ends.push_back(bench.addOutput(row.name, s, row.minDelay, row.maxDelay));
+        close(ends.back(), row.classes);
+    }
+    sweep->clockAnalyze();
+    for (std::size_t i = 0; i < ends.size(); ++i) {
+        Pelko::Edge* edge = ends[i]->getIncomingEdges().getFirst();
+        edge->sensitize(PseudoMask(3));
+        sweep->updateDataRTMapMap(ends[i]);
+        sweep->updateDataRTMapMap(edge);
+        EXPECT_EQ(requirementsOf(*sweep)["s"], rows[i].after) << rows[i].name;
+    }
+}
+
+TEST(DataRequired, EitherCheckBitFreesSetupAndHold) {
+    const struct {
+        bool setup;
+        bool hold;
+        Entries after; // in front of an arc (1, 3)
+    } rows[] = {{false, false, {{0, {997, -51}}}},
+                {true, false, {{0, {997, -49}}}},
+                {false, true, {{0, {997, -49}}}},
+                {true, true, {{0, {997, -49}}}}};
+    for (const auto& row : rows) {
+        Bench bench;
+        Pole* d = bench.addOutput("d", bench.addLaunch("a"), 1, 3);
+        d->setSetupCheck(row.setup);
+        d->setHoldCheck(row.hold);
+        const SweepPointer sweep = bench.sweepTo(&Sweep::requireAnalyze);
+        EXPECT_EQ(requirementsOf(*sweep)["a"], row.after) << row.setup << row.hold;
+    }
+}
+
+TEST(DataRequired, OneStepFillsTheFanOut) {
+    Bench bench;
+    Pole* q = bench.add("q", bench.addLaunch("a"), 1, 1);
+    bench.addCheck("z", q, 0, 0);
+    const SweepPointer sweep(Sweep::create(bench.subdomain));
+    sweep->clockAnalyze();
+    PoleSet path;
+    sweep->requireAnalyze(q, path);
+    EXPECT_EQ(requirementsOf(*sweep), Table{}) << "no arrival yet";
+    EXPECT_EQ(marked(), Names{});
+    sweep->arrivalAnalyze();
+    // A marked pole is not entered.
+    q->mark();
+    sweep->requireAnalyze(q, path);
+    EXPECT_EQ(requirementsOf(*sweep), Table{});
+    analyzer->unmark();
+    sweep->requireAnalyze(q, path);
+    EXPECT_EQ(requirementsOf(*sweep), (Table{{"z", {{0, {1000, -50}}}}, {"q", {{0, {1000, -50}}}}}));
+    EXPECT_EQ(marked(), (Names{"q", "z"}));
+    EXPECT_EQ(namesOf(path), Names{});
+    analyzer->unmark();
+}
+
+TEST(DataRequired, RefusesALaunchLeafThatIsNoPort) {
+    for (const bool hasArrival : {false, true}) {
+        Bench bench(false, true);
+        bench.addOutput("out", bench.addInput("in"), 10, 20);
+        Pole* pin = bench.addLaunch("pin");
+        if (hasArrival)
+            bench.addOutput("more", pin, 1, 1);
+        bench.addOutput("last", bench.addInput("late"), 10, 20);
+        const SweepPointer sweep(Sweep::create(bench.subdomain));
+        sweep->clockAnalyze();
+        sweep->arrivalAnalyze();
+        EXPECT_EQ(sweep->hasArrivalTimingMap(pin), hasArrival);
+        expectThrown({"no input",
+                      [&] { sweep->requireAnalyze(); },
+                      typeid(Ruvex::InvalidRequest),
+                      "Not an input pole",
+                      {"Sweep", "requireAnalyze", 1598}});
+        // What came before it stays.
+        EXPECT_EQ(requirementsOf(*sweep), (Table{{"in", {{0, {980, -60}}}}, {"out", {{0, {1000, -50}}}}}));
+        EXPECT_EQ(marked(), Names{});
+    }
+}
+
+} // namespace
