@@ -33,6 +33,8 @@ public:
 
     // FactoryFailed: "Null subdomain".
     static Sweep* create(Pelko::Subdomain* subdomain);
+    // Ends a sweep on the way out of a failed run: it goes even where a listener throws at its end.
+    static void abandon(Sweep* sweep) noexcept;
 
     Pelko::Subdomain* getSubdomain() const { return subdomain; }
 

@@ -26,8 +26,21 @@ void Sweep::preDestroy() { Pelko::Object::preDestroy(); }
 Sweep* Sweep::create(Pelko::Subdomain* subdomain) {
     preCreate(subdomain);
     auto* sweep = new Sweep(subdomain);
-    sweep->postCreate(subdomain);
+    try {
+        sweep->postCreate(subdomain);
+    } catch (...) {
+        abandon(sweep);
+        throw;
+    }
     return sweep;
+}
+
+void Sweep::abandon(Sweep* sweep) noexcept {
+    try {
+        sweep->destroy();
+    } catch (...) {
+        delete sweep;
+    }
 }
 
 namespace {

@@ -108,7 +108,7 @@ public:
     ~DomainSweeps() {
         for (Sweep* sweep : sweeps_)
             if (sweep)
-                sweep->destroy();
+                Sweep::abandon(sweep);
     }
 
     Sweep* add(Pelko::Subdomain* subdomain) { return sweeps_.emplace_back(Sweep::create(subdomain)); }
@@ -117,7 +117,8 @@ public:
     void finishEach(Finish finish) {
         for (Sweep*& sweep : sweeps_) {
             finish(*sweep);
-            std::exchange(sweep, nullptr)->destroy();
+            sweep->destroy();
+            sweep = nullptr;
             detail::pump();
         }
     }
