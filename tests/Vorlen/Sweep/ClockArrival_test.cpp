@@ -145,6 +145,16 @@ TEST(ClockArrival, ReachesTheLeaves) {
          },
          {{"a", {{0, {1, 2}}}}},
          {}},
+        {"an input in front of the root is not passed on the way",
+         [](Bench& b) {
+             Pole* pin = b.addPin("a", b.clk, 1, 2);
+             Pole* in = b.design.addInput("in");
+             b.design.connect(in, b.clk, 7, 7);
+             b.launch(pin);
+             b.launch(in);
+         },
+         {{"a", {{0, {1, 2}}}}, {"in", {{0, {0, 0}}}}},
+         {}},
         {"a leaf that the root does not reach gets no entry",
          [](Bench& b) {
              b.launch(b.addPin("a", b.design.addClockSource("other"), 1, 2));
@@ -285,6 +295,16 @@ TEST(ClockArrival, RefusesLoops) {
          },
          {{"a", {{0, {11, 22}}}}},
          {}},
+        {"nor what its pole has so far",
+         [](Bench& b) {
+             Pole* first = b.addBuffer("first", b.clk, 1, 2);
+             Pole* second = b.addBuffer("second", b.clk, 3, 4);
+             b.design.connect(first, second, 10, 20);
+             b.design.connect(second, first, 100, 200);
+             b.launch(b.addPin("a", second, 0, 0));
+         },
+         {{"a", {{0, {3, 22}}}}},
+         {}},
         {"a loop through the leaf",
          [](Bench& b) {
              Pole* pin = b.addPin("a", b.clk, 1, 2);
@@ -389,6 +409,17 @@ TEST(ClockArrival, LeavesForgetTheClasses) {
              analyzer->setFalsePathMask(PseudoMask(1));
              Pole* plain = b.addBuffer("plain", b.clk, 5, 6);
              Pole* tagged = b.addBuffer("tagged", b.clk, 1, 9);
+             Pole* pin = b.addPin("a", plain, 0, 0);
+             b.design.connect(tagged, pin, 0, 0)->sensitize(PseudoMask(1));
+             open(tagged, 1);
+             b.launch(pin);
+         },
+         {{"a", {{0, {1, 9}}}}},
+         {}},
+        {"also where the last class has neither",
+         [](Bench& b) {
+             Pole* plain = b.addBuffer("plain", b.clk, 1, 9);
+             Pole* tagged = b.addBuffer("tagged", b.clk, 5, 6);
              Pole* pin = b.addPin("a", plain, 0, 0);
              b.design.connect(tagged, pin, 0, 0)->sensitize(PseudoMask(1));
              open(tagged, 1);

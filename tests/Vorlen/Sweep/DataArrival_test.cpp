@@ -231,6 +231,20 @@ TEST(DataArrival, FromRegisterToRegister) {
           {"second", {{0, {11, 22}}}},
           {"z/check", {{0, {11, 22}}}}},
          {11, 22}},
+        {"also where its source has some arrival already",
+         [](Bench& b) {
+             Pole* a = b.addLaunch("a");
+             Pole* second = b.add("second", a, 3, 4);
+             Pole* first = b.add("first", a, 1, 2);
+             b.design.connect(first, second, 10, 20);
+             b.design.connect(second, first, 500, 500);
+             b.addCheck("z/check", b.addLatch("z"), second, 0, 0);
+         },
+         {{"a", {{0, {0, 0}}}},
+          {"first", {{0, {1, 2}}}},
+          {"second", {{0, {3, 22}}}},
+          {"z/check", {{0, {3, 22}}}}},
+         {3, 22}},
         {"undefined delays absorb, each bound by itself",
          [](Bench& b) {
              b.addCheck("z/check", b.addLatch("z"), b.add("d", b.addLaunch("a"), undefined, 20), 0, 0);
@@ -293,6 +307,19 @@ TEST(DataArrival, FromAndToPortsOfAClock) {
          },
          {{"in", {{0, {0, 0}}}}, {"out", {{0, {10, 20}}}}},
          {13, 27}},
+        {"what is no port any more has no constraint",
+         [&](Bench& b) {
+             Pole* in = b.addInput("in");
+             Pole* out = b.addOutput("out", in, 10, 20);
+             constrainInput(b, in, 2, 5);
+             constrainOutput(b, out, 3, 7);
+             in->setInput(false);
+             out->setOutput(false);
+             b.design.connect(b.clk, in, 0, 0);
+             b.design.connect(b.clk, out, 100, 100);
+         },
+         {{"in", {{0, {0, 0}}}}, {"out", {{0, {10, 20}}}}},
+         {-90, 10}}, // the clock reaches the end both ways: (10, 100)
         {"both",
          [&](Bench& b) {
              Pole* in = b.addInput("in");

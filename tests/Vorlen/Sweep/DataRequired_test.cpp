@@ -205,6 +205,21 @@ TEST(DataRequired, FromRegisterToRegister) {
           {"second", {{0, {1000, -50}}}},
           {"first", {{0, {980, -60}}}},
           {"a", {{0, {978, -61}}}}}},
+        {"also where its target has some required time already",
+         [](Bench& b) {
+             Pole* pin = b.addPin("z/C");
+             b.subdomain->captureLatch(pin);
+             Pole* first = b.add("first", b.addLaunch("a"), 1, 2);
+             b.addCheck("y", first, 0, 0);
+             Pole* second = b.add("second", first, 10, 20);
+             b.design.connect(second, first, 500, 500);
+             b.design.connect(second, b.design.addCheck(pin, "z"), 0, 0);
+         },
+         {{"z", {{0, {1000, -50}}}},
+          {"y", {{0, {1000, -50}}}},
+          {"second", {{0, {1000, -50}}}},
+          {"first", {{0, {980, -50}}}},
+          {"a", {{0, {978, -51}}}}}},
         {"the walk ends at a terminal pole",
          [](Bench& b) {
              Pole* d = b.add("d", b.addLaunch("a"), 10, 20);
@@ -274,6 +289,15 @@ TEST(DataRequired, AtPorts) {
         {"the closing classes of the end",
          [](Bench& b) { close(b.addOutput("out", b.addInput("in"), 10, 20), 6); },
          {{"out", {{6, {1000, -50}}}}, {"in", {{0, {980, -60}}}}}},
+        {"a terminal pole on the way that does not latch here asks for nothing",
+         [](Bench& b) {
+             Pole* in = b.addInput("in");
+             Pole* middle = b.add("middle", in, 1, 1);
+             middle->setTerminal(true);
+             Pole* out = b.addOutput("out", in, 10, 20);
+             b.design.connect(middle, out, 500, 500);
+         },
+         {{"out", {{0, {1000, -50}}}}, {"in", {{0, {980, -60}}}}}},
         {"a terminal pole that does not latch here asks for nothing",
          [](Bench& b) {
              Pole* in = b.addInput("in");

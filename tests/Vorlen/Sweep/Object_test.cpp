@@ -100,6 +100,51 @@ TEST(SweepObject, RefusesNoSubdomain) {
     EXPECT_EQ(listener.heard, Names{});
 }
 
+// Refuses what it hears of: new sweeps, ends of sweeps, or both.
+class Refuser : public Pelko::ObjectListener {
+public:
+    Refuser(bool creation, bool end) : creation_(creation), end_(end) { Pelko::Object::addListener(this); }
+    Refuser(const Refuser&) = delete;
+    Refuser& operator=(const Refuser&) = delete;
+    ~Refuser() override { Pelko::Object::removeListener(this); }
+
+    void onCreated(Pelko::Object*) override { refuse(creation_, "no beginning"); }
+    void onDestroyed(Pelko::Object*) override { refuse(end_, "no end"); }
+
+private:
+    static void refuse(bool refuses, const char* message) {
+        if (refuses)
+            throw Ruvex::Error(message);
+    }
+
+    bool creation_;
+    bool end_;
+};
+
+TEST(SweepObject, AListenerMayRefuseItsCreation) {
+    const TwoRegisters bench;
+    for (const bool refusesEnd : {false, true}) {
+        // The one in front hears of the beginning and, as the sweep goes again, of the end.
+        Listener listener;
+        const Refuser refuser(true, refusesEnd);
+        expectThrown(
+            {"refused", [&] { Sweep::create(bench.subdomain); }, typeid(Ruvex::Error), "no beginning", {}});
+        EXPECT_EQ(listener.heard, (Names{"+ Sweep SWEEP[clk:rising -> clk:rising]",
+                                         "- Sweep SWEEP[clk:rising -> clk:rising]"}));
+    }
+}
+
+TEST(SweepObject, AnAbandonedSweepGoesWhateverListenersSay) {
+    const TwoRegisters bench;
+    for (const bool refusesEnd : {false, true}) {
+        Listener listener;
+        const Refuser refuser(false, refusesEnd);
+        Sweep::abandon(Sweep::create(bench.subdomain));
+        EXPECT_EQ(listener.heard, (Names{"+ Sweep SWEEP[clk:rising -> clk:rising]",
+                                         "- Sweep SWEEP[clk:rising -> clk:rising]"}));
+    }
+}
+
 TEST(SweepObject, IsNamedAfterItsSubdomain) {
     Builder design;
     Pole* clk = design.addClockSource("clk");

@@ -245,20 +245,25 @@ TEST(PathSearch, AddsToWhatIsKept) {
         const char* what;
         unsigned long first;
         unsigned long second;
+        int bound; // of the second search
         Names kept;
     } rows[] = {
         {"unlimited, twice: all double",
          unlimited,
          unlimited,
+         maximum,
          {"i > o4: 60", "i > o4: 60", "i > o3: 70", "i > o3: 70", "i > o2: 80", "i > o2: 80", "i > o1: 90",
           "i > o1: 90"}},
-        {"full: nothing is worse", 1, 1, {"i > o4: 60"}},
-        {"room for two more", 2, 4, {"i > o4: 60", "i > o4: 60", "i > o3: 70", "i > o3: 70"}},
-        {"more than the count are there: only the last gives way",
+        {"full: nothing is worse", 1, 1, maximum, {"i > o4: 60"}},
+        {"room for two more", 2, 4, maximum, {"i > o4: 60", "i > o4: 60", "i > o3: 70", "i > o3: 70"}},
+        {"more than the count are there: each new one replaces the last",
          3,
          1,
+         maximum,
          {"i > o4: 60", "i > o4: 60", "i > o3: 70"}},
-        {"no count leaves them", 3, 0, {"i > o4: 60", "i > o3: 70", "i > o2: 80"}},
+        {"a bound below the last", 4, 1, 65, {"i > o4: 60", "i > o4: 60", "i > o3: 70", "i > o2: 80"}},
+        {"a bound below all", 4, 1, 59, {"i > o4: 60", "i > o3: 70", "i > o2: 80", "i > o1: 90"}},
+        {"no count leaves them", 3, 0, maximum, {"i > o4: 60", "i > o3: 70", "i > o2: 80"}},
     };
     for (const auto& row : rows)
         for (const bool longest : {false, true}) {
@@ -266,7 +271,7 @@ TEST(PathSearch, AddsToWhatIsKept) {
             const Network network(fan);
             const SweepPointer sweep = network.propagate();
             Network::search(*sweep, longest, maximum, row.first);
-            Network::search(*sweep, longest, maximum, row.second);
+            Network::search(*sweep, longest, row.bound, row.second);
             EXPECT_EQ(network.kept(longest), row.kept);
         }
 }
@@ -546,6 +551,12 @@ TEST(PathSearch, ExceptionsGovern) {
          {},
          {},
          {{"max", {140, 140}}, {"multi", {undefined, undefined}}}},
+        {"dropped at a slack of just the limit",
+         {{"max", Kind::MaxDelay, 1, 50}, {"multi", Kind::Multicycle, 2, -50}},
+         139,
+         {},
+         {},
+         {{"max", {140, 140}}, {"multi", {undefined, undefined}}}},
         {"kept where the bound allows",
          {{"max", Kind::MaxDelay, 1, 50}, {"multi", Kind::Multicycle, 2, -50}},
          140,
@@ -706,6 +717,46 @@ TEST(PathSearch, APathOfUndefinedSlackIsKept) {
         }
 }
 
+TEST(PathSearch, AnUndefinedSlackComesBeforeAll) {
+    // A leaf that is an end point itself is kept with an undefined slack, before there are relations. Then it
+    // is the worst path there is, and no limit for others: each new one is the last, and goes.
+    for (const bool longest : {false, true}) {
+        SCOPED_TRACE(sides[longest]);
+        Network network({{"i", "o", 10}});
+        network.subdomain->setSetupRelation(Delay::getUndefined());
+        network.subdomain->setHoldRelation(Delay::getUndefined());
+        Pole* both = network.design.addInput("both");
+        both->setOutput(true);
+        both->setTerminal(true);
+        network.subdomain->captureLaunch(both);
+        network.subdomain->captureLatch(both);
+        Network::search(*network.propagate(), longest, maximum, 1);
+        EXPECT_EQ(network.kept(longest), Names{": undefined"});
+        network.subdomain->setSetupRelation(Delay(100));
+        network.subdomain->setHoldRelation(Delay(100));
+        const SweepPointer sweep = network.propagate();
+        const Listener listener;
+        Network::search(*sweep, longest, maximum, 1);
+        EXPECT_EQ(listener.heard, (Names{"+ i > o: 90", "- i > o: 90", "+ : 100", "- : 100"}));
+    }
+}
+
+TEST(PathSearch, AnExceptionThatAsksForNothingOpensNoWay) {
+    // It starts at the input and ends nowhere on the way: under it the arc has no slack, and plainly one
+    // of 90.
+    for (const bool longest : {false, true})
+        for (const int bound : {50, 90}) {
+            SCOPED_TRACE(sides[longest]);
+            Network network({{"i", "o", 10, 1}, {"x", "y", 1, 1}});
+            const Exception exception{"max", Kind::MaxDelay, 1, 0, "i", "y"};
+            add(network, exception);
+            const SweepPointer sweep = network.propagate();
+            const Listener listener;
+            Network::search(*sweep, longest, bound, unlimited);
+            EXPECT_EQ(listener.heard, bound == 50 ? Names{} : Names{"+ i > o: 90"});
+        }
+}
+
 TEST(PathSearch, TakesTheClocksOfEitherEnd) {
     // Register to register: launch edge (1, 2), latch edge (3, 5), logic (10, 20), hold 4 and setup 6. Port
     // to port: no clock arrival, constraints of (7, 8) and (9, 11).
@@ -786,6 +837,8 @@ TEST(PathSearch, OneStepContinuesAPath) {
             SCOPED_TRACE(std::string(row.what) + ", " + sides[longest]);
             Network network({{"i", "m", 10, 3}, {"m", "o1", 1, 3}, {"m", "n", 2, 3}, {"n", "o2", 1, 3}});
             CPath::create({{}, {network.find("m")}})->setPseudoMask(PseudoMask(1));
+            // A class that opens here, and that no arc is for, is gone at the end of the step.
+            CPath::create({{network.find("m")}, {}})->setPseudoMask(PseudoMask(4));
             const SweepPointer sweep = network.propagate();
             analyzer->setFalsePathMask(PseudoMask(1));
             PseudoMask mask(row.mask);

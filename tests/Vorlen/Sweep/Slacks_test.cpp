@@ -156,6 +156,7 @@ TEST(CalculateSlack, UnderAnException) {
         {"the first of its classes", {{2, {50, 20}}, {4, {40, 30}}, {6, {30, 40}}}, 6, 6, 0, 0, 0, 37, -9},
         {"the first as its classes are read", {{2, {40, 30}}, {9, {50, 20}}}, 3, 3, 0, 0, 0, 37, -9},
         {"what a false path cuts is gone", {{1, {50, 20}}, {3, {40, 30}}}, 1, 2, 2, 0, 0, 37, -9},
+        {"then the next of its classes is the first", {{3, {40, 30}}, {4, {50, 20}}}, 5, 2, 2, 0, 0, 37, -9},
         {"until nothing is left", {{3, {40, 30}}}, 1, 2, 2, 0, 0, undefined, undefined},
         {"an adjustment a side", two, 1, 1, 0, 7, -2, 44, -11},
         {"an undefined adjustment adds nothing", two, 1, 1, 0, undefined, undefined, 37, -9},

@@ -68,6 +68,34 @@ TEST_F(DataStem, FanInOfPorts) {
     EXPECT_TRUE(console_.isEmpty());
 }
 
+// Ways that part and meet again, and stems that overlap.
+TEST_F(DataStem, Reconvergence) {
+    Pole* a = design_.addInput("a");
+    Pole* b = design_.addInput("b");
+    Pole* c = design_.addInput("c");
+    Pole* left = design_.addPole("left");
+    Pole* right = design_.addPole("right");
+    Pole* out = design_.addOutput("out");
+    Pole* side = design_.addOutput("side");
+    for (Pole* pole : {c, a})
+        design_.connect(pole, left);
+    for (Pole* pole : {b, a})
+        design_.connect(pole, right);
+    design_.connect(right, out);
+    design_.connect(left, out);
+    design_.connect(left, side);
+    Vorlen::StemPoleSetMap work;
+    unsigned long loops = 0;
+    tool_->dataStem(out, work, loops);
+    EXPECT_EQ(stemsOf(work), (Stems{{"left", {"a", "c"}}, {"out", {"a", "b", "c"}}}));
+    analyzer->unmark();
+    EXPECT_EQ(run(), Leaves({"a", "b", "c"}, {"out", "side"}));
+    design_.constrainOutput(side, nullptr); // on an edge of no clock: a subdomain of its own
+    run();
+    EXPECT_EQ(namesOf(Builder::findSubdomain(nullptr, nullptr, none, rising)->getLaunchLeaves()),
+              (Names{"a", "c"}));
+}
+
 // An end point that nothing reaches makes no domain.
 TEST_F(DataStem, NoLaunchPole) {
     Pole* out = design_.addOutput("out");

@@ -146,6 +146,23 @@ TEST_F(LaunchOrder, LoopStateIsCleanAtBothEnds) {
     EXPECT_TRUE(tool_->launch());
     EXPECT_EQ(namesOf(tool_->getLoopPoles()), Names{});
     EXPECT_FALSE(tool_->isLooping(clk_));
+
+    // What the host leaves on the stack during a run goes with it.
+    class Pusher : public Pelko::ObjectListener {
+    public:
+        explicit Pusher(Vorlen::Tool& tool) : tool_(tool) { Pelko::Object::addListener(this); }
+        ~Pusher() override { Pelko::Object::removeListener(this); }
+        void onDestroyed(Pelko::Object* object) override {
+            if (dynamic_cast<Vorlen::Sweep*>(object))
+                tool_.loopPush(Pelko::cell->getPoles().getFirst());
+        }
+
+    private:
+        Vorlen::Tool& tool_;
+    };
+    const Pusher pusher(*tool_);
+    EXPECT_TRUE(tool_->launch());
+    EXPECT_EQ(namesOf(tool_->getLoopPoles()), Names{});
     tool_->loopOpen();
 }
 
