@@ -1,0 +1,59 @@
+// The texts of diagnostics.
+#include "Diagnostics.h"
+
+#include <algorithm>
+
+namespace Readers {
+
+std::string_view toString(Severity severity) {
+    switch (severity) {
+    case Severity::note:
+        return "note";
+    case Severity::warning:
+        return "warning";
+    case Severity::error:
+        break;
+    }
+    return "error";
+}
+
+std::string toString(const Diagnostic& diagnostic) {
+    std::string text;
+    const Place& place = diagnostic.place;
+    if (!place.file.empty()) {
+        text += place.file + ":";
+        if (place.line != 0)
+            text += std::to_string(place.line) + ":";
+        if (place.line != 0 && place.column != 0)
+            text += std::to_string(place.column) + ":";
+        text += " ";
+    }
+    text += toString(diagnostic.severity);
+    return text + ": " + diagnostic.text;
+}
+
+BadInput::BadInput(Place place, std::string text)
+    : BadInput(Diagnostic{Severity::error, std::move(place), std::move(text)}) {}
+
+BadInput::BadInput(Diagnostic diagnostic)
+    : std::runtime_error(toString(diagnostic)), diagnostic_(std::move(diagnostic)) {}
+
+void Diagnostics::note(Place place, std::string text) {
+    add({Severity::note, std::move(place), std::move(text)});
+}
+
+void Diagnostics::warning(Place place, std::string text) {
+    add({Severity::warning, std::move(place), std::move(text)});
+}
+
+void Diagnostics::error(Place place, std::string text) {
+    add({Severity::error, std::move(place), std::move(text)});
+}
+
+void Diagnostics::add(Diagnostic diagnostic) { all_.push_back(std::move(diagnostic)); }
+
+std::size_t Diagnostics::count(Severity severity) const {
+    return static_cast<std::size_t>(std::ranges::count(all_, severity, &Diagnostic::severity));
+}
+
+} // namespace Readers

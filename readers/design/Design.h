@@ -1,0 +1,130 @@
+// The routed design, between the readers and the timing graph: pins, cells, nets, and every delay and check of them,
+// in the engine's integer units.
+//
+// A port is a pin without a cell. Cells, pins and nets are known by their index here; their order is that of the
+// netlist, or of the SDF where there is none, so that results do not depend on anything else.
+#pragma once
+
+#include "../Diagnostics.h"
+#include "../Names.h"
+#include "../netlist/Netlist.h"
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace Readers {
+
+// An edge of a signal, where it matters.
+enum class Transition : std::uint8_t { any, rise, fall };
+
+// Early and late value of a delay, in units.
+struct Interval {
+    std::int32_t early = 0;
+    std::int32_t late = 0;
+
+    bool operator==(const Interval&) const = default;
+};
+
+class Design {
+public:
+    struct Pin {
+        Name name;                 // of the pin alone, or of the port
+        std::uint32_t cell = none; // none: a port
+        std::uint32_t net = none;
+        Direction direction = Direction::unknown; // of a port as seen from outside: an input port drives its net
+    };
+    struct Cell {
+        Name name;
+        Name type;
+    };
+    struct Net {
+        Name name;
+    };
+
+    // A delay from a pin to another one: through a cell, or along a net.
+    struct Arc {
+        std::uint32_t from = none;
+        std::uint32_t to = none;
+        Transition fromEdge = Transition::any; // the edge of `from` that sets it off
+        bool wire = false;                     // along a net
+        bool disabled = false;                 // taken out by a constraint
+        bool bare = false;                     // nothing gave it a delay: zero
+        Interval delay;
+    };
+    // Setup and hold (recovery and removal alike) of a data pin against a clock pin.
+    struct Check {
+        std::uint32_t data = none;
+        std::uint32_t clock = none;
+        Transition clockEdge = Transition::any;
+        bool disabled = false;
+        std::optional<std::int32_t> setup; // the worst over the data's edges
+        std::optional<std::int32_t> hold;
+    };
+    // A pulse check: the least period of a clock pin, or the least width of a pulse on it.
+    struct PulseCheck {
+        std::uint32_t pin = none;
+        bool period = false;                // else width
+        Transition edge = Transition::any;  // with which the pulse begins
+        std::int32_t required = 0;
+    };
+
+    Names names;
+    std::string name;
+    char divider = '/';
+
+    std::vector<Cell> cells;
+    std::vector<Pin> pins;
+    std::vector<Net> nets;
+    std::vector<Arc> arcs;
+    std::vector<Check> checks;
+    std::vector<PulseCheck> pulseChecks;
+
+    // --- Building -------------------------------------------------------------------------------------------------
+
+    std::uint32_t addCell(Name name, Name type);
+    std::uint32_t addPin(std::uint32_t cell, Name name); // cell none: a port. The known one, or a new one
+    std::uint32_t addNet(Name name);
+    // Builds the tables below; after that nothing may be added but delays and checks.
+    void index();
+
+    // --- Looking up (by canonical name, without escapes) ----------------------------------------------------------
+
+    std::uint32_t findCell(std::string_view cell) const;                 // none where there is none
+    std::uint32_t findPin(std::uint32_t cell, std::string_view pin) const;
+    std::uint32_t findPort(std::string_view port) const { return findPin(none, port); }
+    std::uint32_t findNet(std::string_view net) const;
+
+    std::span<const std::uint32_t> pinsOfCell(std::uint32_t cell) const; // after index()
+    std::span<const std::uint32_t> pinsOfNet(std::uint32_t net) const;
+    std::span<const std::uint32_t> ports() const;
+
+    bool isPort(std::uint32_t pin) const { return pins[pin].cell == none; }
+    // "instance/pin", or the port's name.
+    std::string pinName(std::uint32_t pin) const;
+    std::string_view cellName(std::uint32_t cell) const { return names[cells[cell].name]; }
+    std::string_view netName(std::uint32_t net) const { return names[nets[net].name]; }
+
+    // --- What the delays say of a pin (after classify()) ----------------------------------------------------------
+
+    void classify();
+    bool isRegister(std::uint32_t cell) const { return registers_[cell]; } // has a check, or a clock-to-output arc
+    bool isClockPin(std::uint32_t pin) const { return roles_[pin] & clockPin; }   // checks refer to it
+    bool isDataPin(std::uint32_t pin) const { return roles_[pin] & dataPin; }     // a check ends here
+    bool isRegisterOutput(std::uint32_t pin) const { return roles_[pin] & registerOutput; }
+
+private:
+    enum Role : std::uint8_t { clockPin = 1, dataPin = 2, registerOutput = 4 };
+
+    std::unordered_map<std::uint32_t, std::uint32_t> cellByName_, netByName_;
+    std::unordered_map<std::uint64_t, std::uint32_t> pinByName_; // cell + 1, name
+    std::vector<std::uint32_t> cellPins_, cellFirst_, netPins_, netFirst_, ports_;
+    std::vector<bool> registers_;
+    std::vector<std::uint8_t> roles_;
+};
+
+} // namespace Readers

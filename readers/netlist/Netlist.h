@@ -1,0 +1,45 @@
+// A routed netlist as the netlist readers give it: one flat module, bit by bit.
+//
+// Names are without escapes. A vector's bits are pins, ports and nets of their own ("led[3]"). Hierarchy is gone: a
+// cell in an instance is named by its path ("u1/u2/ff"). Only leaf cells stay.
+#pragma once
+
+#include "../Names.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace Readers {
+
+inline constexpr std::uint32_t none = ~std::uint32_t{0};
+
+enum class Direction : std::uint8_t { unknown, input, output, inout };
+
+struct Netlist {
+    struct Port {
+        Name name;
+        Direction direction = Direction::unknown;
+        std::uint32_t net = none;
+    };
+    struct Cell {
+        Name name;
+        Name type;
+        std::uint32_t firstPin = 0; // into pins
+        std::uint32_t pinCount = 0;
+    };
+    struct Pin {
+        Name name; // of the pin alone: "D", "RDATA[3]"
+        Direction direction = Direction::unknown;
+        std::uint32_t net = none; // none: not connected, or to a constant
+    };
+
+    Names names;
+    std::string top; // the module that was taken
+    std::vector<Port> ports;
+    std::vector<Cell> cells;
+    std::vector<Pin> pins;  // a cell's pins stand together
+    std::vector<Name> nets; // one name each, the shortest and of those the first in byte order
+};
+
+} // namespace Readers
