@@ -13,18 +13,19 @@ constexpr int patience = 250; // ms
 
 } // namespace
 
-void pump() {
+bool pump() {
     if (!Pelko::application || Pelko::application->isBatch())
-        return;
+        return false;
     QTime& timer = Pelko::application->getEventTimer();
 // Both calls are deprecated since Qt 5.14, and mean what they always did.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
     if (timer.elapsed() <= patience)
-        return;
+        return false;
     timer.restart();
 #pragma GCC diagnostic pop
     QCoreApplication::processEvents();
+    return true;
 }
 
 } // namespace Vorlen::detail

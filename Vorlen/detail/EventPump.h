@@ -7,22 +7,23 @@
 
 namespace Vorlen::detail {
 
-// Between phases: asks the timer at once.
-void pump();
+// Between phases: asks the timer at once. Says whether events were processed.
+bool pump();
 
 // Inside a walk, once a pole. Reading the event timer costs more than a step of a walk: the first call asks
 // it, and after that every 64th call looks at a clock that is cheap to read, and asks the timer where 10 ms
 // have gone by.
 class WalkPump {
 public:
-    void operator()() {
+    // Says whether events were processed, so that the design may have changed.
+    bool operator()() {
         if (calls_++ % 64 != 0)
-            return;
+            return false;
         const long now = readClock();
         if (now < next_)
-            return;
+            return false;
         next_ = now + interval;
-        pump();
+        return pump();
     }
 
 private:

@@ -1,66 +1,22 @@
 // Constrained paths: which arcs an exception tags, and what the phase says about loops.
-#include "Builder.h"
+#include "Graph.h"
 #include "Recorder.h"
 
 #include <gtest/gtest.h>
 
-#include <sstream>
-
 using Pelko::analyzer;
 using Pelko::CPath;
-using Pelko::Edge;
 using Pelko::Pole;
 using Pelko::PseudoMask;
+using Support::Graph;
 using Support::inactive;
 using Support::Lines;
 using Support::marked;
 using Support::Names;
 using Support::namesOf;
+using Support::tagged;
 
 namespace {
-
-// A graph of named poles, from text: "a>b b>c" are two arcs, "a!b" is an inactive one. Poles and arcs come in
-// the order of the text.
-class Graph {
-public:
-    explicit Graph(const std::string& arcs) {
-        std::istringstream words(arcs);
-        for (std::string word; words >> word;) {
-            const std::size_t place = word.find_first_of(">!");
-            Pole* source = get(word.substr(0, place));
-            Edge* edge = design_.connect(source, get(word.substr(place + 1)));
-            if (word[place] == '!')
-                edge->disactivate();
-        }
-    }
-    Pole* get(const std::string& name) {
-        Pole*& pole = poles_[name];
-        if (!pole)
-            pole = design_.addPole(name);
-        return pole;
-    }
-    CPath::PoleList get(const Names& names) {
-        CPath::PoleList found;
-        for (const std::string& name : names)
-            found.push_back(get(name));
-        return found;
-    }
-    CPath::Objects objects(const Names& sources, const Names& bridges, const Names& targets) {
-        return {get(sources), get(targets), get(bridges)};
-    }
-
-private:
-    Support::Builder design_;
-    std::map<std::string, Pole*> poles_;
-};
-
-// The arcs that carry the class.
-Names tagged(unsigned long bits) {
-    return namesOf(Pelko::cell->getEdges(),
-                   [bits](const Edge* edge) { return (edge->getPseudoMask().getBits() & bits) != 0; });
-}
-
-Names tagged() { return tagged(~0UL); }
 
 struct TagRow {
     const char* what;
