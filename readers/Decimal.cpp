@@ -2,7 +2,7 @@
 #include "Decimal.h"
 
 #include <cmath>
-#include <limits>
+#include <cstdlib>
 
 namespace Readers {
 
@@ -84,13 +84,15 @@ std::optional<std::int64_t> Decimal::scaled(int shift) const {
     int power = exponent + shift;
     if (value == 0)
         return 0;
+    if (power >= 0 && (value > limit || value < -limit))
+        return std::nullopt;
     for (; power > 0; --power) {
         if (value > limit / 10 || value < -(limit / 10))
             return std::nullopt;
         value *= 10;
     }
-    // All but the last digit that goes are cut off: rounding looks at the last one, and a cut digit cannot make a
-    // half out of less, nor less out of a half.
+    // All but the last digit that goes are cut off: rounding looks at the last one, and a cut digit cannot
+    // make a half out of less, nor less out of a half.
     for (; power < -1 && value != 0; ++power)
         value /= 10;
     if (power < 0) {
@@ -101,26 +103,32 @@ std::optional<std::int64_t> Decimal::scaled(int shift) const {
 }
 
 double Decimal::toDouble() const {
-    // Powers up to 10^22 are exact doubles, so that one division or multiplication rounds just once.
-    if (exponent < 0 && exponent >= -22)
+    // Up to 2^53 an integer is an exact double, up to 10^22 a power of ten: one operation rounds just once.
+    constexpr std::int64_t exactMantissa = std::int64_t{1} << 53;
+    constexpr int exactPower = 22;
+    const bool exact = mantissa >= -exactMantissa && mantissa <= exactMantissa;
+    if (exact && exponent <= 0 && exponent >= -exactPower)
         return static_cast<double>(mantissa) / std::pow(10.0, -exponent);
-    return static_cast<double>(mantissa) * std::pow(10.0, exponent);
+    // Without a point in the text no locale has a say.
+    return std::strtod((std::to_string(mantissa) + "e" + std::to_string(exponent)).c_str(), nullptr);
 }
 
 std::string Decimal::toString() const {
+    constexpr int mostZeros = 20, mostPlaces = 30; // beyond that an exponent is shorter
     const Decimal value = reduced(*this);
-    if (value.exponent > 20 || value.exponent < -30)
-        return std::to_string(value.mantissa) + "e" + std::to_string(value.exponent);
-    std::string digits = std::to_string(std::abs(value.mantissa));
+    std::string digits = std::to_string(value.mantissa);
+    if (value.exponent > mostZeros || value.exponent < -mostPlaces)
+        return digits + "e" + std::to_string(value.exponent);
+    const std::size_t sign = value.mantissa < 0 ? 1 : 0;
     if (value.exponent > 0)
         digits.append(static_cast<std::size_t>(value.exponent), '0');
     if (value.exponent < 0) {
         const std::size_t places = static_cast<std::size_t>(-value.exponent);
-        if (digits.size() <= places)
-            digits.insert(0, places + 1 - digits.size(), '0');
+        if (digits.size() - sign <= places)
+            digits.insert(sign, places + 1 - (digits.size() - sign), '0');
         digits.insert(digits.size() - places, ".");
     }
-    return value.mantissa < 0 ? "-" + digits : digits;
+    return digits;
 }
 
 bool operator==(const Decimal& a, const Decimal& b) {

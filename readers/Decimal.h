@@ -1,4 +1,5 @@
-// A decimal number as it is written: mantissa * 10^exponent. Times stay exact until they become integer units.
+// A decimal number as it is written: mantissa * 10^exponent. Times stay exact until they become integer
+// units.
 #pragma once
 
 #include <cstdint>
@@ -12,8 +13,8 @@ struct Decimal {
     std::int64_t mantissa = 0;
     std::int32_t exponent = 0;
 
-    // Reads "1", "-1.2e+03", ".5", "5."; nothing where the text is anything else, empty included. Digits beyond the
-    // eighteenth significant one only round.
+    // Reads "1", "-1.2e+03", ".5", "5."; nothing where the text is anything else, empty included. Digits
+    // beyond the eighteenth significant one only round.
     static std::optional<Decimal> parse(std::string_view text);
     static Decimal of(std::int64_t value) { return {value, 0}; }
 

@@ -2,6 +2,7 @@
 #include "Diagnostics.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace Readers {
 

@@ -1,4 +1,5 @@
-// An input file as a stream of bytes: plain, or compressed by gzip (told by its first bytes, not by its name).
+// An input file as a stream of bytes: plain, or compressed by gzip (told by its first bytes, not by its
+// name).
 //
 // The file is read once, in blocks, and its SHA-256 (of the bytes as they are on disk) is known at the end.
 // Memory is a few blocks, whatever the file's size.

@@ -1,8 +1,8 @@
-// The routed design, between the readers and the timing graph: pins, cells, nets, and every delay and check of them,
-// in the engine's integer units.
+// The routed design, between the readers and the timing graph: pins, cells, nets, and every delay and check
+// of them, in the engine's integer units.
 //
-// A port is a pin without a cell. Cells, pins and nets are known by their index here; their order is that of the
-// netlist, or of the SDF where there is none, so that results do not depend on anything else.
+// A port is a pin without a cell. Cells, pins and nets are known by their index here; their order is that of
+// the netlist, or of the SDF where there is none, so that results do not depend on anything else.
 #pragma once
 
 #include "../Diagnostics.h"
@@ -36,7 +36,9 @@ public:
         Name name;                 // of the pin alone, or of the port
         std::uint32_t cell = none; // none: a port
         std::uint32_t net = none;
-        Direction direction = Direction::unknown; // of a port as seen from outside: an input port drives its net
+        Direction direction =
+            Direction::unknown;     // of a port as seen from outside: an input port drives its net
+        bool standsForPort = false; // a pad's pin, in a design without a netlist
     };
     struct Cell {
         Name name;
@@ -54,7 +56,7 @@ public:
         bool wire = false;                     // along a net
         bool disabled = false;                 // taken out by a constraint
         bool bare = false;                     // nothing gave it a delay: zero
-        Interval delay;
+        Interval delay = {};
     };
     // Setup and hold (recovery and removal alike) of a data pin against a clock pin.
     struct Check {
@@ -62,14 +64,14 @@ public:
         std::uint32_t clock = none;
         Transition clockEdge = Transition::any;
         bool disabled = false;
-        std::optional<std::int32_t> setup; // the worst over the data's edges
-        std::optional<std::int32_t> hold;
+        std::optional<std::int32_t> setup = {}; // the worst over the data's edges
+        std::optional<std::int32_t> hold = {};
     };
     // A pulse check: the least period of a clock pin, or the least width of a pulse on it.
     struct PulseCheck {
         std::uint32_t pin = none;
-        bool period = false;                // else width
-        Transition edge = Transition::any;  // with which the pulse begins
+        bool period = false;               // else width
+        Transition edge = Transition::any; // with which the pulse begins
         std::int32_t required = 0;
     };
 
@@ -89,21 +91,25 @@ public:
     std::uint32_t addCell(Name name, Name type);
     std::uint32_t addPin(std::uint32_t cell, Name name); // cell none: a port. The known one, or a new one
     std::uint32_t addNet(Name name);
+    // The cell is shown by this name, and found by it and by the old one.
+    void rename(std::uint32_t cell, Name newName);
     // Builds the tables below; after that nothing may be added but delays and checks.
     void index();
 
     // --- Looking up (by canonical name, without escapes) ----------------------------------------------------------
 
-    std::uint32_t findCell(std::string_view cell) const;                 // none where there is none
+    std::uint32_t findCell(std::string_view cell) const; // none where there is none
     std::uint32_t findPin(std::uint32_t cell, std::string_view pin) const;
-    std::uint32_t findPort(std::string_view port) const { return findPin(none, port); }
+    std::uint32_t findPort(std::string_view port) const;
     std::uint32_t findNet(std::string_view net) const;
 
     std::span<const std::uint32_t> pinsOfCell(std::uint32_t cell) const; // after index()
     std::span<const std::uint32_t> pinsOfNet(std::uint32_t net) const;
     std::span<const std::uint32_t> ports() const;
 
-    bool isPort(std::uint32_t pin) const { return pins[pin].cell == none; }
+    // A port of the top module, or, without a netlist, the pin of a pad that stands for one.
+    bool isPort(std::uint32_t pin) const { return isPortOfTop(pin) || pins[pin].standsForPort; }
+    bool isPortOfTop(std::uint32_t pin) const { return pins[pin].cell == none; }
     // "instance/pin", or the port's name.
     std::string pinName(std::uint32_t pin) const;
     std::string_view cellName(std::uint32_t cell) const { return names[cells[cell].name]; }
@@ -112,13 +118,21 @@ public:
     // --- What the delays say of a pin (after classify()) ----------------------------------------------------------
 
     void classify();
-    bool isRegister(std::uint32_t cell) const { return registers_[cell]; } // has a check, or a clock-to-output arc
-    bool isClockPin(std::uint32_t pin) const { return roles_[pin] & clockPin; }   // checks refer to it
-    bool isDataPin(std::uint32_t pin) const { return roles_[pin] & dataPin; }     // a check ends here
-    bool isRegisterOutput(std::uint32_t pin) const { return roles_[pin] & registerOutput; }
+    bool isRegister(std::uint32_t cell) const {
+        return registers_[cell];
+    } // has a check, or a clock-to-output arc
+    bool isClockPin(std::uint32_t pin) const { return (roles_[pin] & clockPin) != 0; } // checks refer to it
+    bool isDataPin(std::uint32_t pin) const { return (roles_[pin] & dataPin) != 0; }   // a check ends here
+    bool isRegisterOutput(std::uint32_t pin) const { return (roles_[pin] & registerOutput) != 0; }
+    // From a clock pin to an output: where a clock ends and data begins.
+    bool isClockToOutput(const Arc& arc) const { return !arc.wire && isClockPin(arc.from); }
+    // From a set or reset pin: not timed through.
+    bool isReset(const Arc& arc) const { return !arc.wire && (roles_[arc.from] & resetPin) != 0; }
 
 private:
-    enum Role : std::uint8_t { clockPin = 1, dataPin = 2, registerOutput = 4 };
+    enum Role : std::uint8_t { clockPin = 1, dataPin = 2, registerOutput = 4, resetPin = 8 };
+
+    std::vector<std::uint8_t> edgesOfPins() const;
 
     std::unordered_map<std::uint32_t, std::uint32_t> cellByName_, netByName_;
     std::unordered_map<std::uint64_t, std::uint32_t> pinByName_; // cell + 1, name

@@ -1,0 +1,124 @@
+// Takes the results out of the engine's sweeps, while they are there: the worst setup and hold slack of every
+// end point, and the worst paths.
+//
+// Harvest listens to the host's objects. As soon as a subdomain exists it fixes the relations that the
+// clocks' edges give; just before a sweep goes it reads the arrivals at the sweep's end points, class by
+// class, finds the exception that governs each, and keeps what is worst. Paths are traced back through the
+// sweep's arrivals, the worst first, so that none is looked at that is not reported. A run that did not end
+// gives nothing: take() only after a launch that returned true.
+#pragma once
+
+#include "../readers/model/Exceptions.h"
+#include "../readers/model/Relations.h"
+#include "../readers/model/TimingModel.h"
+#include "../report/Report.h"
+#include "Vorlen/Sweep.h"
+
+#include <exception>
+#include <map>
+#include <set>
+#include <unordered_map>
+#include <vector>
+
+namespace Cli {
+
+using Readers::Model::Time;
+
+struct HarvestOptions {
+    std::size_t paths = 10;      // of each kind
+    std::size_t perEndpoint = 1; // of them
+    bool setup = true, hold = true;
+};
+
+// The worst of an end point on one side.
+struct Worst {
+    Time slack = 0;
+    std::uint32_t launch = Readers::none, capture = Readers::none; // clocks
+    std::uint32_t exception = Readers::none;
+};
+struct EndResult {
+    std::optional<Worst> setup, hold;
+};
+
+// An exception as reports tell it.
+Report::Exception describe(const Readers::Sdc::Constraints& constraints, std::uint32_t exception);
+
+class Harvest : public Pelko::ObjectListener {
+public:
+    Harvest(const Readers::Design& design, const Readers::Model::Network& network,
+            const Readers::Model::Clocks& clocks, const Readers::Sdc::Constraints& constraints,
+            Readers::Model::TimingModel& model, Readers::Model::Exceptions& exceptions,
+            const HarvestOptions& options);
+
+    void onCreated(Pelko::Object* object) override;
+    void onDestroyed(Pelko::Object* object) override;
+
+    // By the pin of the end point. Throws what went wrong while a sweep was read.
+    const std::map<std::uint32_t, EndResult>& endpoints() const;
+    // The reported paths, setup first, each kind worst first.
+    std::vector<Report::Path> paths() const;
+    // The period at which the clock's own setup paths would just be met; nothing where it has none.
+    std::optional<Time> achievedPeriod(std::uint32_t clock) const;
+
+private:
+    // A sweep that is being read.
+    struct Context {
+        const Vorlen::Sweep* sweep = nullptr;
+        std::uint32_t launch = Readers::none, capture = Readers::none;
+        bool launchRise = true, captureRise = true;
+        std::optional<Readers::Model::Relation> relation;
+    };
+    // What arrives at an end point under one set of classes, and what is required of it.
+    struct Arrival {
+        const Readers::Model::End* end = nullptr;
+        std::uint64_t classes = 0;
+        const Readers::Model::Requirement* requirement = nullptr;
+        bool setup = true;
+        Time arrival = 0;        // at the end point, the check or the port's delay included
+        Time captureLatency = 0; // of the clock at the check; 0 at a port
+        Time uncertainty = 0;
+        Time relation = 0; // capture edge - launch edge, or the delay in its place
+        Time slack = 0;
+    };
+    // A path that is kept: its slack decides, then its end point's name.
+    struct Kept {
+        Time slack;
+        std::uint64_t number;
+        std::uint32_t pin;
+        Report::Path path;
+    };
+    struct Step;
+
+    Context contextOf(const Vorlen::Sweep* sweep);
+    void read(const Vorlen::Sweep* sweep);
+    void readEnd(const Context& context, Pelko::Pole* pole, const Vorlen::Timing& latch);
+    void readSide(const Context& context, Arrival arrival, Pelko::Delay data, Pelko::Delay latch);
+    void ignoreLatencies(const Context& context, Arrival& arrival);
+    Time launchLatency(const Context& context, const Readers::Model::Start& start, bool late) const;
+    std::optional<Time> commonLaunchLatency(const Context& context, std::uint64_t classes, bool late) const;
+    void record(const Context& context, const Arrival& arrival);
+    void achieve(const Context& context, const Arrival& arrival);
+    void trace(const Context& context, const Arrival& arrival);
+    bool isWanted(bool setup, std::uint32_t pin, Time slack) const;
+    void keep(bool setup, std::uint32_t pin, Report::Path path);
+    Report::Path pathOf(const Context& context, const Arrival& arrival, const Step& step) const;
+    void addPoints(const std::vector<Pelko::Edge*>& edges, bool late, Report::Path& path) const;
+
+    const Readers::Design& design_;
+    const Readers::Model::Network& network_;
+    const Readers::Model::Clocks& clocks_;
+    const Readers::Sdc::Constraints& constraints_;
+    Readers::Model::TimingModel& model_;
+    Readers::Model::Exceptions& exceptions_;
+    const HarvestOptions options_;
+
+    std::map<std::uint32_t, EndResult> endpoints_;
+    std::map<std::uint32_t, Time> achieved_;
+    std::map<std::pair<Time, std::uint64_t>, Kept> kept_[2]; // hold, setup; worst first
+    std::unordered_map<std::uint32_t, std::vector<std::pair<Time, std::uint64_t>>> keptOfPin_[2];
+    std::uint64_t number_ = 0;
+    std::map<std::tuple<std::uint32_t, bool, std::uint32_t, bool>, Readers::Model::Relation> relations_;
+    std::exception_ptr failure_;
+};
+
+} // namespace Cli

@@ -1,0 +1,53 @@
+// A file to write that appears whole or not at all.
+//
+// A regular file is written beside its place under another name and takes its place by commit(); until then,
+// and after any failure, what was there stays as it was and nothing else is left. What is not a regular file
+// (a terminal, a pipe, a device), and standard output or error under whatever name, is written directly.
+//
+//     Output output("report.json"); // throws where the place cannot be written, before any work is done
+//     writeJson(report, output.stream());
+//     output.commit();              // throws where any byte did not arrive
+//
+// A stream that failed takes no more bytes; commit() tells the first reason.
+#pragma once
+
+#include <memory>
+#include <ostream>
+#include <stdexcept>
+#include <string>
+
+namespace Cli {
+
+// "FILE: error: cannot write: <reason>"
+class CannotWrite : public std::runtime_error {
+public:
+    CannotWrite(const std::string& file, int errorNumber);
+};
+
+class Output {
+public:
+    // "-" is standard output. A link is followed.
+    explicit Output(std::string path);
+    ~Output(); // without a commit: as if there had been nothing
+    Output(const Output&) = delete;
+    Output& operator=(const Output&) = delete;
+
+    std::ostream& stream() { return stream_; }
+
+    // Everything to its place. Once.
+    void commit();
+
+private:
+    class Descriptor;
+
+    void open();
+    void openBeside(const std::string& target, unsigned mode, bool exists);
+
+    std::string path_;
+    std::string target_;    // where the file will stand; empty: written directly
+    std::string temporary_; // empty: none there
+    std::unique_ptr<Descriptor> descriptor_;
+    std::ostream stream_{nullptr};
+};
+
+} // namespace Cli

@@ -1,0 +1,44 @@
+// A line on a terminal that says what goes on: "reading x.sdf ... 42%". It is gone at the end, and before
+// anything else is written there.
+//
+// Where it is not wanted, nothing is ever written. A call that changes nothing on the line costs a
+// comparison, and the same step is redrawn at most ten times a second.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace Cli {
+
+class Progress {
+public:
+    using Clock = std::chrono::steady_clock;
+
+    // wanted: see wantsProgress(). now: for tests.
+    Progress(int descriptor, bool wanted, Clock::time_point (*now)() = &Clock::now);
+    ~Progress() { clear(); }
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+
+    // The step that goes on, and how much of it is done; without a total no percentage.
+    void show(std::string_view step, std::uint64_t done = 0, std::uint64_t total = 0);
+
+    // Takes the line away; the next show() brings it back. To be called before other output to the terminal.
+    void clear();
+
+private:
+    void draw(const std::string& line);
+    void write(std::string_view bytes);
+
+    int descriptor_;
+    bool wanted_;
+    Clock::time_point (*now_)();
+    bool visible_ = false;
+    std::string step_;
+    unsigned percent_ = 0;
+    Clock::time_point drawn_{};
+};
+
+} // namespace Cli

@@ -1,0 +1,404 @@
+// What the events of an SDF file make of the design; the connections are made in Connect.cpp.
+#include "Annotate.h"
+
+#include <algorithm>
+
+namespace Readers {
+
+namespace {
+
+// Values beyond this leave no room for sums in the engine's 32 bits.
+constexpr std::int64_t largestValue = (std::int64_t{1} << 30) - 1;
+
+const Decimal* firstOf(const std::optional<Decimal>& a, const std::optional<Decimal>& b,
+                       const std::optional<Decimal>& c) {
+    return a ? &*a : b ? &*b : c ? &*c : nullptr;
+}
+
+const Decimal* pick(const Sdf::Value& value, Corner corner) {
+    switch (corner) {
+    case Corner::minimum:
+        return firstOf(value.minimum, value.typical, value.maximum);
+    case Corner::typical:
+        return firstOf(value.typical, value.maximum, value.minimum);
+    default:
+        return firstOf(value.maximum, value.typical, value.minimum);
+    }
+}
+
+Corner earlyCorner(Corner corner) { return corner == Corner::minmax ? Corner::minimum : corner; }
+Corner lateCorner(Corner corner) { return corner == Corner::minmax ? Corner::maximum : corner; }
+
+void widen(Interval& interval, const Interval& other) {
+    interval.early = std::min(interval.early, other.early);
+    interval.late = std::max(interval.late, other.late);
+}
+
+std::string shown(const Sdf::Path& path) {
+    return path.instance.empty() ? std::string(path.pin)
+                                 : std::string(path.instance).append("/").append(path.pin);
+}
+
+} // namespace
+
+std::size_t Annotator::KeyHash::operator()(const Key& key) const {
+    const std::uint64_t ends = (std::uint64_t{key.from} << 32) | key.to;
+    return static_cast<std::size_t>((ends ^ (static_cast<std::uint64_t>(key.edge) << 61)) *
+                                    0x9E3779B97F4A7C15U);
+}
+
+Annotator::Annotator(Design& design, const Netlist* netlist, const AnnotateOptions& options, std::string file,
+                     Diagnostics& diagnostics)
+    : design_(design), hasNetlist_(netlist != nullptr), options_(options), file_(std::move(file)),
+      diagnostics_(diagnostics) {
+    if (netlist)
+        takeNetlist(*netlist);
+}
+
+void Annotator::takeNetlist(const Netlist& netlist) {
+    design_.name = netlist.top;
+    std::vector<Name> renamed(netlist.names.size());
+    for (std::size_t name = 0; name < renamed.size(); ++name)
+        renamed[name] = design_.names.add(netlist.names[Name{static_cast<std::uint32_t>(name)}]);
+    const auto in = [&](Name name) { return renamed[static_cast<std::size_t>(name)]; };
+
+    std::vector<std::uint32_t> nets;
+    for (const Name net : netlist.nets)
+        nets.push_back(design_.addNet(in(net)));
+    const auto addPin = [&](std::uint32_t cell, Name name, Direction direction, std::uint32_t net) {
+        Design::Pin& pin = design_.pins[design_.addPin(cell, in(name))];
+        pin.direction = direction;
+        pin.net = net == none ? none : nets[net];
+    };
+    for (const Netlist::Port& port : netlist.ports)
+        addPin(none, port.name, port.direction, port.net);
+    for (const Netlist::Cell& cell : netlist.cells) {
+        const std::uint32_t number = design_.addCell(in(cell.name), in(cell.type));
+        for (std::uint32_t pin = cell.firstPin; pin < cell.firstPin + cell.pinCount; ++pin)
+            addPin(number, netlist.pins[pin].name, netlist.pins[pin].direction, netlist.pins[pin].net);
+    }
+}
+
+// --- Names ---
+
+void Annotator::header(const Sdf::Header& header) {
+    fileScale_ = header.scale;
+    divider_ = header.divider;
+    design_.divider = header.divider;
+    if (design_.name.empty())
+        design_.name = header.design;
+}
+
+// An instance's name as the file spells it becomes the cell's, where the netlist separates hierarchy by a
+// slash.
+std::uint32_t Annotator::findInstance(std::string_view instance) {
+    std::uint32_t cell = design_.findCell(instance);
+    if (cell != none || divider_ == '/')
+        return cell;
+    std::string slashed(instance);
+    std::ranges::replace(slashed, divider_, '/');
+    cell = design_.findCell(slashed);
+    if (cell != none)
+        design_.rename(cell, design_.names.add(instance));
+    return cell;
+}
+
+void Annotator::cell(std::string_view type, std::string_view instance, Sdf::Where where) {
+    instance_ = instance;
+    cells_.clear();
+    atTop_ = instance.empty();
+    if (atTop_)
+        return;
+    if (instance == "*") {
+        const std::optional<Name> name = design_.names.find(type);
+        for (std::uint32_t number = 0; name && number < design_.cells.size(); ++number)
+            if (design_.cells[number].type == *name)
+                cells_.push_back(number);
+        return;
+    }
+    std::uint32_t number = findInstance(instance);
+    if (number == none && !hasNetlist_)
+        number = design_.addCell(design_.names.add(instance), design_.names.add(type));
+    if (number != none)
+        cells_.push_back(number);
+    else
+        count("instances that the netlist does not have", Severity::warning, where, instance_);
+}
+
+std::uint32_t Annotator::pinOf(std::uint32_t cell, std::string_view pin, Sdf::Where where) {
+    std::uint32_t number = design_.findPin(cell, pin);
+    if (number == none && !hasNetlist_)
+        number = design_.addPin(cell, design_.names.add(pin));
+    if (number == none)
+        count("delays and checks of pins that the netlist does not have", Severity::warning, where,
+              cell == none ? std::string(pin) : std::string(design_.cellName(cell)).append("/").append(pin));
+    return number;
+}
+
+// A path from the top, or from the instance of the current CELL.
+std::uint32_t Annotator::resolve(const Sdf::Path& path, Sdf::Where where) {
+    std::string instance(path.instance);
+    if (!atTop_ && !instance_.empty())
+        instance = instance.empty() ? instance_ : instance_ + divider_ + instance;
+    if (instance.empty())
+        return pinOf(none, path.pin, where);
+    std::uint32_t cell = findInstance(instance);
+    if (cell == none && !hasNetlist_)
+        cell = design_.addCell(design_.names.add(instance), design_.names.add(""));
+    if (cell == none) {
+        count("delays and checks of pins that the netlist does not have", Severity::warning, where,
+              shown(path));
+        return none;
+    }
+    return pinOf(cell, path.pin, where);
+}
+
+std::uint32_t Annotator::resolveInCell(std::uint32_t cell, const Sdf::Path& path, Sdf::Where where) {
+    return path.instance.empty() ? pinOf(cell, path.pin, where) : resolve(path, where);
+}
+
+// --- Values ---
+
+std::int32_t Annotator::toUnits(const Decimal& value, Sdf::Where where) const {
+    const std::optional<std::int64_t> units = value.scaled(fileScale_ - options_.scale);
+    if (!units || *units > largestValue || *units < -largestValue)
+        throw BadInput({file_, where.line, where.column},
+                       "the value " + value.toString() + " does not fit: expected at most " +
+                           std::to_string(largestValue) + " units of 1e" + std::to_string(options_.scale) +
+                           " s; a coarser --resolution may help");
+    return static_cast<std::int32_t>(*units);
+}
+
+// Rise and fall together: the first two values. Nothing where no value is given.
+std::optional<Interval> Annotator::intervalOf(std::span<const Sdf::Value> values, Sdf::Where where) {
+    std::optional<Interval> interval;
+    for (const Sdf::Value& value : values.first(std::min<std::size_t>(values.size(), 2))) {
+        if (value.isEmpty())
+            continue;
+        Interval one{toUnits(*pick(value, earlyCorner(options_.corner)), where),
+                     toUnits(*pick(value, lateCorner(options_.corner)), where)};
+        if (one.early > one.late) {
+            std::swap(one.early, one.late);
+            count("triples whose minimum is above their maximum (exchanged)", Severity::warning, where);
+        }
+        if (interval)
+            widen(*interval, one);
+        else
+            interval = one;
+    }
+    return interval;
+}
+
+std::optional<std::int32_t> Annotator::checkValue(const Sdf::Value& value, Sdf::Where where) {
+    if (value.isEmpty())
+        return std::nullopt;
+    if (options_.corner != Corner::minmax)
+        return toUnits(*pick(value, options_.corner), where);
+    std::optional<std::int32_t> largest;
+    for (const std::optional<Decimal>& member : {value.minimum, value.typical, value.maximum})
+        if (member)
+            largest = std::max(largest.value_or(INT32_MIN), toUnits(*member, where));
+    return largest;
+}
+
+// --- Delays ---
+
+void Annotator::setArc(std::uint32_t from, std::uint32_t to, Transition edge, bool wire,
+                       const Interval& delay, bool conditional, bool increment) {
+    const auto [place, isNew] =
+        arcs_.try_emplace(Key{from, to, edge}, static_cast<std::uint32_t>(design_.arcs.size()));
+    if (isNew) {
+        design_.arcs.push_back({.from = from, .to = to, .fromEdge = edge, .wire = wire, .delay = delay});
+        return;
+    }
+    Interval& known = design_.arcs[place->second].delay;
+    if (increment) {
+        known.early += delay.early;
+        known.late += delay.late;
+    } else if (conditional) {
+        widen(known, delay);
+    } else {
+        known = delay;
+    }
+}
+
+void Annotator::ioPath(const Sdf::Event& from, const Sdf::Path& to, std::span<const Sdf::Value> values,
+                       bool conditional, bool increment, Sdf::Where where) {
+    if (atTop_) {
+        count("cell delays of the top itself", Severity::warning, where, shown(from.path));
+        return;
+    }
+    const std::optional<Interval> delay = intervalOf(values, where);
+    for (const std::uint32_t cell : cells_) {
+        const std::uint32_t source = resolveInCell(cell, from.path, where);
+        const std::uint32_t target = source == none ? none : resolveInCell(cell, to, where);
+        if (target == none || source == target)
+            continue;
+        if (delay)
+            setArc(source, target, from.edge, false, *delay, conditional || from.conditional, increment);
+    }
+}
+
+void Annotator::setWire(std::uint32_t from, std::uint32_t to, const Interval& delay, bool increment) {
+    if (!hasNetlist_) {
+        setArc(from, to, Transition::any, true, delay, false, increment);
+        return;
+    }
+    const auto [place, isNew] = wires_.try_emplace(Key{from, to, Transition::any}, delay);
+    if (isNew)
+        return;
+    if (increment) {
+        place->second.early += delay.early;
+        place->second.late += delay.late;
+    } else {
+        place->second = delay;
+    }
+}
+
+void Annotator::interconnect(const Sdf::Path& from, const Sdf::Path& to, std::span<const Sdf::Value> values,
+                             bool increment, Sdf::Where where) {
+    const std::uint32_t source = resolve(from, where);
+    const std::uint32_t target = source == none ? none : resolve(to, where);
+    if (target == none)
+        return;
+    const std::optional<Interval> delay = intervalOf(values, where);
+    if (hasNetlist_ &&
+        (design_.pins[source].net == none || design_.pins[source].net != design_.pins[target].net)) {
+        count("delays between pins that the netlist does not connect", Severity::warning, where,
+              shown(from) + " to " + shown(to));
+        return;
+    }
+    setWire(source, target, delay.value_or(Interval{}), increment);
+}
+
+void Annotator::port(const Sdf::Path& to, std::span<const Sdf::Value> values, bool increment,
+                     Sdf::Where where) {
+    if (!hasNetlist_)
+        throw BadInput({file_, where.line, where.column}, "PORT delays do not say what drives '" + shown(to) +
+                                                              "': expected a netlist (--netlist)");
+    const std::optional<Interval> delay = intervalOf(values, where);
+    const std::uint32_t pin =
+        cells_.size() == 1 && to.instance.empty() ? pinOf(cells_.front(), to.pin, where) : resolve(to, where);
+    if (pin == none || !delay)
+        return;
+    Interval& known = loads_[pin];
+    known = increment ? Interval{known.early + delay->early, known.late + delay->late} : *delay;
+}
+
+// NETDELAY names the net, or the pin that drives it.
+void Annotator::netDelay(const Sdf::Path& net, std::span<const Sdf::Value> values, bool increment,
+                         Sdf::Where where) {
+    if (!hasNetlist_)
+        throw BadInput({file_, where.line, where.column}, "NETDELAY does not say what '" + shown(net) +
+                                                              "' connects: expected a netlist (--netlist)");
+    const std::optional<Interval> delay = intervalOf(values, where);
+    std::uint32_t number = design_.findNet(shown(net));
+    if (number == none)
+        if (const std::uint32_t pin = resolve(net, where); pin != none)
+            number = design_.pins[pin].net;
+    if (number == none || !delay)
+        return;
+    Interval& known = netDelays_[number];
+    known = increment ? Interval{known.early + delay->early, known.late + delay->late} : *delay;
+}
+
+// The delay of a whole cell: of all arcs to the output. Applied at the end, when all arcs of the cell are
+// known.
+void Annotator::device(const std::optional<Sdf::Path>& output, std::span<const Sdf::Value> values,
+                       bool increment, Sdf::Where where) {
+    const std::optional<Interval> delay = intervalOf(values, where);
+    if (!delay)
+        return;
+    for (const std::uint32_t cell : cells_) {
+        const std::uint32_t target = output ? resolveInCell(cell, *output, where) : none;
+        if (!output || target != none)
+            devices_.push_back({cell, target, *delay, increment});
+    }
+}
+
+// --- Checks ---
+
+void Annotator::addCheck(std::uint32_t data, const Sdf::Event& clock, std::uint32_t clockPin,
+                         std::optional<std::int32_t> setup, std::optional<std::int32_t> hold) {
+    if (!setup && !hold)
+        return;
+    const auto [place, isNew] = checks_.try_emplace(Key{data, clockPin, clock.edge},
+                                                    static_cast<std::uint32_t>(design_.checks.size()));
+    if (isNew)
+        design_.checks.push_back({.data = data, .clock = clockPin, .clockEdge = clock.edge});
+    Design::Check& check = design_.checks[place->second];
+    if (setup)
+        check.setup = std::max(check.setup.value_or(INT32_MIN), *setup);
+    if (hold)
+        check.hold = std::max(check.hold.value_or(INT32_MIN), *hold);
+}
+
+void Annotator::addPulseCheck(std::uint32_t pin, const Sdf::Event& event, bool period,
+                              std::int32_t required) {
+    const Transition edge = period ? Transition::any : event.edge;
+    // A period check has no edge; its key has no target either.
+    const auto [place, isNew] = pulseChecks_.try_emplace(
+        Key{pin, period ? 0U : 1U, edge}, static_cast<std::uint32_t>(design_.pulseChecks.size()));
+    if (isNew)
+        design_.pulseChecks.push_back({.pin = pin, .period = period, .edge = edge, .required = required});
+    Design::PulseCheck& check = design_.pulseChecks[place->second];
+    check.required = std::max(check.required, required);
+}
+
+void Annotator::check(Sdf::CheckKind kind, const Sdf::Event& data, const Sdf::Event& clock,
+                      std::span<const Sdf::Value> values, Sdf::Where where) {
+    using enum Sdf::CheckKind;
+    if (kind == skew || kind == noChange) {
+        count(kind == skew ? "SKEW checks (not used)" : "NOCHANGE checks (not used)", Severity::note, where);
+        return;
+    }
+    const std::optional<std::int32_t> first = checkValue(values[0], where);
+    const std::optional<std::int32_t> second =
+        values.size() > 1 ? checkValue(values[1], where) : std::optional<std::int32_t>();
+    for (const std::uint32_t cell : cells_) {
+        const std::uint32_t clockPin = resolveInCell(cell, clock.path, where);
+        if (clockPin == none)
+            continue;
+        if (kind == width || kind == period) {
+            if (first)
+                addPulseCheck(clockPin, clock, kind == period, *first);
+            continue;
+        }
+        const std::uint32_t dataPin = resolveInCell(cell, data.path, where);
+        if (dataPin == none || dataPin == clockPin)
+            continue;
+        if (kind == setup || kind == recovery)
+            addCheck(dataPin, clock, clockPin, first, std::nullopt);
+        else if (kind == hold || kind == removal)
+            addCheck(dataPin, clock, clockPin, std::nullopt, first);
+        else
+            addCheck(dataPin, clock, clockPin, first, second);
+    }
+}
+
+void Annotator::ignored(std::string_view keyword, Sdf::Where where) {
+    count((std::string(keyword) + " entries (not used)").c_str(), Severity::note, where);
+}
+
+// --- Counts ---
+
+void Annotator::count(const char* what, Severity severity, Sdf::Where where, std::string example) {
+    Counted& counted = counted_[what];
+    if (counted.count++ == 0) {
+        counted.first = where;
+        counted.example = std::move(example);
+        counted.severity = severity;
+    }
+}
+
+void Annotator::reportCounts() {
+    for (const auto& [what, counted] : counted_) {
+        std::string text = std::to_string(counted.count) + " " + what;
+        if (!counted.example.empty())
+            text += ", first '" + counted.example + "'";
+        diagnostics_.add(
+            {counted.severity, {file_, counted.first.line, counted.first.column}, std::move(text)});
+    }
+}
+
+} // namespace Readers

@@ -1,0 +1,138 @@
+// Makes the design of an SDF file's delays, with a netlist's connections or with the file's own.
+//
+//   Design design;
+//   Annotator annotator(design, netlist or null, options, file, diagnostics);
+//   Sdf::parse(source, annotator, diagnostics);
+//   annotator.finish();
+//
+// With a netlist its pins and nets are the design, and a delay of anything else is a counted warning. Without
+// one, the connections are the INTERCONNECT entries, and pads' pins that nothing drives or that drive nothing
+// stand for ports. A pad is a cell that joins a port: where the file has neither arc nor check of its pins,
+// arcs of zero delay join them. A value that does not fit the engine's integers is an error with its line.
+#pragma once
+
+#include "../sdf/Handler.h"
+#include "Design.h"
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace Readers {
+
+// Which values of a triple feed the early and the late side.
+enum class Corner : std::uint8_t { minimum, typical, maximum, minmax };
+
+struct AnnotateOptions {
+    Corner corner = Corner::minmax;
+    int scale = -12; // a unit is 10^scale s
+};
+
+class Annotator : public Sdf::Handler {
+public:
+    Annotator(Design& design, const Netlist* netlist, const AnnotateOptions& options, std::string file,
+              Diagnostics& diagnostics);
+
+    // After the last event: connects, counts what was passed over, and builds the design's tables.
+    void finish();
+
+    // Wires and pad arcs to which nothing gave a delay.
+    std::uint64_t bareArcs() const { return bareArcs_; }
+
+    void header(const Sdf::Header& header) override;
+    void cell(std::string_view type, std::string_view instance, Sdf::Where where) override;
+    void ioPath(const Sdf::Event& from, const Sdf::Path& to, std::span<const Sdf::Value> values,
+                bool conditional, bool increment, Sdf::Where where) override;
+    void interconnect(const Sdf::Path& from, const Sdf::Path& to, std::span<const Sdf::Value> values,
+                      bool increment, Sdf::Where where) override;
+    void port(const Sdf::Path& to, std::span<const Sdf::Value> values, bool increment,
+              Sdf::Where where) override;
+    void netDelay(const Sdf::Path& net, std::span<const Sdf::Value> values, bool increment,
+                  Sdf::Where where) override;
+    void device(const std::optional<Sdf::Path>& output, std::span<const Sdf::Value> values, bool increment,
+                Sdf::Where where) override;
+    void check(Sdf::CheckKind kind, const Sdf::Event& data, const Sdf::Event& clock,
+               std::span<const Sdf::Value> values, Sdf::Where where) override;
+    void ignored(std::string_view keyword, Sdf::Where where) override;
+
+private:
+    // Arcs by their ends and the edge that sets them off; checks likewise.
+    struct Key {
+        std::uint32_t from, to;
+        Transition edge;
+
+        bool operator==(const Key&) const = default;
+    };
+    struct KeyHash {
+        std::size_t operator()(const Key& key) const;
+    };
+    struct DeviceDelay {
+        std::uint32_t cell, output; // output none: all
+        Interval delay;
+        bool increment;
+    };
+    // What is told once, with a count, at the end.
+    struct Counted {
+        std::uint64_t count = 0;
+        Sdf::Where first;
+        std::string example;
+        Severity severity = Severity::note;
+    };
+
+    void takeNetlist(const Netlist& netlist);
+    std::uint32_t findInstance(std::string_view instance);
+    std::uint32_t pinOf(std::uint32_t cell, std::string_view pin, Sdf::Where where);
+    std::uint32_t resolve(const Sdf::Path& path, Sdf::Where where);
+    std::uint32_t resolveInCell(std::uint32_t cell, const Sdf::Path& path, Sdf::Where where);
+    std::optional<Interval> intervalOf(std::span<const Sdf::Value> values, Sdf::Where where);
+    std::optional<std::int32_t> checkValue(const Sdf::Value& value, Sdf::Where where);
+    std::int32_t toUnits(const Decimal& value, Sdf::Where where) const;
+    void setArc(std::uint32_t from, std::uint32_t to, Transition edge, bool wire, const Interval& delay,
+                bool conditional, bool increment);
+    void setWire(std::uint32_t from, std::uint32_t to, const Interval& delay, bool increment);
+    void addCheck(std::uint32_t data, const Sdf::Event& clock, std::uint32_t clockPin,
+                  std::optional<std::int32_t> setup, std::optional<std::int32_t> hold);
+    void addPulseCheck(std::uint32_t pin, const Sdf::Event& event, bool period, std::int32_t required);
+    void count(const char* what, Severity severity, Sdf::Where where, std::string example = {});
+
+    void inferDirections();
+    void applyDevices();
+    void applyDevice(const DeviceDelay& device, const std::vector<Key>& arcs);
+    void joinPads();
+    void joinPad(std::uint32_t padPin, const std::vector<std::uint8_t>& uses);
+    void addBareArc(std::uint32_t from, std::uint32_t to, bool wire);
+    void makeWire(std::uint32_t from, std::uint32_t to, std::uint32_t net);
+    std::vector<std::uint8_t> usesOfPins() const;
+    void makeWires();
+    void makeNetsOfWires();
+    void findPortsOfPads();
+    void reportCounts();
+    bool drives(std::uint32_t pin) const;
+    bool receives(std::uint32_t pin) const;
+
+    Design& design_;
+    const bool hasNetlist_;
+    const AnnotateOptions options_;
+    const std::string file_;
+    Diagnostics& diagnostics_;
+
+    int fileScale_ = -9;
+    char divider_ = '.';
+    std::string instance_; // of the current CELL
+    std::vector<std::uint32_t>
+        cells_; // that it means: one, or all of its type; empty: the top or an unknown one
+    bool atTop_ = false;
+    std::unordered_map<Key, std::uint32_t, KeyHash> arcs_, checks_, pulseChecks_;
+    std::vector<DeviceDelay> devices_;
+    std::unordered_map<Key, Interval, KeyHash> wires_;  // with a netlist: delays of wires, made at the end
+    std::unordered_map<std::uint32_t, Interval> loads_; // PORT delays by pin
+    std::unordered_map<std::uint32_t, Interval> netDelays_; // by net
+    std::vector<bool> conditional_;                         // by arc: given under a condition so far
+    std::map<std::string, Counted> counted_;
+    std::uint64_t bareArcs_ = 0;
+};
+
+} // namespace Readers

@@ -1,0 +1,220 @@
+// How the annotated design is connected: directions that the netlist leaves open, pads, wires, ports.
+#include "Annotate.h"
+
+#include <algorithm>
+#include <array>
+
+namespace Readers {
+
+namespace {
+
+// How an SDF file uses a pin.
+enum Use : std::uint8_t { arcFrom = 1, arcTo = 2, checked = 4, checking = 8, wireFrom = 16, wireTo = 32 };
+
+// The pins of an input and output buffer that the pad's own pin may join; other pins of such a cell are its
+// clocks and enables.
+constexpr std::string_view bufferPad = "PACKAGE_PIN";
+constexpr std::array<std::string_view, 1> bufferOutputs = {"D_IN_0"};
+constexpr std::array<std::string_view, 2> bufferInputs = {"D_OUT_0", "OUTPUT_ENABLE"};
+
+} // namespace
+
+void Annotator::finish() {
+    design_.index();
+    applyDevices();
+    if (hasNetlist_) {
+        inferDirections();
+        joinPads();
+        makeWires();
+    } else {
+        inferDirections();
+        makeNetsOfWires();
+        findPortsOfPads();
+    }
+    design_.index();
+    design_.classify();
+    reportCounts();
+}
+
+std::vector<std::uint8_t> Annotator::usesOfPins() const {
+    std::vector<std::uint8_t> uses(design_.pins.size());
+    for (const Design::Arc& arc : design_.arcs) {
+        uses[arc.from] |= arc.wire ? wireFrom : arcFrom;
+        uses[arc.to] |= arc.wire ? wireTo : arcTo;
+    }
+    for (const auto& [wire, delay] : wires_) {
+        uses[wire.from] |= wireFrom;
+        uses[wire.to] |= wireTo;
+    }
+    for (const Design::Check& check : design_.checks) {
+        uses[check.data] |= checked;
+        uses[check.clock] |= checking;
+    }
+    return uses;
+}
+
+// --- Devices ---
+
+void Annotator::applyDevices() {
+    if (devices_.empty())
+        return;
+    std::unordered_map<std::uint32_t, std::vector<Key>> arcsOfCells;
+    for (const DeviceDelay& device : devices_)
+        arcsOfCells.try_emplace(device.cell);
+    for (const Design::Arc& arc : design_.arcs)
+        if (const auto found = arcsOfCells.find(design_.pins[arc.from].cell);
+            !arc.wire && found != arcsOfCells.end())
+            found->second.push_back({arc.from, arc.to, arc.fromEdge});
+    for (const DeviceDelay& device : devices_)
+        applyDevice(device, arcsOfCells.at(device.cell));
+}
+
+// A cell without arcs gets one from every input to every output.
+void Annotator::applyDevice(const DeviceDelay& device, const std::vector<Key>& arcs) {
+    const auto set = [&](const Key& arc) {
+        if (device.output == none || arc.to == device.output)
+            setArc(arc.from, arc.to, arc.edge, false, device.delay, false, device.increment);
+    };
+    std::ranges::for_each(arcs, set);
+    if (!arcs.empty())
+        return;
+    const std::span<const std::uint32_t> pins = design_.pinsOfCell(device.cell);
+    for (const std::uint32_t from : pins)
+        for (const std::uint32_t to : pins)
+            if (receives(from) && drives(to) && from != to)
+                set({from, to, Transition::any});
+}
+
+// --- Directions ---
+
+bool Annotator::drives(std::uint32_t pin) const {
+    const Direction direction = design_.pins[pin].direction;
+    return direction == Direction::inout ||
+           direction == (design_.isPortOfTop(pin) ? Direction::input : Direction::output);
+}
+
+bool Annotator::receives(std::uint32_t pin) const {
+    const Direction direction = design_.pins[pin].direction;
+    return direction == Direction::inout ||
+           direction == (design_.isPortOfTop(pin) ? Direction::output : Direction::input);
+}
+
+// Where nothing says a direction, the delays do; a pad's pin takes its port's.
+void Annotator::inferDirections() {
+    const std::vector<std::uint8_t> uses = usesOfPins();
+    for (std::uint32_t number = 0; number < design_.pins.size(); ++number) {
+        Design::Pin& pin = design_.pins[number];
+        if (pin.direction != Direction::unknown)
+            continue;
+        const bool source = (uses[number] & (arcTo | wireFrom)) != 0;
+        const bool sink = (uses[number] & (arcFrom | checked | checking | wireTo)) != 0;
+        if (design_.isPortOfTop(number))
+            pin.direction = source && sink ? Direction::inout : source ? Direction::input : Direction::output;
+        else if (source || sink)
+            pin.direction = source && sink ? Direction::inout : source ? Direction::output : Direction::input;
+    }
+    for (const std::uint32_t port : design_.ports()) {
+        if (!design_.isPortOfTop(port) || design_.pins[port].net == none)
+            continue;
+        for (const std::uint32_t pin : design_.pinsOfNet(design_.pins[port].net))
+            if (design_.pins[pin].direction == Direction::unknown)
+                design_.pins[pin].direction = design_.pins[port].direction;
+    }
+}
+
+// --- Pads ---
+
+void Annotator::joinPads() {
+    const std::vector<std::uint8_t> uses = usesOfPins();
+    for (const std::uint32_t port : design_.ports()) {
+        if (design_.pins[port].net == none)
+            continue;
+        for (const std::uint32_t pin : design_.pinsOfNet(design_.pins[port].net))
+            if (!design_.isPortOfTop(pin))
+                joinPad(pin, uses);
+    }
+}
+
+// Zero arcs between the pad's pin and those of the cell's other pins that have neither arc nor check. Of a
+// buffer with registers in it, only the data pins count: its clocks and enables have no delays where they are
+// not used.
+void Annotator::joinPad(std::uint32_t padPin, const std::vector<std::uint8_t>& uses) {
+    const auto isIn = [](std::string_view name, auto names) {
+        return std::ranges::find(names, name) != names.end();
+    };
+    if (uses[padPin] & (arcFrom | arcTo | checked | checking))
+        return;
+    const std::uint32_t cell = design_.pins[padPin].cell;
+    const bool buffer = design_.names[design_.pins[padPin].name] == bufferPad;
+    for (const std::uint32_t pin : design_.pinsOfCell(cell)) {
+        const std::string_view name = design_.names[design_.pins[pin].name];
+        if (pin == padPin || (uses[pin] & (arcFrom | arcTo | checked | checking)) != 0 ||
+            design_.pins[pin].net == none)
+            continue;
+        if (design_.pins[pin].direction == Direction::output && receives(padPin) &&
+            (!buffer || isIn(name, bufferOutputs)))
+            addBareArc(padPin, pin, false);
+        if (design_.pins[pin].direction == Direction::input && drives(padPin) &&
+            (!buffer || isIn(name, bufferInputs)))
+            addBareArc(pin, padPin, false);
+    }
+}
+
+void Annotator::addBareArc(std::uint32_t from, std::uint32_t to, bool wire) {
+    design_.arcs.push_back({.from = from, .to = to, .wire = wire, .bare = true});
+    ++bareArcs_;
+}
+
+// --- Wires ---
+
+// From every driver of a net to every receiver, net by net.
+void Annotator::makeWires() {
+    for (std::uint32_t net = 0; net < design_.nets.size(); ++net)
+        for (const std::uint32_t from : design_.pinsOfNet(net))
+            if (drives(from))
+                for (const std::uint32_t to : design_.pinsOfNet(net))
+                    if (to != from && receives(to))
+                        makeWire(from, to, net);
+}
+
+void Annotator::makeWire(std::uint32_t from, std::uint32_t to, std::uint32_t net) {
+    const auto add = [&](const Interval& delay) {
+        design_.arcs.push_back({.from = from, .to = to, .wire = true, .delay = delay});
+    };
+    if (const auto wire = wires_.find({from, to, Transition::any}); wire != wires_.end())
+        add(wire->second);
+    else if (const auto load = loads_.find(to); load != loads_.end())
+        add(load->second);
+    else if (const auto whole = netDelays_.find(net); whole != netDelays_.end())
+        add(whole->second);
+    else
+        addBareArc(from, to, true);
+}
+
+// Without a netlist a net is what one pin drives, and has its name.
+void Annotator::makeNetsOfWires() {
+    for (const Design::Arc& arc : design_.arcs) {
+        if (!arc.wire)
+            continue;
+        std::uint32_t& net = design_.pins[arc.from].net;
+        if (net == none)
+            net = design_.addNet(design_.names.add(design_.pinName(arc.from)));
+        design_.pins[arc.to].net = net;
+    }
+}
+
+// The pin of a pad stands for a port: one that drives a wire and that no arc reaches, or one that a wire
+// reaches and that leads nowhere.
+void Annotator::findPortsOfPads() {
+    const std::vector<std::uint8_t> uses = usesOfPins();
+    for (std::uint32_t pin = 0; pin < design_.pins.size(); ++pin) {
+        if (design_.isPortOfTop(pin))
+            continue;
+        if (uses[pin] == wireFrom || uses[pin] == wireTo) {
+            design_.pins[pin].standsForPort = true;
+            design_.pins[pin].direction = uses[pin] == wireFrom ? Direction::input : Direction::output;
+        }
+    }
+}
+
+} // namespace Readers

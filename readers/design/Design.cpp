@@ -1,0 +1,183 @@
+// The tables behind the design's look-ups.
+#include "Design.h"
+
+#include <numeric>
+#include <unordered_set>
+
+namespace Readers {
+
+namespace {
+
+std::uint64_t pinKey(std::uint32_t cell, Name name) {
+    return (std::uint64_t{cell} << 32) | static_cast<std::uint32_t>(name);
+}
+
+// Numbers 0 .. count-1 of the members grouped by owner: the members of owner o stand in
+// members[first[o] .. first[o + 1]), in order.
+template <class OwnerOf>
+void group(std::size_t owners, std::size_t count, OwnerOf ownerOf, std::vector<std::uint32_t>& first,
+           std::vector<std::uint32_t>& members) {
+    first.assign(owners + 1, 0);
+    for (std::uint32_t member = 0; member < count; ++member)
+        if (const std::uint32_t owner = ownerOf(member); owner != none)
+            ++first[owner + 1];
+    std::partial_sum(first.begin(), first.end(), first.begin());
+    members.resize(first.back());
+    std::vector<std::uint32_t> next(first.begin(), first.end() - 1);
+    for (std::uint32_t member = 0; member < count; ++member)
+        if (const std::uint32_t owner = ownerOf(member); owner != none)
+            members[next[owner]++] = member;
+}
+
+std::span<const std::uint32_t> slice(const std::vector<std::uint32_t>& members,
+                                     const std::vector<std::uint32_t>& first, std::uint32_t owner) {
+    return std::span(members).subspan(first[owner], first[owner + 1] - first[owner]);
+}
+
+} // namespace
+
+std::uint32_t Design::addCell(Name cell, Name type) {
+    const auto number = static_cast<std::uint32_t>(cells.size());
+    const auto [place, isNew] = cellByName_.try_emplace(static_cast<std::uint32_t>(cell), number);
+    if (isNew)
+        cells.push_back({cell, type});
+    return place->second;
+}
+
+std::uint32_t Design::addPin(std::uint32_t cell, Name pin) {
+    const auto number = static_cast<std::uint32_t>(pins.size());
+    const auto [place, isNew] = pinByName_.try_emplace(pinKey(cell, pin), number);
+    if (isNew)
+        pins.push_back({.name = pin, .cell = cell});
+    return place->second;
+}
+
+std::uint32_t Design::addNet(Name net) {
+    const auto number = static_cast<std::uint32_t>(nets.size());
+    const auto [place, isNew] = netByName_.try_emplace(static_cast<std::uint32_t>(net), number);
+    if (isNew)
+        nets.push_back({net});
+    return place->second;
+}
+
+void Design::rename(std::uint32_t cell, Name newName) {
+    cells[cell].name = newName;
+    cellByName_.try_emplace(static_cast<std::uint32_t>(newName), cell);
+}
+
+void Design::index() {
+    group(
+        cells.size(), pins.size(), [&](std::uint32_t pin) { return pins[pin].cell; }, cellFirst_, cellPins_);
+    group(
+        nets.size(), pins.size(), [&](std::uint32_t pin) { return pins[pin].net; }, netFirst_, netPins_);
+    ports_.clear();
+    for (std::uint32_t pin = 0; pin < pins.size(); ++pin)
+        if (isPort(pin))
+            ports_.push_back(pin);
+}
+
+std::uint32_t Design::findCell(std::string_view cell) const {
+    const std::optional<Name> known = names.find(cell);
+    if (!known)
+        return none;
+    const auto found = cellByName_.find(static_cast<std::uint32_t>(*known));
+    return found == cellByName_.end() ? none : found->second;
+}
+
+std::uint32_t Design::findPin(std::uint32_t cell, std::string_view pin) const {
+    const std::optional<Name> known = names.find(pin);
+    if (!known)
+        return none;
+    const auto found = pinByName_.find(pinKey(cell, *known));
+    return found == pinByName_.end() ? none : found->second;
+}
+
+std::uint32_t Design::findPort(std::string_view port) const {
+    if (const std::uint32_t pin = findPin(none, port); pin != none)
+        return pin;
+    // Without a netlist a pad's pin stands for the port, by its full name.
+    const std::size_t slash = port.rfind('/');
+    if (slash == std::string_view::npos)
+        return none;
+    const std::uint32_t cell = findCell(port.substr(0, slash));
+    const std::uint32_t pin = cell == none ? none : findPin(cell, port.substr(slash + 1));
+    return pin != none && isPort(pin) ? pin : none;
+}
+
+std::uint32_t Design::findNet(std::string_view net) const {
+    const std::optional<Name> known = names.find(net);
+    if (!known)
+        return none;
+    const auto found = netByName_.find(static_cast<std::uint32_t>(*known));
+    return found == netByName_.end() ? none : found->second;
+}
+
+std::span<const std::uint32_t> Design::pinsOfCell(std::uint32_t cell) const {
+    return slice(cellPins_, cellFirst_, cell);
+}
+
+std::span<const std::uint32_t> Design::pinsOfNet(std::uint32_t net) const {
+    return slice(netPins_, netFirst_, net);
+}
+
+std::string Design::pinName(std::uint32_t pin) const {
+    const Pin& of = pins[pin];
+    std::string text;
+    if (of.cell != none)
+        text.append(cellName(of.cell)).append(1, '/');
+    return text.append(names[of.name]);
+}
+
+// A clock pin is one that checks refer to, in any cell of its type: an instance whose data is constant has no
+// checks. In a type without checks, a pin that sets off its output by one edge alone is a clock pin; in a
+// type with checks, such a pin is a set or a reset.
+void Design::classify() {
+    roles_.assign(pins.size(), 0);
+    registers_.assign(cells.size(), false);
+    std::unordered_set<std::uint64_t> clocksOfTypes; // type and pin name
+    std::vector<bool> checkedTypes(names.size());
+    const auto typeOf = [&](std::uint32_t pin) { return cells[pins[pin].cell].type; };
+    const auto typePin = [&](std::uint32_t pin) {
+        return pinKey(static_cast<std::uint32_t>(typeOf(pin)), pins[pin].name);
+    };
+    for (const Check& check : checks) {
+        roles_[check.clock] |= clockPin;
+        roles_[check.data] |= dataPin;
+        if (isPortOfTop(check.clock))
+            continue;
+        registers_[pins[check.clock].cell] = true;
+        clocksOfTypes.insert(typePin(check.clock));
+        checkedTypes[static_cast<std::size_t>(typeOf(check.clock))] = true;
+    }
+
+    const std::vector<std::uint8_t> edges = edgesOfPins();
+    const auto isEdgeAlone = [&](std::uint32_t pin) { return edges[pin] == 1 || edges[pin] == 2; };
+    for (std::uint32_t pin = 0; pin < pins.size(); ++pin) {
+        if (edges[pin] == 0)
+            continue;
+        if (clocksOfTypes.contains(typePin(pin)) ||
+            (isEdgeAlone(pin) && !checkedTypes[static_cast<std::size_t>(typeOf(pin))]))
+            roles_[pin] |= clockPin;
+        else if (isEdgeAlone(pin))
+            roles_[pin] |= resetPin;
+    }
+    for (const Arc& arc : arcs)
+        if (isClockToOutput(arc)) {
+            roles_[arc.to] |= registerOutput;
+            registers_[pins[arc.to].cell] = true;
+        }
+}
+
+// By pin, which edges of it set off arcs through its cell: 1 rise, 2 fall, 4 any; 0 where there is no such
+// arc.
+std::vector<std::uint8_t> Design::edgesOfPins() const {
+    std::vector<std::uint8_t> edges(pins.size());
+    for (const Arc& arc : arcs)
+        if (!arc.wire && !isPortOfTop(arc.from))
+            edges[arc.from] |= arc.fromEdge == Transition::rise   ? 1
+                               : arc.fromEdge == Transition::fall ? 2
+                                                                  : 4;
+    return edges;
+}
+
+} // namespace Readers

@@ -1,0 +1,316 @@
+#include "Clocks.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+namespace Readers::Model {
+
+namespace {
+
+constexpr int nanosecond = -9;
+// Leaves room for sums in the engine's 32 bits.
+constexpr Time largestTime = (Time{1} << 30) - 1;
+
+// a / b to the nearest, halves upwards; b > 0.
+Time divided(Time a, Time b) {
+    const Time twice = 2 * a + b;
+    return twice >= 0 ? twice / (2 * b) : -((-twice + 2 * b - 1) / (2 * b));
+}
+
+Latency latencyOf(const Sdc::EarlyLate& latency, int scale, const Place& place) {
+    return {latency.early ? toUnits(*latency.early, scale, place) : 0,
+            latency.late ? toUnits(*latency.late, scale, place) : 0};
+}
+
+// The earliest and latest arrival at a node from a clock's targets, through arcs of every kind but those that
+// close loops or enter other clocks' sources.
+class Insertion {
+public:
+    Insertion(const Network& network, const Clock& from, std::uint32_t to) : network_(network), to_(to) {
+        for (std::size_t target = 0; target < from.targets.size(); ++target)
+            arrivals_.try_emplace(from.targets[target], from.insertion[target]);
+    }
+
+    std::optional<Latency> find() {
+        if (const auto known = arrivals_.find(to_); known != arrivals_.end())
+            return known->second;
+        enter(to_);
+        while (!walk_.empty())
+            step();
+        return arrivals_.at(to_);
+    }
+
+private:
+    struct Step {
+        std::uint32_t node;
+        std::size_t next;
+        std::optional<Latency> arrival;
+    };
+
+    void enter(std::uint32_t node) {
+        walk_.push_back({node, 0, std::nullopt});
+        open_[node] = true;
+    }
+
+    bool isPassed(const Arc& arc) const {
+        return arc.kind != ArcKind::cut && (arc.kind != ArcKind::hidden || arc.to == to_);
+    }
+
+    void step() {
+        Step& top = walk_.back();
+        const std::span<const std::uint32_t> arcs = network_.in(top.node);
+        if (top.next == arcs.size()) {
+            arrivals_.try_emplace(top.node, top.arrival);
+            open_[top.node] = false;
+            walk_.pop_back();
+            return;
+        }
+        const Arc& arc = network_.arcs()[arcs[top.next]];
+        if (!isPassed(arc) || open_[arc.from]) {
+            ++top.next;
+            return;
+        }
+        const auto known = arrivals_.find(arc.from);
+        if (known == arrivals_.end()) {
+            enter(arc.from);
+            return;
+        }
+        ++top.next;
+        if (!known->second)
+            return;
+        const Latency through{known->second->early + arc.delay.early, known->second->late + arc.delay.late};
+        if (!top.arrival)
+            top.arrival = through;
+        top.arrival->early = std::min(top.arrival->early, through.early);
+        top.arrival->late = std::max(top.arrival->late, through.late);
+    }
+
+    const Network& network_;
+    const std::uint32_t to_;
+    std::unordered_map<std::uint32_t, std::optional<Latency>> arrivals_;
+    std::unordered_map<std::uint32_t, bool> open_;
+    std::vector<Step> walk_;
+};
+
+} // namespace
+
+Time toUnits(const Decimal& nanoseconds, int scale, const Place& place) {
+    const std::optional<std::int64_t> units = nanoseconds.scaled(nanosecond - scale);
+    if (!units || *units > largestTime || *units < -largestTime)
+        throw BadInput(place, "the time " + nanoseconds.toString() + " ns does not fit: expected at most " +
+                                  std::to_string(largestTime) + " units of 1e" + std::to_string(scale) +
+                                  " s");
+    return *units;
+}
+
+Latency Clock::atPorts(bool withSource, bool withNetwork) const {
+    Latency at;
+    if (withSource) {
+        at = source;
+        if (!insertion.empty()) {
+            at.early += std::ranges::min(insertion, {}, &Latency::early).early;
+            at.late += std::ranges::max(insertion, {}, &Latency::late).late;
+        }
+    }
+    if (withNetwork && !propagated) {
+        at.early += network.early;
+        at.late += network.late;
+    }
+    return at;
+}
+
+Clocks::Clocks(const Design& design, const Network& network, const Sdc::Constraints& constraints,
+               const ClockOptions& options, Diagnostics& diagnostics)
+    : design_(design), network_(network), scale_(options.scale), diagnostics_(diagnostics) {
+    for (const Sdc::Clock& clock : constraints.clocks)
+        take(clock, constraints, options);
+    for (Clock& clock : clocks_)
+        if (!clock.removed)
+            flood(clock);
+    resolveGenerated(constraints);
+    const auto maybe = [&](const std::optional<Decimal>& value, const Sdc::Origin& origin) {
+        return value ? std::optional(units(*value, constraints.place(origin))) : std::nullopt;
+    };
+    for (const Sdc::PinUncertainty& pin : constraints.pinUncertainties) {
+        auto& [setup, hold] = pins_[pin.pin];
+        setup = pin.value.setup ? maybe(pin.value.setup, pin.origin) : setup;
+        hold = pin.value.hold ? maybe(pin.value.hold, pin.origin) : hold;
+    }
+    for (const Sdc::ClockPairUncertainty& pair : constraints.pairUncertainties)
+        pairs_.push_back(
+            {pair.from, pair.to, maybe(pair.value.setup, pair.origin), maybe(pair.value.hold, pair.origin)});
+}
+
+Time Clocks::units(const Decimal& time, const Place& place) const { return toUnits(time, scale_, place); }
+
+void Clocks::take(const Sdc::Clock& from, const Sdc::Constraints& constraints, const ClockOptions& options) {
+    Clock clock;
+    clock.name = from.name;
+    clock.place = constraints.place(from.origin);
+    clock.removed = from.removed;
+    clock.period = units(from.period, clock.place);
+    clock.rise = units(from.rise, clock.place);
+    clock.fall = units(from.fall, clock.place);
+    clock.propagated = from.propagated.value_or(options.propagated);
+    for (const std::uint32_t pin : from.targets)
+        clock.targets.push_back(network_.sourceOf(pin));
+    clock.insertion.resize(clock.targets.size());
+    clock.source = latencyOf(from.sourceLatency, scale_, clock.place);
+    clock.network = latencyOf(from.networkLatency, scale_, clock.place);
+    if (from.uncertainty.setup)
+        clock.setupUncertainty = units(*from.uncertainty.setup, clock.place);
+    if (from.uncertainty.hold)
+        clock.holdUncertainty = units(*from.uncertainty.hold, clock.place);
+    clocks_.push_back(std::move(clock));
+}
+
+void Clocks::flood(Clock& clock) const {
+    std::unordered_map<std::uint32_t, bool> seen;
+    const auto reach = [&](std::uint32_t node) {
+        if (!network_.isConstant(node) && seen.try_emplace(node, true).second)
+            clock.reached.push_back(node);
+    };
+    for (const std::uint32_t target : clock.targets)
+        reach(target);
+    for (std::size_t next = 0; next < clock.reached.size(); ++next)
+        for (const std::uint32_t number : network_.out(clock.reached[next]))
+            if (const Arc& arc = network_.arcs()[number]; arc.kind == ArcKind::through)
+                reach(arc.to);
+}
+
+// --- Generated clocks ---
+
+// The clock that is named, or the one that reaches the source pin.
+std::uint32_t Clocks::masterOf(std::uint32_t number, const Sdc::Constraints& constraints) const {
+    const Sdc::GeneratedClock& generated = *constraints.clocks[number].generated;
+    if (generated.master)
+        return *generated.master;
+    std::vector<std::uint32_t> masters;
+    for (std::uint32_t other = 0; other < clocks_.size(); ++other) {
+        const Clock& clock = clocks_[other];
+        if (other == number || clock.removed)
+            continue;
+        for (const std::uint32_t node :
+             {network_.sinkOf(generated.source), network_.sourceOf(generated.source)})
+            if (std::ranges::find(clock.reached, node) != clock.reached.end()) {
+                masters.push_back(other);
+                break;
+            }
+    }
+    if (masters.empty())
+        throw BadInput(clocks_[number].place, "create_generated_clock: no clock reaches the source '" +
+                                                  design_.pinName(generated.source) + "' of '" +
+                                                  clocks_[number].name + "'; expected a clock there");
+    if (masters.size() > 1)
+        diagnostics_.warning(clocks_[number].place,
+                             "create_generated_clock: several clocks reach the source '" +
+                                 design_.pinName(generated.source) + "' of '" + clocks_[number].name +
+                                 "': '" + clocks_[masters[0]].name + "' is taken; name one by -master_clock");
+    return masters.front();
+}
+
+// Masters before what is made of them.
+void Clocks::resolveGenerated(const Sdc::Constraints& constraints) {
+    std::vector<std::uint32_t> waiting;
+    std::vector<bool> done(clocks_.size(), true);
+    for (std::uint32_t number = 0; number < clocks_.size(); ++number)
+        if (!clocks_[number].removed && constraints.clocks[number].generated) {
+            clocks_[number].master = masterOf(number, constraints);
+            waiting.push_back(number);
+            done[number] = false;
+        }
+    while (!waiting.empty()) {
+        const std::size_t before = waiting.size();
+        std::erase_if(waiting, [&](std::uint32_t number) {
+            Clock& clock = clocks_[number];
+            const Clock& master = clocks_[*clock.master];
+            if (!done[*clock.master])
+                return false;
+            const Sdc::Clock& stated = constraints.clocks[number];
+            shapeGenerated(clock, master, *stated.generated, clock.place);
+            if (clock.propagated && !stated.sourceLatency.early && !stated.sourceLatency.late)
+                insert(clock, master);
+            done[number] = true;
+            return true;
+        });
+        if (waiting.size() == before)
+            throw BadInput(clocks_[waiting.front()].place, "create_generated_clock: '" +
+                                                               clocks_[waiting.front()].name +
+                                                               "' is its own master");
+    }
+}
+
+void Clocks::shapeGenerated(Clock& clock, const Clock& master, const Sdc::GeneratedClock& generated,
+                            Place place) {
+    using enum Sdc::GeneratedClock::Kind;
+    const auto masterEdge = [&](int number) { // counted from 1, rises and falls in turn
+        return (number % 2 == 1 ? master.rise : master.fall) + (number - 1) / 2 * master.period;
+    };
+    const Time factor = generated.factor;
+    if (generated.kind == edges) {
+        Time at[3];
+        for (std::size_t edge = 0; edge < 3; ++edge) {
+            at[edge] = masterEdge(generated.edges[edge]);
+            if (!generated.edgeShifts.empty())
+                at[edge] += units(generated.edgeShifts[edge], place);
+        }
+        clock.rise = at[0];
+        clock.fall = at[1];
+        clock.period = at[2] - at[0];
+    } else {
+        const bool divide = generated.kind == Sdc::GeneratedClock::Kind::divide;
+        clock.period = divide ? master.period * factor : divided(master.period, factor);
+        clock.rise = master.rise;
+        if (divide && factor > 1)
+            clock.fall =
+                clock.rise + (factor % 2 == 0 ? factor / 2 * master.period : divided(clock.period, 2));
+        else
+            clock.fall = clock.rise + divided(master.high(), factor);
+        if (!divide && clock.period * factor != master.period)
+            diagnostics_.note(place, "the period of '" + clock.name + "' is rounded to a whole unit");
+        if (generated.dutyCycle)
+            if (const std::optional<std::int64_t> duty = generated.dutyCycle->scaled(6))
+                clock.fall = clock.rise + divided(clock.period * *duty, 100'000'000);
+    }
+    if (generated.invert) {
+        const Time rise = clock.fall;
+        clock.fall = clock.rise + clock.period;
+        clock.rise = rise;
+    }
+    Time shift = units(generated.offset, place);
+    if (const std::optional<std::int64_t> phase = generated.phase.scaled(6))
+        shift += divided(clock.period * *phase, 360'000'000);
+    clock.rise += shift;
+    clock.fall += shift;
+    if (clock.period > largestTime)
+        throw BadInput(place, "the period of '" + clock.name + "' does not fit the engine's integers");
+    if (clock.period <= 0 || clock.high() <= 0 || clock.high() >= clock.period)
+        throw BadInput(place, "create_generated_clock: '" + clock.name +
+                                  "' gets no waveform: expected a rise and a fall within one period");
+}
+
+void Clocks::insert(Clock& clock, const Clock& master) const {
+    clock.source = master.source;
+    for (std::size_t target = 0; target < clock.targets.size(); ++target) {
+        const std::optional<Latency> insertion = Insertion(network_, master, clock.targets[target]).find();
+        if (insertion)
+            clock.insertion[target] = *insertion;
+        else
+            diagnostics_.warning(clock.place, "nothing leads from '" + master.name + "' to '" +
+                                                  network_.nameOf(clock.targets[target]) + "': '" +
+                                                  clock.name + "' has no insertion delay there");
+    }
+}
+
+Time Clocks::uncertainty(std::uint32_t launch, std::uint32_t capture, std::uint32_t pin, bool setup) const {
+    for (auto pair = pairs_.rbegin(); pair != pairs_.rend(); ++pair)
+        if (pair->launch == launch && pair->capture == capture)
+            if (const std::optional<Time>& own = setup ? pair->setup : pair->hold)
+                return *own;
+    if (const auto found = pins_.find(pin); found != pins_.end())
+        if (const std::optional<Time>& own = setup ? found->second.first : found->second.second)
+            return *own;
+    return setup ? clocks_[capture].setupUncertainty : clocks_[capture].holdUncertainty;
+}
+
+} // namespace Readers::Model

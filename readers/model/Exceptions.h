@@ -1,0 +1,159 @@
+// The user's exceptions, compiled to classes of the engine, and which of them governs a path.
+//
+// The engine keeps apart the paths of at most 64 classes. A class here does not stand for an exception but
+// for what tells paths apart: at which of the named start points a path starts (a number in binary, a class a
+// digit: start points that the same exceptions name share a number) and which of the named through points it
+// passes. Clocks and end points need no class: a sweep has one pair of clocks, and an end point knows itself.
+// So the classes of an arriving path, with its clocks and its end point, say which exceptions cover it; and
+// of those one governs each side by type, specificity and order.
+//
+// Through points that no path passes both of share classes, numbered in binary like start points.
+#pragma once
+
+#include "TimingModel.h"
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+namespace Readers::Model {
+
+// What is required of a path, on both sides.
+struct Requirement {
+    bool falseSetup = false, falseHold = false;
+    std::optional<Time> maxDelay, minDelay; // in units; in place of the clocks' relation
+    bool maxIgnoresLatency = false, minIgnoresLatency = false;
+    Time setupShift = 0;                                       // added to the setup relation
+    Time holdShift = 0;                                        // added to the hold relation
+    std::uint32_t setupException = none, holdException = none; // that govern
+    std::uint32_t group = none;                                // the path group's statement
+
+    bool operator==(const Requirement&) const = default;
+};
+
+class Exceptions {
+public:
+    // Resolves the named objects. Warns of what is no start or end point, and of exceptions that name
+    // nothing. BadInput: a max or min delay from or to a point within paths.
+    Exceptions(const Design& design, const Network& network, const Clocks& clocks,
+               const Sdc::Constraints& constraints, int scale, Diagnostics& diagnostics);
+
+    // Ports without a delay that a max or min delay times by itself.
+    const std::unordered_set<std::uint32_t>& timedPorts() const { return timedPorts_; }
+
+    // Makes the constrained paths that carry the classes. BadInput: more classes than the engine has.
+    void makeClasses(TimingModel& model);
+
+    // What holds for paths of a pair of clocks (none: no clock) that arrive at an end point's pin under these
+    // classes.
+    const Requirement& requirement(std::uint32_t launchClock, std::uint32_t captureClock,
+                                   std::uint32_t endPin, std::uint64_t classes);
+
+    // The only start point of the paths under these classes; none where there may be others.
+    std::uint32_t singleStart(std::uint64_t classes) const;
+
+    struct Use {
+        bool matchesObjects = true; // it names something
+        bool matchesPath = false;   // some path that arrives is covered by it
+        bool governs = false;
+        std::unordered_set<std::uint32_t> overruledBy; // exceptions
+    };
+    const std::vector<Use>& uses() const { return uses_; }
+
+private:
+    using Group = std::vector<std::uint32_t>; // nodes of the data plane: any of them
+
+    // One way to read an exception: with objects of one kind on either side.
+    struct Variant {
+        std::uint32_t exception = 0;
+        bool hasFrom = false, hasTo = false;
+        std::vector<std::uint32_t> fromPins, fromClocks, toPins,
+            toClocks; // sorted; at most one of two has any
+        std::vector<Group> throughs;
+        std::vector<std::vector<std::uint32_t>> atoms; // by group: any of them
+
+        unsigned rank() const;
+    };
+    // A set of through points that all through lists hold together or not at all.
+    struct Atom {
+        Group nodes;
+        std::uint32_t layer = 0; // atoms of one layer are never on one path
+        std::uint64_t code = 0;  // within the layer's classes; not 0
+    };
+    struct Layer {
+        unsigned firstClass = 0, classes = 0;
+    };
+    struct Match {
+        const Variant* variant;
+        std::vector<std::vector<std::uint32_t>> passed; // combinations of atoms, one of each group
+    };
+    struct Key {
+        std::uint32_t launch, capture, start, end;
+        std::uint64_t atoms;
+
+        bool operator==(const Key&) const = default;
+    };
+    struct KeyHash {
+        std::size_t operator()(const Key& key) const;
+    };
+
+    void resolve(std::uint32_t exception);
+    std::vector<Variant> resolveSide(const Sdc::Points& points, const Variant& base, bool from);
+    bool addPoint(const Sdc::Object& object, bool from, Variant& pins, std::vector<Variant>& outputs) const;
+    bool addPin(std::uint32_t pin, bool from, Variant& pins, std::vector<Variant>& outputs) const;
+    std::vector<std::uint32_t> clockPinsBehind(std::uint32_t output) const;
+    bool launchesOnly(std::uint32_t clockPin, std::uint32_t output) const;
+    void addNodes(const Sdc::Object& object, Group& group) const;
+    void addPinNodes(std::uint32_t pin, Group& group) const;
+    std::string nameOf(const Sdc::Object& object) const;
+    void collectTimedPorts();
+    void numberPoints(bool from);
+    void makeAtoms();
+    void levelNodes();
+    bool isAntichain(const Group& group) const;
+    bool reaches(const Group& from, const Group& to) const;
+    void layAtoms();
+    void layAtomsByLevel();
+    void makeStartClasses(TimingModel& model);
+    void makeLayerClasses(TimingModel& model, const Layer& layer, std::uint32_t number);
+
+    Requirement decide(const Key& key);
+    void decideMulticycles(const Key& key, const std::vector<Match>& matches, Requirement& requirement);
+    std::optional<Match> match(const Variant& variant, const Key& key);
+    bool isInOrder(std::uint32_t before, std::uint32_t after);
+    // Of the matches that compete on a side as one kind: those that no more specific or later one takes.
+    std::vector<std::uint32_t> survivors(const std::vector<Match>& matches, Sdc::Exception::Kind kind,
+                                         bool setup);
+    void account(const std::vector<Match>& matches, const Requirement& requirement);
+    const Sdc::Exception& stated(std::uint32_t exception) const { return constraints_.exceptions[exception]; }
+    Place placeOf(std::uint32_t exception) const;
+    bool isPassed(std::uint32_t atom, std::uint64_t classes) const;
+
+    const Design& design_;
+    const Network& network_;
+    const Clocks& clocks_;
+    const Sdc::Constraints& constraints_;
+    const int scale_;
+    Diagnostics& diagnostics_;
+
+    std::vector<Variant> variants_;
+    std::unordered_set<std::uint32_t> timedPorts_;
+    std::vector<std::uint32_t> unpinned_; // variants that name no start and no end point
+    // By pin, the number of a start or end point; 0: not named. By number, the variants that name it.
+    std::unordered_map<std::uint32_t, std::uint32_t> startNumber_, endNumber_;
+    std::vector<std::vector<std::uint32_t>> startVariants_, endVariants_;
+    std::vector<std::uint32_t> singleStart_; // by number: its only pin, or none
+    std::vector<Atom> atoms_;
+    std::vector<Layer> layers_;
+    std::vector<std::uint32_t> level_; // by node: the longest way to it
+    unsigned startClasses_ = 0;
+    std::vector<Use> uses_;
+    std::unordered_map<Key, Requirement, KeyHash> known_;
+    std::map<std::pair<std::uint32_t, std::uint32_t>, bool> order_;
+};
+
+} // namespace Readers::Model

@@ -1,0 +1,192 @@
+// Which exception governs a path: type first, then how specific it is, then the last on identical objects,
+// then the tightest; setup and hold apart.
+#include "Exceptions.h"
+
+#include <algorithm>
+
+namespace Readers::Model {
+
+using Kind = Sdc::Exception::Kind;
+
+std::size_t Exceptions::KeyHash::operator()(const Key& key) const {
+    std::uint64_t hash = key.atoms;
+    for (const std::uint32_t part : {key.launch, key.capture, key.start, key.end})
+        hash = (hash ^ part) * 0x9E3779B97F4A7C15U;
+    return static_cast<std::size_t>(hash ^ hash >> 32);
+}
+
+const Requirement& Exceptions::requirement(std::uint32_t launchClock, std::uint32_t captureClock,
+                                           std::uint32_t endPin, std::uint64_t classes) {
+    const std::uint64_t digits = (std::uint64_t{1} << startClasses_) - 1;
+    const auto end = endNumber_.find(endPin);
+    const Key key{launchClock, captureClock, static_cast<std::uint32_t>(classes & digits),
+                  end == endNumber_.end() ? 0 : end->second, classes & ~digits};
+    const auto [place, isNew] = known_.try_emplace(key);
+    if (isNew)
+        place->second = decide(key);
+    return place->second;
+}
+
+bool Exceptions::isInOrder(std::uint32_t before, std::uint32_t after) {
+    if (before == after)
+        return true;
+    const auto [place, isNew] = order_.try_emplace({before, after});
+    if (isNew)
+        place->second = reaches(atoms_[before].nodes, atoms_[after].nodes);
+    return place->second;
+}
+
+// Whether the variant covers the paths of the key, and by which combinations of through points.
+std::optional<Exceptions::Match> Exceptions::match(const Variant& variant, const Key& key) {
+    const auto holds = [](const std::vector<std::uint32_t>& sorted, std::uint32_t value) {
+        return std::ranges::binary_search(sorted, value);
+    };
+    const auto number = static_cast<std::uint32_t>(&variant - variants_.data());
+    if (variant.hasFrom && (variant.fromPins.empty() ? !holds(variant.fromClocks, key.launch)
+                                                     : !holds(startVariants_[key.start], number)))
+        return std::nullopt;
+    if (variant.hasTo && (variant.toPins.empty() ? !holds(variant.toClocks, key.capture)
+                                                 : !holds(endVariants_[key.end], number)))
+        return std::nullopt;
+    Match match{&variant, {{}}};
+    for (const std::vector<std::uint32_t>& group : variant.atoms) {
+        std::vector<std::vector<std::uint32_t>> longer;
+        for (const std::uint32_t atom : group) {
+            if (!isPassed(atom, key.atoms))
+                continue;
+            for (const std::vector<std::uint32_t>& passed : match.passed)
+                if (passed.empty() || isInOrder(passed.back(), atom)) {
+                    longer.push_back(passed);
+                    longer.back().push_back(atom);
+                }
+        }
+        match.passed = std::move(longer);
+    }
+    return match.passed.empty() ? std::nullopt : std::optional(std::move(match));
+}
+
+std::vector<std::uint32_t> Exceptions::survivors(const std::vector<Match>& matches, Kind kind, bool setup) {
+    std::vector<const Match*> best;
+    for (const Match& match : matches) {
+        const Sdc::Exception& stated = this->stated(match.variant->exception);
+        if (stated.kind != kind || !(setup ? stated.setup : stated.hold))
+            continue;
+        const auto standing = [&](const Match& other) {
+            return std::pair(other.variant->rank(), this->stated(other.variant->exception).flagged);
+        };
+        // Among multicycles of one rank a command for this side alone comes first.
+        const auto own = kind == Kind::multicycle ? standing(match) : std::pair(match.variant->rank(), false);
+        const auto top = best.empty()               ? own
+                         : kind == Kind::multicycle ? standing(*best.front())
+                                                    : std::pair(best.front()->variant->rank(), false);
+        if (own > top)
+            best.clear();
+        if (best.empty() || own == top)
+            best.push_back(&match);
+    }
+    // On identical objects the last command counts.
+    std::map<std::vector<std::uint32_t>, std::uint32_t> last;
+    for (const Match* match : best)
+        for (const std::vector<std::uint32_t>& passed : match->passed) {
+            const auto [place, isNew] = last.try_emplace(passed, match->variant->exception);
+            if (!isNew)
+                place->second = std::max(place->second, match->variant->exception);
+        }
+    std::vector<std::uint32_t> exceptions;
+    for (const auto& [passed, exception] : last)
+        exceptions.push_back(exception);
+    std::ranges::sort(exceptions);
+    return exceptions;
+}
+
+Requirement Exceptions::decide(const Key& key) {
+    std::vector<Match> matches;
+    const auto consider = [&](std::uint32_t variant) {
+        if (std::optional<Match> found = match(variants_[variant], key))
+            matches.push_back(std::move(*found));
+    };
+    std::ranges::for_each(unpinned_, consider);
+    std::ranges::for_each(startVariants_[key.start], consider);
+    for (const std::uint32_t variant : endVariants_[key.end])
+        if (variants_[variant].fromPins.empty())
+            consider(variant);
+    Requirement requirement;
+    if (matches.empty())
+        return requirement;
+
+    const auto units = [&](std::uint32_t exception) {
+        return toUnits(stated(exception).value, scale_, placeOf(exception));
+    };
+    decideMulticycles(key, matches, requirement);
+    if (const auto delays = survivors(matches, Kind::maxDelay, true); !delays.empty()) {
+        requirement.setupException = std::ranges::min(delays, {}, units);
+        requirement.maxDelay = units(requirement.setupException);
+        requirement.maxIgnoresLatency = stated(requirement.setupException).ignoreClockLatency;
+    }
+    if (const auto delays = survivors(matches, Kind::minDelay, false); !delays.empty()) {
+        requirement.holdException = std::ranges::max(delays, {}, units);
+        requirement.minDelay = units(requirement.holdException);
+        requirement.minIgnoresLatency = stated(requirement.holdException).ignoreClockLatency;
+    }
+    if (const auto paths = survivors(matches, Kind::falsePath, true); !paths.empty()) {
+        requirement.falseSetup = true;
+        requirement.setupException = paths.back();
+    }
+    if (const auto paths = survivors(matches, Kind::falsePath, false); !paths.empty()) {
+        requirement.falseHold = true;
+        requirement.holdException = paths.back();
+    }
+    if (const auto groups = survivors(matches, Kind::pathGroup, true); !groups.empty())
+        requirement.group = groups.back();
+    account(matches, requirement);
+    return requirement;
+}
+
+// The setup count moves both relations, then the hold count moves hold back.
+void Exceptions::decideMulticycles(const Key& key, const std::vector<Match>& matches,
+                                   Requirement& requirement) {
+    const Time launch = key.launch == none ? 0 : clocks_[key.launch].period;
+    const Time capture = key.capture == none ? 0 : clocks_[key.capture].period;
+    const auto setupShift = [&](std::uint32_t exception) {
+        const Sdc::Exception& stated = this->stated(exception);
+        return Time{stated.multiplier - 1} * (stated.start.value_or(false) ? launch : capture);
+    };
+    // What a command takes off the hold relation; one for both sides takes off nothing.
+    const auto holdBack = [&](std::uint32_t exception) {
+        const Sdc::Exception& stated = this->stated(exception);
+        return stated.flagged ? Time{stated.multiplier} * (stated.start.value_or(true) ? launch : capture)
+                              : Time{0};
+    };
+    if (const auto setups = survivors(matches, Kind::multicycle, true); !setups.empty()) {
+        requirement.setupException = requirement.holdException = std::ranges::min(setups, {}, setupShift);
+        requirement.setupShift = requirement.holdShift = setupShift(requirement.setupException);
+    }
+    if (const auto holds = survivors(matches, Kind::multicycle, false); !holds.empty()) {
+        requirement.holdException = std::ranges::min(holds, {}, holdBack);
+        requirement.holdShift -= holdBack(requirement.holdException);
+    }
+}
+
+void Exceptions::account(const std::vector<Match>& matches, const Requirement& requirement) {
+    for (const Match& match : matches) {
+        const std::uint32_t exception = match.variant->exception;
+        const Sdc::Exception& stated = this->stated(exception);
+        Use& use = uses_[exception];
+        use.matchesPath = true;
+        if (stated.kind == Kind::pathGroup) {
+            use.governs |= requirement.group == exception;
+            if (requirement.group != exception)
+                use.overruledBy.insert(requirement.group);
+            continue;
+        }
+        for (const bool setup : {true, false}) {
+            const std::uint32_t governing = setup ? requirement.setupException : requirement.holdException;
+            if (governing == exception)
+                use.governs = true;
+            else if ((setup ? stated.setup : stated.hold) && governing != none)
+                use.overruledBy.insert(governing);
+        }
+    }
+}
+
+} // namespace Readers::Model

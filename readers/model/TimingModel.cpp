@@ -1,0 +1,142 @@
+// Which poles there are: what clocks reach and what leads to end points. The poles are made in Poles.cpp.
+#include "TimingModel.h"
+
+#include <algorithm>
+
+namespace Readers::Model {
+
+TimingModel::Edges TimingModel::ClockPin::launchEdges() const {
+    return checks.any() ? checks : outputs.any() ? outputs : Edges{true, false};
+}
+
+TimingModel::Edges TimingModel::ClockPin::checkEdges() const {
+    return outputs.any() ? outputs : checks.any() ? checks : Edges{true, false};
+}
+
+TimingModel::TimingModel(const Design& design, const Network& network, const Clocks& clocks,
+                         const Sdc::Constraints& constraints,
+                         const std::unordered_set<std::uint32_t>& timedPorts, int scale,
+                         Diagnostics& diagnostics)
+    : design_(design), network_(network), clocks_(clocks), constraints_(constraints), timedPorts_(timedPorts),
+      scale_(scale), diagnostics_(diagnostics), host_(design.name.empty() ? "design" : design.name) {
+    findClockPins();
+    findEnds();
+    pruneData();
+    pruneClocks();
+    makeRoots();
+    makeClockPlane();
+    makeInputs();
+    makeSourceEdges();
+    makeDataPlane();
+    makeChecks();
+    makeOutputs();
+    separateGroups();
+}
+
+const Start* TimingModel::startAt(const Pelko::Pole* pole) const {
+    const std::uint32_t start = startOfPole_[pole->getIndex()];
+    return start == none ? nullptr : &starts_[start];
+}
+
+const End* TimingModel::endAt(const Pelko::Pole* pole) const {
+    const std::uint32_t end = endOfPole_[pole->getIndex()];
+    return end == none ? nullptr : &ends_[end];
+}
+
+std::optional<std::uint32_t> TimingModel::clockOf(const Pelko::Pole* root) const {
+    const auto found = clockOfRoot_.find(root);
+    return found == clockOfRoot_.end() ? std::nullopt : std::optional(found->second);
+}
+
+const std::vector<std::uint32_t>& TimingModel::clocksAt(std::uint32_t pin) const {
+    static const std::vector<std::uint32_t> empty;
+    const auto found = clocksAt_.find(pin);
+    return found == clocksAt_.end() ? empty : found->second;
+}
+
+// --- What is needed ---
+
+void TimingModel::findClockPins() {
+    std::unordered_set<std::uint32_t> pulsed;
+    for (const Design::PulseCheck& check : design_.pulseChecks)
+        pulsed.insert(check.pin);
+    for (std::uint32_t number = 0; number < clocks_.size(); ++number)
+        if (!clocks_[number].removed)
+            for (const std::uint32_t node : clocks_[number].reached)
+                if (const std::uint32_t pin = network_.pinOf(node); design_.isClockPin(pin) || pulsed.contains(pin))
+                    clocksAt_[pin].push_back(number);
+    for (const std::uint32_t node : network_.order()) {
+        const std::uint32_t pin = network_.pinOf(node);
+        if (node != network_.sinkOf(pin) || !design_.isClockPin(pin))
+            continue;
+        if (clocksAt_.contains(pin)) {
+            clockPins_.try_emplace(pin);
+            clockPinOrder_.push_back(pin);
+        } else {
+            unclocked_.push_back(pin);
+        }
+    }
+    for (const Arc& arc : network_.arcs())
+        if (arc.launch && arc.edge != Transition::any)
+            if (const auto found = clockPins_.find(network_.pinOf(arc.from)); found != clockPins_.end())
+                found->second.outputs.add(arc.edge);
+    for (const Design::Check& check : design_.checks)
+        if (check.clockEdge != Transition::any)
+            if (const auto found = clockPins_.find(check.clock); found != clockPins_.end())
+                found->second.checks.add(check.clockEdge);
+}
+
+void TimingModel::findEnds() {
+    for (const Design::Check& check : design_.checks)
+        if (!network_.isDisabled(check) && clockPins_.contains(check.clock) &&
+            !network_.isConstant(network_.sinkOf(check.data)))
+            checks_.push_back(&check);
+}
+
+bool TimingModel::isTimed(const Sdc::PortDelay& delay) const {
+    if (!delay.clock || clocks_[*delay.clock].removed || (!delay.min && !delay.max))
+        return false;
+    const std::uint32_t node = delay.input ? network_.sourceOf(delay.pin) : network_.sinkOf(delay.pin);
+    return !network_.isConstant(node) && !(delay.input && network_.isClockSource(node));
+}
+
+// Backwards from the end points, along through arcs.
+void TimingModel::pruneData() {
+    needsData_.assign(network_.size(), false);
+    for (const Design::Check* check : checks_)
+        needsData_[network_.sinkOf(check->data)] = true;
+    for (const Sdc::PortDelay& delay : constraints_.portDelays)
+        if (!delay.input && isTimed(delay))
+            needsData_[network_.sinkOf(delay.pin)] = true;
+    for (const std::uint32_t pin : timedPorts_)
+        if (design_.pins[pin].direction != Direction::input)
+            needsData_[network_.sinkOf(pin)] = true;
+    for (auto node = network_.order().rbegin(); node != network_.order().rend(); ++node) {
+        if (needsData_[*node])
+            continue;
+        for (const std::uint32_t number : network_.out(*node))
+            if (const Arc& arc = network_.arcs()[number]; arc.kind == ArcKind::through && needsData_[arc.to])
+                needsData_[*node] = true;
+    }
+}
+
+// What propagated clocks reach and what leads to a clock pin.
+void TimingModel::pruneClocks() {
+    std::vector<bool> reached(network_.size());
+    for (const Clock& clock : clocks_.all())
+        if (!clock.removed && clock.propagated)
+            for (const std::uint32_t node : clock.reached)
+                reached[node] = true;
+    needsClock_.assign(network_.size(), false);
+    for (auto node = network_.order().rbegin(); node != network_.order().rend(); ++node) {
+        if (!reached[*node])
+            continue;
+        bool needed = clockPins_.contains(network_.pinOf(*node));
+        for (const std::uint32_t number : network_.out(*node))
+            if (const Arc& arc = network_.arcs()[number]; arc.kind == ArcKind::through && needsClock_[arc.to])
+                needed = true;
+        needsClock_[*node] = needed;
+    }
+}
+
+} // namespace Readers::Model

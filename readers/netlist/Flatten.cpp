@@ -1,0 +1,366 @@
+// Walking the hierarchy, with a stack of its own, and joining nets.
+//
+// Every net of every instance is an entry of a union-find forest whose roots are the first of their trees; entry
+// 0 is the constant. A child's net that is connected takes its parent's entry, so that entries are merged only
+// where one module joins several of its ports. The result is measured before it is made: the time is linear in
+// it, and a small file cannot ask for more than the limits below.
+#include "Flatten.h"
+
+#include "Hierarchy.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+namespace Readers {
+
+namespace {
+
+constexpr std::size_t mostClashes = 10; // of which each is told
+
+class Flattener {
+public:
+    Flattener(Modules& modules, const Hierarchy& hierarchy, Diagnostics& diagnostics)
+        : modules_(modules), names_(modules.names), hierarchy_(hierarchy), diagnostics_(diagnostics),
+          portTables_(modules.all.size()) {}
+
+    Netlist run(std::uint32_t top);
+
+private:
+    // An instance that is being walked.
+    struct Frame {
+        std::uint32_t module;
+        std::uint32_t cell = 0;          // the next one
+        std::size_t prefix = 0;          // how long the path is without it
+        std::vector<std::uint32_t> nets; // entries of the module's nets
+    };
+    using PortTable = std::unordered_map<std::uint32_t, std::uint32_t>;
+
+    // --- The forest -----------------------------------------------------------------------------------------------
+
+    std::uint32_t addEntry() {
+        parents_.push_back(static_cast<std::uint32_t>(parents_.size()));
+        best_.emplace_back();
+        return parents_.back();
+    }
+    std::uint32_t root(std::uint32_t entry) {
+        while (parents_[entry] != entry)
+            entry = parents_[entry] = parents_[parents_[entry]];
+        return entry;
+    }
+    void join(std::uint32_t a, std::uint32_t b);
+    void offer(std::uint32_t entry, const Module::Net& net);
+    bool isBetter(const Module::Net& a, const Module::Net& b) const;
+
+    // --- The walk -------------------------------------------------------------------------------------------------
+
+    void walk(std::uint32_t top);
+    void enter(const Frame& above, const Module::Cell& cell, std::uint32_t type);
+    void bind(const Frame& above, const Module::Cell& cell, const Module::Connection& connection,
+              std::uint32_t type, std::uint32_t position, Frame& frame);
+    void nameNets(Frame& frame);
+    void addPorts(const Frame& frame);
+    void addCell(const Frame& frame, const Module::Cell& cell, std::uint32_t type);
+    void addPins(const Frame& frame, const Module::Connection& connection, const Module::Port* port);
+    void addPin(Name name, Direction direction, const Numbering& numbering, std::size_t bit, std::uint32_t net);
+
+    Name full(Name name);
+    Place place(const Module::Cell& cell) const { return {modules_.file, cell.line, cell.column}; }
+    std::uint32_t findPort(std::uint32_t type, const Module::Cell& cell, const Module::Connection& connection,
+                           std::uint32_t position);
+    void checkWidth(const Module::Cell& cell, const Module::Connection& connection, const Module::Port& port);
+    const PortTable& portsOf(std::uint32_t module);
+
+    // --- The end --------------------------------------------------------------------------------------------------
+
+    void numberNets();
+    template <class Items>
+    void tellClashes(const Items& items, const char* what);
+
+    Modules& modules_;
+    Names& names_;
+    const Hierarchy& hierarchy_;
+    Diagnostics& diagnostics_;
+    Netlist result_;
+    std::vector<std::uint32_t> parents_;
+    std::vector<Module::Net> best_; // of a root: its best name so far
+    std::vector<PortTable> portTables_;
+    std::vector<bool> connected_; // the ports of the instance at hand
+    std::string path_;            // of the instance at hand, with a '/' behind
+    std::string scratch_;
+};
+
+// --- The forest ---------------------------------------------------------------------------------------------------
+
+bool Flattener::isBetter(const Module::Net& a, const Module::Net& b) const {
+    if (a.name == noName || b.name == noName)
+        return b.name == noName;
+    return a.generated != b.generated ? b.generated : isBetterName(names_[a.name], names_[b.name]);
+}
+
+void Flattener::join(std::uint32_t a, std::uint32_t b) {
+    a = root(a);
+    b = root(b);
+    if (a == b)
+        return;
+    const auto [first, second] = std::minmax(a, b);
+    parents_[second] = first;
+    if (isBetter(best_[second], best_[first]))
+        best_[first] = best_[second];
+}
+
+// The name is put together with the path only where it can be the better one.
+void Flattener::offer(std::uint32_t entry, const Module::Net& net) {
+    entry = root(entry);
+    Module::Net& best = best_[entry];
+    if (entry == constantNet || net.name == noName)
+        return;
+    if (best.name != noName && best.generated == net.generated &&
+        path_.size() + names_[net.name].size() > names_[best.name].size())
+        return;
+    if (best.name != noName && !best.generated && net.generated)
+        return;
+    const Module::Net offered{full(net.name), net.generated};
+    if (isBetter(offered, best))
+        best = offered;
+}
+
+Name Flattener::full(Name name) {
+    if (path_.empty())
+        return name;
+    scratch_.assign(path_).append(names_[name]);
+    return names_.add(scratch_);
+}
+
+// --- The walk -----------------------------------------------------------------------------------------------------
+
+Netlist Flattener::run(std::uint32_t top) {
+    result_.top = modules_.nameOf(modules_.all[top]);
+    const HierarchySize size = hierarchy_.sizeOf(top);
+    result_.cells.reserve(size.cells);
+    parents_.reserve(size.nets + 1);
+    best_.reserve(size.nets + 1);
+    addEntry();
+    walk(top);
+    numberNets();
+    tellClashes(result_.ports, "ports");
+    tellClashes(result_.cells, "cells");
+    tellClashes(result_.nets, "nets");
+    result_.names = std::move(names_);
+    return std::move(result_);
+}
+
+void Flattener::walk(std::uint32_t top) {
+    std::vector<Frame> frames;
+    frames.push_back({top, 0, 0, std::vector<std::uint32_t>(modules_.all[top].nets.size(), none)});
+    nameNets(frames.back());
+    addPorts(frames.back());
+    while (!frames.empty()) {
+        Frame& frame = frames.back();
+        const Module& module = modules_.all[frame.module];
+        if (frame.cell == module.cells.size()) {
+            path_.resize(frame.prefix);
+            frames.pop_back();
+            continue;
+        }
+        const Module::Cell& cell = module.cells[frame.cell++];
+        const std::uint32_t type = hierarchy_.typeOf(cell);
+        if (hierarchy_.isLeaf(type)) {
+            addCell(frame, cell, type);
+            continue;
+        }
+        Frame child{type, 0, path_.size(),
+                    std::vector<std::uint32_t>(modules_.all[type].nets.size(), none)};
+        connected_.assign(modules_.all[type].ports.size(), false);
+        for (std::uint32_t i = 0; i < cell.connectionCount; ++i)
+            bind(frame, cell, module.connections[cell.firstConnection + i], type, i, child);
+        path_.append(names_[cell.name]).append(1, '/');
+        nameNets(child);
+        frames.push_back(std::move(child));
+    }
+}
+
+// The child's nets at the port become the parent's that are connected to it.
+void Flattener::bind(const Frame& above, const Module::Cell& cell, const Module::Connection& connection,
+                     std::uint32_t type, std::uint32_t position, Frame& frame) {
+    const Module& parent = modules_.all[above.module];
+    const Module& child = modules_.all[type];
+    const std::uint32_t found = findPort(type, cell, connection, position);
+    const Module::Port& port = child.ports[found];
+    if (connected_[found])
+        throw BadInput(place(cell), "port '" + std::string(names_[port.name]) + "' of cell '" +
+                                        std::string(names_[cell.name]) + "' is connected twice");
+    connected_[found] = true;
+    checkWidth(cell, connection, port);
+    for (std::uint32_t i = 0; i < std::min(connection.bits.count, port.bits.count); ++i) {
+        const std::uint32_t outer = parent.bits[connection.bits.first + i];
+        const std::uint32_t inner = child.bits[port.bits.first + i];
+        if (outer == none || inner == none)
+            continue;
+        std::uint32_t& entry = frame.nets[inner];
+        if (inner == constantNet)
+            join(constantNet, above.nets[outer]);
+        else if (entry == none)
+            entry = above.nets[outer];
+        else
+            join(entry, above.nets[outer]);
+    }
+}
+
+void Flattener::nameNets(Frame& frame) {
+    frame.nets[constantNet] = constantNet;
+    const std::vector<Module::Net>& nets = modules_.all[frame.module].nets;
+    for (std::size_t i = constantNet + 1; i < nets.size(); ++i) {
+        if (frame.nets[i] == none)
+            frame.nets[i] = addEntry();
+        offer(frame.nets[i], nets[i]);
+    }
+}
+
+void Flattener::addPorts(const Frame& frame) {
+    const Module& module = modules_.all[frame.module];
+    for (const Module::Port& port : module.ports) {
+        if (port.bits.count == 0)
+            result_.ports.push_back({port.name, port.direction, none});
+        for (std::uint32_t i = 0; i < port.bits.count; ++i) {
+            const std::uint32_t net = module.bits[port.bits.first + i];
+            writeBitName(scratch_, names_[port.name], port.numbering, i);
+            result_.ports.push_back(
+                {names_.add(scratch_), port.direction, net == none ? none : frame.nets[net]});
+        }
+    }
+}
+
+void Flattener::addCell(const Frame& frame, const Module::Cell& cell, std::uint32_t type) {
+    const auto first = static_cast<std::uint32_t>(result_.pins.size());
+    const Module& module = modules_.all[frame.module];
+    for (std::uint32_t i = 0; i < cell.connectionCount; ++i) {
+        const Module::Connection& connection = module.connections[cell.firstConnection + i];
+        const std::uint32_t found = findPort(type, cell, connection, i);
+        const Module::Port* port = found == none ? nullptr : &modules_.all[type].ports[found];
+        if (port)
+            checkWidth(cell, connection, *port);
+        addPins(frame, connection, port);
+    }
+    result_.cells.push_back({full(cell.name), cell.type, first,
+                             static_cast<std::uint32_t>(result_.pins.size()) - first});
+}
+
+// A pin is as wide as the port says where there is one, else as what it is connected to.
+void Flattener::addPins(const Frame& frame, const Module::Connection& connection, const Module::Port* port) {
+    const BitRange bits = connection.bits;
+    const Name name = port ? port->name : connection.name;
+    const std::size_t width = std::max(port ? port->bits.count : bits.count, 1U);
+    const Numbering numbering = port ? port->numbering : Numbering::positions(width);
+    const Direction direction =
+        port && connection.direction == Direction::unknown ? port->direction : connection.direction;
+    for (std::uint32_t i = 0; i < width; ++i) {
+        const std::uint32_t net =
+            i < bits.count ? modules_.all[frame.module].bits[bits.first + i] : none;
+        addPin(name, direction, numbering, i, net == none ? none : frame.nets[net]);
+    }
+}
+
+void Flattener::addPin(Name name, Direction direction, const Numbering& numbering, std::size_t bit,
+                       std::uint32_t net) {
+    if (numbering.vector) {
+        writeBitName(scratch_, names_[name], numbering, bit);
+        name = names_.add(scratch_);
+    }
+    result_.pins.push_back({name, direction, net});
+}
+
+// --- Ports of instances -------------------------------------------------------------------------------------------
+
+const Flattener::PortTable& Flattener::portsOf(std::uint32_t module) {
+    PortTable& table = portTables_[module];
+    const std::vector<Module::Port>& ports = modules_.all[module].ports;
+    if (table.empty())
+        for (std::uint32_t i = 0; i < ports.size(); ++i)
+            table.emplace(static_cast<std::uint32_t>(ports[i].name), i);
+    return table;
+}
+
+// none for a pin of a cell whose type the file does not define.
+std::uint32_t Flattener::findPort(std::uint32_t type, const Module::Cell& cell,
+                                  const Module::Connection& connection, std::uint32_t position) {
+    const auto quoted = [&](Name name) { return "'" + std::string(names_[name]) + "'"; };
+    if (connection.name == noName) {
+        if (type == none)
+            throw BadInput(place(cell), "expected connections by name at cell " + quoted(cell.name) +
+                                            ": module " + quoted(cell.type) + " is not defined");
+        if (position >= modules_.all[type].ports.size())
+            throw BadInput(place(cell), "cell " + quoted(cell.name) + " has " +
+                                            std::to_string(cell.connectionCount) + " connections, module " +
+                                            quoted(cell.type) + " has " +
+                                            std::to_string(modules_.all[type].ports.size()) + " ports");
+        return position;
+    }
+    if (type == none)
+        return none;
+    const PortTable& ports = portsOf(type);
+    const auto found = ports.find(static_cast<std::uint32_t>(connection.name));
+    if (found != ports.end())
+        return found->second;
+    throw BadInput(place(cell), "cell " + quoted(cell.name) + " connects " + quoted(connection.name) +
+                                    ", which is not a port of module " + quoted(cell.type));
+}
+
+void Flattener::checkWidth(const Module::Cell& cell, const Module::Connection& connection,
+                           const Module::Port& port) {
+    if (connection.bits.count == port.bits.count || connection.bits.count == 0)
+        return;
+    diagnostics_.warning(place(cell), "port '" + std::string(names_[port.name]) + "' of cell '" +
+                                          std::string(names_[cell.name]) + "' has " +
+                                          std::to_string(port.bits.count) + " bits, its connection has " +
+                                          std::to_string(connection.bits.count));
+}
+
+// --- The end ------------------------------------------------------------------------------------------------------
+
+// Roots become nets, in the order of the entries.
+void Flattener::numberNets() {
+    std::vector<std::uint32_t> numbers(parents_.size(), none);
+    for (std::uint32_t entry = constantNet + 1; entry < parents_.size(); ++entry)
+        if (parents_[entry] == entry) {
+            numbers[entry] = static_cast<std::uint32_t>(result_.nets.size());
+            result_.nets.push_back(best_[entry].name);
+        }
+    const auto number = [&](auto& item) {
+        if (item.net != none)
+            item.net = numbers[root(item.net)];
+    };
+    std::for_each(result_.ports.begin(), result_.ports.end(), number);
+    std::for_each(result_.pins.begin(), result_.pins.end(), number);
+}
+
+Name nameOf(Name net) {
+    return net;
+}
+template <class Item>
+Name nameOf(const Item& item) {
+    return item.name;
+}
+
+template <class Items>
+void Flattener::tellClashes(const Items& items, const char* what) {
+    NameTable known;
+    std::size_t clashes = 0;
+    for (const auto& item : items)
+        if (!known.add(nameOf(item), 0) && ++clashes <= mostClashes)
+            diagnostics_.warning({modules_.file, 0, 0}, std::string("more than one of the ") + what +
+                                                            " is named '" +
+                                                            std::string(names_[nameOf(item)]) + "'");
+    if (clashes > mostClashes)
+        diagnostics_.warning({modules_.file, 0, 0}, std::to_string(clashes - mostClashes) + " more " + what +
+                                                        " have the name of another one");
+}
+
+} // namespace
+
+Netlist flatten(Modules modules, const std::string& top, Diagnostics& diagnostics) {
+    const std::uint32_t root = modules.findTop(top);
+    const Hierarchy hierarchy(modules, root);
+    return Flattener(modules, hierarchy, diagnostics).run(root);
+}
+
+} // namespace Readers

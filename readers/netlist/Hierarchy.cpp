@@ -1,0 +1,127 @@
+// A walk over the modules that the top needs, each once, with a stack of its own.
+#include "Hierarchy.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace Readers {
+
+namespace {
+
+// A path is written once for each cell below it, so that names grow by the square of the depth.
+constexpr std::uint32_t mostLevels = 1'000;
+constexpr std::uint64_t mostItems = std::uint64_t{1} << 30; // of cells, pins and nets each
+constexpr std::uint64_t mostNameBytes = std::uint64_t{1} << 34;
+constexpr std::size_t mostOfCycle = 10; // modules in a message
+
+constexpr std::uint64_t largest = std::numeric_limits<std::uint64_t>::max();
+
+void addUp(std::uint64_t& sum, std::uint64_t more) {
+    sum = more > largest - sum ? largest : sum + more;
+}
+
+std::uint64_t product(std::uint64_t a, std::uint64_t b) {
+    return b != 0 && a > largest / b ? largest : a * b;
+}
+
+} // namespace
+
+Hierarchy::Hierarchy(const Modules& modules, std::uint32_t top)
+    : modules_(modules), byName_(modules.byName()), states_(modules.all.size()),
+      sizes_(modules.all.size()) {
+    for (const Module& module : modules.all)
+        leaves_.push_back(module.isLeaf());
+    measure(top);
+    checkLimits(top);
+}
+
+void Hierarchy::measure(std::uint32_t top) {
+    std::vector<Frame> frames{{top}};
+    states_[top] = State::open;
+    sizes_[top] = ownSize(modules_.all[top]);
+    while (!frames.empty()) {
+        Frame& frame = frames.back();
+        const Module& module = modules_.all[frame.module];
+        if (frame.cell == module.cells.size()) {
+            states_[frame.module] = State::known;
+            frames.pop_back();
+            continue;
+        }
+        const Module::Cell& cell = module.cells[frame.cell];
+        const std::uint32_t type = typeOf(cell);
+        if (isLeaf(type) || states_[type] == State::known) {
+            add(sizes_[frame.module], module, cell, type);
+            ++frame.cell;
+            continue;
+        }
+        if (states_[type] == State::open)
+            failAtCycle(frames, type);
+        states_[type] = State::open;
+        sizes_[type] = ownSize(modules_.all[type]);
+        frames.push_back({type});
+    }
+}
+
+HierarchySize Hierarchy::ownSize(const Module& module) const {
+    HierarchySize size;
+    size.nets = module.nets.size();
+    for (const Module::Net& net : module.nets)
+        if (net.name != noName)
+            size.nameBytes += modules_.names[net.name].size();
+    return size;
+}
+
+void Hierarchy::add(HierarchySize& size, const Module& module, const Module::Cell& cell,
+                    std::uint32_t type) const {
+    const std::uint64_t nameBytes = modules_.names[cell.name].size();
+    addUp(size.cells, 1);
+    addUp(size.nameBytes, nameBytes);
+    if (isLeaf(type)) {
+        for (std::uint32_t i = 0; i < cell.connectionCount; ++i)
+            addUp(size.pins, std::max(module.connections[cell.firstConnection + i].bits.count, 1U));
+        if (type != none)
+            addUp(size.pins, modules_.all[type].bits.size());
+        return;
+    }
+    const HierarchySize& below = sizes_[type];
+    addUp(size.cells, below.cells);
+    addUp(size.pins, below.pins);
+    addUp(size.nets, below.nets);
+    addUp(size.nameBytes, below.nameBytes);
+    addUp(size.nameBytes, product(nameBytes + 1, below.cells));
+    addUp(size.nameBytes, product(nameBytes + 1, below.nets));
+    size.levels = std::max(size.levels, below.levels + 1);
+}
+
+void Hierarchy::failAtCycle(const std::vector<Frame>& frames, std::uint32_t again) const {
+    const auto isAgain = [&](const Frame& frame) { return frame.module == again; };
+    const auto begin = std::find_if(frames.begin(), frames.end(), isAgain);
+    const auto count = static_cast<std::size_t>(frames.end() - begin);
+    std::string way;
+    for (std::size_t i = 0; i < std::min(count, mostOfCycle); ++i) {
+        const Frame& frame = begin[static_cast<std::ptrdiff_t>(i)];
+        way.append("'").append(modules_.nameOf(modules_.all[frame.module])).append("' -> ");
+    }
+    if (count > mostOfCycle)
+        way += "... -> ";
+    const Module::Cell& cell = modules_.all[frames.back().module].cells[frames.back().cell];
+    throw BadInput({modules_.file, cell.line, cell.column},
+                   "a module instantiates itself: " + way + "'" +
+                       std::string(modules_.nameOf(modules_.all[again])) + "'");
+}
+
+void Hierarchy::checkLimits(std::uint32_t top) const {
+    const HierarchySize& size = sizes_[top];
+    if (size.levels > mostLevels)
+        modules_.fail("the hierarchy has " + std::to_string(size.levels) + " levels, more than " +
+                      std::to_string(mostLevels));
+    for (const std::uint64_t items : {size.cells, size.pins, size.nets})
+        if (items > mostItems)
+            modules_.fail("the flat design would have more than " + std::to_string(mostItems) +
+                          " cells, pins or nets");
+    if (size.nameBytes > mostNameBytes)
+        modules_.fail("the names of the flat design would take more than " + std::to_string(mostNameBytes) +
+                      " bytes");
+}
+
+} // namespace Readers

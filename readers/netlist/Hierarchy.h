@@ -1,0 +1,51 @@
+// What instantiates what, and how large it all becomes when it is flattened.
+#pragma once
+
+#include "Modules.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace Readers {
+
+// Of a module with everything in it. Sums stop at the largest number.
+struct HierarchySize {
+    std::uint64_t cells = 0; // leaves, and instances of modules
+    std::uint64_t pins = 0;      // at most
+    std::uint64_t nets = 0;      // of all the instances; connecting them makes them fewer
+    std::uint64_t nameBytes = 0; // of the paths of cells and nets, at most
+    std::uint32_t levels = 1;
+};
+
+class Hierarchy {
+public:
+    // Throws BadInput where a module below the top instantiates itself, or where the result is too large.
+    Hierarchy(const Modules& modules, std::uint32_t top);
+
+    // The module that a cell is an instance of; none where the file does not define it.
+    std::uint32_t typeOf(const Module::Cell& cell) const { return byName_.find(cell.type); }
+    bool isLeaf(std::uint32_t module) const { return module == none || leaves_[module]; }
+    HierarchySize sizeOf(std::uint32_t module) const { return sizes_[module]; }
+
+private:
+    enum class State : std::uint8_t { unknown, open, known };
+
+    struct Frame {
+        std::uint32_t module;
+        std::uint32_t cell = 0; // the next one
+    };
+
+    void measure(std::uint32_t top);
+    HierarchySize ownSize(const Module& module) const;
+    void add(HierarchySize& size, const Module& module, const Module::Cell& cell, std::uint32_t type) const;
+    [[noreturn]] void failAtCycle(const std::vector<Frame>& frames, std::uint32_t again) const;
+    void checkLimits(std::uint32_t top) const;
+
+    const Modules& modules_;
+    NameTable byName_;
+    std::vector<bool> leaves_;
+    std::vector<State> states_;
+    std::vector<HierarchySize> sizes_;
+};
+
+} // namespace Readers

@@ -1,0 +1,29 @@
+// A netlist's bytes, whose beginning can be looked at before a reader for them is chosen.
+#pragma once
+
+#include "../Source.h"
+
+#include <optional>
+#include <string>
+
+namespace Readers {
+
+class Input {
+public:
+    explicit Input(Source& source) : source_(source) {}
+
+    const std::string& path() const { return source_.path(); }
+
+    // The first byte that is not white space, which stays to be read; nothing where a whole block is white
+    // space.
+    std::optional<char> firstByte();
+    // As Source::read().
+    std::size_t read(char* buffer, std::size_t size);
+
+private:
+    Source& source_;
+    std::string pending_; // looked at, not yet read
+    std::size_t taken_ = 0;
+};
+
+} // namespace Readers

@@ -1,0 +1,116 @@
+// Bits by their numbers, and names for them.
+#include "JsonModules.h"
+
+#include <limits>
+
+namespace Readers {
+
+namespace {
+
+constexpr JsonModules::Problem isThereTwice = "is there twice";
+constexpr JsonModules::Problem isOutOfRange = "has bits whose indices are out of range";
+
+// False where the numbers leave their range.
+bool number(const JsonModules::Item& item, std::size_t count, Numbering& numbering) {
+    constexpr std::int64_t limit = std::numeric_limits<std::int32_t>::max();
+    const auto width = static_cast<std::int64_t>(count);
+    if (item.offset < -limit || item.offset > limit - width)
+        return false;
+    const std::int64_t right = item.upto ? item.offset + width - 1 : item.offset;
+    numbering = {count > 1, static_cast<std::int32_t>(right), item.upto ? -1 : 1};
+    return true;
+}
+
+} // namespace
+
+Problem JsonModules::startModule(const std::string& name) {
+    const Name added = modules_.names.add(name);
+    if (!known_.add(added, 0))
+        return isThereTwice;
+    modules_.all.emplace_back().name = added;
+    cells_.clear();
+    ports_.clear();
+    netByNumber_.clear();
+    numbers_.assign(1, 0);
+    return {};
+}
+
+void JsonModules::finishModule() {
+    std::vector<Module::Net>& nets = module().nets;
+    for (std::size_t i = constantNet + 1; i < nets.size(); ++i)
+        if (nets[i].name == noName)
+            nets[i] = {modules_.names.add("$" + std::to_string(numbers_[i])), true};
+}
+
+std::uint32_t JsonModules::netOf(std::uint64_t number) {
+    const auto [at, isNew] =
+        netByNumber_.try_emplace(number, static_cast<std::uint32_t>(numbers_.size()));
+    if (isNew) {
+        numbers_.push_back(number);
+        module().nets.emplace_back();
+    }
+    return at->second;
+}
+
+Problem JsonModules::addPort(const Item& port, const std::vector<std::uint32_t>& bits) {
+    Numbering numbering;
+    if (!number(port, bits.size(), numbering))
+        return isOutOfRange;
+    if (!ports_.add(port.name, 0))
+        return isThereTwice;
+    module().ports.push_back({port.name, port.direction, numbering, module().addBits(bits)});
+    return {};
+}
+
+Problem JsonModules::addNet(const Item& net, const std::vector<std::uint32_t>& bits) {
+    Numbering numbering;
+    if (!number(net, bits.size(), numbering))
+        return isOutOfRange;
+    for (std::size_t i = 0; i < bits.size(); ++i) {
+        if (bits[i] == none || bits[i] == constantNet)
+            continue;
+        Module::Net& known = module().nets[bits[i]];
+        writeBitName(scratch_, modules_.names[net.name], numbering, i);
+        if (known.name == noName || isBetterName(scratch_, modules_.names[known.name]))
+            known.name = modules_.names.add(scratch_);
+    }
+    return true;
+}
+
+Problem JsonModules::startCell(Name name) {
+    pins_.clear();
+    directionByPin_.clear();
+    directions_.clear();
+    firstConnection_ = module().connections.size();
+    return cells_.add(name, 0) ? Problem{} : isThereTwice;
+}
+
+Problem JsonModules::addConnection(Name pin, const std::vector<std::uint32_t>& bits) {
+    if (!pins_.add(pin, 0))
+        return isThereTwice;
+    module().connections.push_back({pin, Direction::unknown, module().addBits(bits)});
+    return {};
+}
+
+Problem JsonModules::addDirection(Name pin, Direction direction) {
+    if (!directionByPin_.add(pin, static_cast<std::uint32_t>(directions_.size())))
+        return isThereTwice;
+    directions_.push_back({pin, direction});
+    return {};
+}
+
+// Pins with a direction and without a connection are pins too.
+void JsonModules::finishCell(const Item& cell) {
+    std::vector<Module::Connection>& connections = module().connections;
+    for (const PinDirection& known : directions_)
+        if (pins_.find(known.pin) == none)
+            connections.push_back({known.pin, known.direction, {}});
+    for (std::size_t i = firstConnection_; i < connections.size(); ++i)
+        if (const std::uint32_t at = directionByPin_.find(connections[i].name); at != none)
+            connections[i].direction = directions_[at].direction;
+    module().cells.push_back({cell.name, cell.type, static_cast<std::uint32_t>(firstConnection_),
+                              static_cast<std::uint32_t>(connections.size() - firstConnection_),
+                              cell.place.line, cell.place.column});
+}
+
+} // namespace Readers

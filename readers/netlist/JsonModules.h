@@ -1,0 +1,65 @@
+// The modules of a JSON netlist, of the parts in which they come.
+//
+// The order of a cell's parts does not matter, nor does that of a module's.
+#pragma once
+
+#include "Modules.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace Readers {
+
+class JsonModules {
+public:
+    explicit JsonModules(Modules& modules) : modules_(modules) {}
+
+    // A port, a net or a cell, with what is known of it.
+    struct Item {
+        Name name = noName;
+        Name type = noName;                         // of a cell
+        Direction direction = Direction::unknown;   // of a port
+        bool hasBits = false;
+        bool upto = false;                          // the most significant bit has the lowest number
+        std::int64_t offset = 0;                    // the lowest number
+        Place place = {};
+    };
+    // What is wrong with a part; empty where nothing is.
+    using Problem = std::string_view;
+
+    Problem startModule(const std::string& name);
+    void finishModule();
+    Problem addPort(const Item& port, const std::vector<std::uint32_t>& bits);
+    Problem addNet(const Item& net, const std::vector<std::uint32_t>& bits);
+    Problem startCell(Name name);
+    void finishCell(const Item& cell);
+    // Of the cell at hand.
+    Problem addConnection(Name pin, const std::vector<std::uint32_t>& bits);
+    Problem addDirection(Name pin, Direction direction);
+
+    Module& module() { return modules_.all.back(); }
+    std::string_view text(Name name) const { return modules_.names[name]; }
+    Name name(std::string_view text) { return modules_.names.add(text); }
+    // The module's net that has the number in the file.
+    std::uint32_t netOf(std::uint64_t number);
+
+private:
+    struct PinDirection {
+        Name pin;
+        Direction direction;
+    };
+
+    Modules& modules_;
+    NameTable known_, cells_, ports_, pins_;
+    std::unordered_map<std::uint64_t, std::uint32_t> netByNumber_;
+    std::vector<std::uint64_t> numbers_; // of the module's nets
+    std::vector<PinDirection> directions_; // of the cell's pins
+    NameTable directionByPin_;
+    std::size_t firstConnection_ = 0; // of the cell
+    std::string scratch_;
+};
+
+} // namespace Readers

@@ -1,0 +1,78 @@
+// The characters of a JSON text for its parser, and where in the text the parser is.
+//
+// Parsers of events do not tell where a token begins. It begins behind the end of the token before, which is marked,
+// and behind the white space and the separators that follow it. Lines are counted when a place is asked for, and when a
+// block goes.
+#pragma once
+
+#include "../Diagnostics.h"
+#include "Input.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <optional>
+#include <vector>
+
+namespace Readers {
+
+class JsonText {
+public:
+    explicit JsonText(Input& input) : input_(input), block_(blockSize) {}
+    JsonText(const JsonText&) = delete;
+    JsonText& operator=(const JsonText&) = delete;
+
+    class Iterator {
+    public:
+        using iterator_category = std::input_iterator_tag;
+        using value_type = char;
+        using difference_type = std::ptrdiff_t;
+        using pointer = const char*;
+        using reference = const char&;
+
+        Iterator() = default;
+        explicit Iterator(JsonText& text) : text_(&text) {}
+        reference operator*() const { return *text_->next_; }
+        Iterator& operator++() {
+            ++text_->next_;
+            return *this;
+        }
+        // For comparison with the end only.
+        friend bool operator!=(const Iterator& a, const Iterator&) { return a.text_->more(); }
+        friend bool operator==(const Iterator& a, const Iterator&) { return !a.text_->more(); }
+
+    private:
+        JsonText* text_ = nullptr;
+    };
+    Iterator begin() { return Iterator(*this); }
+    static Iterator end() { return {}; }
+
+    // The parser is behind a token.
+    void mark() {
+        mark_ = next_;
+        begin_.reset();
+    }
+    // Where the token at hand begins, the one behind the mark. At the end of the text, where that is.
+    Place tokenPlace();
+
+private:
+    static constexpr std::size_t blockSize = std::size_t{1} << 16;
+
+    bool more() { return next_ != end_ || refill(); }
+    bool refill();
+    void findBegin();
+    Place placeOf(const char* at);
+
+    Input& input_;
+    std::vector<char> block_;
+    const char* next_ = block_.data();
+    const char* end_ = next_;
+    const char* mark_ = next_;
+    const char* counted_ = next_; // lines are counted up to here
+    const char* lineBegin_ = next_;
+    std::size_t columnsBefore_ = 0; // of the line, in the blocks before
+    unsigned line_ = 1;
+    std::optional<Place> begin_; // of the token at hand, once it is known
+};
+
+} // namespace Readers

@@ -1,0 +1,296 @@
+// create_clock, create_generated_clock, set_clock_groups, derive_pll_clocks.
+//
+// A clock keeps its index for good. Without -add a new clock takes its targets away from those that were there; one that
+// has none left is removed, and with it what named it. A clock of the same name is redefined in place, and what named it
+// stays.
+#include "Objects.h"
+#include "Session.h"
+
+#include <algorithm>
+
+namespace Readers::Sdc {
+
+namespace {
+
+constexpr int comparedScale = 9; // times are compared in 10^-9 ns
+
+std::optional<std::int64_t> comparable(const Decimal& time) { return time.scaled(comparedScale); }
+
+std::vector<Decimal> decimals(const Session& session, const Arguments& arguments, std::string_view option,
+                              std::size_t count, std::string_view what) {
+    std::vector<Decimal> values;
+    Tcl_Obj* const list = arguments.find(option);
+    for (Tcl_Obj* const element : elementsOf(list)) {
+        const std::optional<Decimal> value = toDecimal(element);
+        if (!value)
+            arguments.failValue(option, what, list);
+        values.push_back(session.time(*value));
+    }
+    if (values.size() != count)
+        arguments.failValue(option, what, list);
+    return values;
+}
+
+// --- Replacing ------------------------------------------------------------------------------------------------------
+
+bool dropFrom(std::optional<Points>& points, const Object& clock) {
+    return points && std::erase(points->objects, clock) != 0 && points->objects.empty();
+}
+
+// Takes the clock out of everything that names it, and tells how many commands that ended.
+std::size_t forget(Session& session, std::uint32_t index) {
+    Constraints& result = session.result;
+    const Object clock{ObjectKind::clock, index};
+    std::size_t count = session.portDelays.forgetClock(index);
+    count += std::erase_if(result.exceptions, [&clock](Exception& exception) {
+        const bool from = dropFrom(exception.from, clock), to = dropFrom(exception.to, clock);
+        return from || to;
+    });
+    count += std::erase_if(result.pairUncertainties,
+                           [index](const ClockPairUncertainty& pair) { return pair.from == index || pair.to == index; });
+    count += std::erase_if(result.clockGroups, [index](ClockGroups& groups) {
+        const std::size_t before = groups.groups.size();
+        for (std::vector<std::uint32_t>& group : groups.groups)
+            std::erase(group, index);
+        std::erase_if(groups.groups, [](const auto& group) { return group.empty(); });
+        // A single group that was left over would stand against all other clocks.
+        return groups.groups.empty() || (before > 1 && groups.groups.size() == 1);
+    });
+    for (Clock& other : result.clocks)
+        if (other.generated && other.generated->master == index)
+            other.generated->master.reset();
+    return count;
+}
+
+void remove(Session& session, std::uint32_t index, const std::string& by) {
+    Clock& clock = session.result.clocks[index];
+    clock.removed = true;
+    session.finder.forgetClock(clock.name);
+    const std::size_t lost = forget(session, index);
+    std::string text = "the clock '" + by + "' replaces '" + clock.name + "'";
+    if (lost != 0)
+        text += ", and what named it is dropped (" + std::to_string(lost) + (lost == 1 ? " entry)" : " entries)");
+    if (lost != 0)
+        session.warning(text);
+    else
+        session.note(text);
+}
+
+void takeTargets(Session& session, const Clock& clock) {
+    for (std::uint32_t index = 0; index < session.result.clocks.size(); ++index) {
+        Clock& other = session.result.clocks[index];
+        if (other.removed || other.name == clock.name || other.targets.empty())
+            continue;
+        std::erase_if(other.targets,
+                      [&clock](std::uint32_t pin) { return std::ranges::find(clock.targets, pin) != clock.targets.end(); });
+        if (other.targets.empty())
+            remove(session, index, clock.name);
+    }
+}
+
+void define(Session& session, Clock clock, bool add) {
+    if (!add)
+        takeTargets(session, clock);
+    const std::uint32_t known = session.finder.clock(clock.name);
+    if (known == none) {
+        session.finder.nameClock(clock.name, static_cast<std::uint32_t>(session.result.clocks.size()));
+        session.result.clocks.push_back(std::move(clock));
+        session.sourceLatency.emplace_back();
+        session.networkLatency.emplace_back();
+        return;
+    }
+    Clock& old = session.result.clocks[known];
+    clock.propagated = old.propagated;
+    clock.sourceLatency = old.sourceLatency;
+    clock.networkLatency = old.networkLatency;
+    clock.uncertainty = old.uncertainty;
+    old = std::move(clock);
+}
+
+// The clock's name and targets, which both kinds of clock have.
+Clock named(Session& session, const Arguments& arguments) {
+    Clock clock;
+    clock.origin = session.tcl.origin();
+    if (Tcl_Obj* const targets = arguments.argument(0))
+        clock.targets = session.sources(arguments, "", targets);
+    clock.name = arguments.text("-name");
+    if (arguments.has("-name") && clock.name.empty())
+        arguments.failValue("-name", "a name", arguments.find("-name"));
+    if (clock.name.empty() && !clock.targets.empty())
+        clock.name = session.design.pinName(clock.targets.front());
+    return clock;
+}
+
+// --- create_clock ---------------------------------------------------------------------------------------------------
+
+void readWaveform(const Session& session, const Arguments& arguments, Clock& clock) {
+    if (!arguments.has("-waveform")) {
+        clock.fall = {clock.period.mantissa * 5, clock.period.exponent - 1};
+        if (clock.period.mantissa % 2 == 0)
+            clock.fall = {clock.period.mantissa / 2, clock.period.exponent};
+        return;
+    }
+    constexpr std::string_view what = "two increasing times within one period";
+    const std::vector<Decimal> edges = decimals(session, arguments, "-waveform", 2, what);
+    const auto rise = comparable(edges[0]), fall = comparable(edges[1]), period = comparable(clock.period);
+    if (!rise || !fall || !period || *rise < 0 || *fall <= *rise || *fall - *rise >= *period)
+        arguments.failValue("-waveform", what, arguments.find("-waveform"));
+    clock.rise = edges[0];
+    clock.fall = edges[1];
+}
+
+void createClock(Session& session, Words words) {
+    static const Syntax syntax{{{"-period", Takes::time},
+                                {"-name", Takes::name},
+                                {"-waveform", Takes::list},
+                                {"-add"},
+                                {"-comment", Takes::name}},
+                               {Takes::objects},
+                               1};
+    const Arguments arguments(syntax, words);
+    arguments.needsOne({"-period"});
+    const Decimal period = session.time(*arguments.decimal("-period"));
+    if (period.isZero() || period.isNegative())
+        arguments.failValue("-period", "a time above 0", arguments.find("-period"));
+    if (arguments.argument(0) == nullptr)
+        arguments.needsOne({"-name", "targets"});
+    Clock clock = named(session, arguments);
+    clock.period = period;
+    readWaveform(session, arguments, clock);
+    define(session, std::move(clock), arguments.has("-add"));
+}
+
+// --- create_generated_clock -----------------------------------------------------------------------------------------
+
+std::vector<int> readEdges(const Arguments& arguments) {
+    constexpr std::string_view what = "three increasing edge numbers";
+    Tcl_Obj* const list = arguments.find("-edges");
+    std::vector<int> edges;
+    for (Tcl_Obj* const element : elementsOf(list)) {
+        const std::optional<int> edge = toInteger(element);
+        if (!edge || *edge < 1 || (!edges.empty() && *edge <= edges.back()))
+            arguments.failValue("-edges", what, list);
+        edges.push_back(*edge);
+    }
+    if (edges.size() != 3)
+        arguments.failValue("-edges", what, list);
+    return edges;
+}
+
+int readFactor(const Arguments& arguments, std::string_view option) {
+    const int factor = *arguments.integer(option);
+    if (factor < 1)
+        arguments.failValue(option, "a whole number above 0", arguments.find(option));
+    return factor;
+}
+
+void readShape(const Session& session, const Arguments& arguments, GeneratedClock& generated) {
+    using Kind = GeneratedClock::Kind;
+    arguments.atMostOne({"-divide_by", "-multiply_by", "-edges", "-combinational"});
+    if (arguments.has("-divide_by"))
+        generated.factor = readFactor(arguments, "-divide_by");
+    if (arguments.has("-multiply_by")) {
+        generated.kind = Kind::multiply;
+        generated.factor = readFactor(arguments, "-multiply_by");
+    }
+    if (arguments.has("-edges")) {
+        generated.kind = Kind::edges;
+        generated.edges = readEdges(arguments);
+    }
+    if (arguments.has("-edge_shift")) {
+        if (generated.kind != Kind::edges)
+            arguments.fail("-edge_shift goes with -edges only");
+        generated.edgeShifts = decimals(session, arguments, "-edge_shift", 3, "three times");
+    }
+    generated.dutyCycle = arguments.decimal("-duty_cycle");
+    if (generated.dutyCycle && (!isLess(Decimal::of(0), *generated.dutyCycle) ||
+                                !isLess(*generated.dutyCycle, Decimal::of(100))))
+        arguments.failValue("-duty_cycle", "a percentage between 0 and 100", arguments.find("-duty_cycle"));
+    if (generated.dutyCycle && generated.kind == Kind::edges)
+        arguments.fail("-duty_cycle does not go with -edges");
+    generated.invert = arguments.has("-invert");
+    generated.offset = session.time(arguments.decimal("-offset").value_or(Decimal()));
+    generated.phase = arguments.decimal("-phase").value_or(Decimal());
+}
+
+void createGeneratedClock(Session& session, Words words) {
+    static const Syntax syntax{{{"-source", Takes::objects},
+                                {"-name", Takes::name},
+                                {"-master_clock", Takes::objects},
+                                {"-divide_by", Takes::integer},
+                                {"-multiply_by", Takes::integer},
+                                {"-edges", Takes::list},
+                                {"-edge_shift", Takes::list},
+                                {"-combinational"},
+                                {"-duty_cycle", Takes::number},
+                                {"-invert"},
+                                {"-phase", Takes::number},
+                                {"-offset", Takes::time},
+                                {"-add"},
+                                {"-comment", Takes::name}},
+                               {Takes::objects}};
+    const Arguments arguments(syntax, words);
+    arguments.needsOne({"-source"});
+    GeneratedClock generated;
+    readShape(session, arguments, generated);
+    const std::vector<std::uint32_t> source = session.sources(arguments, "-source", arguments.find("-source"));
+    if (source.size() > 1)
+        arguments.fail("-source: expected one port or pin, found " + std::to_string(source.size()));
+    generated.source = source.front();
+    if (arguments.has("-master_clock"))
+        generated.master = session.one(arguments, "-master_clock", {ObjectKind::clock}).index;
+    Clock clock = named(session, arguments);
+    clock.generated = std::move(generated);
+    define(session, std::move(clock), arguments.has("-add"));
+}
+
+// --- Groups and PLLs ------------------------------------------------------------------------------------------------
+
+void setClockGroups(Session& session, Words words) {
+    static const Syntax syntax{{{"-asynchronous"},
+                                {"-logically_exclusive"},
+                                {"-physically_exclusive"},
+                                {"-exclusive"},
+                                {"-name", Takes::name},
+                                {"-group", Takes::objects, true},
+                                {"-comment", Takes::name}},
+                               {}};
+    const Arguments arguments(syntax, words);
+    arguments.needsOne({"-asynchronous", "-logically_exclusive", "-physically_exclusive", "-exclusive"});
+    arguments.needsOne({"-group"});
+    ClockGroups groups;
+    groups.name = arguments.text("-name");
+    groups.origin = session.tcl.origin();
+    std::size_t given = 0;
+    for (const Arguments::Given& option : arguments.given()) {
+        if (option.option != "-group")
+            continue;
+        ++given;
+        std::vector<std::uint32_t> group;
+        for (const Object& object : session.resolve(arguments, "-group", option.value, {ObjectKind::clock}))
+            group.push_back(object.index);
+        if (!group.empty())
+            groups.groups.push_back(std::move(group));
+    }
+    // What is left over of several groups must not stand against all other clocks.
+    if (groups.groups.empty() || (given > 1 && groups.groups.size() == 1))
+        throw NoObjects{"set_clock_groups: -group: too few clocks"};
+    session.result.clockGroups.push_back(std::move(groups));
+}
+
+void derivePllClocks(Session& session, Words words) {
+    static const Syntax syntax{{{"-create_base_clocks"}, {"-use_net_name"}}, {}};
+    const Arguments arguments(syntax, words);
+    session.result.pllClocks.push_back(session.tcl.origin());
+}
+
+} // namespace
+
+void addClockCommands(Session& session) {
+    session.add("create_clock", createClock);
+    session.add("create_generated_clock", createGeneratedClock);
+    session.add("set_clock_groups", setClockGroups);
+    session.add("derive_pll_clocks", derivePllClocks);
+}
+
+} // namespace Readers::Sdc

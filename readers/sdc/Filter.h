@@ -1,0 +1,43 @@
+// Attributes of objects, and the expressions of -filter over them:
+//   direction == input && (full_name =~ u1/* || !is_clock)
+// == and != compare text, =~ and !~ match a pattern; an attribute alone asks whether it is true.
+#pragma once
+
+#include "Constraints.h"
+#include "Finder.h"
+#include "Glob.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Readers::Sdc {
+
+// The attribute's value; nothing where objects of the kind have no such attribute. Truth is "true" and "false".
+std::optional<std::string> attribute(const Design& design, const std::vector<Clock>& clocks, const Object& object,
+                                     std::string_view name);
+
+class Filter {
+public:
+    // Throws CommandError for an expression that cannot be read.
+    explicit Filter(std::string_view text);
+
+    bool accepts(const Design& design, const std::vector<Clock>& clocks, const Object& object) const;
+
+private:
+    enum class Operator : std::uint8_t { test, equal, unequal, match, noMatch, negate, both, either, open };
+    // In postfix order: a comparison, or what joins the results before it.
+    struct Step {
+        Operator action = Operator::test;
+        std::string name, value;
+        std::optional<Glob> pattern;
+    };
+
+    struct Parser;
+    bool compare(const Step& step, const std::optional<std::string>& value) const;
+
+    std::vector<Step> steps_;
+};
+
+} // namespace Readers::Sdc

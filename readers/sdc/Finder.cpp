@@ -1,0 +1,231 @@
+// Looking up objects: by hash for names, one pass over all names of the kind for patterns.
+#include "Finder.h"
+
+#include "Interpreter.h"
+#include "Objects.h"
+
+#include <algorithm>
+
+namespace Readers::Sdc {
+
+namespace {
+
+constexpr std::size_t npos = std::string_view::npos;
+
+std::string withoutEscapes(std::string_view text) {
+    std::string result;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        if (text[at] == '\\' && at + 1 < text.size())
+            ++at;
+        result += text[at];
+    }
+    return result;
+}
+
+} // namespace
+
+Finder::Finder(const Design& design, const std::vector<Clock>& clocks, Tcl_Interp* tcl)
+    : design_(design), clocks_(clocks), tcl_(tcl) {}
+
+std::uint32_t Finder::clock(std::string_view name) const {
+    const auto known = clockByName_.find(std::string(name));
+    return known == clockByName_.end() ? none : known->second;
+}
+
+std::string Finder::name(const Object& object) const {
+    switch (object.kind) {
+    case ObjectKind::cell:
+        return std::string(design_.cellName(object.index));
+    case ObjectKind::net:
+        return std::string(design_.netName(object.index));
+    case ObjectKind::clock:
+        return clocks_[object.index].name;
+    case ObjectKind::port:
+    case ObjectKind::pin:
+        break;
+    }
+    return design_.pinName(object.index);
+}
+
+bool Finder::exists(const Object& object) const {
+    switch (object.kind) {
+    case ObjectKind::cell:
+        return object.index < design_.cells.size();
+    case ObjectKind::net:
+        return object.index < design_.nets.size();
+    case ObjectKind::clock:
+        return object.index < clocks_.size() && !clocks_[object.index].removed;
+    case ObjectKind::port:
+    case ObjectKind::pin:
+        break;
+    }
+    if (object.index >= design_.pins.size())
+        return false;
+    // A pad's pin can be both.
+    return object.kind == ObjectKind::port ? design_.isPort(object.index) : !design_.isPortOfTop(object.index);
+}
+
+std::optional<Object> Finder::toKnown(Tcl_Obj* value) const {
+    const std::optional<Object> object = toObject(value);
+    if (!object)
+        return std::nullopt;
+    const bool replaced = object->kind == ObjectKind::clock && object->index < clocks_.size();
+    return replaced || exists(*object) ? object : std::nullopt;
+}
+
+// --- By name --------------------------------------------------------------------------------------------------------
+
+std::uint32_t Finder::exactPin(std::string_view name) const {
+    const std::size_t slash = name.rfind('/');
+    if (slash == npos)
+        return none;
+    const std::uint32_t cell = design_.findCell(name.substr(0, slash));
+    return cell == none ? none : design_.findPin(cell, name.substr(slash + 1));
+}
+
+bool Finder::findExactName(ObjectKind kind, const std::string& name, std::vector<Object>& found) const {
+    std::uint32_t index = none;
+    switch (kind) {
+    case ObjectKind::port:
+        index = design_.findPort(name);
+        break;
+    case ObjectKind::pin:
+        index = exactPin(name);
+        break;
+    case ObjectKind::cell:
+        index = design_.findCell(name);
+        break;
+    case ObjectKind::net:
+        index = design_.findNet(name);
+        break;
+    case ObjectKind::clock:
+        index = clock(name);
+        break;
+    }
+    if (index != none)
+        found.push_back({kind, index});
+    return index != none;
+}
+
+// Also with slashes where the design's divider is another one.
+bool Finder::findExact(ObjectKind kind, std::string_view pattern, std::vector<Object>& found) const {
+    std::string name = withoutEscapes(pattern);
+    if (findExactName(kind, name, found))
+        return true;
+    if (design_.divider == '/' || kind == ObjectKind::port || kind == ObjectKind::clock)
+        return false;
+    const std::size_t last = kind == ObjectKind::pin ? name.rfind('/') : npos;
+    const auto end = last == npos ? name.end() : name.begin() + static_cast<std::ptrdiff_t>(last);
+    std::replace(name.begin(), end, '/', design_.divider);
+    return findExactName(kind, name, found);
+}
+
+// --- By pattern -----------------------------------------------------------------------------------------------------
+
+void Finder::find(ObjectKind kind, std::string_view pattern, const FindOptions& options,
+                  std::vector<Object>& found) const {
+    if (options.regexp) {
+        const std::string whole = "^(?:" + std::string(pattern) + ")$";
+        Tcl_Obj* const text = Tcl_NewStringObj(whole.c_str(), -1);
+        Tcl_IncrRefCount(text);
+        const int flags = TCL_REG_ADVANCED | (options.ignoreCase ? TCL_REG_NOCASE : 0);
+        Tcl_RegExp const compiled = Tcl_GetRegExpFromObj(tcl_, text, flags);
+        if (compiled == nullptr) {
+            Tcl_DecrRefCount(text);
+            throw CommandError(std::string(Tcl_GetStringResult(tcl_)));
+        }
+        std::string name;
+        const Test test = [&](std::string_view candidate) {
+            name = candidate;
+            return Tcl_RegExpExec(tcl_, compiled, name.c_str(), name.c_str()) == 1;
+        };
+        findAll(kind, [&](std::string_view candidate) { return matches(test, candidate, options); }, found);
+        Tcl_DecrRefCount(text);
+        return;
+    }
+    if (!options.hierarchical && !options.ignoreCase && findExact(kind, pattern, found))
+        return;
+    const std::size_t slash = kind == ObjectKind::pin ? pattern.rfind('/') : npos;
+    const Glob glob(pattern, options.ignoreCase);
+    if (glob.isLiteral() && !options.hierarchical)
+        return;
+    if (slash != npos) {
+        const bool escaped = slash > 0 && pattern[slash - 1] == '\\';
+        findPins(Glob(pattern.substr(0, escaped ? slash - 1 : slash), options.ignoreCase),
+                 Glob(pattern.substr(slash + 1), options.ignoreCase), options, found);
+        return;
+    }
+    const Test test = [&glob](std::string_view name) { return glob.matches(name); };
+    findAll(kind, [&](std::string_view name) { return matches(test, name, options); }, found);
+}
+
+bool Finder::matches(const Test& test, std::string_view name, const FindOptions& options) const {
+    if (test(name))
+        return true;
+    if (!options.hierarchical)
+        return false;
+    for (std::size_t at = 0; at + 1 < name.size(); ++at)
+        if ((name[at] == '/' || name[at] == design_.divider) && test(name.substr(at + 1)))
+            return true;
+    return false;
+}
+
+void Finder::findPins(const Glob& cells, const Glob& pins, const FindOptions& options,
+                      std::vector<Object>& found) const {
+    const auto addPins = [&](std::uint32_t cell) {
+        for (const std::uint32_t pin : design_.pinsOfCell(cell))
+            if (pins.matches(design_.names[design_.pins[pin].name]))
+                found.push_back({ObjectKind::pin, pin});
+    };
+    std::vector<Object> exact;
+    if (cells.isLiteral() && !options.hierarchical) {
+        if (findExact(ObjectKind::cell, cells.literal(), exact))
+            addPins(exact.front().index);
+        return;
+    }
+    const Test test = [&cells](std::string_view name) { return cells.matches(name); };
+    for (std::uint32_t cell = 0; cell < design_.cells.size(); ++cell)
+        if (matches(test, design_.cellName(cell), options))
+            addPins(cell);
+}
+
+void Finder::findAll(ObjectKind kind, const Test& test, std::vector<Object>& found) const {
+    const auto scan = [&](std::size_t count, const auto& nameOf) {
+        for (std::uint32_t index = 0; index < count; ++index)
+            if (test(nameOf(index)))
+                found.push_back({kind, index});
+    };
+    switch (kind) {
+    case ObjectKind::port:
+        for (const std::uint32_t port : design_.ports())
+            if (test(design_.pinName(port)))
+                found.push_back({kind, port});
+        break;
+    case ObjectKind::pin: {
+        std::string name;
+        for (std::uint32_t pin = 0; pin < design_.pins.size(); ++pin) {
+            if (design_.isPortOfTop(pin))
+                continue;
+            name = design_.cellName(design_.pins[pin].cell);
+            name += '/';
+            name += design_.names[design_.pins[pin].name];
+            if (test(name))
+                found.push_back({kind, pin});
+        }
+        break;
+    }
+    case ObjectKind::cell:
+        scan(design_.cells.size(), [this](std::uint32_t cell) { return design_.cellName(cell); });
+        break;
+    case ObjectKind::net:
+        scan(design_.nets.size(), [this](std::uint32_t net) { return design_.netName(net); });
+        break;
+    case ObjectKind::clock:
+        for (std::uint32_t index = 0; index < clocks_.size(); ++index)
+            if (!clocks_[index].removed && test(clocks_[index].name))
+                found.push_back({kind, index});
+        break;
+    }
+}
+
+} // namespace Readers::Sdc

@@ -1,0 +1,63 @@
+// Finds objects by name or pattern.
+//
+// A pattern is first taken as a name, by hash; only where that finds nothing, and where it has wildcards, are all objects
+// of its kind compared. A pin's pattern is "instance/pin" with the last slash before the pin, and both sides match by
+// themselves; without a slash it is matched against the whole name.
+#pragma once
+
+#include "Constraints.h"
+#include "Glob.h"
+
+#include <tcl.h>
+
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace Readers::Sdc {
+
+struct FindOptions {
+    bool regexp = false;
+    bool ignoreCase = false;
+    bool hierarchical = false; // a name without its leading instances matches too
+};
+
+class Finder {
+public:
+    // The clocks may grow and change while the finder lives. The interpreter is for regular expressions.
+    Finder(const Design& design, const std::vector<Clock>& clocks, Tcl_Interp* tcl);
+
+    // Appends what matches. Throws CommandError for a bad regular expression.
+    void find(ObjectKind kind, std::string_view pattern, const FindOptions& options, std::vector<Object>& found) const;
+    // By name alone.
+    bool findExact(ObjectKind kind, std::string_view name, std::vector<Object>& found) const;
+
+    std::string name(const Object& object) const;
+    bool exists(const Object& object) const; // a clock that was replaced does not
+    // The object behind a handle; nothing for any other value, and for an index that never was.
+    std::optional<Object> toKnown(Tcl_Obj* value) const;
+
+    std::uint32_t clock(std::string_view name) const; // none where there is none
+    void nameClock(const std::string& name, std::uint32_t index) { clockByName_[name] = index; }
+    void forgetClock(const std::string& name) { clockByName_.erase(name); }
+
+private:
+    using Test = std::function<bool(std::string_view)>;
+
+    bool findExactName(ObjectKind kind, const std::string& name, std::vector<Object>& found) const;
+    std::uint32_t exactPin(std::string_view name) const;
+    void findPins(const Glob& cells, const Glob& pins, const FindOptions& options, std::vector<Object>& found) const;
+    void findAll(ObjectKind kind, const Test& test, std::vector<Object>& found) const;
+    bool matches(const Test& test, std::string_view name, const FindOptions& options) const;
+
+    const Design& design_;
+    const std::vector<Clock>& clocks_;
+    Tcl_Interp* tcl_;
+    std::unordered_map<std::string, std::uint32_t> clockByName_; // those that live
+};
+
+} // namespace Readers::Sdc

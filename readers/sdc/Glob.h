@@ -1,0 +1,49 @@
+// Name patterns: * for any characters (the hierarchy's divider too), ? for one, [a-z] and [!a-z] for one of a set, \x
+// for x itself.
+//
+// Brackets around a bus index ("[3]", "[*]", "[3:0]") are the name's own and never a set, so that a bus bit needs no
+// escapes. Matching is linear in the text for a pattern with one star, and never recursive.
+#pragma once
+
+#include <bitset>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Readers::Sdc {
+
+class Glob {
+public:
+    explicit Glob(std::string_view pattern, bool ignoreCase = false);
+
+    // Without any wildcard: matches literal() alone.
+    bool isLiteral() const { return literal_; }
+    // The pattern's text without its escapes.
+    const std::string& literal() const { return text_; }
+    bool matches(std::string_view text) const;
+
+private:
+    enum class Kind : std::uint8_t { character, any, star, set };
+    struct Element {
+        Kind kind = Kind::character;
+        unsigned char character = 0;
+        std::uint32_t set = 0; // into sets_
+    };
+    using Set = std::bitset<256>;
+
+    std::size_t readSet(std::string_view pattern, std::size_t at);
+    void addRange(Set& set, unsigned char first, unsigned char last) const;
+    void addCharacter(char c);
+    void add(Kind kind);
+    unsigned char folded(unsigned char c) const;
+    bool accepts(const Element& element, unsigned char c) const;
+
+    std::vector<Element> elements_;
+    std::vector<Set> sets_;
+    std::string text_;
+    bool ignoreCase_ = false;
+    bool literal_ = true;
+};
+
+} // namespace Readers::Sdc

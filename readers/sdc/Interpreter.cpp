@@ -1,0 +1,244 @@
+// Running constraint files: commands, nested files and limits. What a script may call is chosen in Sandbox.cpp, lines
+// are found in Lines.cpp.
+#include "Interpreter.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <mutex>
+
+namespace Readers::Sdc {
+
+namespace {
+
+constexpr int deepestBrackets = 5'000; // Tcl's own parser calls itself for each open bracket or brace
+constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+
+// The text with Unix line ends, and without a byte order mark.
+std::string cleaned(std::string text) {
+    if (text.starts_with(byteOrderMark))
+        text.erase(0, byteOrderMark.size());
+    std::size_t kept = 0;
+    for (std::size_t at = 0; at < text.size(); ++at)
+        if (text[at] != '\r' || at + 1 == text.size() || text[at + 1] != '\n')
+            text[kept++] = text[at];
+    text.resize(kept);
+    return text;
+}
+
+unsigned linesIn(std::string_view text) { return static_cast<unsigned>(std::ranges::count(text, '\n')); }
+
+// The line on which brackets or braces first stand too deep for Tcl's parser; 0 where they nowhere do.
+unsigned lineTooDeep(std::string_view text) {
+    int depth = 0;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        if (text[at] == '\\')
+            ++at;
+        else if (text[at] == '[' || text[at] == '{')
+            ++depth;
+        else if ((text[at] == ']' || text[at] == '}') && depth > 0)
+            --depth;
+        if (depth > deepestBrackets)
+            return 1 + linesIn(text.substr(0, at));
+    }
+    return 0;
+}
+
+// Throws where the path is not that of a file beside or below.
+void checkBelow(const std::filesystem::path& path) {
+    if (path.is_absolute())
+        throw CommandError("source: '" + path.string() + "': expected a path relative to this file");
+    for (const auto& part : path)
+        if (part == "..")
+            throw CommandError("source: '" + path.string() + "': only files beside or below this one can be read");
+}
+
+} // namespace
+
+Interpreter::Interpreter(std::vector<std::string>& files, const Limits& limits) : limits_(limits), files_(files) {
+    static std::once_flag once; // Tcl wants to know its encodings before the first interpreter
+    std::call_once(once, [] { Tcl_FindExecutable(nullptr); });
+    tcl_ = Tcl_CreateInterp();
+    Tcl_GetCommandInfo(tcl_, "::tcl::info::frame", &infoFrame_);
+    Tcl_GetCommandInfo(tcl_, "proc", &proc_);
+    confine();
+    define("source", [this](Words words) { source(words); });
+    define("proc", [this](Words words) { defineProcedure(words); });
+    define("unknown", [this](Words words) { unknown(words); });
+    Tcl_SetRecursionLimit(tcl_, limits.depth);
+}
+
+Interpreter::~Interpreter() { Tcl_DeleteInterp(tcl_); }
+
+void Interpreter::define(const std::string& name, Handler handler) {
+    commands_.push_back(std::make_unique<Command>(Command{this, std::move(handler)}));
+    Tcl_CreateObjCommand(tcl_, name.c_str(), &Interpreter::call, commands_.back().get(), nullptr);
+}
+
+void Interpreter::alias(const char* name, const char* known) {
+    Tcl_CmdInfo info{};
+    Tcl_GetCommandInfo(tcl_, known, &info);
+    Tcl_CreateObjCommand(tcl_, name, info.objProc, info.objClientData, nullptr);
+}
+
+// Nothing may be thrown through Tcl's frames: errors become Tcl's, anything else waits until Tcl is out of the way.
+int Interpreter::call(ClientData data, Tcl_Interp* tcl, int count, Tcl_Obj* const words[]) {
+    const Command& command = *static_cast<Command*>(data);
+    Interpreter& self = *command.interpreter;
+    try {
+        Tcl_ResetResult(tcl);
+        command.handler(Words(words, static_cast<std::size_t>(count)));
+        return TCL_OK;
+    } catch (const Raised&) {
+        return TCL_ERROR;
+    } catch (const CommandError& error) {
+        return self.fail(error.what(), self.place());
+    } catch (...) {
+        self.internal_ = std::current_exception();
+        return self.fail("internal error", self.place());
+    }
+}
+
+int Interpreter::fail(std::string_view text, const Place& place) {
+    Tcl_SetObjResult(tcl_, Tcl_NewStringObj(text.data(), static_cast<int>(text.size())));
+    Tcl_SetErrorCode(tcl_, "PLACE", place.file.c_str(), std::to_string(place.line).c_str(), nullptr);
+    return TCL_ERROR;
+}
+
+// --- Files ----------------------------------------------------------------------------------------------------------
+
+void Interpreter::run(Source& source) {
+    startLimits();
+    const int code = evaluate(source);
+    if (internal_)
+        std::rethrow_exception(internal_);
+    if (code == TCL_OK)
+        return;
+    const std::string text = Tcl_GetStringResult(tcl_);
+    throw BadInput(markedPlace().value_or(Place{source.path(), 0, 0}), text);
+}
+
+void Interpreter::startLimits() {
+    const auto micros = std::chrono::duration_cast<std::chrono::microseconds>(limits_.time).count();
+    constexpr long second = 1'000'000;
+    Tcl_Time end;
+    Tcl_GetTime(&end);
+    const long total = end.usec + static_cast<long>(micros);
+    end.sec += total / second;
+    end.usec = total % second;
+    Tcl_LimitSetTime(tcl_, &end);
+    Tcl_LimitTypeSet(tcl_, TCL_LIMIT_TIME);
+
+    Tcl_EvalEx(tcl_, "info cmdcount", -1, TCL_EVAL_GLOBAL);
+    int count = 0;
+    Tcl_GetIntFromObj(nullptr, Tcl_GetObjResult(tcl_), &count);
+    Tcl_LimitSetCommands(tcl_, count + limits_.commands);
+    Tcl_LimitTypeSet(tcl_, TCL_LIMIT_COMMANDS);
+}
+
+int Interpreter::evaluate(Source& source) {
+    const std::string text = cleaned(source.readAll());
+    auto known = std::ranges::find(files_, source.path());
+    if (known == files_.end())
+        known = files_.insert(files_.end(), source.path());
+    File file;
+    file.index = static_cast<std::uint32_t>(known - files_.begin());
+    file.frames = stack_.empty() ? 0 : frameCount(); // Tcl can not be asked where it runs nothing
+    if (const unsigned line = lineTooDeep(text); line != 0)
+        return fail("brackets or braces stand in one another too deep", {source.path(), line, 0});
+
+    stack_.push_back(file);
+    const int code = evaluateText(text);
+    if (code != TCL_OK)
+        markError();
+    stack_.pop_back();
+    return code;
+}
+
+// Command by command, so that each one's line is known.
+int Interpreter::evaluateText(const std::string& text) {
+    const std::size_t depth = stack_.size() - 1;
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    const char* counted = at; // up to here lines are counted
+    unsigned line = 1;
+    while (at < end) {
+        Tcl_Parse parse;
+        const int parsed = Tcl_ParseCommand(tcl_, at, static_cast<int>(end - at), 0, &parse);
+        const char* const start = parse.commandStart != nullptr ? parse.commandStart : at;
+        line += linesIn({counted, start});
+        counted = start;
+        const std::string_view command(start, parsed == TCL_OK ? start + parse.commandSize : end);
+        at = command.data() + command.size();
+        stack_[depth].line = line;
+        stack_[depth].command = command;
+        if (parsed != TCL_OK)
+            return fail(Tcl_GetStringResult(tcl_), {files_[stack_[depth].index], line, 0});
+        const bool empty = parse.numWords == 0;
+        Tcl_FreeParse(&parse);
+        if (empty)
+            continue;
+        const int code = Tcl_EvalEx(tcl_, command.data(), static_cast<int>(command.size()), TCL_EVAL_GLOBAL);
+        if (internal_ || code == TCL_ERROR)
+            return TCL_ERROR;
+        if (code == TCL_RETURN)
+            return TCL_OK;
+        if (code != TCL_OK)
+            return fail("'break' and 'continue' work inside of a loop only",
+                        {files_[stack_[depth].index], line, 0});
+    }
+    return TCL_OK;
+}
+
+void Interpreter::source(Words words) {
+    std::size_t at = 1;
+    while (at < words.size() && Tcl_GetString(words[at])[0] == '-')
+        if (const std::string_view option = Tcl_GetString(words[at++]); option != "-echo" && option != "-verbose")
+            throw CommandError("source: unknown option '" + std::string(option) + "'");
+    if (at + 1 != words.size())
+        throw CommandError("source: expected one file");
+
+    const std::filesystem::path path = Tcl_GetString(words[at]);
+    checkBelow(path);
+    const std::filesystem::path from = files_[stack_.back().index];
+    const std::string whole = (from.parent_path() / path).lexically_normal().string();
+    for (const File& open : stack_)
+        if (std::filesystem::path(files_[open.index]).lexically_normal() == whole)
+            throw CommandError("source: '" + path.string() + "' is being read already");
+    try {
+        Source nested(whole);
+        if (evaluate(nested) != TCL_OK)
+            throw Raised{};
+    } catch (const BadInput& error) {
+        throw CommandError("source: '" + path.string() + "': " + error.diagnostic().text);
+    }
+}
+
+// --- Commands of the interpreter itself -----------------------------------------------------------------------------
+
+// Tcl's own, and where the body stands.
+void Interpreter::defineProcedure(Words words) {
+    if (proc_.objProc(proc_.objClientData, tcl_, static_cast<int>(words.size()), words.data()) != TCL_OK)
+        throw Raised{};
+    Procedure procedure{origin(), Tcl_GetString(words[3])};
+    const std::string command = frame(frameCount()).command;
+    Tcl_Parse parse;
+    if (Tcl_ParseCommand(nullptr, command.data(), static_cast<int>(command.size()), 0, &parse) == TCL_OK) {
+        const Tcl_Token* word = parse.tokenPtr;
+        for (int i = 0; i + 1 < parse.numWords; ++i)
+            word += word->numComponents + 1;
+        procedure.body.line += linesIn({parse.commandStart, word->start});
+        Tcl_FreeParse(&parse);
+    }
+    std::string name = Tcl_GetString(words[1]);
+    procedures_[name.starts_with("::") ? name : "::" + name] = std::move(procedure);
+}
+
+void Interpreter::unknown(Words words) {
+    const std::string name = words.size() > 1 ? Tcl_GetString(words[1]) : "";
+    if (!name.empty() && name.find_first_not_of("0123456789*?:") == std::string::npos)
+        throw CommandError("unknown command '" + name + "': brackets call a command; a name with brackets stands in braces, {name[" +
+                           name + "]}");
+    throw CommandError("unknown command '" + name + "'");
+}
+
+} // namespace Readers::Sdc

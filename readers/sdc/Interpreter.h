@@ -1,0 +1,116 @@
+// The Tcl interpreter behind constraint files: the language, and none of the machine.
+//
+// A file can use variables, loops, procedures and expressions, and source files beside or below it. It can not run
+// programs, nor open files or sockets, nor change the interpreter: such commands are refused by name. Time, commands
+// and depth are limited. Every error, and every command that asks, has the file and the line of the innermost command
+// that is known: files are evaluated command by command, and inside of bodies Tcl's own frames tell the line.
+#pragma once
+
+#include "../Diagnostics.h"
+#include "../Source.h"
+#include "Constraints.h"
+#include "Limits.h"
+
+#include <tcl.h>
+
+#include <exception>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace Readers::Sdc {
+
+// A command's words; the first one is its name.
+using Words = std::span<Tcl_Obj* const>;
+
+// What a command throws that cannot be carried out; the text begins with the command's name.
+class CommandError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+class Interpreter {
+public:
+    using Handler = std::function<void(Words)>;
+
+    // New files are added to `files`.
+    Interpreter(std::vector<std::string>& files, const Limits& limits);
+    ~Interpreter();
+    Interpreter(const Interpreter&) = delete;
+    Interpreter& operator=(const Interpreter&) = delete;
+
+    void define(const std::string& name, Handler handler);
+    // A second name for a command that is there.
+    void alias(const char* name, const char* known);
+
+    // Evaluates the file. Throws BadInput with the place of the first error.
+    void run(Source& source);
+
+    // Where the command stands that is being carried out.
+    Origin origin();
+    Place place() { return place(origin()); }
+
+    void setResult(Tcl_Obj* value) { Tcl_SetObjResult(tcl_, value); }
+    Tcl_Interp* raw() { return tcl_; }
+
+private:
+    struct Command {
+        Interpreter* interpreter = nullptr;
+        Handler handler;
+    };
+    // A file that is being evaluated.
+    struct File {
+        std::uint32_t index = 0;
+        int frames = 0;            // Tcl's count of frames outside of it
+        unsigned line = 1;         // of the top-level command that is being evaluated
+        std::string_view command;  // its text
+    };
+    struct Procedure {
+        Origin body;
+        std::string text;
+    };
+    struct Frame {
+        unsigned line = 0;
+        std::string procedure, command;
+    };
+    // The command whose error is already in the interpreter's result.
+    struct Raised {};
+
+    static int call(ClientData data, Tcl_Interp* tcl, int count, Tcl_Obj* const words[]);
+    int fail(std::string_view text, const Place& place);
+
+    void confine();
+    void source(Words words);
+    void defineProcedure(Words words);
+    void unknown(Words words);
+
+    int evaluate(Source& source);
+    int evaluateText(const std::string& text);
+    std::string limitText() const;
+    void startLimits();
+    Place place(const Origin& origin) const { return {files_[origin.file], origin.line, 0}; }
+
+    int frameCount();
+    Frame frame(int level);
+    Tcl_Obj* askFrame(Tcl_Obj* level);
+    void markError();
+    Origin errorOrigin();
+    std::optional<Place> markedPlace();
+
+    Limits limits_;
+    std::vector<std::string>& files_;
+    Tcl_Interp* tcl_ = nullptr;
+    Tcl_CmdInfo infoFrame_{}, proc_{};
+    std::vector<std::unique_ptr<Command>> commands_;
+    std::vector<File> stack_;
+    std::unordered_map<std::string, Procedure> procedures_; // by full name
+    std::exception_ptr internal_; // thrown by a command, on its way past Tcl
+};
+
+} // namespace Readers::Sdc

@@ -1,0 +1,184 @@
+// set_clock_latency, set_propagated_clock, set_clock_uncertainty.
+#include "Session.h"
+
+#include <algorithm>
+
+namespace Readers::Sdc {
+
+namespace {
+
+constexpr Kinds clockOrSource = {ObjectKind::clock, ObjectKind::port, ObjectKind::pin};
+
+// The clocks that the value names: by themselves, or by a port or pin that they are defined on.
+std::vector<std::uint32_t> clocksOf(Session& session, const Arguments& arguments, Tcl_Obj* value) {
+    std::vector<std::uint32_t> clocks;
+    for (const Object& object : session.objects(arguments, "", value, clockOrSource)) {
+        if (object.kind == ObjectKind::clock) {
+            clocks.push_back(object.index);
+            continue;
+        }
+        const std::size_t before = clocks.size();
+        for (std::uint32_t index = 0; index < session.result.clocks.size(); ++index) {
+            const Clock& clock = session.result.clocks[index];
+            if (!clock.removed && std::ranges::find(clock.targets, object.index) != clock.targets.end())
+                clocks.push_back(index);
+        }
+        if (clocks.size() == before)
+            session.unmatched(arguments.command() + ": no clock is defined on '" + session.finder.name(object) + "'");
+    }
+    if (clocks.empty())
+        throw NoObjects{arguments.command() + ": no objects"};
+    return clocks;
+}
+
+void put(EdgeLatency& latency, const Arguments& arguments, const Decimal& value) {
+    if (!arguments.has("-fall") || arguments.has("-rise"))
+        latency.rise = value;
+    if (!arguments.has("-rise") || arguments.has("-fall"))
+        latency.fall = value;
+}
+
+std::optional<Decimal> worse(const EdgeLatency& latency, bool largest) {
+    if (!latency.rise || !latency.fall)
+        return latency.rise ? latency.rise : latency.fall;
+    return isLess(*latency.rise, *latency.fall) == largest ? latency.fall : latency.rise;
+}
+
+// The values of a clock's rising and falling edge may be given apart: the later one is late, the earlier one early.
+EarlyLate bounds(const ClockLatency& latency) { return {worse(latency.early, false), worse(latency.late, true)}; }
+
+void setClockLatency(Session& session, Words words) {
+    static const Syntax syntax{
+        {{"-source"}, {"-early"}, {"-late"}, {"-min"}, {"-max"}, {"-rise"}, {"-fall"}},
+        {Takes::time, Takes::objects}};
+    const Arguments arguments(syntax, words);
+    const bool source = arguments.has("-source");
+    const Decimal value = session.time(arguments.decimalArgument(0));
+    bool early = arguments.has("-early"), late = arguments.has("-late");
+    if (!early && !late) {
+        early = arguments.has("-min");
+        late = arguments.has("-max");
+    }
+    if (!early && !late)
+        early = late = true;
+    for (const std::uint32_t index : clocksOf(session, arguments, arguments.argument(1))) {
+        ClockLatency& latency = (source ? session.sourceLatency : session.networkLatency)[index];
+        if (early)
+            put(latency.early, arguments, value);
+        if (late)
+            put(latency.late, arguments, value);
+        Clock& clock = session.result.clocks[index];
+        (source ? clock.sourceLatency : clock.networkLatency) = bounds(latency);
+        if (!source)
+            clock.propagated = false;
+    }
+}
+
+void setPropagatedClock(Session& session, Words words) {
+    static const Syntax syntax{{}, {Takes::objects}};
+    const Arguments arguments(syntax, words);
+    for (const std::uint32_t index : clocksOf(session, arguments, arguments.argument(0))) {
+        session.networkLatency[index] = {};
+        session.result.clocks[index].networkLatency = {};
+        session.result.clocks[index].propagated = true;
+    }
+}
+
+// --- Uncertainty ----------------------------------------------------------------------------------------------------
+
+void put(SetupHold& place, const Arguments& arguments, const Decimal& value) {
+    if (!arguments.has("-hold") || arguments.has("-setup"))
+        place.setup = value;
+    if (!arguments.has("-setup") || arguments.has("-hold"))
+        place.hold = value;
+}
+
+void putOnPin(Session& session, const Arguments& arguments, std::uint32_t pin, const Decimal& value) {
+    std::vector<PinUncertainty>& all = session.result.pinUncertainties;
+    auto known = std::ranges::find(all, pin, &PinUncertainty::pin);
+    if (known == all.end())
+        known = all.insert(all.end(), {pin, {}, {}});
+    put(known->value, arguments, value);
+    known->origin = session.tcl.origin();
+}
+
+void putOnObject(Session& session, const Arguments& arguments, const Object& object, const Decimal& value) {
+    if (object.kind == ObjectKind::clock) {
+        put(session.result.clocks[object.index].uncertainty, arguments, value);
+    } else if (object.kind == ObjectKind::cell) {
+        for (const std::uint32_t pin : session.design.pinsOfCell(object.index))
+            if (session.design.isClockPin(pin))
+                putOnPin(session, arguments, pin, value);
+    } else {
+        putOnPin(session, arguments, object.index, value);
+    }
+}
+
+void putBetween(Session& session, const Arguments& arguments, std::uint32_t from, std::uint32_t to,
+                const Decimal& value) {
+    std::vector<ClockPairUncertainty>& all = session.result.pairUncertainties;
+    auto known = std::ranges::find_if(
+        all, [from, to](const ClockPairUncertainty& pair) { return pair.from == from && pair.to == to; });
+    if (known == all.end())
+        known = all.insert(all.end(), {from, to, {}, {}});
+    put(known->value, arguments, value);
+    known->origin = session.tcl.origin();
+}
+
+// The one of an option's three forms that is given: the option itself, or for one edge only; null for none.
+const Arguments::Given* givenForm(const Arguments& arguments, std::initializer_list<std::string_view> forms) {
+    for (const Arguments::Given& given : arguments.given())
+        if (std::ranges::find(forms, given.option) != forms.end())
+            return &given;
+    return nullptr;
+}
+
+void setClockUncertainty(Session& session, Words words) {
+    static const Syntax syntax{{{"-setup"},
+                                {"-hold"},
+                                {"-rise"},
+                                {"-fall"},
+                                {"-from", Takes::objects},
+                                {"-rise_from", Takes::objects},
+                                {"-fall_from", Takes::objects},
+                                {"-to", Takes::objects},
+                                {"-rise_to", Takes::objects},
+                                {"-fall_to", Takes::objects}},
+                               {Takes::number, Takes::objects},
+                               1};
+    const Arguments arguments(syntax, words);
+    arguments.atMostOne({"-from", "-rise_from", "-fall_from"});
+    arguments.atMostOne({"-to", "-rise_to", "-fall_to"});
+    const Decimal value = session.time(arguments.decimalArgument(0));
+    const Arguments::Given* const from = givenForm(arguments, {"-from", "-rise_from", "-fall_from"});
+    const Arguments::Given* const to = givenForm(arguments, {"-to", "-rise_to", "-fall_to"});
+    const bool pair = from != nullptr || to != nullptr;
+    if (pair && (from == nullptr || to == nullptr))
+        arguments.fail("-from and -to go together");
+    if (pair == (arguments.argument(1) != nullptr))
+        arguments.fail(pair ? "objects do not go with -from and -to" : "needs objects, or -from and -to");
+    const bool oneEdge = arguments.has("-rise") != arguments.has("-fall");
+    if (oneEdge || (pair && (from->option != "-from" || to->option != "-to")))
+        session.warning("set_clock_uncertainty: a clock's edges are not told apart: the value holds for both");
+    if (!pair) {
+        for (const Object& object : session.objects(arguments, "", arguments.argument(1),
+                                                    {ObjectKind::clock, ObjectKind::port, ObjectKind::pin,
+                                                     ObjectKind::cell}))
+            putOnObject(session, arguments, object, value);
+        return;
+    }
+    const std::vector<Object> starts = session.objects(arguments, from->option, from->value, {ObjectKind::clock});
+    for (const Object& end : session.objects(arguments, to->option, to->value, {ObjectKind::clock}))
+        for (const Object& start : starts)
+            putBetween(session, arguments, start.index, end.index, value);
+}
+
+} // namespace
+
+void addLatencyCommands(Session& session) {
+    session.add("set_clock_latency", setClockLatency);
+    session.add("set_propagated_clock", setPropagatedClock);
+    session.add("set_clock_uncertainty", setClockUncertainty);
+}
+
+} // namespace Readers::Sdc

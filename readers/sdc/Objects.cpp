@@ -1,0 +1,99 @@
+// The Tcl type of a handle, and lists of handles.
+#include "Objects.h"
+
+#include <array>
+#include <charconv>
+#include <cstring>
+#include <string>
+
+namespace Readers::Sdc {
+
+namespace {
+
+constexpr std::array<std::string_view, 5> kinds = {"port", "pin", "cell", "net", "clock"};
+
+std::uintptr_t packed(Object object) {
+    return (static_cast<std::uintptr_t>(object.index) << 3) | static_cast<std::uintptr_t>(object.kind);
+}
+
+Object unpacked(const Tcl_Obj* value) {
+    const auto bits = reinterpret_cast<std::uintptr_t>(value->internalRep.otherValuePtr);
+    return {static_cast<ObjectKind>(bits & 7), static_cast<std::uint32_t>(bits >> 3)};
+}
+
+void writeText(Tcl_Obj* value) {
+    const Object object = unpacked(value);
+    const std::string text = "@" + std::string(kindName(object.kind)) + ":" + std::to_string(object.index);
+    value->bytes = Tcl_Alloc(static_cast<unsigned>(text.size() + 1));
+    std::memcpy(value->bytes, text.c_str(), text.size() + 1);
+    value->length = static_cast<int>(text.size());
+}
+
+void copyHandle(Tcl_Obj* from, Tcl_Obj* to) {
+    to->internalRep = from->internalRep;
+    to->typePtr = from->typePtr;
+}
+
+const Tcl_ObjType handleType = {"sdc object", nullptr, copyHandle, writeText, nullptr};
+
+std::optional<Object> parseHandle(std::string_view text) {
+    const std::size_t colon = text.find(':');
+    if (!text.starts_with('@') || colon == std::string_view::npos)
+        return std::nullopt;
+    const std::string_view kind = text.substr(1, colon - 1), number = text.substr(colon + 1);
+    std::uint32_t index = 0;
+    const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), index);
+    if (error != std::errc() || end != number.data() + number.size())
+        return std::nullopt;
+    for (std::size_t i = 0; i < kinds.size(); ++i)
+        if (kinds[i] == kind)
+            return Object{static_cast<ObjectKind>(i), index};
+    return std::nullopt;
+}
+
+} // namespace
+
+std::string_view kindName(ObjectKind kind) { return kinds[static_cast<std::size_t>(kind)]; }
+
+Tcl_Obj* newHandle(Object object) {
+    Tcl_Obj* const value = Tcl_NewObj();
+    Tcl_InvalidateStringRep(value);
+    value->internalRep.otherValuePtr = reinterpret_cast<void*>(packed(object));
+    value->typePtr = &handleType;
+    return value;
+}
+
+Tcl_Obj* newCollection(const std::vector<Object>& objects) {
+    std::vector<Tcl_Obj*> handles;
+    handles.reserve(objects.size());
+    for (const Object& object : objects)
+        handles.push_back(newHandle(object));
+    return Tcl_NewListObj(static_cast<int>(handles.size()), handles.data());
+}
+
+std::optional<Object> toObject(Tcl_Obj* value) {
+    if (value->typePtr == &handleType)
+        return unpacked(value);
+    int length = 0;
+    const char* const text = Tcl_GetStringFromObj(value, &length);
+    return parseHandle({text, static_cast<std::size_t>(length)});
+}
+
+std::vector<Tcl_Obj*> elementsOf(Tcl_Obj* value) {
+    if (value->typePtr == &handleType)
+        return {value};
+    static const Tcl_ObjType* const listType = Tcl_GetObjType("list");
+    if (value->typePtr != listType) {
+        const std::string_view text = Tcl_GetString(value);
+        const bool word = text.find_first_of(" \t\n\r") == std::string_view::npos && !text.starts_with('{');
+        if (word && !text.empty())
+            return {value};
+    }
+    int count = 0;
+    Tcl_Obj** elements = nullptr;
+    if (Tcl_ListObjGetElements(nullptr, value, &count, &elements) != TCL_OK)
+        return {value};
+    return {elements, elements + count};
+}
+
+} // namespace Readers::Sdc

@@ -1,0 +1,215 @@
+// get_clocks, get_ports, get_pins, get_cells, get_nets, all_clocks, all_inputs, all_outputs, all_registers.
+#include "Filter.h"
+#include "Objects.h"
+#include "Session.h"
+
+#include <algorithm>
+#include <unordered_set>
+
+namespace Readers::Sdc {
+
+namespace {
+
+const Syntax& querySyntax() {
+    static const Syntax syntax{{{"-regexp"},
+                                {"-nocase"},
+                                {"-exact"},
+                                {"-quiet"},
+                                {"-hierarchical"},
+                                {"-hsc", Takes::name},
+                                {"-filter", Takes::name},
+                                {"-of_objects", Takes::objects}},
+                               {Takes::objects},
+                               1};
+    return syntax;
+}
+
+void addPatterns(Session& session, const Arguments& arguments, ObjectKind kind, Tcl_Obj* patterns,
+                 std::vector<Object>& found) {
+    const FindOptions options{arguments.has("-regexp"), arguments.has("-nocase"), arguments.has("-hierarchical")};
+    for (Tcl_Obj* const element : elementsOf(patterns)) {
+        const std::optional<Object> object = session.finder.toKnown(element);
+        if (object && object->kind != kind)
+            arguments.fail("expected a " + std::string(kindName(kind)) + ", found the " +
+                           std::string(kindName(object->kind)) + " '" + session.finder.name(*object) + "'");
+        const std::size_t before = found.size();
+        if (object && session.finder.exists(*object))
+            found.push_back(*object);
+        else if (arguments.has("-exact"))
+            session.finder.findExact(kind, Tcl_GetString(element), found);
+        else if (!object)
+            session.finder.find(kind, Tcl_GetString(element), options, found);
+        if (found.size() == before && !arguments.has("-quiet"))
+            session.unmatched(arguments.command() + ": no " + std::string(kindName(kind)) + " matches '" +
+                              (object ? session.finder.name(*object) : Tcl_GetString(element)) + "'");
+    }
+}
+
+// --- -of_objects ----------------------------------------------------------------------------------------------------
+
+void addPinsOf(const Session& session, const Object& object, bool ports, std::vector<Object>& found) {
+    const auto add = [&](std::uint32_t pin) {
+        if (ports ? session.design.isPort(pin) : !session.design.isPortOfTop(pin))
+            found.push_back({ports ? ObjectKind::port : ObjectKind::pin, pin});
+    };
+    if (object.kind == ObjectKind::cell)
+        std::ranges::for_each(session.design.pinsOfCell(object.index), add);
+    else if (object.kind == ObjectKind::net)
+        std::ranges::for_each(session.design.pinsOfNet(object.index), add);
+    else if (object.kind == ObjectKind::clock)
+        std::ranges::for_each(session.result.clocks[object.index].targets, add);
+    else
+        add(object.index);
+}
+
+void addNetsOf(const Session& session, const Object& object, std::vector<Object>& found) {
+    const auto add = [&](std::uint32_t pin) {
+        if (const std::uint32_t net = session.design.pins[pin].net; net != none)
+            found.push_back({ObjectKind::net, net});
+    };
+    if (object.kind == ObjectKind::cell)
+        std::ranges::for_each(session.design.pinsOfCell(object.index), add);
+    else
+        add(object.index);
+}
+
+void addCellsOf(const Session& session, const Object& object, std::vector<Object>& found) {
+    const auto add = [&](std::uint32_t pin) {
+        if (!session.design.isPortOfTop(pin))
+            found.push_back({ObjectKind::cell, session.design.pins[pin].cell});
+    };
+    if (object.kind == ObjectKind::net)
+        std::ranges::for_each(session.design.pinsOfNet(object.index), add);
+    else
+        add(object.index);
+}
+
+void addClocksOf(const Session& session, const Object& object, std::vector<Object>& found) {
+    for (std::uint32_t index = 0; index < session.result.clocks.size(); ++index) {
+        const Clock& clock = session.result.clocks[index];
+        if (!clock.removed && std::ranges::find(clock.targets, object.index) != clock.targets.end())
+            found.push_back({ObjectKind::clock, index});
+    }
+}
+
+Kinds sourcesOf(ObjectKind kind) {
+    static constexpr Kinds ofPins = {ObjectKind::cell, ObjectKind::net, ObjectKind::clock},
+                           ofPorts = {ObjectKind::net, ObjectKind::clock, ObjectKind::port},
+                           ofNets = {ObjectKind::port, ObjectKind::pin, ObjectKind::cell},
+                           ofCells = {ObjectKind::pin, ObjectKind::net}, ofClocks = {ObjectKind::port, ObjectKind::pin};
+    switch (kind) {
+    case ObjectKind::port:
+        return ofPorts;
+    case ObjectKind::pin:
+        return ofPins;
+    case ObjectKind::net:
+        return ofNets;
+    case ObjectKind::cell:
+        return ofCells;
+    case ObjectKind::clock:
+        break;
+    }
+    return ofClocks;
+}
+
+void addRelated(Session& session, const Arguments& arguments, ObjectKind kind, std::vector<Object>& found) {
+    Tcl_Obj* const value = arguments.find("-of_objects");
+    for (const Object& object : session.resolve(arguments, "-of_objects", value, sourcesOf(kind))) {
+        if (kind == ObjectKind::port || kind == ObjectKind::pin)
+            addPinsOf(session, object, kind == ObjectKind::port, found);
+        else if (kind == ObjectKind::net)
+            addNetsOf(session, object, found);
+        else if (kind == ObjectKind::cell)
+            addCellsOf(session, object, found);
+        else
+            addClocksOf(session, object, found);
+    }
+}
+
+// --- Commands -------------------------------------------------------------------------------------------------------
+
+void query(Session& session, Words words, ObjectKind kind) {
+    const Arguments arguments(querySyntax(), words);
+    const bool related = arguments.has("-of_objects");
+    std::vector<Object> found;
+    if (related && arguments.argument(0) != nullptr)
+        arguments.fail("patterns do not go with -of_objects");
+    if (related)
+        addRelated(session, arguments, kind, found);
+    else if (arguments.argument(0) != nullptr)
+        addPatterns(session, arguments, kind, arguments.argument(0), found);
+    else
+        session.finder.find(kind, "*", {}, found);
+    removeDuplicates(found);
+    if (arguments.has("-filter") && !found.empty()) {
+        const Filter filter(arguments.text("-filter"));
+        std::erase_if(found, [&](const Object& object) {
+            return !filter.accepts(session.design, session.result.clocks, object);
+        });
+        if (found.empty() && !arguments.has("-quiet"))
+            session.unmatched(arguments.command() + ": no " + std::string(kindName(kind)) + " passes the filter '" +
+                              arguments.text("-filter") + "'");
+    }
+    session.tcl.setResult(newCollection(found));
+}
+
+void allClocks(Session& session, Words words) {
+    static const Syntax syntax{{}, {}};
+    const Arguments arguments(syntax, words);
+    std::vector<Object> found;
+    session.finder.find(ObjectKind::clock, "*", {}, found);
+    session.tcl.setResult(newCollection(found));
+}
+
+void allPorts(Session& session, Words words, Direction direction) {
+    static const Syntax syntax{{{"-no_clocks"}}, {}};
+    const Arguments arguments(syntax, words);
+    std::unordered_set<std::uint32_t> left;
+    if (arguments.has("-no_clocks"))
+        for (const Clock& clock : session.result.clocks)
+            left.insert(clock.targets.begin(), clock.targets.end());
+    std::vector<Object> found;
+    for (const std::uint32_t port : session.design.ports()) {
+        const Direction is = session.design.pins[port].direction;
+        if ((is == direction || is == Direction::inout) && !left.contains(port))
+            found.push_back({ObjectKind::port, port});
+    }
+    session.tcl.setResult(newCollection(found));
+}
+
+void allRegisters(Session& session, Words words) {
+    static const Syntax syntax{{{"-cells"}, {"-data_pins"}, {"-clock_pins"}, {"-output_pins"}, {"-edge_triggered"}}, {}};
+    const Arguments arguments(syntax, words);
+    const Design& design = session.design;
+    const bool data = arguments.has("-data_pins"), clock = arguments.has("-clock_pins"),
+               output = arguments.has("-output_pins");
+    const bool cells = arguments.has("-cells") || (!data && !clock && !output);
+    std::vector<Object> found;
+    for (std::uint32_t cell = 0; cell < design.cells.size(); ++cell) {
+        if (!design.isRegister(cell))
+            continue;
+        if (cells)
+            found.push_back({ObjectKind::cell, cell});
+        for (const std::uint32_t pin : design.pinsOfCell(cell))
+            if ((data && design.isDataPin(pin)) || (clock && design.isClockPin(pin)) ||
+                (output && design.isRegisterOutput(pin)))
+                found.push_back({ObjectKind::pin, pin});
+    }
+    session.tcl.setResult(newCollection(found));
+}
+
+} // namespace
+
+void addQueryCommands(Session& session) {
+    session.add("get_ports", [](Session& self, Words words) { query(self, words, ObjectKind::port); });
+    session.add("get_pins", [](Session& self, Words words) { query(self, words, ObjectKind::pin); });
+    session.add("get_cells", [](Session& self, Words words) { query(self, words, ObjectKind::cell); });
+    session.add("get_nets", [](Session& self, Words words) { query(self, words, ObjectKind::net); });
+    session.add("get_clocks", [](Session& self, Words words) { query(self, words, ObjectKind::clock); });
+    session.add("all_clocks", allClocks);
+    session.add("all_inputs", [](Session& self, Words words) { allPorts(self, words, Direction::input); });
+    session.add("all_outputs", [](Session& self, Words words) { allPorts(self, words, Direction::output); });
+    session.add("all_registers", allRegisters);
+}
+
+} // namespace Readers::Sdc

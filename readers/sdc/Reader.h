@@ -1,0 +1,35 @@
+// Reads constraint files, in order, into one state. See docs/sdc.md for what is understood.
+//
+// The first error ends a file: BadInput with its place. What is passed over, guessed or matches nothing is a diagnostic.
+#pragma once
+
+#include "../Diagnostics.h"
+#include "../Source.h"
+#include "../design/Design.h"
+#include "Constraints.h"
+#include "Limits.h"
+
+#include <memory>
+
+namespace Readers::Sdc {
+
+class Reader {
+public:
+    // The design must be indexed and classified, and both must outlive the reader.
+    Reader(const Design& design, Diagnostics& diagnostics, const Limits& limits = {});
+    ~Reader();
+    Reader(const Reader&) = delete;
+    Reader& operator=(const Reader&) = delete;
+
+    // Throws BadInput; the reader is of no use after that.
+    void read(Source& source);
+
+    // The state after the last file. Adds the notes about commands without effect. Call it once, at the end.
+    Constraints take();
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+} // namespace Readers::Sdc

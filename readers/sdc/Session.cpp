@@ -1,0 +1,205 @@
+// Objects by handle or bare name, and the messages that all commands share.
+#include "Session.h"
+
+#include "Objects.h"
+
+#include <algorithm>
+#include <unordered_set>
+
+namespace Readers::Sdc {
+
+namespace {
+
+constexpr std::size_t describedObjects = 3, describedLength = 160;
+constexpr unsigned printedLimit = 100;
+
+std::string prefix(const Arguments& arguments, std::string_view option) {
+    return arguments.command() + ": " + (option.empty() ? "" : std::string(option) + ": ");
+}
+
+bool contains(Kinds kinds, ObjectKind kind) { return std::ranges::find(kinds, kind) != kinds.end(); }
+
+// What drives the net: cells' outputs and input ports.
+void addDrivers(const Design& design, std::uint32_t net, std::vector<std::uint32_t>& pins) {
+    for (const std::uint32_t pin : design.pinsOfNet(net)) {
+        const Direction direction = design.pins[pin].direction;
+        const Direction driving = design.isPort(pin) ? Direction::input : Direction::output;
+        if (direction == driving || direction == Direction::inout)
+            pins.push_back(pin);
+    }
+}
+
+} // namespace
+
+std::string kindNames(Kinds kinds) {
+    std::string text;
+    std::size_t left = kinds.size();
+    for (const ObjectKind kind : kinds) {
+        text += kindName(kind);
+        --left;
+        text += left > 1 ? ", " : left == 1 ? " or " : "";
+    }
+    return text;
+}
+
+void removeDuplicates(std::vector<Object>& objects) {
+    if (objects.size() < 2)
+        return;
+    std::unordered_set<std::uint64_t> seen;
+    seen.reserve(objects.size());
+    std::erase_if(objects, [&seen](const Object& object) {
+        return !seen.insert((std::uint64_t{object.index} << 8) | static_cast<std::uint64_t>(object.kind)).second;
+    });
+}
+
+std::string describe(const Session& session, Words words) {
+    std::string text;
+    for (Tcl_Obj* const word : words) {
+        const std::vector<Tcl_Obj*> elements = elementsOf(word);
+        text += text.empty() ? "" : " ";
+        text += elements.size() == 1 ? "" : "{";
+        for (std::size_t i = 0; i < std::min(elements.size(), describedObjects); ++i) {
+            const std::optional<Object> object = session.finder.toKnown(elements[i]);
+            text += i == 0 ? "" : " ";
+            text += object ? session.finder.name(*object) : Tcl_GetString(elements[i]);
+        }
+        if (elements.size() > describedObjects)
+            text += " and " + std::to_string(elements.size() - describedObjects) + " more";
+        text += elements.size() == 1 ? "" : "}";
+        if (text.size() > describedLength)
+            return text.substr(0, describedLength) + " ...";
+    }
+    return text;
+}
+
+Session::Session(const Design& theDesign, Diagnostics& theDiagnostics, const Limits& limits)
+    : design(theDesign), diagnostics(theDiagnostics), tcl(result.files, limits),
+      finder(theDesign, result.clocks, tcl.raw()) {
+    addClockCommands(*this);
+    addLatencyCommands(*this);
+    addPortCommands(*this);
+    addExceptionCommands(*this);
+    addQueryCommands(*this);
+    addCollectionCommands(*this);
+    addOtherCommands(*this);
+}
+
+void Session::add(const char* name, Command command) {
+    tcl.define(name, [this, command](Words words) {
+        try {
+            command(*this, words);
+        } catch (const NoObjects& nothing) {
+            warning(nothing.text + ": the command has no effect");
+        }
+    });
+}
+
+void Session::unmatched(std::string text) {
+    ++result.unmatched;
+    warning(std::move(text));
+}
+
+void Session::withoutEffect(const std::string& command) {
+    auto known = std::ranges::find(ignored_, command, &Ignored::command);
+    if (known == ignored_.end())
+        known = ignored_.insert(ignored_.end(), {command, tcl.origin(), 0});
+    ++known->count;
+}
+
+void Session::noteWithoutEffect() {
+    for (const Ignored& command : ignored_) {
+        const std::string times = command.count == 1 ? "" : " (" + std::to_string(command.count) + " times)";
+        diagnostics.note(result.place(command.first), command.command + " is accepted, and not applied" + times);
+    }
+    ignored_.clear();
+}
+
+void Session::print(const std::string& text) {
+    if (printed_ == printedLimit)
+        note("puts: the script's further output is left out");
+    if (printed_++ < printedLimit)
+        note("puts: " + text);
+}
+
+Decimal Session::time(Decimal value) const {
+    value.exponent += value.isZero() ? 0 : timeExponent;
+    return value;
+}
+
+// --- Objects --------------------------------------------------------------------------------------------------------
+
+void Session::resolveHandle(const Arguments& arguments, std::string_view option, const Object& object, Kinds kinds,
+                            std::vector<Object>& found) {
+    if (!contains(kinds, object.kind))
+        arguments.fail((option.empty() ? "" : std::string(option) + ": ") + "expected a " + kindNames(kinds) +
+                       ", found the " + std::string(kindName(object.kind)) + " '" + finder.name(object) + "'");
+    if (finder.exists(object))
+        found.push_back(object);
+    else
+        unmatched(prefix(arguments, option) + "the " + std::string(kindName(object.kind)) + " '" + finder.name(object) +
+                  "' was replaced");
+}
+
+void Session::resolveName(const Arguments& arguments, std::string_view option, Tcl_Obj* value, Kinds kinds,
+                          std::vector<Object>& found) {
+    const std::string_view name = Tcl_GetString(value);
+    for (const ObjectKind kind : kinds)
+        if (finder.findExact(kind, name, found))
+            return;
+    const std::size_t before = found.size();
+    for (const ObjectKind kind : kinds) {
+        finder.find(kind, name, {}, found);
+        if (found.size() != before)
+            return;
+    }
+    unmatched(prefix(arguments, option) + "no " + kindNames(kinds) + " matches '" + std::string(name) + "'");
+}
+
+std::vector<Object> Session::resolve(const Arguments& arguments, std::string_view option, Tcl_Obj* value,
+                                     Kinds kinds) {
+    std::vector<Object> found;
+    for (Tcl_Obj* const element : elementsOf(value)) {
+        if (const std::optional<Object> object = finder.toKnown(element))
+            resolveHandle(arguments, option, *object, kinds, found);
+        else
+            resolveName(arguments, option, element, kinds, found);
+    }
+    removeDuplicates(found);
+    return found;
+}
+
+std::vector<Object> Session::objects(const Arguments& arguments, std::string_view option, Tcl_Obj* value,
+                                     Kinds kinds) {
+    std::vector<Object> found = resolve(arguments, option, value, kinds);
+    if (found.empty())
+        throw NoObjects{prefix(arguments, option) + "no objects"};
+    return found;
+}
+
+Object Session::one(const Arguments& arguments, std::string_view option, Kinds kinds) {
+    const std::vector<Object> found = objects(arguments, option, arguments.find(option), kinds);
+    if (found.size() > 1)
+        arguments.fail(std::string(option) + ": expected one " + kindNames(kinds) + ", found " +
+                       std::to_string(found.size()));
+    return found.front();
+}
+
+std::vector<std::uint32_t> Session::sources(const Arguments& arguments, std::string_view option, Tcl_Obj* value) {
+    std::vector<std::uint32_t> pins;
+    for (const Object& object : objects(arguments, option, value, {ObjectKind::port, ObjectKind::pin, ObjectKind::net})) {
+        const std::size_t before = pins.size();
+        if (object.kind == ObjectKind::net)
+            addDrivers(design, object.index, pins);
+        else
+            pins.push_back(object.index);
+        if (pins.size() == before)
+            unmatched(prefix(arguments, option) + "nothing drives the net '" + finder.name(object) + "'");
+    }
+    std::unordered_set<std::uint32_t> seen;
+    std::erase_if(pins, [&seen](std::uint32_t pin) { return !seen.insert(pin).second; });
+    if (pins.empty())
+        throw NoObjects{prefix(arguments, option) + "no objects"};
+    return pins;
+}
+
+} // namespace Readers::Sdc

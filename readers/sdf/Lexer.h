@@ -1,0 +1,140 @@
+// The characters of an SDF file, one lexical element at a time.
+//
+// What a character means depends on where it stands: "1:2:3" is a triple, "a[3:0]" a name, "a==1'b1" an
+// expression. So there are no tokens to be classified: the parser looks at the next character and asks for
+// what must stand there.
+//
+// The file passes through one block. Elements may span blocks of any size: names are gathered in the caller's
+// string, whose room is reused; words and numbers are views that are valid until the next call. Line and
+// column are kept as the line's number and the offset of its start, at the price of nothing per character.
+#pragma once
+
+#include "../Source.h"
+#include "Handler.h"
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Readers::Sdf {
+
+// A hierarchical name without its escapes, and where its pin begins.
+struct NameText {
+    std::string text;
+    std::size_t split = std::string::npos; // the last divider that stands unescaped
+
+    Path path() const {
+        const std::string_view view = text;
+        if (split == std::string::npos)
+            return {{}, view};
+        return {view.substr(0, split), view.substr(split + 1)};
+    }
+};
+
+class Lexer {
+public:
+    static constexpr std::size_t defaultBlock = std::size_t{1} << 18;
+    static constexpr int endOfFile = -1;
+
+    explicit Lexer(Source& source, std::size_t blockSize = defaultBlock);
+
+    void setDivider(char divider) { divider_ = divider; }
+    char divider() const { return divider_; }
+
+    // --- The next character ---------------------------------------------------------------------------------------
+
+    // Skips white space and comments. The character that follows is not taken; endOfFile where there is none.
+    int peek() {
+        const auto next = static_cast<unsigned char>(*at_);
+        return isElement(next) ? next : peekBehindSpace();
+    }
+    // Takes the next character if it is this one.
+    bool take(char wanted) {
+        if (peek() != wanted)
+            return false;
+        ++at_;
+        return true;
+    }
+    // Takes the character that peek() found.
+    void skip() { ++at_; }
+    void expect(char wanted);
+    // The place of the character that peek() found.
+    Where where() const;
+
+    static bool isNameStart(int character);
+    static bool isLetter(int character);
+
+    // --- Elements -------------------------------------------------------------------------------------------------
+
+    // Letters, digits and underscores; empty where none stands. Valid until the next call.
+    std::string_view word() { return run(wordCharacter); }
+    // A number. Valid until the next call.
+    Decimal number();
+    // A name with its bits, which must be there: `expected` says what it is.
+    void name(NameText& into, std::string_view expected);
+    // The text between quotes, which must be there.
+    void quoted(std::string& into);
+    // Everything up to a closing parenthesis, which is not taken, with single blanks between.
+    void bare(std::string& into);
+    // Everything up to the closing parenthesis that belongs to one already taken. That is taken too.
+    void skipGroup();
+    // The letters and digits that stand right here, without white space before them.
+    void skipWord();
+    // One character of an expression that is no name and no parenthesis.
+    int skipOperator();
+
+    // --- Errors ---------------------------------------------------------------------------------------------------
+
+    // "expected ..., found ...", with what stands next.
+    [[noreturn]] void fail(std::string_view expected);
+    // The same for something taken already.
+    [[noreturn]] void fail(Where place, std::string_view expected, std::string_view found) const;
+    // Anything else.
+    [[noreturn]] void failAt(Where place, std::string text) const;
+
+private:
+    enum Class : std::uint8_t {
+        elementCharacter = 1, // begins an element for certain: neither space, nor end, nor perhaps a comment
+        spaceCharacter = 2,
+        wordCharacter = 4,
+        nameCharacter = 8, // of a name, without a meaning of its own there
+        numberCharacter = 16,
+    };
+    static constexpr std::array<std::uint8_t, 256> classify();
+    static const std::array<std::uint8_t, 256> classes_;
+
+    static bool is(unsigned char character, std::uint8_t wanted) {
+        return (classes_[character] & wanted) != 0;
+    }
+    static bool isElement(unsigned char character) { return is(character, elementCharacter); }
+
+    bool more();
+    bool atEnd() { return at_ == end_ && !more(); }
+    std::uint64_t offset() const { return base_ + static_cast<std::uint64_t>(at_ - buffer_.data()); }
+    int peekBehindSpace();
+    bool atComment();
+    void skipComment();
+    void newLine();
+    std::string_view run(std::uint8_t wanted);
+    void namePiece(NameText& into);
+    void select(std::string& into);
+    void escaped(std::string& into);
+    void append(std::string& into, const char* from);
+    std::string found();
+
+    Source& source_;
+    std::size_t blockSize_;
+    std::vector<char> buffer_; // a byte kept from before, a block, and a zero that ends every run
+    const char* at_;
+    const char* end_;
+    std::uint64_t base_ = 0;      // the buffer's offset in the file
+    std::uint64_t lineStart_ = 0; // the line's offset in the file
+    unsigned line_ = 1;
+    char divider_ = '.';
+    std::string run_; // a word or a number that spans blocks
+    std::string scratch_;
+};
+
+} // namespace Readers::Sdf
