@@ -43,6 +43,9 @@ struct EndResult {
 // An exception as reports tell it.
 Report::Exception describe(const Readers::Sdc::Constraints& constraints, std::uint32_t exception);
 
+// A value of the engine that is a time; nothing for undefined and the other specials.
+std::optional<Time> ordinary(const Pelko::Delay& delay);
+
 class Harvest : public Pelko::ObjectListener {
 public:
     Harvest(const Readers::Design& design, const Readers::Model::Network& network,

@@ -217,7 +217,7 @@ Report::Path Harvest::pathOf(const Context& context, const Arrival& arrival, con
     std::vector<Pelko::Edge*> edges;
     for (const Step* at = &step; at->edge; at = at->next.get())
         edges.push_back(at->edge);
-    const Time first = path.launchEdge + path.launchClockDelay + path.inputDelay;
+    const Time first = path.launchClockDelay + path.inputDelay;
     path.points.push_back({path.startpoint,
                            0,
                            first,
@@ -229,7 +229,7 @@ Report::Path Harvest::pathOf(const Context& context, const Arrival& arrival, con
     addPoints(edges, setup, path);
 
     path.arrival = path.points.back().arrival;
-    const Time limit = path.captureEdge + path.captureClockDelay - path.outputDelay;
+    const Time limit = path.relation + path.captureClockDelay - path.outputDelay;
     const Time harder = path.uncertainty + path.check.value_or(0);
     path.required = setup ? limit - harder : limit + harder;
     path.slack = arrival.slack;

@@ -17,7 +17,4 @@ struct Harvest::Step {
     std::shared_ptr<const Step> next;
 };
 
-// A value of the engine that is a time; nothing for undefined and the other specials.
-std::optional<Time> ordinary(const Pelko::Delay& delay);
-
 } // namespace Cli

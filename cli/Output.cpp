@@ -1,8 +1,6 @@
 // Output files: where they are written, and how they come to their place.
 #include "Output.h"
 
-#include "../readers/Diagnostics.h"
-
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -60,10 +58,7 @@ std::string folderOf(const std::string& path) {
 } // namespace
 
 CannotWrite::CannotWrite(const std::string& file, int errorNumber)
-    : std::runtime_error(Readers::toString(
-          Readers::Diagnostic{Readers::Severity::error,
-                              {file, 0, 0},
-                              std::string("cannot write: ") + std::strerror(errorNumber)})) {}
+    : std::runtime_error(file + ": error: cannot write: " + std::strerror(errorNumber)) {}
 
 // A buffer before a file descriptor. The first error is kept, and ends all writing.
 class Output::Descriptor : public std::streambuf {

@@ -161,6 +161,8 @@ private:
             time("hold_slack", endpoint.holdSlack);
             clockPair("setup_clocks", endpoint.setupClocks);
             clockPair("hold_clocks", endpoint.holdClocks);
+            exception("setup_exception", endpoint.setupException);
+            exception("hold_exception", endpoint.holdException);
             json_.endObject();
         }
         json_.endArray();
@@ -209,14 +211,7 @@ private:
         time("data_arrival_time", path.arrival);
         time("required_time", path.required);
         time("slack", path.slack);
-        json_.key("exception");
-        if (path.exception) {
-            json_.beginObject();
-            exception(*path.exception);
-            json_.endObject();
-        } else {
-            json_.null();
-        }
+        exception("exception", path.exception);
         json_.endObject();
     }
 
@@ -233,6 +228,17 @@ private:
         text("kind", kindOf(point.kind));
         textOrNull("edge", point.edge == '^' ? "rise" : point.edge == 'v' ? "fall" : "");
         textOrNull("cell", point.cell);
+        json_.endObject();
+    }
+
+    void exception(std::string_view key, const std::optional<Exception>& exception) {
+        json_.key(key);
+        if (!exception) {
+            json_.null();
+            return;
+        }
+        json_.beginObject();
+        this->exception(*exception);
         json_.endObject();
     }
 

@@ -42,10 +42,19 @@ struct Clock {
     Summary setup, hold;      // of the end points that this clock captures
 };
 
+// The exception that governs a path or an end point.
+struct Exception {
+    std::string file;
+    unsigned line = 0;
+    std::string kind;  // "false_path", "multicycle_path", "max_delay", "min_delay", "path_group"
+    std::string value; // "2", "3.5", or empty
+};
+
 struct Endpoint {
     std::string pin;
     MaybeTime setupSlack, holdSlack;
     std::string setupClocks[2], holdClocks[2]; // launch and capture, of the worst; empty where there is none
+    std::optional<Exception> setupException, holdException; // that govern the worst
 };
 
 enum class PointKind : std::uint8_t { clock, port, cell, net };
@@ -60,19 +69,12 @@ struct Point {
     std::string cell; // the cell's type, or empty
 };
 
-// The exception that governs a path or an end point.
-struct Exception {
-    std::string file;
-    unsigned line = 0;
-    std::string kind;  // "false_path", "multicycle_path", "max_delay", "min_delay", "path_group"
-    std::string value; // "2", "3.5", or empty
-};
-
-// Points' arrivals, arrival and required count from the launch edge. The first point's arrival is launchClockDelay (and
-// inputDelay); every other one's is that of the point before plus its delay; the last one's is the path's arrival.
-// Setup: required = relation + captureClockDelay - uncertainty - check - outputDelay, slack = required - arrival.
-// Hold: required = relation + captureClockDelay + uncertainty + check - outputDelay, slack = arrival - required.
-// What does not add up so is shown as an adjustment of its own.
+// Points' arrivals, arrival and required count from the launch edge. The first point's arrival is
+// launchClockDelay (and inputDelay); every other one's is that of the point before plus its delay; the last
+// one's is the path's arrival. Setup: required = relation + captureClockDelay - uncertainty - check -
+// outputDelay, slack = required - arrival. Hold: required = relation + captureClockDelay + uncertainty +
+// check - outputDelay, slack = arrival - required. What does not add up so is shown as an adjustment of its
+// own.
 struct Path {
     bool setup = true;
     std::string group; // path group

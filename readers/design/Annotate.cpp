@@ -319,7 +319,8 @@ void Annotator::device(const std::optional<Sdf::Path>& output, std::span<const S
 // --- Checks ---
 
 void Annotator::addCheck(std::uint32_t data, const Sdf::Event& clock, std::uint32_t clockPin,
-                         std::optional<std::int32_t> setup, std::optional<std::int32_t> hold) {
+                         bool asynchronous, std::optional<std::int32_t> setup,
+                         std::optional<std::int32_t> hold) {
     if (!setup && !hold)
         return;
     const auto [place, isNew] = checks_.try_emplace(Key{data, clockPin, clock.edge},
@@ -327,6 +328,7 @@ void Annotator::addCheck(std::uint32_t data, const Sdf::Event& clock, std::uint3
     if (isNew)
         design_.checks.push_back({.data = data, .clock = clockPin, .clockEdge = clock.edge});
     Design::Check& check = design_.checks[place->second];
+    check.asynchronous |= asynchronous;
     if (setup)
         check.setup = std::max(check.setup.value_or(INT32_MIN), *setup);
     if (hold)
@@ -367,12 +369,13 @@ void Annotator::check(Sdf::CheckKind kind, const Sdf::Event& data, const Sdf::Ev
         const std::uint32_t dataPin = resolveInCell(cell, data.path, where);
         if (dataPin == none || dataPin == clockPin)
             continue;
+        const bool asynchronous = kind == recovery || kind == removal || kind == recoveryRemoval;
         if (kind == setup || kind == recovery)
-            addCheck(dataPin, clock, clockPin, first, std::nullopt);
+            addCheck(dataPin, clock, clockPin, asynchronous, first, std::nullopt);
         else if (kind == hold || kind == removal)
-            addCheck(dataPin, clock, clockPin, std::nullopt, first);
+            addCheck(dataPin, clock, clockPin, asynchronous, std::nullopt, first);
         else
-            addCheck(dataPin, clock, clockPin, first, second);
+            addCheck(dataPin, clock, clockPin, asynchronous, first, second);
     }
 }
 

@@ -93,7 +93,7 @@ private:
     void setArc(std::uint32_t from, std::uint32_t to, Transition edge, bool wire, const Interval& delay,
                 bool conditional, bool increment);
     void setWire(std::uint32_t from, std::uint32_t to, const Interval& delay, bool increment);
-    void addCheck(std::uint32_t data, const Sdf::Event& clock, std::uint32_t clockPin,
+    void addCheck(std::uint32_t data, const Sdf::Event& clock, std::uint32_t clockPin, bool asynchronous,
                   std::optional<std::int32_t> setup, std::optional<std::int32_t> hold);
     void addPulseCheck(std::uint32_t pin, const Sdf::Event& event, bool period, std::int32_t required);
     void count(const char* what, Severity severity, Sdf::Where where, std::string example = {});

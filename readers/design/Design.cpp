@@ -142,7 +142,7 @@ void Design::classify() {
     };
     for (const Check& check : checks) {
         roles_[check.clock] |= clockPin;
-        roles_[check.data] |= dataPin;
+        roles_[check.data] |= check.asynchronous ? dataPin | resetPin : dataPin;
         if (isPortOfTop(check.clock))
             continue;
         registers_[pins[check.clock].cell] = true;

@@ -64,6 +64,7 @@ public:
         std::uint32_t clock = none;
         Transition clockEdge = Transition::any;
         bool disabled = false;
+        bool asynchronous = false;              // recovery and removal: the data pin is a set or a reset
         std::optional<std::int32_t> setup = {}; // the worst over the data's edges
         std::optional<std::int32_t> hold = {};
     };
@@ -105,7 +106,7 @@ public:
 
     std::span<const std::uint32_t> pinsOfCell(std::uint32_t cell) const; // after index()
     std::span<const std::uint32_t> pinsOfNet(std::uint32_t net) const;
-    std::span<const std::uint32_t> ports() const;
+    std::span<const std::uint32_t> ports() const { return ports_; }
 
     // A port of the top module, or, without a netlist, the pin of a pad that stands for one.
     bool isPort(std::uint32_t pin) const { return isPortOfTop(pin) || pins[pin].standsForPort; }

@@ -1,0 +1,218 @@
+#include "Session.h"
+
+#include "../readers/Source.h"
+#include "../readers/design/Annotate.h"
+#include "../readers/netlist/Read.h"
+#include "../readers/sdc/Reader.h"
+#include "../readers/sdf/Parser.h"
+#include "Harvest.h"
+#include "Roots.h"
+#include "Summary.h"
+
+#include "Ruvex/Console.h"
+#include "Vorlen/Tool.h"
+
+#include <atomic>
+#include <chrono>
+#include <iostream>
+#include <memory>
+
+namespace Cli {
+
+using Readers::Design;
+using Readers::none;
+
+namespace {
+
+std::atomic<bool> stopRequested = false;
+std::atomic<Pelko::Application*> running = nullptr;
+static_assert(std::atomic<Pelko::Application*>::is_always_lock_free);
+
+Readers::Corner cornerOf(Delays delays) {
+    switch (delays) {
+    case Delays::min:
+        return Readers::Corner::minimum;
+    case Delays::typ:
+        return Readers::Corner::typical;
+    case Delays::max:
+        return Readers::Corner::maximum;
+    case Delays::minmax:
+        break;
+    }
+    return Readers::Corner::minmax;
+}
+
+// Everything that a run holds, in the order in which it comes about.
+class Run {
+public:
+    Run(Session& session, const Options& options) : session_(session), options_(options) {}
+
+    Report::Report run();
+
+private:
+    void begin(std::string_view stage);
+    void finish();
+    void readNetlist();
+    void readSdf();
+    void readConstraints();
+    void build();
+    void launch();
+    void report();
+
+    Session& session_;
+    const Options& options_;
+    Report::Report report_;
+    std::optional<Readers::Netlist> netlist_;
+    Design design_;
+    Readers::Sdc::Constraints constraints_;
+    std::unique_ptr<Readers::Model::Network> network_;
+    std::unique_ptr<Readers::Model::Clocks> clocks_;
+    std::unique_ptr<Readers::Model::Exceptions> exceptions_;
+    std::unique_ptr<Readers::Model::TimingModel> model_;
+    std::unique_ptr<Harvest> harvest_;
+    std::string_view stage_;
+    std::chrono::steady_clock::time_point started_;
+};
+
+void Run::begin(std::string_view stage) {
+    finish();
+    if (stopRequested)
+        throw Interrupted();
+    stage_ = stage;
+    started_ = std::chrono::steady_clock::now();
+    session_.onStage(stage);
+}
+
+void Run::finish() {
+    if (!stage_.empty())
+        session_.stages.push_back(
+            {stage_, std::chrono::duration<double>(std::chrono::steady_clock::now() - started_).count()});
+    stage_ = {};
+}
+
+void Run::readNetlist() {
+    if (!options_.netlist)
+        return;
+    begin("reading the netlist");
+    Readers::Source source(*options_.netlist);
+    netlist_ = Readers::readNetlist(source, options_.top.value_or(""), session_.diagnostics);
+    report_.inputs.push_back({source.path(), "netlist", source.sha256()});
+}
+
+void Run::readSdf() {
+    begin("reading the delays");
+    Readers::Source source(options_.sdf);
+    Readers::Annotator annotator(design_, netlist_ ? &*netlist_ : nullptr,
+                                 {cornerOf(options_.delays), options_.scale}, source.path(),
+                                 session_.diagnostics);
+    Readers::Sdf::parse(source, annotator, session_.diagnostics);
+    annotator.finish();
+    netlist_.reset();
+    report_.arcs = design_.arcs.size();
+    report_.arcsWithoutDelay = annotator.bareArcs();
+    report_.inputs.insert(report_.inputs.begin(), {source.path(), "sdf", source.sha256()});
+}
+
+void Run::readConstraints() {
+    if (options_.sdc.empty())
+        return;
+    begin("reading the constraints");
+    Readers::Sdc::Reader reader(design_, session_.diagnostics);
+    for (const std::string& path : options_.sdc) {
+        Readers::Source source(path);
+        reader.read(source);
+        report_.inputs.push_back({source.path(), "sdc", source.sha256()});
+    }
+    constraints_ = reader.take();
+    report_.constraintsUnmatched = constraints_.unmatched;
+}
+
+void Run::build() {
+    begin("building the timing graph");
+    if (options_.sdc.empty())
+        constraints_ = clocksAtRoots(design_, session_.diagnostics);
+    std::vector<std::uint32_t> sources;
+    for (const Readers::Sdc::Clock& clock : constraints_.clocks)
+        if (!clock.removed)
+            sources.insert(sources.end(), clock.targets.begin(), clock.targets.end());
+    Readers::Diagnostics& diagnostics = session_.diagnostics;
+    const bool propagated = options_.clocks == ClockDefault::propagated;
+    network_ = std::make_unique<Readers::Model::Network>(design_, constraints_, sources, diagnostics);
+    clocks_ = std::make_unique<Readers::Model::Clocks>(
+        design_, *network_, constraints_, Readers::Model::ClockOptions{propagated, options_.scale},
+        diagnostics);
+    exceptions_ = std::make_unique<Readers::Model::Exceptions>(design_, *network_, *clocks_, constraints_,
+                                                               options_.scale, diagnostics);
+    model_ = std::make_unique<Readers::Model::TimingModel>(
+        design_, *network_, *clocks_, constraints_, exceptions_->timedPorts(), options_.scale, diagnostics);
+    exceptions_->makeClasses(*model_);
+    warnOfUnclocked(design_, *network_, *model_, diagnostics);
+}
+
+// A sweep is read as it goes; the engine's own searches and tags are not needed.
+void Run::launch() {
+    begin("analysing");
+    Pelko::Analyzer* analyzer = model_->host().getAnalyzer();
+    analyzer->setVerbose(options_.verbose);
+    analyzer->setLongestPath(false);
+    analyzer->setShortestPath(false);
+    analyzer->setSlackTagging(false);
+    analyzer->setAnalysisMode(options_.mode == AnalysisMode::critical ? Pelko::AnalysisMode::Critical
+                                                                      : Pelko::AnalysisMode::Exhaustive);
+    std::string lastError;
+    Pelko::Analyzer::_muted = !options_.verbose;
+    if (!options_.verbose)
+        Ruvex::console.setOutput(nullptr);
+    Ruvex::console.setRecorder([&](const Ruvex::Console::Message& message) {
+        if (message.level == Ruvex::Console::Level::Error)
+            lastError = message.text;
+    });
+    harvest_ = std::make_unique<Harvest>(
+        design_, *network_, *clocks_, constraints_, *model_, *exceptions_,
+        HarvestOptions{options_.paths, options_.perEndpoint, options_.setupPaths, options_.holdPaths});
+    Pelko::Application* application = model_->host().getApplication();
+    Pelko::Object::addListener(harvest_.get());
+    running = application;
+    Vorlen::Tool* tool = Vorlen::Tool::create();
+    const bool completed = tool->launch();
+    running = nullptr;
+    tool->destroy();
+    Pelko::Object::removeListener(harvest_.get());
+    Ruvex::console.setRecorder({});
+    Ruvex::console.setErrorOutput();
+    if (stopRequested)
+        throw Interrupted();
+    if (!completed)
+        throw std::logic_error("the analysis was given up: " + lastError);
+}
+
+void Run::report() {
+    begin("reporting");
+    fillReport({design_, *network_, *clocks_, constraints_, *model_, *exceptions_, *harvest_},
+               options_.unconstrained, report_);
+    report_.scale = options_.scale;
+    report_.diagnostics = session_.diagnostics.all();
+}
+
+Report::Report Run::run() {
+    readNetlist();
+    readSdf();
+    readConstraints();
+    build();
+    launch();
+    report();
+    finish();
+    return std::move(report_);
+}
+
+} // namespace
+
+Report::Report Session::run(const Options& options) { return Run(*this, options).run(); }
+
+void requestStop() noexcept {
+    stopRequested = true;
+    if (Pelko::Application* application = running)
+        application->requestStop();
+}
+
+} // namespace Cli

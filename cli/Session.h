@@ -1,0 +1,40 @@
+// One run of the command, from its files to its report: read, launch, harvest.
+#pragma once
+
+#include "../report/Report.h"
+#include "Options.h"
+
+#include <functional>
+#include <stdexcept>
+#include <string_view>
+
+namespace Cli {
+
+// The user asked to stop, and the run did.
+class Interrupted : public std::runtime_error {
+public:
+    Interrupted() : std::runtime_error("interrupted") {}
+};
+
+// Where the time of a run goes.
+struct Stage {
+    std::string_view name;
+    double seconds = 0;
+};
+
+struct Session {
+    // Told of each stage as it begins.
+    std::function<void(std::string_view)> onStage = [](std::string_view) {};
+    // Diagnostics that were found before a failure.
+    Readers::Diagnostics diagnostics;
+    std::vector<Stage> stages;
+
+    // Readers::BadInput: an input that cannot be read. Interrupted. std::logic_error: the engine gave up,
+    // with its message.
+    Report::Report run(const Options& options);
+};
+
+// Asks the run that goes on, if any, to stop. Safe in a signal handler.
+void requestStop() noexcept;
+
+} // namespace Cli

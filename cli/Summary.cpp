@@ -1,0 +1,154 @@
+#include "Summary.h"
+
+#include <algorithm>
+
+namespace Cli {
+
+using Readers::none;
+
+namespace {
+
+void add(Report::Summary& summary, Time slack) {
+    ++summary.endpoints;
+    summary.worstSlack = std::min(summary.worstSlack.value_or(slack), slack);
+    if (slack >= 0)
+        return;
+    ++summary.failing;
+    summary.total += slack;
+    summary.worst = std::min(summary.worst, slack);
+}
+
+void fillClocks(const Results& results, Report::Report& report) {
+    for (std::uint32_t number = 0; number < results.clocks.size(); ++number) {
+        const Readers::Model::Clock& clock = results.clocks[number];
+        if (clock.removed)
+            continue;
+        Report::Clock& filled = report.clocks.emplace_back();
+        filled.name = clock.name;
+        if (clock.period > 0) {
+            filled.period = clock.period;
+            filled.waveform = {clock.rise, clock.fall};
+        }
+        for (const std::uint32_t target : clock.targets)
+            filled.sources.push_back(results.network.nameOf(target));
+        filled.propagated = clock.propagated;
+        if (clock.master)
+            filled.generatedFrom = results.clocks[*clock.master].name;
+        std::optional<Time> achieved = results.harvest.achievedPeriod(number);
+        if (clock.period == 0)
+            achieved = ordinary(results.model.host().getAnalyzer()->getPeriod(results.model.root(number)));
+        if (achieved && *achieved > 0)
+            filled.achievedPeriod = achieved;
+        for (const auto& [pin, result] : results.harvest.endpoints()) {
+            if (result.setup && result.setup->capture == number)
+                add(filled.setup, result.setup->slack);
+            if (result.hold && result.hold->capture == number)
+                add(filled.hold, result.hold->slack);
+        }
+    }
+}
+
+void fillEndpoints(const Results& results, Report::Report& report) {
+    const auto nameOf = [&](std::uint32_t clock) {
+        return clock == none ? std::string() : results.clocks[clock].name;
+    };
+    for (const auto& [pin, result] : results.harvest.endpoints()) {
+        Report::Endpoint& endpoint = report.endpoints.emplace_back();
+        endpoint.pin = results.design.pinName(pin);
+        if (result.setup) {
+            endpoint.setupSlack = result.setup->slack;
+            endpoint.setupClocks[0] = nameOf(result.setup->launch);
+            endpoint.setupClocks[1] = nameOf(result.setup->capture);
+            if (result.setup->exception != none)
+                endpoint.setupException = describe(results.constraints, result.setup->exception);
+            add(report.setup, result.setup->slack);
+        }
+        if (result.hold) {
+            endpoint.holdSlack = result.hold->slack;
+            endpoint.holdClocks[0] = nameOf(result.hold->launch);
+            endpoint.holdClocks[1] = nameOf(result.hold->capture);
+            if (result.hold->exception != none)
+                endpoint.holdException = describe(results.constraints, result.hold->exception);
+            add(report.hold, result.hold->slack);
+        }
+    }
+    std::ranges::sort(report.endpoints, {}, &Report::Endpoint::pin);
+}
+
+// What could be an end point and has no slack.
+void fillUnconstrained(const Results& results, bool list, Report::Report& report) {
+    const Readers::Design& design = results.design;
+    for (std::uint32_t pin = 0; pin < design.pins.size(); ++pin) {
+        const bool output = design.isPort(pin) && design.pins[pin].direction != Readers::Direction::input;
+        if ((!output && !design.isDataPin(pin)) || results.harvest.endpoints().contains(pin))
+            continue;
+        ++report.unconstrainedEndpoints;
+        if (list)
+            report.unconstrained.push_back(design.pinName(pin));
+    }
+    std::ranges::sort(report.unconstrained);
+}
+
+void fillPulseChecks(const Results& results, Report::Report& report) {
+    for (const Readers::Design::PulseCheck& check : results.design.pulseChecks)
+        for (const std::uint32_t number : results.model.clocksAt(check.pin)) {
+            const Readers::Model::Clock& clock = results.clocks[number];
+            if (clock.period == 0)
+                continue;
+            const Time low = clock.period - clock.high();
+            const Time width = check.edge == Readers::Transition::rise   ? clock.high()
+                               : check.edge == Readers::Transition::fall ? low
+                                                                         : std::min(clock.high(), low);
+            const Time actual = check.period ? clock.period : width;
+            report.pulseChecks.push_back({results.design.pinName(check.pin), check.period, clock.name,
+                                          check.required, actual, actual - check.required});
+        }
+    std::ranges::sort(report.pulseChecks, {}, [](const Report::PulseCheck& check) {
+        return std::tie(check.pin, check.period, check.clock, check.required);
+    });
+}
+
+void fillExceptions(const Results& results, Report::Report& report) {
+    const Readers::Sdc::Constraints& constraints = results.constraints;
+    std::vector<std::uint64_t> setups(constraints.exceptions.size()), holds = setups;
+    for (const auto& [pin, result] : results.harvest.endpoints()) {
+        if (result.setup && result.setup->exception != none)
+            ++setups[result.setup->exception];
+        if (result.hold && result.hold->exception != none)
+            ++holds[result.hold->exception];
+    }
+    for (std::uint32_t number = 0; number < constraints.exceptions.size(); ++number) {
+        const Readers::Model::Exceptions::Use& use = results.exceptions.uses()[number];
+        Report::ExceptionUse& filled = report.exceptions.emplace_back();
+        filled.exception = describe(constraints, number);
+        filled.text = constraints.exceptions[number].text;
+        filled.setupEndpoints = setups[number];
+        filled.holdEndpoints = holds[number];
+        filled.status = !use.matchesObjects ? "matches nothing"
+                        : !use.matchesPath  ? "matches no path"
+                        : use.governs       ? "governs"
+                                            : "always overruled";
+        if (use.matchesPath && !use.governs)
+            for (const std::uint32_t other : use.overruledBy)
+                filled.overruledBy.push_back(constraints.exceptions[other].origin.line);
+        std::ranges::sort(filled.overruledBy);
+        for (const Report::Path& path : report.paths)
+            if (path.exception && path.exception->file == filled.exception.file &&
+                path.exception->line == filled.exception.line)
+                ++filled.paths;
+    }
+}
+
+} // namespace
+
+void fillReport(const Results& results, bool listUnconstrained, Report::Report& report) {
+    report.design = results.design.name;
+    fillEndpoints(results, report);
+    fillClocks(results, report);
+    report.paths = results.harvest.paths();
+    fillUnconstrained(results, listUnconstrained, report);
+    fillPulseChecks(results, report);
+    fillExceptions(results, report);
+}
+
+} // namespace Cli

@@ -1,0 +1,67 @@
+// The clocks that live after the last command: waveforms, latencies, and when each arrives at which pin.
+//
+// A clock walks from its targets along wires and gates, one edge staying that edge. It ends at a register's
+// clock pin and at every target of a clock. Each pin keeps the least early and the greatest late value over
+// all walks; the walks are listed one by one, so the cost is the number of paths.
+#pragma once
+
+#include "Design.h"
+
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace Brute {
+
+enum class DelayMode { minimum, typical, maximum, minmax };
+struct Options {
+    DelayMode delays = DelayMode::minmax;
+    bool propagated = true; // what a clock is before a command speaks
+};
+
+struct Interval {
+    int early = 0, late = 0;
+};
+inline Interval operator+(Interval a, Interval b) { return {a.early + b.early, a.late + b.late}; }
+
+Interval interval(const Values& values, DelayMode mode);
+int checkValue(const Triple& triple, DelayMode mode);
+
+struct LiveClock {
+    int index = none; // into Design::clocks
+    std::string name;
+    int period = 0, rise = 0, fall = 0;
+    bool propagated = true;
+    Interval root;   // at its targets: source latency, and insertion delay where it is propagated
+    int network = 0; // ideal clocks only
+    std::vector<int> targets;
+    std::map<int, Interval> arrivals; // at every pin that it reaches, all latency included
+
+    int edge(bool fallEdge) const { return fallEdge ? fall : rise; }
+    // What a port delay that names it starts from.
+    Interval atPort(bool sourceIncluded, bool networkIncluded) const;
+};
+
+struct Clocks {
+    std::vector<LiveClock> live;
+    std::vector<int> liveOf; // by index into Design::clocks: into live, none where it was replaced
+    std::set<int> sources;   // all targets
+};
+
+// Throws std::logic_error where a generated clock has no master, or several that none was chosen of.
+Clocks resolveClocks(const Design& design, const Options& options);
+
+// Arcs that no constraint takes out, by the pin they leave.
+std::vector<std::vector<int>> liveArcs(const Design& design);
+// Cells whose arcs and checks are all taken out.
+std::set<int> disabledCells(const Design& design);
+
+// Capture minus launch, the edges repeated for ever in both directions.
+struct Relation {
+    int setup = 0; // the smallest above 0
+    int hold = 0;  // the largest not above 0
+};
+Relation relation(int launchEdge, int launchPeriod, int captureEdge, int capturePeriod);
+
+} // namespace Brute

@@ -1,0 +1,33 @@
+// Random small designs with random constraints, for comparing two ways of timing them.
+//
+// The same seed and shape give the same design on every machine. Gates have no cycles, a design has at most
+// `maximumPaths` data paths, and what constraints leave open is avoided (see the list in Generate.cpp), so
+// that every slack is beyond dispute.
+#pragma once
+
+#include "Design.h"
+
+#include <cstdint>
+
+namespace Brute {
+
+enum class ExceptionMode {
+    without,
+    single,     // at most one exception names a path (or one pair: -setup and -hold over the same objects)
+    overlapping // they name the same paths in every way
+};
+
+struct Shape {
+    int minimumRegisters = 2, maximumRegisters = 12;
+    int maximumGates = 25;
+    int maximumClocks = 4;
+    int maximumExceptions = 12;
+    int maximumPaths = 2000;
+    ExceptionMode exceptions = ExceptionMode::overlapping;
+    bool pads = true;      // cells between ports and the rest, of which no delay is written
+    bool bareWires = true; // connections of which no delay is written
+};
+
+Design generate(std::uint64_t seed, const Shape& shape);
+
+} // namespace Brute

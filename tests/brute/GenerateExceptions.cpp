@@ -1,0 +1,276 @@
+#include "GenerateExceptions.h"
+
+#include "Analyse.h"
+
+#include <algorithm>
+
+namespace Brute {
+
+namespace {
+
+using Kind = Exception::Kind;
+
+std::size_t at(int index) { return static_cast<std::size_t>(index); }
+
+// How a register is named at the start and at the end of a path, and a gate in the middle: one way for each,
+// so that two commands never mean one place by different objects.
+enum class Form { first, second, third, fourth };
+
+class Maker {
+public:
+    Maker(Random& random, const Shape& shape, Skeleton& skeleton, bool allIdeal)
+        : random_(random), shape_(shape), s_(skeleton), d_(skeleton.design),
+          clocks_(resolveClocks(d_, options_)), paths_(listPaths(d_, clocks_, options_)) {
+        for (std::size_t i = 0; i < d_.cells.size(); ++i)
+            forms_.push_back(static_cast<Form>(random_.between(0, 3)));
+        ignoreLatency_ = allIdeal && random_.chance(50);
+        setupStart_ = start(), holdStart_ = start();
+    }
+
+    void run() {
+        if (shape_.exceptions == ExceptionMode::without || paths_.empty())
+            return;
+        const int wanted = random_.between(1, shape_.maximumExceptions);
+        for (int n = 0; n < wanted && hasRoom(); ++n)
+            tryOne();
+        std::ranges::stable_partition(
+            d_.exceptions, [](const Exception& e) { return e.kind == Kind::multicycle && !e.setup; });
+    }
+
+private:
+    bool hasRoom() const { return static_cast<int>(d_.exceptions.size()) < shape_.maximumExceptions; }
+
+    std::optional<bool> start() {
+        if (random_.chance(50))
+            return {};
+        return random_.chance(50);
+    }
+
+    // --- Objects -------------------------------------------------------------------------------------------
+
+    bool isDivider(int cell) const {
+        return std::ranges::any_of(s_.dividers,
+                                   [&](const Divider& v) { return d_.pins[at(v.clockPin)].cell == cell; });
+    }
+
+    Object clock() { return {Object::Kind::clock, random_.of(clocks_.live).index}; }
+
+    // A path of the design, so that exceptions mostly name something.
+    const DataPath& path() { return random_.of(paths_); }
+
+    std::optional<Object> fromObject(bool delay) {
+        const DataPath& p = path();
+        const int pin = p.pins.front();
+        if (random_.chance(30))
+            return clock();
+        if (p.start == DataPath::Start::port)
+            return Object{Object::Kind::port, pin};
+        if (p.start == DataPath::Start::clockSource)
+            return {};
+        const int cell = d_.pins[at(pin)].cell;
+        if (isDivider(cell))
+            return {};
+        const Form form = forms_[at(cell)];
+        if (form == Form::first)
+            return Object{Object::Kind::cell, cell};
+        if (form == Form::second && !delay)
+            return Object{Object::Kind::pin, p.pins[1]};
+        return Object{Object::Kind::pin, pin};
+    }
+
+    std::optional<Object> toObject() {
+        const int pin = path().pins.back();
+        if (random_.chance(30))
+            return clock();
+        if (d_.isPort(pin))
+            return Object{Object::Kind::port, pin};
+        const int cell = d_.pins[at(pin)].cell;
+        if (forms_[at(cell)] == Form::first || forms_[at(cell)] == Form::third)
+            return Object{Object::Kind::cell, cell};
+        return Object{Object::Kind::pin, pin};
+    }
+
+    // A gate's output in the gate's own form: pin, net or cell.
+    std::optional<Object> throughObject(const DataPath& p) {
+        std::vector<Object> found;
+        for (std::size_t i = 1; i + 1 < p.pins.size(); ++i) {
+            const int pin = p.pins[i], cell = d_.pins[at(pin)].cell;
+            if (cell == none || d_.pins[at(pin)].direction != Direction::output ||
+                std::ranges::count(s_.gates, cell) == 0)
+                continue;
+            switch (forms_[at(cell)]) {
+            case Form::first:
+                found.push_back({Object::Kind::cell, cell});
+                break;
+            case Form::second:
+                found.push_back({Object::Kind::net, d_.pins[at(pin)].net});
+                break;
+            default:
+                found.push_back({Object::Kind::pin, pin});
+            }
+        }
+        if (found.empty())
+            return {};
+        return random_.of(found);
+    }
+
+    void addOnce(std::vector<Object>& to, const std::optional<Object>& object) {
+        if (object && std::ranges::find(to, *object) == to.end())
+            to.push_back(*object);
+    }
+
+    // A pin where no path starts or ends, given as -from or -to.
+    std::optional<Object> middlePin() {
+        const std::optional<Object> o = throughObject(path());
+        if (o && o->kind == Object::Kind::pin && forms_[at(d_.pins[at(o->index)].cell)] == Form::fourth)
+            return o;
+        return {};
+    }
+
+    Exception objects(Kind kind) {
+        const bool delay = kind == Kind::maximumDelay || kind == Kind::minimumDelay;
+        Exception e;
+        e.kind = kind;
+        if (random_.chance(65))
+            for (int n = random_.chance(70) ? 1 : random_.between(2, 3); n > 0; --n)
+                addOnce(e.from, fromObject(delay));
+        if (random_.chance(55))
+            for (int n = random_.chance(70) ? 1 : random_.between(2, 3); n > 0; --n)
+                addOnce(e.to, toObject());
+        if (random_.chance(35))
+            through(e);
+        if (!delay && random_.chance(5)) {
+            if (const std::optional<Object> o = middlePin(); o && random_.chance(50))
+                e.from = {*o};
+            else if (o)
+                e.to = {*o};
+        }
+        return e;
+    }
+
+    // Groups in the order of one path; several objects in one group from others.
+    void through(Exception& e) {
+        const DataPath& p = path();
+        const auto position = [&](const Object& o) {
+            for (std::size_t i = 0; i < p.pins.size(); ++i) {
+                const Pin& pin = d_.pins[at(p.pins[i])];
+                const bool same = o.kind == Object::Kind::cell ? pin.cell == o.index
+                                  : o.kind == Object::Kind::net
+                                      ? pin.net == o.index && pin.direction == Direction::output
+                                      : p.pins[i] == o.index;
+                if (same)
+                    return i;
+            }
+            return p.pins.size();
+        };
+        std::vector<Object> row;
+        for (int n = random_.chance(75) ? 1 : 2; n > 0; --n)
+            addOnce(row, throughObject(p));
+        std::ranges::sort(row, {}, position);
+        for (const Object& o : row)
+            e.through.push_back({o});
+        if (!e.through.empty() && random_.chance(30)) {
+            std::vector<Object> known = row;
+            if (const std::optional<Object> other = throughObject(path());
+                other && std::ranges::find(known, *other) == known.end())
+                e.through.front().push_back(*other);
+        }
+    }
+
+    // --- Exceptions ----------------------------------------------------------------------------------------
+
+    void tryOne() {
+        const int draw = random_.between(0, 9);
+        const Kind kind = draw < 3   ? Kind::falsePath
+                          : draw < 7 ? Kind::multicycle
+                          : draw < 9 ? Kind::maximumDelay
+                                     : Kind::minimumDelay;
+        Exception e = objects(kind);
+        if (shape_.exceptions == ExceptionMode::overlapping && !d_.exceptions.empty() && random_.chance(25)) {
+            const Exception& old = random_.of(d_.exceptions); // the same objects again
+            if (kind == old.kind)
+                e.from = old.from, e.to = old.to, e.through = old.through;
+        }
+        if (e.from.empty() && e.to.empty() && e.through.empty())
+            return;
+        const bool overlapping = shape_.exceptions == ExceptionMode::overlapping;
+        switch (kind) {
+        case Kind::falsePath:
+            e.setup = random_.chance(60) ? std::nullopt : std::optional(random_.chance(50));
+            break;
+        case Kind::multicycle:
+            e.setup = random_.chance(35) ? std::nullopt : std::optional(random_.chance(65));
+            e.value = e.setup.value_or(true) ? random_.between(1, 4) : random_.between(0, 3);
+            e.start = overlapping ? (e.setup.value_or(true) ? setupStart_ : holdStart_) : start();
+            break;
+        default: {
+            const int most = kind == Kind::maximumDelay ? 120 : 30;
+            e.value = random_.between(kind == Kind::maximumDelay ? 10 : -20, most) * 100;
+            e.ignoreLatency = ignoreLatency_;
+        }
+        }
+        const std::size_t before = d_.exceptions.size();
+        d_.exceptions.push_back(e);
+        if (kind == Kind::multicycle && e.setup == true && hasRoom() && random_.chance(60)) {
+            Exception pair = e; // the usual pair: the hold check goes back
+            pair.setup = false;
+            pair.value = std::max(0, e.value - 1);
+            pair.start = overlapping ? holdStart_ : e.start;
+            d_.exceptions.push_back(pair);
+        }
+        if (!fits(before))
+            d_.exceptions.resize(before);
+    }
+
+    // Whether the exceptions from the given one on leave nothing open, and name no path of others where that
+    // is asked.
+    bool fits(std::size_t first) const {
+        for (const Naming& n : namings(d_, clocks_, paths_, options_)) {
+            bool mine = false, others = false;
+            for (int e : n.exceptions)
+                (static_cast<std::size_t>(e) >= first ? mine : others) = true;
+            if (shape_.exceptions == ExceptionMode::single && mine && others)
+                return false;
+            for (int e : n.exceptions)
+                if (static_cast<std::size_t>(e) >= first && isOpen(d_.exceptions[at(e)], n))
+                    return false;
+        }
+        return true;
+    }
+
+    bool isOpen(const Exception& e, const Naming& n) const {
+        if (e.kind == Kind::falsePath || e.kind == Kind::multicycle)
+            return false;
+        const auto names = [](const std::vector<Object>& objects, int pin) {
+            return std::ranges::find(objects, Object{Object::Kind::port, pin}) != objects.end();
+        };
+        if (n.launch.unclocked || n.capture.unclocked)
+            return true;
+        if (n.launch.undelayed && !names(e.from, n.path->pins.front()))
+            return true;
+        if (n.capture.undelayed && !names(e.to, n.path->pins.back()))
+            return true;
+        if (n.path->start == DataPath::Start::port && (!n.launch.early || !n.launch.late))
+            return true;
+        return d_.isPort(n.path->pins.back()) && (!n.capture.setup || !n.capture.hold);
+    }
+
+    Random& random_;
+    const Shape& shape_;
+    Skeleton& s_;
+    Design& d_;
+    const Options options_{};
+    Clocks clocks_;
+    std::vector<DataPath> paths_;
+    std::vector<Form> forms_; // by cell
+    bool ignoreLatency_ = false;
+    std::optional<bool> setupStart_, holdStart_;
+};
+
+} // namespace
+
+void generateExceptions(Random& random, const Shape& shape, Skeleton& skeleton, bool allIdeal) {
+    Maker(random, shape, skeleton, allIdeal).run();
+}
+
+} // namespace Brute

@@ -1,0 +1,47 @@
+// Every data path of a design, pin by pin, and who launches and who captures it.
+//
+// A path starts at a register's clock pin, at an input port or at a clock's own source pin, and ends at a
+// checked pin or an output port. It never runs into the target of a clock. The list is complete: its length
+// is the cost.
+#pragma once
+
+#include "Clocks.h"
+
+namespace Brute {
+
+struct DataPath {
+    enum class Start { clockPin, port, clockSource };
+    Start start = Start::port;
+    Edge startEdge = Edge::rise; // of a register
+    std::vector<int> pins;       // start to end
+    std::vector<int>
+        nets; // as many as pins less one: the net from this pin to the next, or none through a cell
+    Interval delay;
+};
+
+std::vector<DataPath> listPaths(const Design& design, const Clocks& clocks, const Options& options);
+
+// What sets a path off. Sides that a port delay does not give are absent.
+struct Launch {
+    int clock = none; // into Clocks::live
+    bool fall = false;
+    std::optional<int> early, late; // after the clock edge
+    Interval latency;               // what of it is the clock's
+    bool undelayed = false;         // an input port without a delay
+    bool unclocked = false; // a register that no clock reaches, or a delay without a clock: nothing is timed
+};
+std::vector<Launch> launches(const Design& design, const Clocks& clocks, const DataPath& path);
+
+// What a path must meet: after (setup) or before (hold) the capture edge. Absent: that side is not checked.
+struct Capture {
+    int clock = none;
+    bool fall = false;
+    Interval latency;
+    std::optional<int> setup, hold; // an output port's: its maximum delay, and minus its minimum
+    bool undelayed = false;
+    bool unclocked = false;
+};
+std::vector<Capture> captures(const Design& design, const Clocks& clocks, const DataPath& path,
+                              const Options& options);
+
+} // namespace Brute

@@ -1,0 +1,54 @@
+// The texts of diagnostics, and what is kept of a run.
+#include "readers/Diagnostics.h"
+
+#include <gtest/gtest.h>
+
+using Readers::BadInput;
+using Readers::Diagnostic;
+using Readers::Diagnostics;
+using Readers::Severity;
+
+namespace {
+
+TEST(Diagnostics, AreWrittenWithThePlaceAsFarAsItIsKnown) {
+    const struct {
+        Diagnostic diagnostic;
+        const char* expected;
+    } rows[] = {
+        {{Severity::note, {}, "done"}, "note: done"},
+        {{Severity::warning, {"a.sdf"}, "odd"}, "a.sdf: warning: odd"},
+        {{Severity::error, {"a.sdf", 3}, "bad"}, "a.sdf:3: error: bad"},
+        {{Severity::error, {"a.sdf", 3, 14}, "bad"}, "a.sdf:3:14: error: bad"},
+        {{Severity::error, {"a.sdf", 0, 14}, "bad"}, "a.sdf: error: bad"},
+        {{Severity::error, {"", 3, 14}, "bad"}, "error: bad"},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(toString(row.diagnostic), row.expected);
+        const BadInput thrown(row.diagnostic);
+        EXPECT_STREQ(thrown.what(), row.expected);
+        EXPECT_EQ(thrown.diagnostic(), row.diagnostic);
+    }
+}
+
+TEST(Diagnostics, ABadInputIsAnError) {
+    const BadInput thrown({"a.sdf", 1, 2}, "bad");
+    EXPECT_EQ(thrown.diagnostic(), (Diagnostic{Severity::error, {"a.sdf", 1, 2}, "bad"}));
+}
+
+TEST(Diagnostics, StayInTheOrderTheyCome) {
+    Diagnostics diagnostics;
+    diagnostics.warning({"b", 2}, "second");
+    diagnostics.note({"a", 1}, "first");
+    diagnostics.error({}, "third");
+    diagnostics.add({Severity::warning, {"b", 2}, "second"});
+    const std::vector<Diagnostic> expected = {{Severity::warning, {"b", 2}, "second"},
+                                              {Severity::note, {"a", 1}, "first"},
+                                              {Severity::error, {}, "third"},
+                                              {Severity::warning, {"b", 2}, "second"}};
+    EXPECT_EQ(diagnostics.all(), expected);
+    EXPECT_EQ(diagnostics.count(Severity::note), 1U);
+    EXPECT_EQ(diagnostics.count(Severity::warning), 2U);
+    EXPECT_EQ(diagnostics.count(Severity::error), 1U);
+}
+
+} // namespace

@@ -1,0 +1,196 @@
+// The interpreter: what a script may do, what it may not, and where its errors stand.
+#include "Script.h"
+
+#include <chrono>
+
+using Support::Folder;
+using Support::Row;
+
+namespace {
+
+constexpr std::chrono::milliseconds aMoment{100};
+
+class SdcScripts : public testing::TestWithParam<Row> {};
+
+TEST_P(SdcScripts, SayTheExpected) {
+    EXPECT_EQ(Support::run(GetParam().script).allMessages(), GetParam().expected) << GetParam().script;
+}
+
+const Row language[] = {
+    {"", ""},
+    {"# only a comment\n\n", ""},
+    {"puts -nonewline {a b}; puts stdout c", "x.sdc:1: note: puts: a b\nx.sdc:1: note: puts: c\n"},
+    {"set d [dict create a 1]\nputs [string toupper x[dict get $d a]]", "x.sdc:2: note: puts: X1\n"},
+    {"if {[catch {set_false_path} text]} { puts $text }",
+     "x.sdc:1: note: puts: set_false_path: needs -from, -through or -to\n"},
+    {"puts a\r\nputs \\\r\n b\r\nputs c\r\n",
+     "x.sdc:1: note: puts: a\nx.sdc:2: note: puts: b\nx.sdc:4: note: puts: c\n"},
+    {"\xEF\xBB\xBFputs a", "x.sdc:1: note: puts: a\n"},
+    {"puts a\nreturn\nputs b", "x.sdc:1: note: puts: a\n"},
+    {"for {set i 0} {$i < 3} {incr i} {\n  if {$i == 1} continue\n  puts $i\n}",
+     "x.sdc:3: note: puts: 0\nx.sdc:3: note: puts: 2\n"},
+};
+INSTANTIATE_TEST_SUITE_P(Language, SdcScripts, testing::ValuesIn(language));
+
+const Row refused[] = {
+    {"exec ls", "x.sdc:1: error: 'exec' is not available in a constraint file\n"},
+    {"\n::exec ls", "x.sdc:2: error: 'exec' is not available in a constraint file\n"},
+    {"set f [open /etc/passwd]", "x.sdc:1: error: 'open' is not available in a constraint file\n"},
+    {"open |ls", "x.sdc:1: error: 'open' is not available in a constraint file\n"},
+    {"socket localhost 80", "x.sdc:1: error: 'socket' is not available in a constraint file\n"},
+    {"load libfoo.so", "x.sdc:1: error: 'load' is not available in a constraint file\n"},
+    {"cd /", "x.sdc:1: error: 'cd' is not available in a constraint file\n"},
+    {"glob *", "x.sdc:1: error: 'glob' is not available in a constraint file\n"},
+    {"file delete x", "x.sdc:1: error: 'file' is not available in a constraint file\n"},
+    {"after 1000", "x.sdc:1: error: 'after' is not available in a constraint file\n"},
+    {"vwait x", "x.sdc:1: error: 'vwait' is not available in a constraint file\n"},
+    {"update", "x.sdc:1: error: 'update' is not available in a constraint file\n"},
+    {"exit", "x.sdc:1: error: 'exit' is not available in a constraint file\n"},
+    {"interp create", "x.sdc:1: error: 'interp' is not available in a constraint file\n"},
+    {"package require x", "x.sdc:1: error: 'package' is not available in a constraint file\n"},
+    {"pid", "x.sdc:1: error: 'pid' is not available in a constraint file\n"},
+    {"encoding system", "x.sdc:1: error: 'encoding' is not available in a constraint file\n"},
+    {"fconfigure stdin", "x.sdc:1: error: 'fconfigure' is not available in a constraint file\n"},
+    {"gets stdin", "x.sdc:1: error: 'gets' is not available in a constraint file\n"},
+    {"rename puts x", "x.sdc:1: error: 'rename' is not available in a constraint file\n"},
+    {"trace add x", "x.sdc:1: error: 'trace' is not available in a constraint file\n"},
+    {"namespace delete ::", "x.sdc:1: error: 'namespace' is not available in a constraint file\n"},
+    {"coroutine x y", "x.sdc:1: error: 'coroutine' is not available in a constraint file\n"},
+    {"clock seconds", "x.sdc:1: error: 'clock' is not available in a constraint file\n"},
+    {"::tcl::file::delete x", "x.sdc:1: error: unknown command '::tcl::file::delete'\n"},
+    {"::tcl::unsupported::assemble x", "x.sdc:1: error: unknown command '::tcl::unsupported::assemble'\n"},
+    {"expr rand()", "x.sdc:1: error: unknown command 'tcl::mathfunc::rand'\n"},
+    {"puts [info exists env]", "x.sdc:1: note: puts: 0\n"},
+    {"puts file1 text", "x.sdc:1: error: puts: expected one text; files cannot be written\n"},
+};
+INSTANTIATE_TEST_SUITE_P(Refused, SdcScripts, testing::ValuesIn(refused));
+
+const Row placed[] = {
+    {"foo", "x.sdc:1: error: unknown command 'foo'\n"},
+    {"\n# a comment\nfoo 1 2", "x.sdc:3: error: unknown command 'foo'\n"},
+    {"set a 1; \\\n  foo", "x.sdc:2: error: unknown command 'foo'\n"},
+    {"set_false_path \\\n  -from rst \\\n  -foo", "x.sdc:1: error: set_false_path: unknown option '-foo'\n"},
+    {"foreach x {1} {\n  set y 1\n  foo\n}", "x.sdc:3: error: unknown command 'foo'\n"},
+    {"if 0 {\n  set y 1\n} else {\n  set y 2\n  foo\n}", "x.sdc:5: error: unknown command 'foo'\n"},
+    {"if 0 {\n  set y 1\n} else {\n  set y 2\n  set y $z\n}",
+     "x.sdc:5: error: can't read \"z\": no such variable\n"},
+    {"foreach x {1} {\n  set y 1\n  set y [expr {$x + }]\n}",
+     "x.sdc:3: error: missing operand at _@_\nin expression \"$x + _@_\"\n"},
+    {"proc p {a} {\n  set b $a\n  foo\n}\n\np 1", "x.sdc:3: error: unknown command 'foo'\n"},
+    {"proc p {a} {\n  set b $a\n  set c $d\n}\n\np 1",
+     "x.sdc:3: error: can't read \"d\": no such variable\n"},
+    {"proc p {a} {\n}\nif 1 {\n  p\n}", "x.sdc:4: error: wrong # args: should be \"p a\"\n"},
+    {"set s {\n\n\nfoo}\n\neval $s", "x.sdc:6: error: unknown command 'foo'\n"},
+    {"set x 1\n\nset y {1", "x.sdc:3: error: missing close-brace\n"},
+    {"set x 1\nputs \"a", "x.sdc:2: error: missing \"\n"},
+    {"puts [get_ports", "x.sdc:1: error: missing close-bracket\n"},
+    {"set x 1\nbreak", "x.sdc:2: error: 'break' and 'continue' work inside of a loop only\n"},
+    {"set x 1\nerror {my own}", "x.sdc:2: error: my own\n"},
+    {"catch {foo}\nbar", "x.sdc:2: error: unknown command 'bar'\n"},
+    {"if {[catch {foo} m]} {\n\n  error \"again: $m\"\n}", "x.sdc:3: error: again: unknown command 'foo'\n"},
+};
+INSTANTIATE_TEST_SUITE_P(Placed, SdcScripts, testing::ValuesIn(placed));
+
+// --- Limits ---------------------------------------------------------------------------------------------------------
+
+TEST(SdcLimits, EndRunawayScripts) {
+    const Support::Outcome loop =
+        Support::run("set x 1\nwhile 1 {\n  set x 2\n}", {aMoment, 1'000'000'000, 1000});
+    EXPECT_EQ(loop.allMessages(), "x.sdc:2: error: the script ran for more than 0.1 s\n");
+
+    const Support::Outcome empty =
+        Support::run("catch { while 1 {} }\nputs on", {aMoment, 1'000'000'000, 1000});
+    EXPECT_EQ(empty.allMessages(), "x.sdc:1: error: the script ran for more than 0.1 s\n");
+
+    const Support::Outcome nested =
+        Support::run("proc p {} {\n while 1 {}\n}\n\nforeach x 1 {\n p\n}", {aMoment, 1'000'000'000, 1000});
+    EXPECT_EQ(nested.allMessages(), "x.sdc:5: error: the script ran for more than 0.1 s\n");
+
+    const Support::Outcome commands =
+        Support::run("while 1 { get_ports clk }", {std::chrono::seconds(60), 1000, 1000});
+    EXPECT_EQ(commands.allMessages(), "x.sdc:1: error: the script ran for more than 1000 commands\n");
+}
+
+TEST(SdcLimits, EndDeepRecursion) {
+    const Support::Outcome calls = Support::run("proc p {} {\n  p\n}\np");
+    ASSERT_EQ(calls.messages.size(), 1U);
+    EXPECT_EQ(calls.messages[0], "x.sdc:2: error: too many nested evaluations (infinite loop?)");
+
+    const Support::Outcome caught =
+        Support::run("proc p {} { foreach_in_collection x 1 { p } }\ncatch { p } m\nputs $m");
+    EXPECT_EQ(caught.allMessages(), "x.sdc:3: note: puts: too many nested evaluations (infinite loop?)\n");
+
+    for (const char bracket : {'[', '{'}) {
+        const Support::Outcome deep = Support::run("set x 1\nset y " + std::string(100'000, bracket));
+        EXPECT_EQ(deep.allMessages(), "x.sdc:2: error: brackets or braces stand in one another too deep\n")
+            << bracket;
+    }
+}
+
+TEST(SdcLimits, AreForOneFileEach) {
+    const std::string busy = "for {set i 0} {$i < 600} {incr i} { get_ports clk }";
+    EXPECT_EQ(Support::run({busy, busy, busy}, {std::chrono::seconds(60), 2500, 1000}).allMessages(), "");
+}
+
+TEST(SdcScripts, PrintOnlySoMuch) {
+    const Support::Outcome outcome = Support::run("for {set i 0} {$i < 1000} {incr i} { puts $i }");
+    ASSERT_EQ(outcome.messages.size(), 101U);
+    EXPECT_EQ(outcome.messages.back(), "x.sdc:1: note: puts: the script's further output is left out");
+}
+
+// --- source ---------------------------------------------------------------------------------------------------------
+
+TEST(SdcSource, ReadsFilesBesideAndBelow) {
+    const Folder folder;
+    folder.write("clocks.sdc", "set period 4\nproc cut {to} {\n\n  set_false_path -to $to\n}\n");
+    folder.write("sub/io.sdc", "\nset_input_delay 1 -clock c rst\nsource more.sdc\n");
+    folder.write("sub/more.sdc", "get_ports zz\nreturn\nfoo\n");
+    const Support::Outcome outcome = Support::runIn(
+        folder,
+        "source clocks.sdc\ncreate_clock -name c -period $period clk\nsource -echo sub/io.sdc\ncut out");
+    EXPECT_EQ(outcome.constraints, "clock c 4 {0 2} on clk\ninput rst 1 1 c\nfalse to {out}\nunmatched 1\n");
+    EXPECT_EQ(outcome.allMessages(), "sub/more.sdc:1: warning: get_ports: no port matches 'zz'\n");
+    const auto place = [&](const Readers::Sdc::Origin& origin) {
+        const Readers::Place found = outcome.result.place(origin);
+        return folder.relative(found.file) + ":" + std::to_string(found.line);
+    };
+    EXPECT_EQ(place(outcome.result.clocks[0].origin), "x.sdc:2");
+    EXPECT_EQ(place(outcome.result.portDelays[0].origin), "sub/io.sdc:2");
+    EXPECT_EQ(place(outcome.result.exceptions[0].origin), "clocks.sdc:4");
+}
+
+TEST(SdcSource, PlacesErrorsInTheInnerFile) {
+    const Folder folder;
+    folder.write("inner.sdc", "set a 1\n\nif 1 {\n  set b $c\n}\n");
+    folder.write("foo.sdc", "\nfoo\n");
+    EXPECT_EQ(Support::runIn(folder, "\nsource inner.sdc").allMessages(),
+              "inner.sdc:4: error: can't read \"c\": no such variable\n");
+    EXPECT_EQ(Support::runIn(folder, "foreach f {foo} {\n source $f.sdc\n}").allMessages(),
+              "foo.sdc:2: error: unknown command 'foo'\n");
+    EXPECT_EQ(Support::runIn(folder, "catch {source foo.sdc}\nputs on").allMessages(),
+              "x.sdc:2: note: puts: on\n");
+}
+
+TEST(SdcSource, RefusesOtherPlaces) {
+    const Folder folder;
+    folder.write("a.sdc", "source b.sdc\n");
+    folder.write("b.sdc", "\nsource a.sdc\n");
+    const Row rows[] = {
+        {"source ../x.sdc",
+         "x.sdc:1: error: source: '../x.sdc': only files beside or below this one can be read\n"},
+        {"source sub/../../x.sdc",
+         "x.sdc:1: error: source: 'sub/../../x.sdc': only files beside or below this one can be read\n"},
+        {"source /etc/passwd",
+         "x.sdc:1: error: source: '/etc/passwd': expected a path relative to this file\n"},
+        {"source none.sdc", "x.sdc:1: error: source: 'none.sdc': cannot open: No such file or directory\n"},
+        {"\nsource x.sdc", "x.sdc:2: error: source: 'x.sdc' is being read already\n"},
+        {"source ./x.sdc", "x.sdc:1: error: source: './x.sdc' is being read already\n"},
+        {"source a.sdc", "b.sdc:2: error: source: 'a.sdc' is being read already\n"},
+        {"source", "x.sdc:1: error: source: expected one file\n"},
+        {"source -foo x", "x.sdc:1: error: source: unknown option '-foo'\n"},
+    };
+    for (const Row& row : rows)
+        EXPECT_EQ(Support::runIn(folder, row.script).allMessages(), row.expected) << row.script;
+}
+
+} // namespace
