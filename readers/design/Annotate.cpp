@@ -129,6 +129,8 @@ std::uint32_t Annotator::pinOf(std::uint32_t cell, std::string_view pin, Sdf::Wh
     std::uint32_t number = design_.findPin(cell, pin);
     if (number == none && !hasNetlist_)
         number = design_.addPin(cell, design_.names.add(pin));
+    if (number != none && design_.names[design_.pins[number].name] != pin)
+        design_.renamePin(number, design_.names.add(pin)); // a vector of one bit, as the file spells it
     if (number == none)
         count("delays and checks of pins that the netlist does not have", Severity::warning, where,
               cell == none ? std::string(pin) : std::string(design_.cellName(cell)).append("/").append(pin));

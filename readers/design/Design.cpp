@@ -65,6 +65,11 @@ void Design::rename(std::uint32_t cell, Name newName) {
     cellByName_.try_emplace(static_cast<std::uint32_t>(newName), cell);
 }
 
+void Design::renamePin(std::uint32_t pin, Name newName) {
+    pins[pin].name = newName;
+    pinByName_.try_emplace(pinKey(pins[pin].cell, newName), pin);
+}
+
 void Design::index() {
     group(
         cells.size(), pins.size(), [&](std::uint32_t pin) { return pins[pin].cell; }, cellFirst_, cellPins_);
@@ -85,11 +90,14 @@ std::uint32_t Design::findCell(std::string_view cell) const {
 }
 
 std::uint32_t Design::findPin(std::uint32_t cell, std::string_view pin) const {
-    const std::optional<Name> known = names.find(pin);
-    if (!known)
-        return none;
-    const auto found = pinByName_.find(pinKey(cell, *known));
-    return found == pinByName_.end() ? none : found->second;
+    if (const std::optional<Name> known = names.find(pin))
+        if (const auto found = pinByName_.find(pinKey(cell, *known)); found != pinByName_.end())
+            return found->second;
+    // A vector of one bit has no index in some files.
+    constexpr std::string_view onlyBit = "[0]";
+    return pin.size() > onlyBit.size() && pin.ends_with(onlyBit)
+               ? findPin(cell, pin.substr(0, pin.size() - onlyBit.size()))
+               : none;
 }
 
 std::uint32_t Design::findPort(std::string_view port) const {

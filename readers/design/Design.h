@@ -94,6 +94,7 @@ public:
     std::uint32_t addNet(Name name);
     // The cell is shown by this name, and found by it and by the old one.
     void rename(std::uint32_t cell, Name newName);
+    void renamePin(std::uint32_t pin, Name newName);
     // Builds the tables below; after that nothing may be added but delays and checks.
     void index();
 

@@ -22,19 +22,24 @@ Latency latencyOf(const Sdc::EarlyLate& latency, int scale, const Place& place) 
             latency.late ? toUnits(*latency.late, scale, place) : 0};
 }
 
-// The earliest and latest arrival at a node from a clock's targets, through arcs of every kind but those that
-// close loops or enter other clocks' sources.
+// The earliest and latest arrival at a node from others where it is known, through arcs of every kind but
+// those that close loops or enter other clocks' sources. Of all ways those count that pass the fewest
+// registers.
 class Insertion {
 public:
-    Insertion(const Network& network, const Clock& from, std::uint32_t to) : network_(network), to_(to) {
-        for (std::size_t target = 0; target < from.targets.size(); ++target)
-            arrivals_.try_emplace(from.targets[target], from.insertion[target]);
+    using Arrivals = std::vector<std::pair<std::uint32_t, Latency>>;
+
+    Insertion(const Network& network, const Arrivals& from, std::uint32_t to) : network_(network), to_(to) {
+        for (const auto& [node, arrival] : from)
+            arrivals_.try_emplace(node, arrival);
     }
 
     std::optional<Latency> find() {
         if (const auto known = arrivals_.find(to_); known != arrivals_.end())
             return known->second;
-        enter(to_);
+        if (!layer())
+            return std::nullopt;
+        walk_.push_back({to_, 0, std::nullopt});
         while (!walk_.empty())
             step();
         return arrivals_.at(to_);
@@ -47,13 +52,35 @@ private:
         std::optional<Latency> arrival;
     };
 
-    void enter(std::uint32_t node) {
-        walk_.push_back({node, 0, std::nullopt});
-        open_[node] = true;
+    bool isOpen(const Arc& arc) const {
+        return arc.kind != ArcKind::cut && (arc.kind != ArcKind::hidden || arc.to == to_);
     }
 
+    // Backwards, how many registers lie between a node and the end, until a known node is found.
+    bool layer() {
+        bool found = false;
+        std::vector<std::uint32_t> layer = {to_}, next;
+        for (std::uint32_t number = 0; !layer.empty() && !found; ++number, layer.swap(next), next.clear())
+            for (std::size_t at = 0; at < layer.size(); ++at) {
+                const std::uint32_t node = layer[at];
+                if (!layers_.try_emplace(node, number).second)
+                    continue;
+                if (arrivals_.contains(node)) {
+                    found = true;
+                    continue;
+                }
+                for (const std::uint32_t into : network_.in(node))
+                    if (const Arc& arc = network_.arcs()[into]; isOpen(arc) && !layers_.contains(arc.from))
+                        (arc.launch ? next : layer).push_back(arc.from);
+            }
+        return found;
+    }
+
+    // On a way with the fewest registers.
     bool isPassed(const Arc& arc) const {
-        return arc.kind != ArcKind::cut && (arc.kind != ArcKind::hidden || arc.to == to_);
+        const auto from = layers_.find(arc.from);
+        return isOpen(arc) && from != layers_.end() &&
+               from->second == layers_.at(arc.to) + (arc.launch ? 1 : 0);
     }
 
     void step() {
@@ -61,18 +88,17 @@ private:
         const std::span<const std::uint32_t> arcs = network_.in(top.node);
         if (top.next == arcs.size()) {
             arrivals_.try_emplace(top.node, top.arrival);
-            open_[top.node] = false;
             walk_.pop_back();
             return;
         }
         const Arc& arc = network_.arcs()[arcs[top.next]];
-        if (!isPassed(arc) || open_[arc.from]) {
+        if (!isPassed(arc)) {
             ++top.next;
             return;
         }
         const auto known = arrivals_.find(arc.from);
         if (known == arrivals_.end()) {
-            enter(arc.from);
+            walk_.push_back({arc.from, 0, std::nullopt});
             return;
         }
         ++top.next;
@@ -88,7 +114,7 @@ private:
     const Network& network_;
     const std::uint32_t to_;
     std::unordered_map<std::uint32_t, std::optional<Latency>> arrivals_;
-    std::unordered_map<std::uint32_t, bool> open_;
+    std::unordered_map<std::uint32_t, std::uint32_t> layers_;
     std::vector<Step> walk_;
 };
 
@@ -229,7 +255,7 @@ void Clocks::resolveGenerated(const Sdc::Constraints& constraints) {
             const Sdc::Clock& stated = constraints.clocks[number];
             shapeGenerated(clock, master, *stated.generated, clock.place);
             if (clock.propagated && !stated.sourceLatency.early && !stated.sourceLatency.late)
-                insert(clock, master);
+                insert(clock, master, stated.generated->source);
             done[number] = true;
             return true;
         });
@@ -289,10 +315,20 @@ void Clocks::shapeGenerated(Clock& clock, const Clock& master, const Sdc::Genera
                                   "' gets no waveform: expected a rise and a fall within one period");
 }
 
-void Clocks::insert(Clock& clock, const Clock& master) const {
+// From the master's targets by way of the source pin, where it lies on the way.
+void Clocks::insert(Clock& clock, const Clock& master, std::uint32_t source) const {
     clock.source = master.source;
+    Insertion::Arrivals from;
+    for (std::size_t target = 0; target < master.targets.size(); ++target)
+        from.emplace_back(master.targets[target], master.insertion[target]);
+    Insertion::Arrivals atSource;
+    for (const std::uint32_t node : {network_.sinkOf(source), network_.sourceOf(source)})
+        if (const std::optional<Latency> arrival = Insertion(network_, from, node).find())
+            atSource.emplace_back(node, *arrival);
     for (std::size_t target = 0; target < clock.targets.size(); ++target) {
-        const std::optional<Latency> insertion = Insertion(network_, master, clock.targets[target]).find();
+        std::optional<Latency> insertion = Insertion(network_, atSource, clock.targets[target]).find();
+        if (!insertion)
+            insertion = Insertion(network_, from, clock.targets[target]).find();
         if (insertion)
             clock.insertion[target] = *insertion;
         else

@@ -63,8 +63,8 @@ public:
     const Clock& operator[](std::uint32_t clock) const { return clocks_[clock]; }
     std::uint32_t size() const { return static_cast<std::uint32_t>(clocks_.size()); }
 
-    // Taken off a setup requirement and added to a hold one: what was said of the pair of clocks, else of the pin that
-    // captures, else of the clock that captures.
+    // Taken off a setup requirement and added to a hold one: what was said of the pair of clocks, else of the
+    // pin that captures, else of the clock that captures.
     Time uncertainty(std::uint32_t launch, std::uint32_t capture, std::uint32_t pin, bool setup) const;
 
 private:
@@ -73,7 +73,7 @@ private:
     void resolveGenerated(const Sdc::Constraints& constraints);
     std::uint32_t masterOf(std::uint32_t clock, const Sdc::Constraints& constraints) const;
     void shapeGenerated(Clock& clock, const Clock& master, const Sdc::GeneratedClock& generated, Place place);
-    void insert(Clock& clock, const Clock& master) const;
+    void insert(Clock& clock, const Clock& master, std::uint32_t source) const;
     Time units(const Decimal& time, const Place& place) const;
 
     const Design& design_;
@@ -86,7 +86,8 @@ private:
         std::optional<Time> setup, hold;
     };
     std::vector<PairUncertainty> pairs_;
-    std::unordered_map<std::uint32_t, std::pair<std::optional<Time>, std::optional<Time>>> pins_; // setup, hold
+    std::unordered_map<std::uint32_t, std::pair<std::optional<Time>, std::optional<Time>>>
+        pins_; // setup, hold
 };
 
 // Every time of a constraint in units. BadInput where it does not fit the engine's integers.

@@ -1,9 +1,9 @@
 // Walking the hierarchy, with a stack of its own, and joining nets.
 //
-// Every net of every instance is an entry of a union-find forest whose roots are the first of their trees; entry
-// 0 is the constant. A child's net that is connected takes its parent's entry, so that entries are merged only
-// where one module joins several of its ports. The result is measured before it is made: the time is linear in
-// it, and a small file cannot ask for more than the limits below.
+// Every net of every instance is an entry of a union-find forest whose roots are the first of their trees;
+// entry 0 is the constant. A child's net that is connected takes its parent's entry, so that entries are
+// merged only where one module joins several of its ports. The result is measured before it is made: the time
+// is linear in it, and a small file cannot ask for more than the limits below.
 #include "Flatten.h"
 
 #include "Hierarchy.h"
@@ -33,6 +33,12 @@ private:
         std::size_t prefix = 0;          // how long the path is without it
         std::vector<std::uint32_t> nets; // entries of the module's nets
     };
+    // The outermost module knows a net best; there the shortest name counts, and of those the first.
+    struct NetName {
+        Name name = noName;
+        bool generated = false;
+        std::uint32_t depth = 0;
+    };
     using PortTable = std::unordered_map<std::uint32_t, std::uint32_t>;
 
     // --- The forest -----------------------------------------------------------------------------------------------
@@ -48,8 +54,8 @@ private:
         return entry;
     }
     void join(std::uint32_t a, std::uint32_t b);
-    void offer(std::uint32_t entry, const Module::Net& net);
-    bool isBetter(const Module::Net& a, const Module::Net& b) const;
+    void offer(std::uint32_t entry, const Module::Net& net, std::size_t depth);
+    bool isBetter(const NetName& a, const NetName& b) const;
 
     // --- The walk -------------------------------------------------------------------------------------------------
 
@@ -57,11 +63,12 @@ private:
     void enter(const Frame& above, const Module::Cell& cell, std::uint32_t type);
     void bind(const Frame& above, const Module::Cell& cell, const Module::Connection& connection,
               std::uint32_t type, std::uint32_t position, Frame& frame);
-    void nameNets(Frame& frame);
+    void nameNets(Frame& frame, std::size_t depth);
     void addPorts(const Frame& frame);
     void addCell(const Frame& frame, const Module::Cell& cell, std::uint32_t type);
     void addPins(const Frame& frame, const Module::Connection& connection, const Module::Port* port);
-    void addPin(Name name, Direction direction, const Numbering& numbering, std::size_t bit, std::uint32_t net);
+    void addPin(Name name, Direction direction, const Numbering& numbering, std::size_t bit,
+                std::uint32_t net);
 
     Name full(Name name);
     Place place(const Module::Cell& cell) const { return {modules_.file, cell.line, cell.column}; }
@@ -82,7 +89,7 @@ private:
     Diagnostics& diagnostics_;
     Netlist result_;
     std::vector<std::uint32_t> parents_;
-    std::vector<Module::Net> best_; // of a root: its best name so far
+    std::vector<NetName> best_; // of a root: its best name so far
     std::vector<PortTable> portTables_;
     std::vector<bool> connected_; // the ports of the instance at hand
     std::string path_;            // of the instance at hand, with a '/' behind
@@ -91,10 +98,12 @@ private:
 
 // --- The forest ---------------------------------------------------------------------------------------------------
 
-bool Flattener::isBetter(const Module::Net& a, const Module::Net& b) const {
+bool Flattener::isBetter(const NetName& a, const NetName& b) const {
     if (a.name == noName || b.name == noName)
         return b.name == noName;
-    return a.generated != b.generated ? b.generated : isBetterName(names_[a.name], names_[b.name]);
+    if (a.generated != b.generated)
+        return b.generated;
+    return a.depth != b.depth ? a.depth < b.depth : isBetterName(names_[a.name], names_[b.name]);
 }
 
 void Flattener::join(std::uint32_t a, std::uint32_t b) {
@@ -109,17 +118,14 @@ void Flattener::join(std::uint32_t a, std::uint32_t b) {
 }
 
 // The name is put together with the path only where it can be the better one.
-void Flattener::offer(std::uint32_t entry, const Module::Net& net) {
+void Flattener::offer(std::uint32_t entry, const Module::Net& net, std::size_t depth) {
     entry = root(entry);
-    Module::Net& best = best_[entry];
-    if (entry == constantNet || net.name == noName)
+    NetName& best = best_[entry];
+    if (entry == constantNet || (best.name != noName && net.generated && !best.generated))
         return;
-    if (best.name != noName && best.generated == net.generated &&
-        path_.size() + names_[net.name].size() > names_[best.name].size())
+    if (best.name != noName && net.generated == best.generated && depth > best.depth)
         return;
-    if (best.name != noName && !best.generated && net.generated)
-        return;
-    const Module::Net offered{full(net.name), net.generated};
+    const NetName offered{full(net.name), net.generated, static_cast<std::uint32_t>(depth)};
     if (isBetter(offered, best))
         best = offered;
 }
@@ -152,7 +158,7 @@ Netlist Flattener::run(std::uint32_t top) {
 void Flattener::walk(std::uint32_t top) {
     std::vector<Frame> frames;
     frames.push_back({top, 0, 0, std::vector<std::uint32_t>(modules_.all[top].nets.size(), none)});
-    nameNets(frames.back());
+    nameNets(frames.back(), 0);
     addPorts(frames.back());
     while (!frames.empty()) {
         Frame& frame = frames.back();
@@ -168,13 +174,12 @@ void Flattener::walk(std::uint32_t top) {
             addCell(frame, cell, type);
             continue;
         }
-        Frame child{type, 0, path_.size(),
-                    std::vector<std::uint32_t>(modules_.all[type].nets.size(), none)};
+        Frame child{type, 0, path_.size(), std::vector<std::uint32_t>(modules_.all[type].nets.size(), none)};
         connected_.assign(modules_.all[type].ports.size(), false);
         for (std::uint32_t i = 0; i < cell.connectionCount; ++i)
             bind(frame, cell, module.connections[cell.firstConnection + i], type, i, child);
         path_.append(names_[cell.name]).append(1, '/');
-        nameNets(child);
+        nameNets(child, frames.size());
         frames.push_back(std::move(child));
     }
 }
@@ -206,13 +211,13 @@ void Flattener::bind(const Frame& above, const Module::Cell& cell, const Module:
     }
 }
 
-void Flattener::nameNets(Frame& frame) {
+void Flattener::nameNets(Frame& frame, std::size_t depth) {
     frame.nets[constantNet] = constantNet;
     const std::vector<Module::Net>& nets = modules_.all[frame.module].nets;
     for (std::size_t i = constantNet + 1; i < nets.size(); ++i) {
         if (frame.nets[i] == none)
             frame.nets[i] = addEntry();
-        offer(frame.nets[i], nets[i]);
+        offer(frame.nets[i], nets[i], depth);
     }
 }
 
@@ -241,8 +246,8 @@ void Flattener::addCell(const Frame& frame, const Module::Cell& cell, std::uint3
             checkWidth(cell, connection, *port);
         addPins(frame, connection, port);
     }
-    result_.cells.push_back({full(cell.name), cell.type, first,
-                             static_cast<std::uint32_t>(result_.pins.size()) - first});
+    result_.cells.push_back(
+        {full(cell.name), cell.type, first, static_cast<std::uint32_t>(result_.pins.size()) - first});
 }
 
 // A pin is as wide as the port says where there is one, else as what it is connected to.
@@ -254,8 +259,7 @@ void Flattener::addPins(const Frame& frame, const Module::Connection& connection
     const Direction direction =
         port && connection.direction == Direction::unknown ? port->direction : connection.direction;
     for (std::uint32_t i = 0; i < width; ++i) {
-        const std::uint32_t net =
-            i < bits.count ? modules_.all[frame.module].bits[bits.first + i] : none;
+        const std::uint32_t net = i < bits.count ? modules_.all[frame.module].bits[bits.first + i] : none;
         addPin(name, direction, numbering, i, net == none ? none : frame.nets[net]);
     }
 }
@@ -333,9 +337,7 @@ void Flattener::numberNets() {
     std::for_each(result_.pins.begin(), result_.pins.end(), number);
 }
 
-Name nameOf(Name net) {
-    return net;
-}
+Name nameOf(Name net) { return net; }
 template <class Item>
 Name nameOf(const Item& item) {
     return item.name;

@@ -6,8 +6,8 @@
 namespace Readers {
 
 // Cells come depth first, in the order of their modules. A net is what ports and connections join through
-// the hierarchy. Throws BadInput for modules that instantiate themselves, for connections that do not fit, and
-// for a result that is too large; a warning tells of names that more than one net, cell or port has.
+// the hierarchy. Throws BadInput for modules that instantiate themselves, for connections that do not fit,
+// and for a result that is too large; a warning tells of names that more than one net, cell or port has.
 Netlist flatten(Modules modules, const std::string& top, Diagnostics& diagnostics);
 
 } // namespace Readers

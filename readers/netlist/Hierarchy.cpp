@@ -10,15 +10,13 @@ namespace {
 
 // A path is written once for each cell below it, so that names grow by the square of the depth.
 constexpr std::uint32_t mostLevels = 1'000;
-constexpr std::uint64_t mostItems = std::uint64_t{1} << 30; // of cells, pins and nets each
-constexpr std::uint64_t mostNameBytes = std::uint64_t{1} << 34;
+constexpr std::uint64_t mostItems = std::uint64_t{1} << 28; // of cells, pins and nets each
+constexpr std::uint64_t mostNameBytes = std::uint64_t{1} << 33;
 constexpr std::size_t mostOfCycle = 10; // modules in a message
 
 constexpr std::uint64_t largest = std::numeric_limits<std::uint64_t>::max();
 
-void addUp(std::uint64_t& sum, std::uint64_t more) {
-    sum = more > largest - sum ? largest : sum + more;
-}
+void addUp(std::uint64_t& sum, std::uint64_t more) { sum = more > largest - sum ? largest : sum + more; }
 
 std::uint64_t product(std::uint64_t a, std::uint64_t b) {
     return b != 0 && a > largest / b ? largest : a * b;
@@ -27,8 +25,7 @@ std::uint64_t product(std::uint64_t a, std::uint64_t b) {
 } // namespace
 
 Hierarchy::Hierarchy(const Modules& modules, std::uint32_t top)
-    : modules_(modules), byName_(modules.byName()), states_(modules.all.size()),
-      sizes_(modules.all.size()) {
+    : modules_(modules), byName_(modules.byName()), states_(modules.all.size()), sizes_(modules.all.size()) {
     for (const Module& module : modules.all)
         leaves_.push_back(module.isLeaf());
     measure(top);

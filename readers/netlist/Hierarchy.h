@@ -10,7 +10,7 @@ namespace Readers {
 
 // Of a module with everything in it. Sums stop at the largest number.
 struct HierarchySize {
-    std::uint64_t cells = 0; // leaves, and instances of modules
+    std::uint64_t cells = 0;     // leaves, and instances of modules
     std::uint64_t pins = 0;      // at most
     std::uint64_t nets = 0;      // of all the instances; connecting them makes them fewer
     std::uint64_t nameBytes = 0; // of the paths of cells and nets, at most

@@ -1,137 +1,27 @@
 // Modules from the events of a JSON parser.
 //
-// What the reader does not use (parameters, attributes, routing) passes by without being kept, so memory is that of the
-// modules and of the longest text. The way to where the parser stands is a stack of slots, each of which says what may
-// stand there; it is as deep as the format, whatever the nesting of the file.
+// What the reader does not use (parameters, attributes, routing) passes by without being kept, so memory is
+// that of the modules and of the longest text. The way to where the parser stands is a stack of slots, each
+// of which says what may stand there; it is as deep as the format, whatever the nesting of the file.
 #include "Json.h"
 
 #include "Flatten.h"
+#include "JsonModules.h"
+#include "JsonSlots.h"
 #include "JsonText.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <array>
-#include <unordered_map>
+#include <limits>
 
 namespace Readers {
 
 namespace {
 
-// What a value of the file is to the netlist.
-enum class Slot : std::uint8_t {
-    ignored,
-    document,
-    modules,
-    module,
-    attributes,
-    topFlag,
-    boxFlag,
-    ports,
-    port,
-    portDirection,
-    offset,
-    upto,
-    cells,
-    cell,
-    cellType,
-    pinDirections,
-    pinDirection,
-    connections,
-    nets,
-    net,
-    bits,
-    bit,
-};
-
-enum class Kind : std::uint8_t { null, boolean, number, fraction, string, array, object };
-
-// A value that is neither an array nor an object.
-struct Scalar {
-    Kind kind = Kind::null;
-    std::int64_t number = 0; // also of a boolean
-    std::string_view text = {};
-};
-
-const char* toString(Kind kind) {
-    constexpr std::array names{"null", "a boolean", "a number", "a fraction", "a string", "an array", "an object"};
-    return names[static_cast<std::size_t>(kind)];
-}
-
-const char* expected(Slot slot) {
-    switch (slot) {
-    case Slot::bits:
-        return "an array of bits";
-    case Slot::bit:
-        return "the number of a net, or \"0\", \"1\", \"x\" or \"z\"";
-    case Slot::topFlag:
-    case Slot::boxFlag:
-        return "a number, or a string of binary digits";
-    case Slot::portDirection:
-    case Slot::pinDirection:
-        return "\"input\", \"output\" or \"inout\"";
-    case Slot::offset:
-    case Slot::upto:
-        return "an integer";
-    case Slot::cellType:
-        return "a string";
-    default:
-        return "an object";
-    }
-}
-
-bool isContainer(Slot slot, Kind kind) {
-    switch (slot) {
-    case Slot::document:
-    case Slot::modules:
-    case Slot::module:
-    case Slot::attributes:
-    case Slot::ports:
-    case Slot::port:
-    case Slot::cells:
-    case Slot::cell:
-    case Slot::pinDirections:
-    case Slot::connections:
-    case Slot::nets:
-    case Slot::net:
-        return kind == Kind::object;
-    default:
-        return slot == Slot::bits && kind == Kind::array;
-    }
-}
-
-// The slot of an object's member, where its key alone says it.
-Slot member(Slot slot, std::string_view key) {
-    struct Row {
-        Slot slot;
-        std::string_view key;
-        Slot member;
-    };
-    static constexpr std::array rows{
-        Row{Slot::document, "modules", Slot::modules},
-        Row{Slot::module, "attributes", Slot::attributes},
-        Row{Slot::module, "ports", Slot::ports},
-        Row{Slot::module, "cells", Slot::cells},
-        Row{Slot::module, "netnames", Slot::nets},
-        Row{Slot::attributes, "top", Slot::topFlag},
-        Row{Slot::attributes, "blackbox", Slot::boxFlag},
-        Row{Slot::attributes, "whitebox", Slot::boxFlag},
-        Row{Slot::port, "direction", Slot::portDirection},
-        Row{Slot::port, "bits", Slot::bits},
-        Row{Slot::port, "offset", Slot::offset},
-        Row{Slot::port, "upto", Slot::upto},
-        Row{Slot::cell, "type", Slot::cellType},
-        Row{Slot::cell, "port_directions", Slot::pinDirections},
-        Row{Slot::cell, "connections", Slot::connections},
-        Row{Slot::net, "bits", Slot::bits},
-        Row{Slot::net, "offset", Slot::offset},
-        Row{Slot::net, "upto", Slot::upto},
-    };
-    for (const Row& row : rows)
-        if (row.slot == slot && row.key == key)
-            return row.member;
-    return Slot::ignored;
-}
+using Slot = JsonSlot;
+using Kind = JsonKind;
+using Scalar = JsonScalar;
 
 // What nlohmann's parser calls.
 class JsonReader {
@@ -178,6 +68,7 @@ private:
 
     std::string describe(Slot slot) const;
     void check(JsonModules::Problem problem, Slot slot);
+    void check(JsonModules::Problem problem, Slot slot, const Place& place) const;
     [[noreturn]] void failAtValue(Kind found, std::string_view text = {});
 
     JsonText& text_;
@@ -186,7 +77,8 @@ private:
     std::vector<Slot> open_;
     Slot next_ = Slot::document; // what the next value is, in an object
     std::size_t skipped_ = 0;    // arrays and objects that are open and ignored
-    JsonModules::Item item_;
+    JsonModules::Item item_;     // the port, net or cell at hand
+    Slot kind_ = Slot::ignored;  // what it is
     Name pin_ = noName;
     std::vector<std::uint32_t> bits_;
 };
@@ -205,7 +97,7 @@ bool JsonReader::open(Kind kind) {
         return done();
     }
     const Slot opened = slot();
-    if (!isContainer(opened, kind))
+    if (!takes(opened, kind))
         failAtValue(kind);
     if (opened == Slot::bits) {
         bits_.clear();
@@ -245,6 +137,8 @@ bool JsonReader::key(const std::string& key) {
     case Slot::connections:
         next_ = in == Slot::connections ? Slot::bits : Slot::pinDirection;
         pin_ = modules_.name(key);
+        if (in == Slot::connections)
+            check(modules_.startConnection(pin_), Slot::bits);
         break;
     default:
         next_ = member(in, key);
@@ -252,16 +146,20 @@ bool JsonReader::key(const std::string& key) {
     return done();
 }
 
-// The parser's own words, without their code and place: "... - unexpected '}'; expected string literal".
+// The parser's own words, without their code, their place and what it read before: "unexpected '}'; expected
+// string literal".
 bool JsonReader::parse_error(std::size_t, const std::string&, const std::exception& error) {
-    constexpr std::size_t longest = 200;
+    constexpr std::string_view said = " - ", lastRead = "; last read: '", bracket = "] ",
+                               wanted = "'; expected ";
     std::string text = error.what();
-    if (const std::size_t dash = text.find(" - "); dash != std::string::npos)
-        text.erase(0, dash + 3);
-    else if (const std::size_t bracket = text.find("] "); bracket != std::string::npos)
-        text.erase(0, bracket + 2);
-    if (text.size() > longest)
-        text.replace(longest, std::string::npos, "...");
+    if (const std::size_t at = text.find(said); at != std::string::npos)
+        text.erase(0, at + said.size());
+    else if (const std::size_t other = text.find(bracket); other != std::string::npos)
+        text.erase(0, other + bracket.size());
+    if (const std::size_t at = text.find(lastRead); at != std::string::npos) {
+        const std::size_t next = text.rfind(wanted);
+        text.erase(at, next == std::string::npos || next < at ? next : next + 1 - at);
+    }
     throw BadInput(text_.tokenPlace(), "not JSON: " + text);
 }
 
@@ -309,11 +207,11 @@ void JsonReader::finish(Slot slot) {
         requireBits();
         if (item_.direction == Direction::unknown)
             throw BadInput(item_.place, describe(slot) + ": expected a direction");
-        check(modules_.addPort(item_, bits_), slot);
+        check(modules_.addPort(item_, bits_), slot, item_.place);
         break;
     case Slot::net:
         requireBits();
-        check(modules_.addNet(item_, bits_), slot);
+        check(modules_.addNet(item_, bits_), slot, item_.place);
         break;
     case Slot::cell:
         if (item_.type == noName)
@@ -322,7 +220,7 @@ void JsonReader::finish(Slot slot) {
         break;
     case Slot::bits:
         if (open_.back() == Slot::connections)
-            check(modules_.addConnection(pin_, bits_), Slot::bits);
+            modules_.addConnection(pin_, bits_);
         break;
     default:
         break;
@@ -331,6 +229,7 @@ void JsonReader::finish(Slot slot) {
 
 void JsonReader::startItem(const std::string& name) {
     item_ = {};
+    kind_ = next_;
     item_.name = modules_.name(name);
     item_.place = text_.tokenPlace();
     if (next_ == Slot::cell)
@@ -339,8 +238,7 @@ void JsonReader::startItem(const std::string& name) {
 
 void JsonReader::requireBits() const {
     if (!item_.hasBits)
-        throw BadInput(item_.place, describe(open_.back() == Slot::ports ? Slot::port : Slot::net) +
-                                        ": expected bits");
+        throw BadInput(item_.place, describe(kind_) + ": expected bits");
 }
 
 Direction JsonReader::direction(const Scalar& value) {
@@ -380,23 +278,86 @@ std::uint32_t JsonReader::bit(const Scalar& value) {
 
 // --- Errors -------------------------------------------------------------------------------------------------------
 
+// "bits of port 'a'".
 std::string JsonReader::describe(Slot slot) const {
-    const auto quoted = [&](Name name) { return "'" + std::string(modules_.text(name)) + "'"; };
-    const bool isConnection = !open_.empty() && (open_.back() == Slot::connections ||
-                                                 (open_.size() > 1 && open_.end()[-2] == Slot::connections));
-    const char* items = slot == Slot::net || (!open_.empty() && open_.back() == Slot::net) ? "net " : "port ";
+    const auto quoted = [&](Name name) { return " '" + std::string(modules_.text(name)) + "'"; };
+    const auto item = [&] {
+        const char* kind = kind_ == Slot::cell ? "cell" : kind_ == Slot::port ? "port" : "net";
+        return kind + quoted(item_.name);
+    };
     switch (slot) {
     case Slot::document:
         return "the file";
     case Slot::modules:
         return "modules";
     case Slot::module:
-        return "module " + quoted(modules_.moduleName());
+        return "module" + quoted(modules_.moduleName());
     case Slot::attributes:
     case Slot::topFlag:
     case Slot::boxFlag:
-        return "attributes of module " + quoted(modules_.moduleName());
+        return "attributes of module" + quoted(modules_.moduleName());
+    case Slot::ports:
+        return "ports of module" + quoted(modules_.moduleName());
+    case Slot::cells:
+        return "cells of module" + quoted(modules_.moduleName());
+    case Slot::nets:
+        return "netnames of module" + quoted(modules_.moduleName());
+    case Slot::cellType:
+        return "type of " + item();
+    case Slot::portDirection:
+        return "direction of " + item();
+    case Slot::pinDirections:
+        return "port_directions of " + item();
+    case Slot::pinDirection:
+        return "direction of pin" + quoted(pin_) + " of " + item();
+    case Slot::connections:
+        return "connections of " + item();
+    case Slot::offset:
+        return "offset of " + item();
+    case Slot::upto:
+        return "upto of " + item();
+    case Slot::bits:
+    case Slot::bit:
+        return (kind_ == Slot::cell ? "connection" + quoted(pin_) : "bits") + " of " + item();
     default:
-        return isConnection ? items : "";
+        return item();
     }
 }
+
+void JsonReader::check(JsonModules::Problem problem, Slot slot) {
+    if (!problem.empty())
+        check(problem, slot, text_.tokenPlace());
+}
+
+void JsonReader::check(JsonModules::Problem problem, Slot slot, const Place& place) const {
+    if (!problem.empty())
+        throw BadInput(place, describe(slot) + " " + std::string(problem));
+}
+
+void JsonReader::failAtValue(Kind found, std::string_view text) {
+    constexpr std::size_t longest = 40;
+    std::string name = toString(found);
+    if (found == Kind::string)
+        name = "\"" + std::string(text.substr(0, longest)) + (text.size() > longest ? "..." : "") + "\"";
+    throw BadInput(text_.tokenPlace(),
+                   describe(slot()) + ": expected " + expected(slot()) + ", found " + name);
+}
+
+} // namespace
+
+Modules readJsonModules(Input& input) {
+    Modules modules(input.path());
+    JsonText text(input);
+    JsonReader reader(text, modules);
+    nlohmann::json::sax_parse(text.begin(), JsonText::end(), &reader);
+    if (!reader.hasModules())
+        throw BadInput({input.path(), 0, 0}, "expected an object 'modules'");
+    return modules;
+}
+
+Netlist readJson(Source& source, const std::string& top, Diagnostics& diagnostics) {
+    Input input(source);
+    return flatten(readJsonModules(input), top, diagnostics);
+}
+
+} // namespace Readers

@@ -23,7 +23,7 @@ bool number(const JsonModules::Item& item, std::size_t count, Numbering& numberi
 
 } // namespace
 
-Problem JsonModules::startModule(const std::string& name) {
+JsonModules::Problem JsonModules::startModule(const std::string& name) {
     const Name added = modules_.names.add(name);
     if (!known_.add(added, 0))
         return isThereTwice;
@@ -43,8 +43,7 @@ void JsonModules::finishModule() {
 }
 
 std::uint32_t JsonModules::netOf(std::uint64_t number) {
-    const auto [at, isNew] =
-        netByNumber_.try_emplace(number, static_cast<std::uint32_t>(numbers_.size()));
+    const auto [at, isNew] = netByNumber_.try_emplace(number, static_cast<std::uint32_t>(numbers_.size()));
     if (isNew) {
         numbers_.push_back(number);
         module().nets.emplace_back();
@@ -52,7 +51,7 @@ std::uint32_t JsonModules::netOf(std::uint64_t number) {
     return at->second;
 }
 
-Problem JsonModules::addPort(const Item& port, const std::vector<std::uint32_t>& bits) {
+JsonModules::Problem JsonModules::addPort(const Item& port, const std::vector<std::uint32_t>& bits) {
     Numbering numbering;
     if (!number(port, bits.size(), numbering))
         return isOutOfRange;
@@ -62,7 +61,7 @@ Problem JsonModules::addPort(const Item& port, const std::vector<std::uint32_t>&
     return {};
 }
 
-Problem JsonModules::addNet(const Item& net, const std::vector<std::uint32_t>& bits) {
+JsonModules::Problem JsonModules::addNet(const Item& net, const std::vector<std::uint32_t>& bits) {
     Numbering numbering;
     if (!number(net, bits.size(), numbering))
         return isOutOfRange;
@@ -74,10 +73,10 @@ Problem JsonModules::addNet(const Item& net, const std::vector<std::uint32_t>& b
         if (known.name == noName || isBetterName(scratch_, modules_.names[known.name]))
             known.name = modules_.names.add(scratch_);
     }
-    return true;
+    return {};
 }
 
-Problem JsonModules::startCell(Name name) {
+JsonModules::Problem JsonModules::startCell(Name name) {
     pins_.clear();
     directionByPin_.clear();
     directions_.clear();
@@ -85,14 +84,15 @@ Problem JsonModules::startCell(Name name) {
     return cells_.add(name, 0) ? Problem{} : isThereTwice;
 }
 
-Problem JsonModules::addConnection(Name pin, const std::vector<std::uint32_t>& bits) {
-    if (!pins_.add(pin, 0))
-        return isThereTwice;
-    module().connections.push_back({pin, Direction::unknown, module().addBits(bits)});
-    return {};
+JsonModules::Problem JsonModules::startConnection(Name pin) {
+    return pins_.add(pin, 0) ? Problem{} : isThereTwice;
 }
 
-Problem JsonModules::addDirection(Name pin, Direction direction) {
+void JsonModules::addConnection(Name pin, const std::vector<std::uint32_t>& bits) {
+    module().connections.push_back({pin, Direction::unknown, module().addBits(bits)});
+}
+
+JsonModules::Problem JsonModules::addDirection(Name pin, Direction direction) {
     if (!directionByPin_.add(pin, static_cast<std::uint32_t>(directions_.size())))
         return isThereTwice;
     directions_.push_back({pin, direction});

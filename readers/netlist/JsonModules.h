@@ -20,11 +20,11 @@ public:
     // A port, a net or a cell, with what is known of it.
     struct Item {
         Name name = noName;
-        Name type = noName;                         // of a cell
-        Direction direction = Direction::unknown;   // of a port
+        Name type = noName;                       // of a cell
+        Direction direction = Direction::unknown; // of a port
         bool hasBits = false;
-        bool upto = false;                          // the most significant bit has the lowest number
-        std::int64_t offset = 0;                    // the lowest number
+        bool upto = false;       // the most significant bit has the lowest number
+        std::int64_t offset = 0; // the lowest number
         Place place = {};
     };
     // What is wrong with a part; empty where nothing is.
@@ -37,10 +37,12 @@ public:
     Problem startCell(Name name);
     void finishCell(const Item& cell);
     // Of the cell at hand.
-    Problem addConnection(Name pin, const std::vector<std::uint32_t>& bits);
+    Problem startConnection(Name pin);
+    void addConnection(Name pin, const std::vector<std::uint32_t>& bits);
     Problem addDirection(Name pin, Direction direction);
 
     Module& module() { return modules_.all.back(); }
+    Name moduleName() const { return modules_.all.back().name; }
     std::string_view text(Name name) const { return modules_.names[name]; }
     Name name(std::string_view text) { return modules_.names.add(text); }
     // The module's net that has the number in the file.
@@ -55,7 +57,7 @@ private:
     Modules& modules_;
     NameTable known_, cells_, ports_, pins_;
     std::unordered_map<std::uint64_t, std::uint32_t> netByNumber_;
-    std::vector<std::uint64_t> numbers_; // of the module's nets
+    std::vector<std::uint64_t> numbers_;   // of the module's nets
     std::vector<PinDirection> directions_; // of the cell's pins
     NameTable directionByPin_;
     std::size_t firstConnection_ = 0; // of the cell

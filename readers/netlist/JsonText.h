@@ -1,8 +1,8 @@
 // The characters of a JSON text for its parser, and where in the text the parser is.
 //
-// Parsers of events do not tell where a token begins. It begins behind the end of the token before, which is marked,
-// and behind the white space and the separators that follow it. Lines are counted when a place is asked for, and when a
-// block goes.
+// Parsers of events do not tell where a token begins. It begins behind the end of the token before, which is
+// marked, and behind the white space and the separators that follow it. Lines are counted when a place is
+// asked for, and when a block goes.
 #pragma once
 
 #include "../Diagnostics.h"
@@ -38,8 +38,8 @@ public:
             return *this;
         }
         // For comparison with the end only.
-        friend bool operator!=(const Iterator& a, const Iterator&) { return a.text_->more(); }
-        friend bool operator==(const Iterator& a, const Iterator&) { return !a.text_->more(); }
+        bool operator!=(const Iterator&) const { return text_->more(); }
+        bool operator==(const Iterator&) const { return !text_->more(); }
 
     private:
         JsonText* text_ = nullptr;

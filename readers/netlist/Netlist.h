@@ -1,7 +1,7 @@
 // A routed netlist as the netlist readers give it: one flat module, bit by bit.
 //
-// Names are without escapes. A vector's bits are pins, ports and nets of their own ("led[3]"). Hierarchy is gone: a
-// cell in an instance is named by its path ("u1/u2/ff"). Only leaf cells stay.
+// Names are without escapes. A vector's bits are pins, ports and nets of their own ("led[3]"). Hierarchy is
+// gone: a cell in an instance is named by its path ("u1/u2/ff"). Only leaf cells stay.
 #pragma once
 
 #include "../Names.h"
@@ -38,8 +38,10 @@ struct Netlist {
     std::string top; // the module that was taken
     std::vector<Port> ports;
     std::vector<Cell> cells;
-    std::vector<Pin> pins;  // a cell's pins stand together
-    std::vector<Name> nets; // one name each, the shortest and of those the first in byte order
+    std::vector<Pin> pins; // a cell's pins stand together
+    // One name each: of those that the outermost module has for it the shortest, and of these the first in
+    // byte order. A net without a name is "$" and its number.
+    std::vector<Name> nets;
 };
 
 } // namespace Readers

@@ -1,8 +1,8 @@
 // create_clock, create_generated_clock, set_clock_groups, derive_pll_clocks.
 //
-// A clock keeps its index for good. Without -add a new clock takes its targets away from those that were there; one that
-// has none left is removed, and with it what named it. A clock of the same name is redefined in place, and what named it
-// stays.
+// A clock keeps its index for good. Without -add a new clock takes its targets away from those that were
+// there; one that has none left is removed, and with it what named it. A clock of the same name is redefined
+// in place, and what named it stays.
 #include "Objects.h"
 #include "Session.h"
 
@@ -46,8 +46,9 @@ std::size_t forget(Session& session, std::uint32_t index) {
         const bool from = dropFrom(exception.from, clock), to = dropFrom(exception.to, clock);
         return from || to;
     });
-    count += std::erase_if(result.pairUncertainties,
-                           [index](const ClockPairUncertainty& pair) { return pair.from == index || pair.to == index; });
+    count += std::erase_if(result.pairUncertainties, [index](const ClockPairUncertainty& pair) {
+        return pair.from == index || pair.to == index;
+    });
     count += std::erase_if(result.clockGroups, [index](ClockGroups& groups) {
         const std::size_t before = groups.groups.size();
         for (std::vector<std::uint32_t>& group : groups.groups)
@@ -69,7 +70,8 @@ void remove(Session& session, std::uint32_t index, const std::string& by) {
     const std::size_t lost = forget(session, index);
     std::string text = "the clock '" + by + "' replaces '" + clock.name + "'";
     if (lost != 0)
-        text += ", and what named it is dropped (" + std::to_string(lost) + (lost == 1 ? " entry)" : " entries)");
+        text +=
+            ", and what named it is dropped (" + std::to_string(lost) + (lost == 1 ? " entry)" : " entries)");
     if (lost != 0)
         session.warning(text);
     else
@@ -81,8 +83,9 @@ void takeTargets(Session& session, const Clock& clock) {
         Clock& other = session.result.clocks[index];
         if (other.removed || other.name == clock.name || other.targets.empty())
             continue;
-        std::erase_if(other.targets,
-                      [&clock](std::uint32_t pin) { return std::ranges::find(clock.targets, pin) != clock.targets.end(); });
+        std::erase_if(other.targets, [&clock](std::uint32_t pin) {
+            return std::ranges::find(clock.targets, pin) != clock.targets.end();
+        });
         if (other.targets.empty())
             remove(session, index, clock.name);
     }
@@ -203,8 +206,8 @@ void readShape(const Session& session, const Arguments& arguments, GeneratedCloc
         generated.edgeShifts = decimals(session, arguments, "-edge_shift", 3, "three times");
     }
     generated.dutyCycle = arguments.decimal("-duty_cycle");
-    if (generated.dutyCycle && (!isLess(Decimal::of(0), *generated.dutyCycle) ||
-                                !isLess(*generated.dutyCycle, Decimal::of(100))))
+    if (generated.dutyCycle &&
+        (!isLess(Decimal::of(0), *generated.dutyCycle) || !isLess(*generated.dutyCycle, Decimal::of(100))))
         arguments.failValue("-duty_cycle", "a percentage between 0 and 100", arguments.find("-duty_cycle"));
     if (generated.dutyCycle && generated.kind == Kind::edges)
         arguments.fail("-duty_cycle does not go with -edges");
@@ -233,7 +236,8 @@ void createGeneratedClock(Session& session, Words words) {
     arguments.needsOne({"-source"});
     GeneratedClock generated;
     readShape(session, arguments, generated);
-    const std::vector<std::uint32_t> source = session.sources(arguments, "-source", arguments.find("-source"));
+    const std::vector<std::uint32_t> source =
+        session.sources(arguments, "-source", arguments.find("-source"));
     if (source.size() > 1)
         arguments.fail("-source: expected one port or pin, found " + std::to_string(source.size()));
     generated.source = source.front();

@@ -1,4 +1,5 @@
-// Commands about lists of objects. A collection is a Tcl list, so that most of these are for files that use them.
+// Commands about lists of objects. A collection is a Tcl list, so that most of these are for files that use
+// them.
 #include "Filter.h"
 #include "Objects.h"
 #include "Session.h"
@@ -9,9 +10,12 @@ namespace Readers::Sdc {
 
 namespace {
 
-constexpr Kinds anything = {ObjectKind::port, ObjectKind::pin, ObjectKind::cell, ObjectKind::net, ObjectKind::clock};
+constexpr Kinds anything = {ObjectKind::port, ObjectKind::pin, ObjectKind::cell, ObjectKind::net,
+                            ObjectKind::clock};
 
-Tcl_Obj* newText(std::string_view text) { return Tcl_NewStringObj(text.data(), static_cast<int>(text.size())); }
+Tcl_Obj* newText(std::string_view text) {
+    return Tcl_NewStringObj(text.data(), static_cast<int>(text.size()));
+}
 
 void sizeofCollection(Session& session, Words words) {
     static const Syntax syntax{{}, {Takes::objects}};
@@ -42,7 +46,8 @@ void getAttribute(Session& session, Words words) {
     const bool swapped = !elementsOf(arguments.argument(1)).empty() &&
                          session.finder.toKnown(elementsOf(arguments.argument(1)).front()).has_value();
     const std::string name = Tcl_GetString(arguments.argument(swapped ? 0 : 1));
-    const std::vector<Object> objects = session.resolve(arguments, "", arguments.argument(swapped ? 1 : 0), anything);
+    const std::vector<Object> objects =
+        session.resolve(arguments, "", arguments.argument(swapped ? 1 : 0), anything);
     std::vector<std::string> values;
     for (const Object& object : objects) {
         const auto value = attribute(session.design, session.result.clocks, object, name);
@@ -84,7 +89,8 @@ void appendToCollection(Session& session, Words words) {
     if (arguments.has("-unique"))
         removeDuplicates(objects);
     Tcl_Obj* const result = newCollection(objects);
-    if (Tcl_ObjSetVar2(session.tcl.raw(), arguments.argument(0), nullptr, result, TCL_LEAVE_ERR_MSG) == nullptr)
+    if (Tcl_ObjSetVar2(session.tcl.raw(), arguments.argument(0), nullptr, result, TCL_LEAVE_ERR_MSG) ==
+        nullptr)
         throw CommandError(std::string(Tcl_GetStringResult(session.tcl.raw())));
     session.tcl.setResult(result);
 }
@@ -95,7 +101,8 @@ void removeFromCollection(Session& session, Words words) {
     std::vector<Object> objects = session.resolve(arguments, "", arguments.argument(0), anything);
     std::vector<Object> gone = session.resolve(arguments, "", arguments.argument(1), anything);
     std::ranges::sort(gone);
-    std::erase_if(objects, [&gone](const Object& object) { return std::ranges::binary_search(gone, object); });
+    std::erase_if(objects,
+                  [&gone](const Object& object) { return std::ranges::binary_search(gone, object); });
     session.tcl.setResult(newCollection(objects));
 }
 

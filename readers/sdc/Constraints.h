@@ -60,7 +60,7 @@ struct Clock {
     std::vector<std::uint32_t> targets; // pins and ports; empty for a virtual clock
     std::optional<GeneratedClock> generated;
     std::optional<bool> propagated; // what was said last, set_propagated_clock or a network latency; nothing: neither
-    EarlyLate sourceLatency, networkLatency;
+    EarlyLate sourceLatency, networkLatency; // the latter empty once set_propagated_clock came after it
     SetupHold uncertainty;
 };
 
@@ -94,7 +94,8 @@ struct ClockGroups {
     Origin origin;
 };
 
-// The transitions that -rise_from and its like ask for.
+// Objects of one option, and the transition that -rise_from and its like ask for. Clocks, ports, cells and pins for
+// from and to; ports, pins, cells and nets for through.
 struct Points {
     std::vector<Object> objects; // sorted, each once
     Transition transition = Transition::any;
@@ -104,7 +105,7 @@ struct Exception {
     enum class Kind : std::uint8_t { falsePath, multicycle, maxDelay, minDelay, pathGroup } kind = Kind::falsePath;
     bool setup = true; // the sides it was given for
     bool hold = true;
-    bool flagged = false; // -setup or -hold was written
+    bool flagged = false; // -setup or -hold was written; both: a multicycle's count is for each of them
     int multiplier = 1;
     std::optional<bool> start; // -start true, -end false
     Decimal value;
@@ -130,7 +131,8 @@ struct CaseValue {
 };
 
 struct Constraints {
-    std::vector<std::string> files;
+    std::vector<std::string> files;      // as opened; those that others source included
+    std::vector<std::string> fileHashes; // SHA-256 of each
     std::vector<Clock> clocks;
     std::vector<PinUncertainty> pinUncertainties;
     std::vector<ClockPairUncertainty> pairUncertainties;

@@ -1,5 +1,5 @@
-// set_false_path, set_multicycle_path, set_max_delay, set_min_delay, group_path: what stands between points, and what
-// they ask of the paths there.
+// set_false_path, set_multicycle_path, set_max_delay, set_min_delay, group_path: what stands between points,
+// and what they ask of the paths there.
 #include "Session.h"
 
 #include <algorithm>
@@ -116,10 +116,8 @@ void setDelayLimit(Session& session, Words words, Exception::Kind kind) {
 }
 
 void groupPath(Session& session, Words words) {
-    static const Syntax syntax = withPoints({{"-name", Takes::name},
-                                             {"-default"},
-                                             {"-weight", Takes::number},
-                                             {"-critical_range", Takes::time}});
+    static const Syntax syntax = withPoints(
+        {{"-name", Takes::name}, {"-default"}, {"-weight", Takes::number}, {"-critical_range", Takes::time}});
     const Arguments arguments(syntax, words);
     arguments.needsOne({"-name", "-default"});
     arguments.atMostOne({"-name", "-default"});

@@ -1,4 +1,5 @@
-// Attributes by kind of object; and filters, read by operator precedence into postfix steps (! before && before ||).
+// Attributes by kind of object; and filters, read by operator precedence into postfix steps (! before &&
+// before ||).
 #include "Filter.h"
 
 #include "Interpreter.h"
@@ -38,8 +39,8 @@ std::string ownName(const Design& design, std::string_view name) {
     return std::string(divider == std::string_view::npos ? name : name.substr(divider + 1));
 }
 
-std::optional<std::string> pinAttribute(const Design& design, const std::vector<Clock>& clocks, std::uint32_t index,
-                                        std::string_view name) {
+std::optional<std::string> pinAttribute(const Design& design, const std::vector<Clock>& clocks,
+                                        std::uint32_t index, std::string_view name) {
     const Design::Pin& pin = design.pins[index];
     if (name == "name" || name == "pin_name" || name == "lib_pin_name")
         return std::string(design.names[pin.name]);
@@ -100,8 +101,8 @@ std::optional<std::string> clockAttribute(const Design& design, const Clock& clo
 
 } // namespace
 
-std::optional<std::string> attribute(const Design& design, const std::vector<Clock>& clocks, const Object& object,
-                                     std::string_view name) {
+std::optional<std::string> attribute(const Design& design, const std::vector<Clock>& clocks,
+                                     const Object& object, std::string_view name) {
     if (name == "object_class" || name == "object_type" || name == "class")
         return std::string(kindName(object.kind));
     switch (object.kind) {
@@ -170,16 +171,17 @@ struct Filter::Parser {
         if (result.empty())
             fail("expected an attribute");
         at = end;
-        std::ranges::transform(result, result.begin(),
-                               [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+        std::ranges::transform(result, result.begin(), [](char c) {
+            return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+        });
         return result;
     }
 
     Step comparison() {
         Step step{Operator::test, attributeName(), "", std::nullopt};
         for (const auto& [token, action] :
-             {std::pair{"==", Operator::equal}, std::pair{"!=", Operator::unequal}, std::pair{"=~", Operator::match},
-              std::pair{"!~", Operator::noMatch}}) {
+             {std::pair{"==", Operator::equal}, std::pair{"!=", Operator::unequal},
+              std::pair{"=~", Operator::match}, std::pair{"!~", Operator::noMatch}}) {
             if (!take(token))
                 continue;
             step.action = action;
@@ -260,7 +262,9 @@ bool Filter::compare(const Step& step, const std::optional<std::string>& value) 
     case Operator::unequal: {
         // Truth may be written as a number too.
         const bool truth = value == "true" || value == "false";
-        const std::string& wanted = step.value == "1" && truth ? "true" : step.value == "0" && truth ? "false" : step.value;
+        const std::string& wanted = step.value == "1" && truth   ? "true"
+                                    : step.value == "0" && truth ? "false"
+                                                                 : step.value;
         return (value == wanted) == (step.action == Operator::equal);
     }
     default:
@@ -274,8 +278,8 @@ bool Filter::accepts(const Design& design, const std::vector<Clock>& clocks, con
         if (step.action < Operator::negate) {
             const std::optional<std::string> value = attribute(design, clocks, object, step.name);
             if (!value)
-                throw CommandError("-filter: a " + std::string(kindName(object.kind)) + " has no attribute '" +
-                                   step.name + "'");
+                throw CommandError("-filter: a " + std::string(kindName(object.kind)) +
+                                   " has no attribute '" + step.name + "'");
             results.push_back(compare(step, value));
         } else if (step.action == Operator::negate) {
             results.back() = !results.back();

@@ -14,9 +14,10 @@
 
 namespace Readers::Sdc {
 
-// The attribute's value; nothing where objects of the kind have no such attribute. Truth is "true" and "false".
-std::optional<std::string> attribute(const Design& design, const std::vector<Clock>& clocks, const Object& object,
-                                     std::string_view name);
+// The attribute's value; nothing where objects of the kind have no such attribute. Truth is "true" and
+// "false".
+std::optional<std::string> attribute(const Design& design, const std::vector<Clock>& clocks,
+                                     const Object& object, std::string_view name);
 
 class Filter {
 public:

@@ -62,7 +62,8 @@ bool Finder::exists(const Object& object) const {
     if (object.index >= design_.pins.size())
         return false;
     // A pad's pin can be both.
-    return object.kind == ObjectKind::port ? design_.isPort(object.index) : !design_.isPortOfTop(object.index);
+    return object.kind == ObjectKind::port ? design_.isPort(object.index)
+                                           : !design_.isPortOfTop(object.index);
 }
 
 std::optional<Object> Finder::toKnown(Tcl_Obj* value) const {
@@ -139,7 +140,8 @@ void Finder::find(ObjectKind kind, std::string_view pattern, const FindOptions& 
             name = candidate;
             return Tcl_RegExpExec(tcl_, compiled, name.c_str(), name.c_str()) == 1;
         };
-        findAll(kind, [&](std::string_view candidate) { return matches(test, candidate, options); }, found);
+        findAll(
+            kind, [&](std::string_view candidate) { return matches(test, candidate, options); }, found);
         Tcl_DecrRefCount(text);
         return;
     }
@@ -156,7 +158,8 @@ void Finder::find(ObjectKind kind, std::string_view pattern, const FindOptions& 
         return;
     }
     const Test test = [&glob](std::string_view name) { return glob.matches(name); };
-    findAll(kind, [&](std::string_view name) { return matches(test, name, options); }, found);
+    findAll(
+        kind, [&](std::string_view name) { return matches(test, name, options); }, found);
 }
 
 bool Finder::matches(const Test& test, std::string_view name, const FindOptions& options) const {

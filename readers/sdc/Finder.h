@@ -1,8 +1,8 @@
 // Finds objects by name or pattern.
 //
-// A pattern is first taken as a name, by hash; only where that finds nothing, and where it has wildcards, are all objects
-// of its kind compared. A pin's pattern is "instance/pin" with the last slash before the pin, and both sides match by
-// themselves; without a slash it is matched against the whole name.
+// A pattern is first taken as a name, by hash; only where that finds nothing, and where it has wildcards, are
+// all objects of its kind compared. A pin's pattern is "instance/pin" with the last slash before the pin, and
+// both sides match by themselves; without a slash it is matched against the whole name.
 #pragma once
 
 #include "Constraints.h"
@@ -32,7 +32,8 @@ public:
     Finder(const Design& design, const std::vector<Clock>& clocks, Tcl_Interp* tcl);
 
     // Appends what matches. Throws CommandError for a bad regular expression.
-    void find(ObjectKind kind, std::string_view pattern, const FindOptions& options, std::vector<Object>& found) const;
+    void find(ObjectKind kind, std::string_view pattern, const FindOptions& options,
+              std::vector<Object>& found) const;
     // By name alone.
     bool findExact(ObjectKind kind, std::string_view name, std::vector<Object>& found) const;
 
@@ -50,7 +51,8 @@ private:
 
     bool findExactName(ObjectKind kind, const std::string& name, std::vector<Object>& found) const;
     std::uint32_t exactPin(std::string_view name) const;
-    void findPins(const Glob& cells, const Glob& pins, const FindOptions& options, std::vector<Object>& found) const;
+    void findPins(const Glob& cells, const Glob& pins, const FindOptions& options,
+                  std::vector<Object>& found) const;
     void findAll(ObjectKind kind, const Test& test, std::vector<Object>& found) const;
     bool matches(const Test& test, std::string_view name, const FindOptions& options) const;
 

@@ -34,7 +34,8 @@ Glob::Glob(std::string_view pattern, bool ignoreCase) : ignoreCase_(ignoreCase) 
         literal_ = false;
 }
 
-// Reads the brackets that open at `at`, and tells where to go on. Brackets that are no set stand for themselves.
+// Reads the brackets that open at `at`, and tells where to go on. Brackets that are no set stand for
+// themselves.
 std::size_t Glob::readSet(std::string_view pattern, std::size_t at) {
     const std::size_t close = pattern.find(']', at + 1);
     const std::string_view content = close == npos ? "" : pattern.substr(at + 1, close - at - 1);
@@ -86,7 +87,8 @@ bool Glob::accepts(const Element& element, unsigned char c) const {
     return element.kind == Kind::any || (element.kind == Kind::set && sets_[element.set].test(c));
 }
 
-// A mismatch goes back to the last star, which then takes one character more; earlier stars need no second try.
+// A mismatch goes back to the last star, which then takes one character more; earlier stars need no second
+// try.
 bool Glob::matches(std::string_view text) const {
     std::size_t element = 0, at = 0, star = npos, restart = 0;
     while (at < text.size()) {

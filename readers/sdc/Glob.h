@@ -1,8 +1,8 @@
-// Name patterns: * for any characters (the hierarchy's divider too), ? for one, [a-z] and [!a-z] for one of a set, \x
-// for x itself.
+// Name patterns: * for any characters (the hierarchy's divider too), ? for one, [a-z] and [!a-z] for one of a
+// set, \x for x itself.
 //
-// Brackets around a bus index ("[3]", "[*]", "[3:0]") are the name's own and never a set, so that a bus bit needs no
-// escapes. Matching is linear in the text for a pattern with one star, and never recursive.
+// Brackets around a bus index ("[3]", "[*]", "[3:0]") are the name's own and never a set, so that a bus bit
+// needs no escapes. Matching is linear in the text for a pattern with one star, and never recursive.
 #pragma once
 
 #include <bitset>

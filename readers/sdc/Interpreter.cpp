@@ -1,5 +1,5 @@
-// Running constraint files: commands, nested files and limits. What a script may call is chosen in Sandbox.cpp, lines
-// are found in Lines.cpp.
+// Running constraint files: commands, nested files and limits. What a script may call is chosen in
+// Sandbox.cpp, lines are found in Lines.cpp.
 #include "Interpreter.h"
 
 #include <algorithm>
@@ -49,12 +49,14 @@ void checkBelow(const std::filesystem::path& path) {
         throw CommandError("source: '" + path.string() + "': expected a path relative to this file");
     for (const auto& part : path)
         if (part == "..")
-            throw CommandError("source: '" + path.string() + "': only files beside or below this one can be read");
+            throw CommandError("source: '" + path.string() +
+                               "': only files beside or below this one can be read");
 }
 
 } // namespace
 
-Interpreter::Interpreter(std::vector<std::string>& files, const Limits& limits) : limits_(limits), files_(files) {
+Interpreter::Interpreter(Constraints& constraints, const Limits& limits)
+    : limits_(limits), files_(constraints.files), fileHashes_(constraints.fileHashes) {
     static std::once_flag once; // Tcl wants to know its encodings before the first interpreter
     std::call_once(once, [] { Tcl_FindExecutable(nullptr); });
     tcl_ = Tcl_CreateInterp();
@@ -80,7 +82,8 @@ void Interpreter::alias(const char* name, const char* known) {
     Tcl_CreateObjCommand(tcl_, name, info.objProc, info.objClientData, nullptr);
 }
 
-// Nothing may be thrown through Tcl's frames: errors become Tcl's, anything else waits until Tcl is out of the way.
+// Nothing may be thrown through Tcl's frames: errors become Tcl's, anything else waits until Tcl is out of
+// the way.
 int Interpreter::call(ClientData data, Tcl_Interp* tcl, int count, Tcl_Obj* const words[]) {
     const Command& command = *static_cast<Command*>(data);
     Interpreter& self = *command.interpreter;
@@ -100,7 +103,7 @@ int Interpreter::call(ClientData data, Tcl_Interp* tcl, int count, Tcl_Obj* cons
 
 int Interpreter::fail(std::string_view text, const Place& place) {
     Tcl_SetObjResult(tcl_, Tcl_NewStringObj(text.data(), static_cast<int>(text.size())));
-    Tcl_SetErrorCode(tcl_, "PLACE", place.file.c_str(), std::to_string(place.line).c_str(), nullptr);
+    Tcl_SetErrorCode(tcl_, placeCode, place.file.c_str(), std::to_string(place.line).c_str(), nullptr);
     return TCL_ERROR;
 }
 
@@ -108,7 +111,18 @@ int Interpreter::fail(std::string_view text, const Place& place) {
 
 void Interpreter::run(Source& source) {
     startLimits();
-    const int code = evaluate(source);
+    // Inside of a command of its own, gone before the script sees it: at its outermost level Tcl does not
+    // tell a `return` from a command that ends as usual.
+    constexpr const char* name = "read constraints";
+    define(name, [this, &source](Words) {
+        Tcl_DeleteCommand(tcl_, name);
+        if (evaluate(source) != TCL_OK)
+            throw Raised{};
+    });
+    Tcl_Obj* const word = Tcl_NewStringObj(name, -1);
+    Tcl_IncrRefCount(word);
+    const int code = Tcl_EvalObjv(tcl_, 1, &word, TCL_EVAL_GLOBAL);
+    Tcl_DecrRefCount(word);
     if (internal_)
         std::rethrow_exception(internal_);
     if (code == TCL_OK)
@@ -135,13 +149,21 @@ void Interpreter::startLimits() {
     Tcl_LimitTypeSet(tcl_, TCL_LIMIT_COMMANDS);
 }
 
+// The file's number; that of the first time where it is read again.
+std::uint32_t Interpreter::addFile(Source& source) {
+    const auto known = std::ranges::find(files_, source.path());
+    const auto index = static_cast<std::uint32_t>(known - files_.begin());
+    if (known == files_.end()) {
+        files_.push_back(source.path());
+        fileHashes_.push_back(source.sha256());
+    }
+    return index;
+}
+
 int Interpreter::evaluate(Source& source) {
     const std::string text = cleaned(source.readAll());
-    auto known = std::ranges::find(files_, source.path());
-    if (known == files_.end())
-        known = files_.insert(files_.end(), source.path());
     File file;
-    file.index = static_cast<std::uint32_t>(known - files_.begin());
+    file.index = addFile(source);
     file.frames = stack_.empty() ? 0 : frameCount(); // Tcl can not be asked where it runs nothing
     if (const unsigned line = lineTooDeep(text); line != 0)
         return fail("brackets or braces stand in one another too deep", {source.path(), line, 0});
@@ -192,7 +214,8 @@ int Interpreter::evaluateText(const std::string& text) {
 void Interpreter::source(Words words) {
     std::size_t at = 1;
     while (at < words.size() && Tcl_GetString(words[at])[0] == '-')
-        if (const std::string_view option = Tcl_GetString(words[at++]); option != "-echo" && option != "-verbose")
+        if (const std::string_view option = Tcl_GetString(words[at++]);
+            option != "-echo" && option != "-verbose")
             throw CommandError("source: unknown option '" + std::string(option) + "'");
     if (at + 1 != words.size())
         throw CommandError("source: expected one file");
@@ -236,7 +259,8 @@ void Interpreter::defineProcedure(Words words) {
 void Interpreter::unknown(Words words) {
     const std::string name = words.size() > 1 ? Tcl_GetString(words[1]) : "";
     if (!name.empty() && name.find_first_not_of("0123456789*?:") == std::string::npos)
-        throw CommandError("unknown command '" + name + "': brackets call a command; a name with brackets stands in braces, {name[" +
+        throw CommandError("unknown command '" + name +
+                           "': brackets call a command; a name with brackets stands in braces, {name[" +
                            name + "]}");
     throw CommandError("unknown command '" + name + "'");
 }

@@ -1,9 +1,10 @@
 // The Tcl interpreter behind constraint files: the language, and none of the machine.
 //
-// A file can use variables, loops, procedures and expressions, and source files beside or below it. It can not run
-// programs, nor open files or sockets, nor change the interpreter: such commands are refused by name. Time, commands
-// and depth are limited. Every error, and every command that asks, has the file and the line of the innermost command
-// that is known: files are evaluated command by command, and inside of bodies Tcl's own frames tell the line.
+// A file can use variables, loops, procedures and expressions, and source files beside or below it. It can
+// not run programs, nor open files or sockets, nor change the interpreter: such commands are refused by name.
+// Time, commands and depth are limited. Every error, and every command that asks, has the file and the line
+// of the innermost command that is known: files are evaluated command by command, and inside of bodies Tcl's
+// own frames tell the line.
 #pragma once
 
 #include "../Diagnostics.h"
@@ -39,8 +40,8 @@ class Interpreter {
 public:
     using Handler = std::function<void(Words)>;
 
-    // New files are added to `files`.
-    Interpreter(std::vector<std::string>& files, const Limits& limits);
+    // Files that are read are added to the constraints' files.
+    Interpreter(Constraints& constraints, const Limits& limits);
     ~Interpreter();
     Interpreter(const Interpreter&) = delete;
     Interpreter& operator=(const Interpreter&) = delete;
@@ -67,9 +68,9 @@ private:
     // A file that is being evaluated.
     struct File {
         std::uint32_t index = 0;
-        int frames = 0;            // Tcl's count of frames outside of it
-        unsigned line = 1;         // of the top-level command that is being evaluated
-        std::string_view command;  // its text
+        int frames = 0;           // Tcl's count of frames outside of it
+        unsigned line = 1;        // of the top-level command that is being evaluated
+        std::string_view command; // its text
     };
     struct Procedure {
         Origin body;
@@ -79,6 +80,8 @@ private:
         unsigned line = 0;
         std::string procedure, command;
     };
+    // Begins the error code of an error that has its place.
+    static constexpr const char* placeCode = "PLACE";
     // The command whose error is already in the interpreter's result.
     struct Raised {};
 
@@ -91,6 +94,7 @@ private:
     void unknown(Words words);
 
     int evaluate(Source& source);
+    std::uint32_t addFile(Source& source);
     int evaluateText(const std::string& text);
     std::string limitText() const;
     void startLimits();
@@ -100,17 +104,18 @@ private:
     Frame frame(int level);
     Tcl_Obj* askFrame(Tcl_Obj* level);
     void markError();
+    std::string errorOption(const char* name);
     Origin errorOrigin();
     std::optional<Place> markedPlace();
 
     Limits limits_;
-    std::vector<std::string>& files_;
+    std::vector<std::string>&files_, &fileHashes_;
     Tcl_Interp* tcl_ = nullptr;
     Tcl_CmdInfo infoFrame_{}, proc_{};
     std::vector<std::unique_ptr<Command>> commands_;
     std::vector<File> stack_;
     std::unordered_map<std::string, Procedure> procedures_; // by full name
-    std::exception_ptr internal_; // thrown by a command, on its way past Tcl
+    std::exception_ptr internal_;                           // thrown by a command, on its way past Tcl
 };
 
 } // namespace Readers::Sdc

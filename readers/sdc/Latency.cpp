@@ -24,7 +24,8 @@ std::vector<std::uint32_t> clocksOf(Session& session, const Arguments& arguments
                 clocks.push_back(index);
         }
         if (clocks.size() == before)
-            session.unmatched(arguments.command() + ": no clock is defined on '" + session.finder.name(object) + "'");
+            session.unmatched(arguments.command() + ": no clock is defined on '" +
+                              session.finder.name(object) + "'");
     }
     if (clocks.empty())
         throw NoObjects{arguments.command() + ": no objects"};
@@ -44,13 +45,15 @@ std::optional<Decimal> worse(const EdgeLatency& latency, bool largest) {
     return isLess(*latency.rise, *latency.fall) == largest ? latency.fall : latency.rise;
 }
 
-// The values of a clock's rising and falling edge may be given apart: the later one is late, the earlier one early.
-EarlyLate bounds(const ClockLatency& latency) { return {worse(latency.early, false), worse(latency.late, true)}; }
+// The values of a clock's rising and falling edge may be given apart: the later one is late, the earlier one
+// early.
+EarlyLate bounds(const ClockLatency& latency) {
+    return {worse(latency.early, false), worse(latency.late, true)};
+}
 
 void setClockLatency(Session& session, Words words) {
-    static const Syntax syntax{
-        {{"-source"}, {"-early"}, {"-late"}, {"-min"}, {"-max"}, {"-rise"}, {"-fall"}},
-        {Takes::time, Takes::objects}};
+    static const Syntax syntax{{{"-source"}, {"-early"}, {"-late"}, {"-min"}, {"-max"}, {"-rise"}, {"-fall"}},
+                               {Takes::time, Takes::objects}};
     const Arguments arguments(syntax, words);
     const bool source = arguments.has("-source");
     const Decimal value = session.time(arguments.decimalArgument(0));
@@ -95,11 +98,11 @@ void put(SetupHold& place, const Arguments& arguments, const Decimal& value) {
 
 void putOnPin(Session& session, const Arguments& arguments, std::uint32_t pin, const Decimal& value) {
     std::vector<PinUncertainty>& all = session.result.pinUncertainties;
-    auto known = std::ranges::find(all, pin, &PinUncertainty::pin);
-    if (known == all.end())
-        known = all.insert(all.end(), {pin, {}, {}});
-    put(known->value, arguments, value);
-    known->origin = session.tcl.origin();
+    const auto [known, isNew] = session.uncertaintyOfPin.try_emplace(pin, all.size());
+    if (isNew)
+        all.push_back({pin, {}, {}});
+    put(all[known->second].value, arguments, value);
+    all[known->second].origin = session.tcl.origin();
 }
 
 void putOnObject(Session& session, const Arguments& arguments, const Object& object, const Decimal& value) {
@@ -159,15 +162,17 @@ void setClockUncertainty(Session& session, Words words) {
         arguments.fail(pair ? "objects do not go with -from and -to" : "needs objects, or -from and -to");
     const bool oneEdge = arguments.has("-rise") != arguments.has("-fall");
     if (oneEdge || (pair && (from->option != "-from" || to->option != "-to")))
-        session.warning("set_clock_uncertainty: a clock's edges are not told apart: the value holds for both");
+        session.warning(
+            "set_clock_uncertainty: a clock's edges are not told apart: the value holds for both");
     if (!pair) {
-        for (const Object& object : session.objects(arguments, "", arguments.argument(1),
-                                                    {ObjectKind::clock, ObjectKind::port, ObjectKind::pin,
-                                                     ObjectKind::cell}))
+        for (const Object& object :
+             session.objects(arguments, "", arguments.argument(1),
+                             {ObjectKind::clock, ObjectKind::port, ObjectKind::pin, ObjectKind::cell}))
             putOnObject(session, arguments, object, value);
         return;
     }
-    const std::vector<Object> starts = session.objects(arguments, from->option, from->value, {ObjectKind::clock});
+    const std::vector<Object> starts =
+        session.objects(arguments, from->option, from->value, {ObjectKind::clock});
     for (const Object& end : session.objects(arguments, to->option, to->value, {ObjectKind::clock}))
         for (const Object& start : starts)
             putBetween(session, arguments, start.index, end.index, value);

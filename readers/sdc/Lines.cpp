@@ -1,8 +1,9 @@
-// Lines: of the command that is being carried out, from Tcl's frames; and of an error, from the trace that Tcl leaves.
+// Lines: of the command that is being carried out, from Tcl's frames; and of an error, from the trace that
+// Tcl leaves.
 //
-// A frame's line counts from where its text begins: the top-level command, or a procedure's body. Text that was put
-// together by the script has no line in the file; its frames are told by lines that lie outside of the command around
-// them, and are passed over.
+// A frame's line counts from where its text begins: the top-level command, or a procedure's body. Text that
+// was put together by the script has no line in the file; its frames are told by lines that lie outside of
+// the command around them, and are passed over.
 #include "Interpreter.h"
 
 #include <algorithm>
@@ -72,12 +73,14 @@ std::string_view executed(std::string_view trace) {
     return rest.ends_with('"') ? rest.substr(0, rest.size() - 1) : rest;
 }
 
-// The line on which `command` begins in `text` (whose first line is `first`), the one that is closest to the guess.
+// The line on which `command` begins in `text` (whose first line is `first`), the one that is closest to the
+// guess.
 unsigned closest(std::string_view text, std::string_view command, unsigned first, unsigned guess) {
     unsigned best = guess, line = first;
     bool found = false;
     std::size_t counted = 0;
-    for (std::size_t at = text.find(command); !command.empty() && at != npos; at = text.find(command, at + 1)) {
+    for (std::size_t at = text.find(command); !command.empty() && at != npos;
+         at = text.find(command, at + 1)) {
         line += linesIn(text.substr(counted, at - counted));
         counted = at;
         const auto distance = [guess](unsigned l) { return l > guess ? l - guess : guess - l; };
@@ -163,15 +166,15 @@ std::string Interpreter::limitText() const {
     return seconds.toString() + " s";
 }
 
-// Tcl's trace has the innermost text first. A body's first line is taken as that of the command which has the body;
-// the failed command's own text then corrects that where an `else` or a multi-line condition stands before.
+// Tcl's trace has the innermost text first. A body's first line is taken as that of the command which has the
+// body; the failed command's own text then corrects that where an `else` or a multi-line condition stands
+// before.
 Origin Interpreter::errorOrigin() {
     const File& file = stack_.back();
     Origin at{file.index, file.line};
     std::string_view text = file.command;
     unsigned first = at.line;
-    const char* const info = Tcl_GetVar(tcl_, "errorInfo", TCL_GLOBAL_ONLY);
-    const std::string trace = info == nullptr ? "" : info;
+    const std::string trace = errorOption("-errorinfo");
     std::vector<std::string_view> lines = split(trace);
     for (auto line = lines.rbegin(); line != lines.rend(); ++line) {
         const TraceLine entry = readTraceLine(*line);
@@ -192,14 +195,26 @@ Origin Interpreter::errorOrigin() {
     return at;
 }
 
+// What Tcl keeps about the error that is on its way.
+std::string Interpreter::errorOption(const char* name) {
+    Tcl_Obj* const options = Tcl_GetReturnOptions(tcl_, TCL_ERROR);
+    Tcl_IncrRefCount(options);
+    std::string value = fetch(options, name);
+    Tcl_DecrRefCount(options);
+    return value;
+}
+
 std::optional<Place> Interpreter::markedPlace() {
-    Tcl_Obj* const code = Tcl_GetVar2Ex(tcl_, "errorCode", nullptr, TCL_GLOBAL_ONLY);
+    const std::string code = errorOption("-errorcode");
     int count = 0;
-    Tcl_Obj** parts = nullptr;
-    if (code == nullptr || Tcl_ListObjGetElements(nullptr, code, &count, &parts) != TCL_OK || count != 3 ||
-        std::string_view(Tcl_GetString(parts[0])) != "PLACE")
+    const char** parts = nullptr;
+    if (Tcl_SplitList(nullptr, code.c_str(), &count, &parts) != TCL_OK)
         return std::nullopt;
-    return Place{Tcl_GetString(parts[1]), toNumber(Tcl_GetString(parts[2])), 0};
+    std::optional<Place> place;
+    if (count == 3 && std::string_view(parts[0]) == placeCode)
+        place = Place{parts[1], toNumber(parts[2]), 0};
+    Tcl_Free(reinterpret_cast<char*>(parts));
+    return place;
 }
 
 } // namespace Readers::Sdc

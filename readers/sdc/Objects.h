@@ -1,7 +1,8 @@
 // Handles: how ports, pins, cells, nets and clocks travel through a script.
 //
-// A collection is a Tcl list of handles, so that every list command works on it. A handle is a Tcl value that holds kind
-// and index; its text ("@pin:17") is made only where a script asks for it, and is understood again.
+// A collection is a Tcl list of handles, so that every list command works on it. A handle is a Tcl value that
+// holds kind and index; its text ("@pin:17") is made only where a script asks for it, and is understood
+// again.
 #pragma once
 
 #include "Constraints.h"
@@ -22,8 +23,8 @@ Tcl_Obj* newCollection(const std::vector<Object>& objects);
 // The object behind the value, where it is a handle. Indices are not checked.
 std::optional<Object> toObject(Tcl_Obj* value);
 
-// The elements of a list of handles, names or patterns. One word without spaces is one element, whatever brackets and
-// backslashes it has; so is a text that is no list. Valid as long as the value is not changed.
+// The elements of a list of handles, names or patterns. One word without spaces is one element, whatever
+// brackets and backslashes it has; so is a text that is no list. Valid as long as the value is not changed.
 std::vector<Tcl_Obj*> elementsOf(Tcl_Obj* value);
 
 } // namespace Readers::Sdc

@@ -29,8 +29,8 @@ std::string_view expectation(Takes takes) {
 
 // "-0.5" is a value, "-setup" an option, and so is "-" with anything else that no number has.
 bool looksLikeOption(std::string_view word) {
-    return word.size() > 1 && word[0] == '-' && ((word[1] >= 'a' && word[1] <= 'z') || word[1] == '_' ||
-                                                 (word[1] >= 'A' && word[1] <= 'Z'));
+    return word.size() > 1 && word[0] == '-' &&
+           ((word[1] >= 'a' && word[1] <= 'z') || word[1] == '_' || (word[1] >= 'A' && word[1] <= 'Z'));
 }
 
 } // namespace

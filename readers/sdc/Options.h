@@ -1,7 +1,9 @@
 // The options of a command, declared as a table and read in one way for all commands.
 //
-// An option may be shortened as long as it stays unique. A word that begins with '-' and then a letter is an option;
-// "-0.5" is a value. Times, numbers and whole numbers are checked as they are read, so that a command only asks for them.
+// An option may be shortened as long as it stays unique. A word that begins with '-' and then a letter is an
+// option;
+// "-0.5" is a value. Times, numbers and whole numbers are checked as they are read, so that a command only
+// asks for them.
 #pragma once
 
 #include "../Decimal.h"
@@ -26,7 +28,7 @@ struct Option {
 
 struct Syntax {
     std::vector<Option> options;
-    std::vector<Takes> arguments;     // without a dash, in their order
+    std::vector<Takes> arguments;      // without a dash, in their order
     std::size_t optionalArguments = 0; // so many at the end may be missing
 };
 
@@ -44,11 +46,14 @@ public:
     Words words() const { return words_; }
 
     bool has(std::string_view option) const { return find(option) != nullptr; }
-    // The option's value; null where it was not given. For an option without value something that is not null.
+    // The option's value; null where it was not given. For an option without value something that is not
+    // null.
     Tcl_Obj* find(std::string_view option) const;
     // All options in the order in which they stand.
     const std::vector<Given>& given() const { return given_; }
-    Tcl_Obj* argument(std::size_t index) const { return index < arguments_.size() ? arguments_[index] : nullptr; }
+    Tcl_Obj* argument(std::size_t index) const {
+        return index < arguments_.size() ? arguments_[index] : nullptr;
+    }
 
     std::string text(std::string_view option) const;
     std::optional<Decimal> decimal(std::string_view option) const;

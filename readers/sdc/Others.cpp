@@ -1,5 +1,5 @@
-// set_disable_timing, set_case_analysis, set_units, current_design, puts; and the commands that are accepted without
-// effect: loads, drives, power and design rules say nothing where delays come with the design.
+// set_disable_timing, set_case_analysis, set_units, current_design, puts; and the commands that are accepted
+// without effect: loads, drives, power and design rules say nothing where delays come with the design.
 #include "Objects.h"
 #include "Session.h"
 
@@ -10,17 +10,53 @@ namespace Readers::Sdc {
 
 namespace {
 
-constexpr std::array withoutEffect = {
-    "create_voltage_area", "current_instance", "derive_clock_uncertainty", "get_lib_cells", "get_lib_pins", "get_libs",
-    "set_clock_gating_check", "set_clock_sense", "set_clock_transition", "set_data_check", "set_drive",
-    "set_driving_cell", "set_fanout_load", "set_hierarchy_separator", "set_ideal_latency", "set_ideal_net",
-    "set_ideal_network", "set_ideal_transition", "set_input_transition", "set_level_shifter_strategy",
-    "set_level_shifter_threshold", "set_load", "set_logic_dc", "set_logic_one", "set_logic_zero", "set_max_area",
-    "set_max_capacitance", "set_max_dynamic_power", "set_max_fanout", "set_max_leakage_power", "set_max_time_borrow",
-    "set_max_transition", "set_min_capacitance", "set_min_fanout", "set_min_porosity", "set_min_pulse_width",
-    "set_min_transition", "set_operating_conditions", "set_port_fanout_number", "set_resistance", "set_sense",
-    "set_timing_derate", "set_voltage", "set_wire_load_min_block_size", "set_wire_load_mode", "set_wire_load_model",
-    "set_wire_load_selection_group"};
+constexpr std::array withoutEffect = {"create_voltage_area",
+                                      "current_instance",
+                                      "derive_clock_uncertainty",
+                                      "get_lib_cells",
+                                      "get_lib_pins",
+                                      "get_libs",
+                                      "set_clock_gating_check",
+                                      "set_clock_sense",
+                                      "set_clock_transition",
+                                      "set_data_check",
+                                      "set_drive",
+                                      "set_driving_cell",
+                                      "set_fanout_load",
+                                      "set_hierarchy_separator",
+                                      "set_ideal_latency",
+                                      "set_ideal_net",
+                                      "set_ideal_network",
+                                      "set_ideal_transition",
+                                      "set_input_transition",
+                                      "set_level_shifter_strategy",
+                                      "set_level_shifter_threshold",
+                                      "set_load",
+                                      "set_logic_dc",
+                                      "set_logic_one",
+                                      "set_logic_zero",
+                                      "set_max_area",
+                                      "set_max_capacitance",
+                                      "set_max_dynamic_power",
+                                      "set_max_fanout",
+                                      "set_max_leakage_power",
+                                      "set_max_time_borrow",
+                                      "set_max_transition",
+                                      "set_min_capacitance",
+                                      "set_min_fanout",
+                                      "set_min_porosity",
+                                      "set_min_pulse_width",
+                                      "set_min_transition",
+                                      "set_operating_conditions",
+                                      "set_port_fanout_number",
+                                      "set_resistance",
+                                      "set_sense",
+                                      "set_timing_derate",
+                                      "set_voltage",
+                                      "set_wire_load_min_block_size",
+                                      "set_wire_load_mode",
+                                      "set_wire_load_model",
+                                      "set_wire_load_selection_group"};
 
 // --- set_disable_timing ---------------------------------------------------------------------------------------------
 
@@ -65,11 +101,10 @@ void setCaseAnalysis(Session& session, Words words) {
     for (const Object& object :
          session.objects(arguments, "", arguments.argument(1), {ObjectKind::port, ObjectKind::pin})) {
         std::vector<CaseValue>& all = session.result.caseValues;
-        auto known = std::ranges::find(all, object.index, &CaseValue::pin);
-        if (known == all.end())
-            known = all.insert(all.end(), CaseValue{object.index, false, {}});
-        known->value = one;
-        known->origin = session.tcl.origin();
+        const auto [known, isNew] = session.caseOfPin.try_emplace(object.index, all.size());
+        if (isNew)
+            all.emplace_back();
+        all[known->second] = {object.index, one, session.tcl.origin()};
     }
 }
 
@@ -133,7 +168,9 @@ void setSdcVersion(Session&, Words words) {
 // What a script prints becomes a note: standard output belongs to the report.
 void put(Session& session, Words words) {
     std::size_t at = 1;
-    const auto isWord = [&](std::string_view text) { return at + 1 < words.size() && Tcl_GetString(words[at]) == text; };
+    const auto isWord = [&](std::string_view text) {
+        return at + 1 < words.size() && Tcl_GetString(words[at]) == text;
+    };
     if (isWord("-nonewline"))
         ++at;
     if (isWord("stdout") || isWord("stderr"))

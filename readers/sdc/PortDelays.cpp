@@ -7,7 +7,9 @@ namespace Readers::Sdc {
 
 namespace {
 
-bool sameEdge(const PortDelay& a, const PortDelay& b) { return a.clock == b.clock && a.clockFall == b.clockFall; }
+bool sameEdge(const PortDelay& a, const PortDelay& b) {
+    return a.clock == b.clock && a.clockFall == b.clockFall;
+}
 
 void put(std::optional<Decimal>& place, const Decimal& value, bool worst, bool largest) {
     if (worst && place && isLess(*place, value) != largest)

@@ -1,7 +1,7 @@
 // The delays at ports, as set_input_delay and set_output_delay leave them.
 //
-// A port has one entry per clock edge. The rising and the falling data edge may be given apart; they are kept apart here,
-// and the worse of both is handed out.
+// A port has one entry per clock edge. The rising and the falling data edge may be given apart; they are kept
+// apart here, and the worse of both is handed out.
 #pragma once
 
 #include "Constraints.h"

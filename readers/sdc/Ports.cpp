@@ -33,7 +33,8 @@ bool fits(Session& session, const Arguments& arguments, std::uint32_t port, bool
 void setPortDelay(Session& session, Words words, bool input) {
     const Arguments arguments(portDelaySyntax(), words);
     if (!arguments.has("-clock"))
-        for (const std::string_view option : {"-clock_fall", "-source_latency_included", "-network_latency_included"})
+        for (const std::string_view option :
+             {"-clock_fall", "-source_latency_included", "-network_latency_included"})
             if (arguments.has(option))
                 arguments.fail(std::string(option) + " needs -clock");
     PortDelays::Setting setting;

@@ -26,7 +26,8 @@ const Syntax& querySyntax() {
 
 void addPatterns(Session& session, const Arguments& arguments, ObjectKind kind, Tcl_Obj* patterns,
                  std::vector<Object>& found) {
-    const FindOptions options{arguments.has("-regexp"), arguments.has("-nocase"), arguments.has("-hierarchical")};
+    const FindOptions options{arguments.has("-regexp"), arguments.has("-nocase"),
+                              arguments.has("-hierarchical")};
     for (Tcl_Obj* const element : elementsOf(patterns)) {
         const std::optional<Object> object = session.finder.toKnown(element);
         if (object && object->kind != kind)
@@ -96,7 +97,8 @@ Kinds sourcesOf(ObjectKind kind) {
     static constexpr Kinds ofPins = {ObjectKind::cell, ObjectKind::net, ObjectKind::clock},
                            ofPorts = {ObjectKind::net, ObjectKind::clock, ObjectKind::port},
                            ofNets = {ObjectKind::port, ObjectKind::pin, ObjectKind::cell},
-                           ofCells = {ObjectKind::pin, ObjectKind::net}, ofClocks = {ObjectKind::port, ObjectKind::pin};
+                           ofCells = {ObjectKind::pin, ObjectKind::net},
+                           ofClocks = {ObjectKind::port, ObjectKind::pin};
     switch (kind) {
     case ObjectKind::port:
         return ofPorts;
@@ -147,8 +149,8 @@ void query(Session& session, Words words, ObjectKind kind) {
             return !filter.accepts(session.design, session.result.clocks, object);
         });
         if (found.empty() && !arguments.has("-quiet"))
-            session.unmatched(arguments.command() + ": no " + std::string(kindName(kind)) + " passes the filter '" +
-                              arguments.text("-filter") + "'");
+            session.unmatched(arguments.command() + ": no " + std::string(kindName(kind)) +
+                              " passes the filter '" + arguments.text("-filter") + "'");
     }
     session.tcl.setResult(newCollection(found));
 }
@@ -178,8 +180,17 @@ void allPorts(Session& session, Words words, Direction direction) {
 }
 
 void allRegisters(Session& session, Words words) {
-    static const Syntax syntax{{{"-cells"}, {"-data_pins"}, {"-clock_pins"}, {"-output_pins"}, {"-edge_triggered"}}, {}};
+    static const Syntax syntax{{{"-cells"},
+                                {"-data_pins"},
+                                {"-clock_pins"},
+                                {"-output_pins"},
+                                {"-edge_triggered"},
+                                {"-clock", Takes::objects}},
+                               {}};
     const Arguments arguments(syntax, words);
+    if (arguments.has("-clock"))
+        arguments.fail(
+            "-clock is not supported: what a clock reaches is not known while constraints are read");
     const Design& design = session.design;
     const bool data = arguments.has("-data_pins"), clock = arguments.has("-clock_pins"),
                output = arguments.has("-output_pins");

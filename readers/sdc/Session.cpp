@@ -48,7 +48,8 @@ void removeDuplicates(std::vector<Object>& objects) {
     std::unordered_set<std::uint64_t> seen;
     seen.reserve(objects.size());
     std::erase_if(objects, [&seen](const Object& object) {
-        return !seen.insert((std::uint64_t{object.index} << 8) | static_cast<std::uint64_t>(object.kind)).second;
+        return !seen.insert((std::uint64_t{object.index} << 8) | static_cast<std::uint64_t>(object.kind))
+                    .second;
     });
 }
 
@@ -73,7 +74,7 @@ std::string describe(const Session& session, Words words) {
 }
 
 Session::Session(const Design& theDesign, Diagnostics& theDiagnostics, const Limits& limits)
-    : design(theDesign), diagnostics(theDiagnostics), tcl(result.files, limits),
+    : design(theDesign), diagnostics(theDiagnostics), tcl(result, limits),
       finder(theDesign, result.clocks, tcl.raw()) {
     addClockCommands(*this);
     addLatencyCommands(*this);
@@ -109,7 +110,8 @@ void Session::withoutEffect(const std::string& command) {
 void Session::noteWithoutEffect() {
     for (const Ignored& command : ignored_) {
         const std::string times = command.count == 1 ? "" : " (" + std::to_string(command.count) + " times)";
-        diagnostics.note(result.place(command.first), command.command + " is accepted, and not applied" + times);
+        diagnostics.note(result.place(command.first),
+                         command.command + " is accepted, and not applied" + times);
     }
     ignored_.clear();
 }
@@ -128,16 +130,17 @@ Decimal Session::time(Decimal value) const {
 
 // --- Objects --------------------------------------------------------------------------------------------------------
 
-void Session::resolveHandle(const Arguments& arguments, std::string_view option, const Object& object, Kinds kinds,
-                            std::vector<Object>& found) {
+void Session::resolveHandle(const Arguments& arguments, std::string_view option, const Object& object,
+                            Kinds kinds, std::vector<Object>& found) {
     if (!contains(kinds, object.kind))
         arguments.fail((option.empty() ? "" : std::string(option) + ": ") + "expected a " + kindNames(kinds) +
-                       ", found the " + std::string(kindName(object.kind)) + " '" + finder.name(object) + "'");
+                       ", found the " + std::string(kindName(object.kind)) + " '" + finder.name(object) +
+                       "'");
     if (finder.exists(object))
         found.push_back(object);
     else
-        unmatched(prefix(arguments, option) + "the " + std::string(kindName(object.kind)) + " '" + finder.name(object) +
-                  "' was replaced");
+        unmatched(prefix(arguments, option) + "the " + std::string(kindName(object.kind)) + " '" +
+                  finder.name(object) + "' was replaced");
 }
 
 void Session::resolveName(const Arguments& arguments, std::string_view option, Tcl_Obj* value, Kinds kinds,
@@ -184,9 +187,11 @@ Object Session::one(const Arguments& arguments, std::string_view option, Kinds k
     return found.front();
 }
 
-std::vector<std::uint32_t> Session::sources(const Arguments& arguments, std::string_view option, Tcl_Obj* value) {
+std::vector<std::uint32_t> Session::sources(const Arguments& arguments, std::string_view option,
+                                            Tcl_Obj* value) {
     std::vector<std::uint32_t> pins;
-    for (const Object& object : objects(arguments, option, value, {ObjectKind::port, ObjectKind::pin, ObjectKind::net})) {
+    for (const Object& object :
+         objects(arguments, option, value, {ObjectKind::port, ObjectKind::pin, ObjectKind::net})) {
         const std::size_t before = pins.size();
         if (object.kind == ObjectKind::net)
             addDrivers(design, object.index, pins);

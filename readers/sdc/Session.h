@@ -1,4 +1,5 @@
-// What the commands share: the design, the constraints so far, and how a command finds the objects that it names.
+// What the commands share: the design, the constraints so far, and how a command finds the objects that it
+// names.
 #pragma once
 
 #include "Constraints.h"
@@ -11,6 +12,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace Readers::Sdc {
@@ -51,11 +53,13 @@ public:
     // A time of the file, in ns.
     Decimal time(Decimal value) const;
 
-    // The objects that the value names, each once, in order. Names that match nothing are warned of; handles of other
-    // kinds are errors. `option` is for messages; empty for an argument.
-    std::vector<Object> resolve(const Arguments& arguments, std::string_view option, Tcl_Obj* value, Kinds kinds);
+    // The objects that the value names, each once, in order. Names that match nothing are warned of; handles
+    // of other kinds are errors. `option` is for messages; empty for an argument.
+    std::vector<Object> resolve(const Arguments& arguments, std::string_view option, Tcl_Obj* value,
+                                Kinds kinds);
     // Likewise, and at least one: throws NoObjects.
-    std::vector<Object> objects(const Arguments& arguments, std::string_view option, Tcl_Obj* value, Kinds kinds);
+    std::vector<Object> objects(const Arguments& arguments, std::string_view option, Tcl_Obj* value,
+                                Kinds kinds);
     // Exactly one.
     Object one(const Arguments& arguments, std::string_view option, Kinds kinds);
     // Pins and ports; nets stand for what drives them.
@@ -66,6 +70,8 @@ public:
     Constraints result;
     PortDelays portDelays;
     std::vector<ClockLatency> sourceLatency, networkLatency; // by clock
+    // Where a pin's entry stands in the result.
+    std::unordered_map<std::uint32_t, std::size_t> caseOfPin, uncertaintyOfPin;
     Interpreter tcl;
     Finder finder;
     int timeExponent = 0; // the file's unit is 10^timeExponent ns

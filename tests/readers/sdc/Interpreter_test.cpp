@@ -60,7 +60,12 @@ const Row refused[] = {
     {"::tcl::file::delete x", "x.sdc:1: error: unknown command '::tcl::file::delete'\n"},
     {"::tcl::unsupported::assemble x", "x.sdc:1: error: unknown command '::tcl::unsupported::assemble'\n"},
     {"expr rand()", "x.sdc:1: error: unknown command 'tcl::mathfunc::rand'\n"},
+    {"uplevel #0 exec ls", "x.sdc:1: error: 'exec' is not available in a constraint file\n"},
+    {"apply {{} {exec ls}}", "x.sdc:1: error: 'exec' is not available in a constraint file\n"},
+    {"lsort -command exec {a b}", "x.sdc:1: error: 'exec' is not available in a constraint file\n"},
+    {"puts [info hostname]", "x.sdc:1: error: unknown command '::tcl::info::hostname'\n"},
     {"puts [info exists env]", "x.sdc:1: note: puts: 0\n"},
+    {"puts [info vars]", "x.sdc:1: note: puts: tcl_version tcl_patchLevel\n"},
     {"puts file1 text", "x.sdc:1: error: puts: expected one text; files cannot be written\n"},
 };
 INSTANTIATE_TEST_SUITE_P(Refused, SdcScripts, testing::ValuesIn(refused));
@@ -150,6 +155,13 @@ TEST(SdcSource, ReadsFilesBesideAndBelow) {
         "source clocks.sdc\ncreate_clock -name c -period $period clk\nsource -echo sub/io.sdc\ncut out");
     EXPECT_EQ(outcome.constraints, "clock c 4 {0 2} on clk\ninput rst 1 1 c\nfalse to {out}\nunmatched 1\n");
     EXPECT_EQ(outcome.allMessages(), "sub/more.sdc:1: warning: get_ports: no port matches 'zz'\n");
+    std::string files;
+    for (const std::string& file : outcome.result.files)
+        files += folder.relative(file) + " ";
+    EXPECT_EQ(files, "x.sdc clocks.sdc sub/io.sdc sub/more.sdc ");
+    EXPECT_EQ(outcome.result.fileHashes.size(), 4U);
+    EXPECT_EQ(outcome.result.fileHashes[3],
+              Readers::Source(folder.write("copy", "get_ports zz\nreturn\nfoo\n")).sha256());
     const auto place = [&](const Readers::Sdc::Origin& origin) {
         const Readers::Place found = outcome.result.place(origin);
         return folder.relative(found.file) + ":" + std::to_string(found.line);

@@ -4,6 +4,7 @@
 #include "Script.h"
 
 #include <chrono>
+#include <random>
 
 using Support::Row;
 
@@ -30,6 +31,37 @@ TEST(SdcGlob, Matches) {
         EXPECT_EQ(Readers::Sdc::Glob(row.pattern).matches(row.text), row.expected)
             << row.pattern << " " << row.text;
     EXPECT_TRUE(Readers::Sdc::Glob("In[A-C]*", true).matches("iNb!"));
+}
+
+// The plainest matcher: a star takes nothing, or one character and is tried again.
+bool matchesPlainly(std::string_view pattern, std::string_view text) {
+    if (pattern.empty())
+        return text.empty();
+    if (pattern[0] == '*')
+        return matchesPlainly(pattern.substr(1), text) ||
+               (!text.empty() && matchesPlainly(pattern, text.substr(1)));
+    return !text.empty() && (pattern[0] == '?' || pattern[0] == text[0]) &&
+           matchesPlainly(pattern.substr(1), text.substr(1));
+}
+
+TEST(SdcGlob, AgreesWithThePlainestMatcher) {
+    constexpr unsigned seed = 20260;
+    SCOPED_TRACE(seed);
+    std::mt19937 random(seed);
+    const auto word = [&random](std::string_view letters) {
+        std::string text;
+        for (auto left = random() % 9; left != 0; --left)
+            text += letters[random() % letters.size()];
+        return text;
+    };
+    int matched = 0;
+    for (int i = 0; i < 20'000; ++i) {
+        const std::string pattern = word("ab/*?"), text = word("ab/");
+        const bool expected = matchesPlainly(pattern, text);
+        matched += expected;
+        ASSERT_EQ(Readers::Sdc::Glob(pattern).matches(text), expected) << pattern << " " << text;
+    }
+    EXPECT_GT(matched, 1'000);
 }
 
 // --- Queries --------------------------------------------------------------------------------------------------------

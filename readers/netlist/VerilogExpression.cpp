@@ -1,0 +1,206 @@
+// Nested braces are kept on a stack, each with the place in the bits where it begins; a replication repeats
+// what came since.
+#include "VerilogExpression.h"
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+#include <string>
+
+namespace Readers {
+
+namespace {
+
+using Kind = VerilogLexer::Kind;
+
+constexpr std::uint64_t widest = std::uint64_t{1} << 20; // of vectors and expressions
+constexpr std::string_view operand = "a net, a constant or '{' (only structural Verilog can be read)";
+
+struct Base {
+    char letter;
+    unsigned bits; // of a digit; 0 for a decimal one
+    std::string_view digits;
+};
+constexpr std::string_view anyDigits = "0123456789abcdefABCDEF";
+constexpr Base bases[] = {
+    {'b', 1, anyDigits.substr(0, 2)},
+    {'o', 3, anyDigits.substr(0, 8)},
+    {'d', 0, anyDigits.substr(0, 10)},
+    {'h', 4, anyDigits},
+};
+
+// What a digit says of each of its bits.
+std::uint32_t netOf(char digit) {
+    return std::string_view("xXzZ?").find(digit) == std::string_view::npos ? constantNet : none;
+}
+
+std::optional<std::uint64_t> toNumber(std::string_view text) {
+    std::uint64_t value = 0;
+    std::string digits(text);
+    std::erase(digits, '_');
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+    return error == std::errc() && end == digits.data() + digits.size() ? std::optional(value) : std::nullopt;
+}
+
+} // namespace
+
+// --- Small parts --------------------------------------------------------------------------------------------------
+
+void VerilogExpression::expect(char symbol) {
+    if (!lexer_.isAt(symbol))
+        lexer_.failExpected(std::string("'") + symbol + "'");
+    lexer_.advance();
+}
+
+std::int32_t VerilogExpression::readInteger() {
+    const bool negative = lexer_.isAt('-');
+    if (negative)
+        lexer_.advance();
+    const std::optional<std::uint64_t> value =
+        lexer_.token().kind == Kind::number ? toNumber(lexer_.token().text) : std::nullopt;
+    if (!value || *value > std::numeric_limits<std::int32_t>::max())
+        lexer_.failExpected("an integer");
+    lexer_.advance();
+    return static_cast<std::int32_t>(negative ? -static_cast<std::int64_t>(*value)
+                                              : static_cast<std::int64_t>(*value));
+}
+
+VerilogRange VerilogExpression::readRange() { return readBrackets(false); }
+
+VerilogRange VerilogExpression::readBrackets(bool mayBeOneBit) {
+    const Place place = lexer_.place();
+    expect('[');
+    VerilogRange range;
+    range.left = range.right = readInteger();
+    if (!mayBeOneBit || lexer_.isAt(':')) {
+        expect(':');
+        range.right = readInteger();
+    }
+    expect(']');
+    if (std::uint64_t{range.width()} - 1 >= widest)
+        throw BadInput(place, "a range of more than " + std::to_string(widest) + " bits");
+    return range;
+}
+
+VerilogModule::Reference VerilogExpression::readReference() {
+    if (lexer_.token().kind != Kind::name && lexer_.token().kind != Kind::escaped)
+        lexer_.failExpected(operand);
+    VerilogModule::Reference reference;
+    reference.name = names_.add(lexer_.token().text);
+    lexer_.advance();
+    if (lexer_.isAt('['))
+        reference.part = readBrackets(true);
+    return reference;
+}
+
+// --- Expressions --------------------------------------------------------------------------------------------------
+
+const VerilogModule::Bits& VerilogExpression::read() {
+    bits_.clear();
+    braces_.clear();
+    readOperand();
+    while (!braces_.empty()) {
+        if (lexer_.isAt('}'))
+            closeBrace();
+        else if (lexer_.isAt(',')) {
+            lexer_.advance();
+            readOperand();
+        } else
+            lexer_.failExpected("',' or '}'");
+    }
+    return bits_;
+}
+
+// Up to the end of a net or a constant.
+void VerilogExpression::readOperand() {
+    while (lexer_.isAt('{'))
+        if (openBrace())
+            return;
+    if (lexer_.token().kind == Kind::number) {
+        readConstant();
+        return;
+    }
+    const Place place = lexer_.place();
+    module_.addBits(readReference(), place, bits_);
+    checkWidth(bits_.size());
+}
+
+// A number behind a brace, and a brace behind the number: a replication, of which the outer brace is a part.
+// True where the number is the constant that it looks like, and so the operand.
+bool VerilogExpression::openBrace() {
+    lexer_.advance();
+    braces_.push_back({bits_.size()});
+    if (lexer_.token().kind != Kind::number)
+        return false;
+    const std::optional<std::uint64_t> count = toNumber(lexer_.token().text);
+    const Place place = lexer_.place();
+    const std::size_t before = bits_.size();
+    readConstant();
+    if (!lexer_.isAt('{'))
+        return true;
+    bits_.resize(before);
+    if (!count || *count == 0)
+        throw BadInput(place, "expected a count above 0");
+    braces_.push_back({bits_.size(), *count, true});
+    lexer_.advance();
+    return false;
+}
+
+void VerilogExpression::closeBrace() {
+    const Brace brace = braces_.back();
+    braces_.pop_back();
+    const std::size_t width = bits_.size() - brace.firstBit;
+    if (brace.count > widest)
+        checkWidth(brace.count);
+    checkWidth(brace.firstBit + width * brace.count);
+    for (std::uint64_t i = 1; i < brace.count; ++i)
+        for (std::size_t bit = 0; bit < width; ++bit)
+            bits_.push_back(bits_[brace.firstBit + bit]);
+    lexer_.advance();
+    if (brace.isReplication && !lexer_.isAt('}'))
+        lexer_.failExpected("'}'");
+}
+
+void VerilogExpression::checkWidth(std::uint64_t width) const {
+    if (width > widest)
+        lexer_.fail("an expression of more than " + std::to_string(widest) + " bits");
+}
+
+// Without a width it is one bit wide, or 32 where it has a base.
+void VerilogExpression::readConstant() {
+    constexpr std::uint64_t defaultWidth = 32;
+    std::string text(lexer_.token().text);
+    std::erase_if(text, [](char c) { return c == ' ' || c == '\t' || c == '_'; });
+    const std::size_t apostrophe = std::min(text.find('\''), text.size());
+    const std::uint64_t width =
+        apostrophe == 0 ? defaultWidth : toNumber(text.substr(0, apostrophe)).value_or(0);
+    std::string_view digits = std::string_view(text).substr(apostrophe);
+    if (digits.size() <= 2) // a plain number, or a digit that fills
+        bits_.push_back(digits.empty() ? constantNet : netOf(digits.back()));
+    else if (width == 0 || !addDigits(digits, width))
+        lexer_.failExpected("a constant");
+    checkWidth(bits_.size());
+    lexer_.advance();
+}
+
+// Of "'sh12f". False where a digit is not of the base.
+bool VerilogExpression::addDigits(std::string_view digits, std::uint64_t width) {
+    checkWidth(width);
+    digits.remove_prefix((digits[1] | 0x20) == 's' ? 2 : 1); // a small letter
+    const char letter = static_cast<char>(digits.front() | 0x20);
+    const Base* base = std::find_if(std::begin(bases), std::end(bases),
+                                    [&](const Base& each) { return each.letter == letter; });
+    digits.remove_prefix(1);
+    for (const char digit : digits)
+        if (netOf(digit) == constantNet && base->digits.find(digit) == std::string_view::npos)
+            return false;
+    const std::size_t first = bits_.size();
+    if (base->bits != 0)
+        for (std::size_t i = digits.size(); i-- != 0 && bits_.size() - first < width;)
+            bits_.insert(bits_.end(), base->bits, netOf(digits[i]));
+    bits_.resize(first + width, netOf(digits.front())); // cut, or widened
+    std::reverse(bits_.begin() + static_cast<std::ptrdiff_t>(first), bits_.end());
+    return true;
+}
+
+} // namespace Readers

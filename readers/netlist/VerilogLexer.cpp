@@ -1,0 +1,291 @@
+// One pass over the bytes, block by block.
+#include "VerilogLexer.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+namespace Readers {
+
+namespace {
+
+constexpr std::size_t longestShown = 40; // of a token, in a message
+
+enum Class : std::uint8_t { space = 1, nameStart = 2, nameRest = 4, digit = 8, baseDigit = 16, graphic = 32 };
+
+constexpr std::array<std::uint8_t, 256> makeClasses() {
+    std::array<std::uint8_t, 256> classes{};
+    const auto add = [&](std::string_view bytes, int what) {
+        for (const char c : bytes)
+            classes[static_cast<unsigned char>(c)] |= static_cast<std::uint8_t>(what);
+    };
+    for (std::size_t c = '!'; c < classes.size(); ++c)
+        classes[c] |= c == 0x7f ? 0 : graphic;
+    add(" \t\r\v\f\n", space);
+    add("0123456789", digit | nameRest);
+    add("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ_$", nameStart | nameRest);
+    add("0123456789abcdefABCDEFxXzZ?_", baseDigit);
+    return classes;
+}
+constexpr std::array classes = makeClasses();
+
+bool is(int c, Class what) { return c >= 0 && (classes[static_cast<std::size_t>(c)] & what) != 0; }
+
+// Directives that take the rest of their line and change nothing here.
+constexpr std::array<std::string_view, 18> passedOver{"timescale",
+                                                      "celldefine",
+                                                      "endcelldefine",
+                                                      "default_nettype",
+                                                      "resetall",
+                                                      "line",
+                                                      "unconnected_drive",
+                                                      "nounconnected_drive",
+                                                      "delay_mode_distributed",
+                                                      "delay_mode_path",
+                                                      "delay_mode_unit",
+                                                      "delay_mode_zero",
+                                                      "suppress_faults",
+                                                      "nosuppress_faults",
+                                                      "enable_portfaults",
+                                                      "disable_portfaults",
+                                                      "pragma",
+                                                      "protect"};
+
+} // namespace
+
+VerilogLexer::VerilogLexer(Input& input, std::size_t block) : input_(input), block_(block) {
+    next_ = end_ = block_.data();
+    advance();
+}
+
+// --- The block ----------------------------------------------------------------------------------------------------
+
+// Keeps the token at hand and what was not read yet.
+bool VerilogLexer::refill() {
+    const char* keep = begin_ ? begin_ : next_;
+    const auto gone = keep - block_.data();
+    const auto kept = static_cast<std::size_t>(end_ - keep);
+    const auto ahead = next_ - keep;
+    std::memmove(block_.data(), keep, kept);
+    if (kept == block_.size())
+        block_.resize(2 * kept);
+    begin_ = begin_ ? block_.data() : nullptr;
+    next_ = block_.data() + ahead;
+    lineBegin_ -= gone;
+    const std::size_t got = input_.read(block_.data() + kept, block_.size() - kept);
+    end_ = block_.data() + kept + got;
+    return got != 0;
+}
+
+// The byte behind the next one.
+int VerilogLexer::peekSecond() {
+    if (end_ - next_ < 2)
+        refill();
+    return end_ - next_ < 2 ? endOfText : static_cast<unsigned char>(next_[1]);
+}
+
+// Over a newline.
+void VerilogLexer::newLine() {
+    ++next_;
+    ++line_;
+    lineBegin_ = next_ - block_.data();
+}
+
+template <class Accepts>
+void VerilogLexer::skipWhile(Accepts accepts) {
+    do
+        while (next_ != end_ && accepts(static_cast<unsigned char>(*next_)))
+            ++next_;
+    while (next_ == end_ && refill());
+}
+
+// --- Tokens -------------------------------------------------------------------------------------------------------
+
+void VerilogLexer::startToken() {
+    token_ = {Kind::end, {}, line_, static_cast<std::uint32_t>(next_ - block_.data() - lineBegin_ + 1)};
+    begin_ = next_;
+}
+
+void VerilogLexer::finishToken(Kind kind, const char* from, const char* to) {
+    token_.kind = kind;
+    token_.text = {from, static_cast<std::size_t>(to - from)};
+    begin_ = nullptr;
+}
+
+void VerilogLexer::advance() {
+    begin_ = nullptr;
+    while (skipSpace()) {
+    }
+    startToken();
+    const int c = peek();
+    if (is(c, nameStart)) {
+        skipWhile([](unsigned char next) { return is(next, nameRest); });
+        finishToken(Kind::name, begin_, next_);
+    } else if (c == '\\')
+        readEscaped();
+    else if (is(c, digit))
+        readNumber();
+    else if (c == '\'')
+        readBased();
+    else if (c == '"')
+        readString();
+    else if (c == endOfText)
+        finishToken(Kind::end, next_, next_);
+    else
+        readSymbol();
+}
+
+void VerilogLexer::readEscaped() {
+    ++next_;
+    skipWhile([](unsigned char c) { return is(c, graphic); });
+    if (next_ - begin_ == 1)
+        fail("expected a name behind '\\'");
+    finishToken(Kind::escaped, begin_ + 1, next_);
+}
+
+// Blanks may stand between a constant's width, its base and its digits.
+void VerilogLexer::readNumber() {
+    const auto isBlank = [](unsigned char c) { return c == ' ' || c == '\t'; };
+    skipWhile([](unsigned char c) { return is(c, digit) || c == '_'; });
+    const auto length = next_ - begin_;
+    skipWhile(isBlank);
+    if (peek() == '\'')
+        readBased();
+    else
+        finishToken(Kind::number, begin_, begin_ + length);
+}
+
+// From the apostrophe on: a base and digits, or one digit that fills what it is connected to.
+void VerilogLexer::readBased() {
+    const auto isAt = [this](std::string_view some) {
+        const int c = peek();
+        return c != endOfText && some.find(static_cast<char>(c)) != std::string_view::npos;
+    };
+    ++next_;
+    if (isAt("sS"))
+        ++next_;
+    if (isAt("bBoOdDhH")) {
+        ++next_;
+        skipWhile([](unsigned char c) { return c == ' ' || c == '\t'; });
+        if (!is(peek(), baseDigit))
+            fail("expected a number's digits");
+        skipWhile([](unsigned char c) { return is(c, baseDigit); });
+    } else if (isAt("01xXzZ"))
+        ++next_;
+    else
+        fail("expected a base b, o, d or h behind the apostrophe");
+    finishToken(Kind::number, begin_, next_);
+}
+
+void VerilogLexer::readString() {
+    skipString("the string");
+    finishToken(Kind::string, begin_, next_);
+}
+
+void VerilogLexer::readSymbol() {
+    if (!is(peek(), graphic) || *next_ < 0)
+        fail("expected a Verilog text, found the byte " + std::to_string(peek()));
+    ++next_;
+    finishToken(Kind::symbol, begin_, next_);
+}
+
+// --- Between the tokens -------------------------------------------------------------------------------------------
+
+// False where a token begins.
+bool VerilogLexer::skipSpace() {
+    const int c = peek();
+    if (c == '\n')
+        newLine();
+    else if (is(c, space))
+        ++next_;
+    else if (c == '/' && peekSecond() == '/')
+        skipLine();
+    else if (c == '/' && peekSecond() == '*')
+        skipComment();
+    else if (c == '(' && peekSecond() == '*')
+        skipAttribute();
+    else if (c == '`')
+        skipDirective();
+    else
+        return false;
+    return true;
+}
+
+void VerilogLexer::skipLine() {
+    skipWhile([](unsigned char c) { return c != '\n'; });
+}
+
+void VerilogLexer::skipComment() {
+    startToken();
+    begin_ = nullptr; // it need not stay
+    next_ += 2;
+    for (int c = peek(); c != endOfText; c = peek()) {
+        if (c == '\n') {
+            newLine();
+            continue;
+        }
+        const bool isEnd = c == '*' && peekSecond() == '/';
+        next_ += isEnd ? 2 : 1;
+        if (isEnd)
+            return;
+    }
+    fail("the comment has no end");
+}
+
+void VerilogLexer::skipAttribute() {
+    startToken();
+    begin_ = nullptr;
+    const Token start = token_;
+    next_ += 2;
+    for (int c = peek(); c != endOfText; c = peek()) {
+        if (c == '\n')
+            newLine();
+        else if (c == '"')
+            skipString("a string of the attribute");
+        else if (c == '*' && peekSecond() == ')') {
+            next_ += 2;
+            return;
+        } else
+            ++next_;
+    }
+    token_ = start;
+    fail("the attribute has no end");
+}
+
+// A backslash takes the special meaning from the character behind it.
+void VerilogLexer::skipString(const char* what) {
+    ++next_;
+    for (int c = peek(); c != endOfText; c = peek()) {
+        if (c == '\n') {
+            newLine();
+            continue;
+        }
+        if (c == '\\' && peekSecond() != '\n' && peekSecond() != endOfText)
+            ++next_;
+        ++next_;
+        if (c == '"')
+            return;
+    }
+    fail(std::string(what) + " has no end");
+}
+
+void VerilogLexer::skipDirective() {
+    startToken();
+    ++next_;
+    skipWhile([](unsigned char c) { return is(c, nameRest); });
+    const std::string_view name(begin_ + 1, static_cast<std::size_t>(next_ - begin_ - 1));
+    if (std::find(passedOver.begin(), passedOver.end(), name) == passedOver.end())
+        fail("macros are not supported: '`" + std::string(name.substr(0, longestShown)) + "'");
+    begin_ = nullptr;
+    skipLine();
+}
+
+void VerilogLexer::failExpected(std::string_view what) const {
+    std::string found = "'" + std::string(token_.text.substr(0, longestShown)) +
+                        (token_.text.size() > longestShown ? "...'" : "'");
+    if (token_.kind == Kind::end)
+        found = "the end of the file";
+    fail("expected " + std::string(what) + ", found " + found);
+}
+
+} // namespace Readers

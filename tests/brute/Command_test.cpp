@@ -1,0 +1,166 @@
+// The command against the reference: random designs as files in, every end point's setup and hold slack, its
+// clocks and the exception that governs it out.
+//
+// VORLEN_SEED and VORLEN_DESIGNS choose other designs and another number of them.
+#include "Analyse.h"
+#include "Generate.h"
+#include "Write.h"
+
+#include "cli/Session.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include <unistd.h>
+
+namespace {
+
+// A folder that goes with the test.
+class Folder {
+public:
+    Folder() : path_(std::filesystem::temp_directory_path() / ("vorlen-" + std::to_string(getpid()))) {
+        std::filesystem::create_directories(path_);
+    }
+    ~Folder() { std::filesystem::remove_all(path_); }
+    Folder(const Folder&) = delete;
+    Folder& operator=(const Folder&) = delete;
+
+    std::string write(const char* name, const std::string& text) const {
+        const std::filesystem::path file = path_ / name;
+        std::ofstream(file) << text;
+        return file.string();
+    }
+
+private:
+    std::filesystem::path path_;
+};
+
+std::uint64_t number(const char* variable, std::uint64_t otherwise) {
+    const char* value = std::getenv(variable);
+    return value ? std::strtoull(value, nullptr, 10) : otherwise;
+}
+
+// The lines of the exceptions, in order.
+std::vector<unsigned> exceptionLines(const std::string& sdc) {
+    std::vector<unsigned> lines;
+    std::istringstream in(sdc);
+    std::string line;
+    for (unsigned at = 1; std::getline(in, line); ++at)
+        for (const char* command :
+             {"set_false_path", "set_multicycle_path", "set_max_delay", "set_min_delay"})
+            if (line.starts_with(command))
+                lines.push_back(at);
+    return lines;
+}
+
+std::string shown(const std::optional<Brute::SideResult>& side, const std::vector<unsigned>& lines) {
+    if (!side)
+        return "none";
+    std::string text = std::to_string(side->slack) + " of";
+    for (const Brute::Worst& worst : side->pairs)
+        text += " " + worst.launch + ">" + worst.capture + "#" +
+                (worst.exception == Brute::none
+                     ? "-"
+                     : std::to_string(lines[static_cast<std::size_t>(worst.exception)]));
+    return text;
+}
+
+// One side of an end point as the report has it, in the same words where it agrees.
+std::string compared(const std::optional<Brute::SideResult>& expected, const std::vector<unsigned>& lines,
+                     const Report::MaybeTime& slack, const std::string (&clocks)[2],
+                     const std::optional<Report::Exception>& exception) {
+    if (!slack)
+        return "none";
+    const std::string pair =
+        clocks[0] + ">" + clocks[1] + "#" + (exception ? std::to_string(exception->line) : "-");
+    if (expected && expected->slack == *slack)
+        for (const Brute::Worst& worst : expected->pairs)
+            if (pair == worst.launch + ">" + worst.capture + "#" +
+                            (worst.exception == Brute::none
+                                 ? "-"
+                                 : std::to_string(lines[static_cast<std::size_t>(worst.exception)])))
+                return shown(expected, lines);
+    return std::to_string(*slack) + " of " + pair;
+}
+
+// What a run differs in from the reference; empty where it agrees.
+std::string difference(const Folder& folder, std::uint64_t seed, Brute::ExceptionMode mode) {
+    Brute::Shape shape;
+    shape.exceptions = mode;
+    const std::array delays = {Brute::DelayMode::minmax, Brute::DelayMode::minimum, Brute::DelayMode::typical,
+                               Brute::DelayMode::maximum};
+    const std::array named = {Cli::Delays::minmax, Cli::Delays::min, Cli::Delays::typ, Cli::Delays::max};
+    // Mostly the default; every way to read the delays comes up.
+    const std::size_t which = seed % 8 < 4 ? 0 : seed % 4;
+    Brute::Options options;
+    options.delays = delays[which];
+    options.propagated = seed % 3 != 0;
+    const std::string netlist = seed % 5 == 0 ? "verilog" : seed % 5 == 1 ? "none" : "json";
+    if (netlist != "json")
+        shape.pads = shape.bareWires = false;
+    const Brute::Design design = Brute::generate(seed, shape);
+
+    const std::string sdc = Brute::writeSdc(design);
+    Cli::Options command;
+    command.sdf = folder.write("d.sdf", Brute::writeSdf(design));
+    command.sdc = {folder.write("d.sdc", sdc)};
+    if (netlist == "json")
+        command.netlist = folder.write("d.json", Brute::writeJson(design));
+    if (netlist == "verilog")
+        command.netlist = folder.write("d.v", Brute::writeVerilog(design));
+    command.delays = named[which];
+    command.clocks = options.propagated ? Cli::ClockDefault::propagated : Cli::ClockDefault::ideal;
+    Cli::Session session;
+    const Report::Report report = session.run(command);
+
+    const std::vector<unsigned> lines = exceptionLines(sdc);
+    const Brute::Result expected = Brute::analyse(design, options);
+    std::string text;
+    const auto compare = [&](const std::string& pin, const Brute::EndResult& end,
+                             const Report::Endpoint& got) {
+        const std::array wanted = {shown(end.setup, lines), shown(end.hold, lines)};
+        const std::array found = {
+            compared(end.setup, lines, got.setupSlack, got.setupClocks, got.setupException),
+            compared(end.hold, lines, got.holdSlack, got.holdClocks, got.holdException)};
+        for (std::size_t side = 0; side < 2; ++side)
+            if (wanted[side] != found[side])
+                text += pin + (side == 0 ? " setup" : " hold") + ": expected " + wanted[side] + ", found " +
+                        found[side] + "\n";
+    };
+    std::map<std::string, Brute::EndResult> left = expected;
+    for (const Report::Endpoint& endpoint : report.endpoints) {
+        compare(endpoint.pin, left[endpoint.pin], endpoint);
+        left.erase(endpoint.pin);
+    }
+    for (const auto& [pin, end] : left)
+        compare(pin, end, {});
+    return text.empty() ? text : "seed " + std::to_string(seed) + " (" + netlist + ")\n" + text + sdc;
+}
+
+void compareMany(std::uint64_t designs, Brute::ExceptionMode mode) {
+    const Folder folder;
+    const std::uint64_t first = number("VORLEN_SEED", 1);
+    const std::uint64_t count = number("VORLEN_DESIGNS", designs);
+    std::cout << "seeds " << first << " to " << first + count - 1 << "\n";
+    std::size_t bad = 0;
+    for (std::uint64_t seed = first; seed < first + count && bad < 3; ++seed) {
+        const std::string text = difference(folder, seed, mode);
+        EXPECT_EQ(text, "");
+        bad += !text.empty();
+    }
+}
+
+TEST(Command, RandomDesignsAgree) { compareMany(2500, Brute::ExceptionMode::without); }
+
+TEST(Command, RandomDesignsWithOneExceptionAPathAgree) { compareMany(2500, Brute::ExceptionMode::single); }
+
+TEST(Command, RandomDesignsWithOverlappingExceptionsAgree) {
+    compareMany(5000, Brute::ExceptionMode::overlapping);
+}
+
+} // namespace

@@ -1,0 +1,64 @@
+// A netlist as text, a line for each port, cell and list of nets, and readers of texts.
+#pragma once
+
+#include "InputFile.h"
+#include "readers/Diagnostics.h"
+#include "readers/Source.h"
+#include "readers/netlist/Netlist.h"
+
+#include <string>
+#include <string_view>
+
+namespace Support {
+
+using NetlistReader = Readers::Netlist (*)(Readers::Source&, const std::string&, Readers::Diagnostics&);
+
+// "top:", "port clk<clk", "DFF ff D<a Q>b", "nets: a b". '?' is an unknown direction, '=' both; '-' is no
+// net.
+inline std::string dump(const Readers::Netlist& netlist) {
+    const auto connected = [&](const auto& item) {
+        constexpr std::string_view directions = "?<>=";
+        const std::string net(item.net == Readers::none ? "-" : netlist.names[netlist.nets.at(item.net)]);
+        return std::string(netlist.names[item.name]) + directions[static_cast<std::size_t>(item.direction)] +
+               net;
+    };
+    std::string text = netlist.top + ":\n";
+    for (const auto& port : netlist.ports)
+        text += "port " + connected(port) + "\n";
+    for (const auto& cell : netlist.cells) {
+        text += std::string(netlist.names[cell.type]) + " " + std::string(netlist.names[cell.name]);
+        for (std::uint32_t i = 0; i < cell.pinCount; ++i)
+            text += " " + connected(netlist.pins.at(cell.firstPin + i));
+        text += "\n";
+    }
+    text += "nets:";
+    for (const Readers::Name net : netlist.nets)
+        text += " " + std::string(netlist.names[net]);
+    return text + "\n";
+}
+
+inline std::string withoutPath(std::string text, const std::string& path) {
+    const std::string file = path + ":";
+    return text.starts_with(file) ? text.substr(text.find_first_not_of(' ', file.size())) : text;
+}
+
+// What the text gives: the dump, with the diagnostics in front, or the error. Without the path of the file:
+// "3:7: error:
+// ..." or "error: ...".
+inline std::string outcome(NetlistReader read, std::string_view text, const std::string& top = "") {
+    const InputFile file(text);
+    Readers::Source source(file.path());
+    Readers::Diagnostics diagnostics;
+    std::string result;
+    try {
+        const Readers::Netlist netlist = read(source, top, diagnostics);
+        for (const Readers::Diagnostic& diagnostic : diagnostics.all())
+            result += withoutPath(toString(diagnostic), file.path()) + "\n";
+        result += dump(netlist);
+    } catch (const Readers::BadInput& error) {
+        result = withoutPath(error.what(), file.path());
+    }
+    return result;
+}
+
+} // namespace Support
