@@ -191,11 +191,10 @@ Time Harvest::launchLatency(const Context& context, const Start& start, bool lat
 // The latency of all start points that the classes leave possible, where it is the same.
 std::optional<Time> Harvest::commonLaunchLatency(const Context& context, std::uint64_t classes,
                                                  bool late) const {
-    const std::uint32_t single = exceptions_.singleStart(classes);
     std::optional<Time> common;
     for (Pelko::Pole* leaf : context.sweep->getSubdomain()->getLaunchLeaves()) {
         const Start* start = model_.startAt(leaf);
-        if (!start || (single != none && start->pin != single))
+        if (!start || !exceptions_.mayStart(start->pin, classes))
             continue;
         const Time latency = launchLatency(context, *start, late);
         if (common && *common != latency)

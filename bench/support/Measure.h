@@ -29,6 +29,34 @@ inline double residentBytes() {
     return static_cast<double>(resident) * static_cast<double>(sysconf(_SC_PAGESIZE));
 }
 
+// How far the memory of the process rises above what it holds now: the kernel keeps the peak, and forgets it
+// on request.
+class PeakMemory {
+public:
+    PeakMemory() : before_(residentBytes()) {
+        if (std::FILE* file = std::fopen("/proc/self/clear_refs", "w")) {
+            std::fputs("5", file);
+            std::fclose(file);
+        }
+    }
+
+    double getRise() const {
+        std::FILE* file = std::fopen("/proc/self/status", "r");
+        if (!file)
+            return 0;
+        double peak = 0;
+        char line[256];
+        while (std::fgets(line, sizeof line, file))
+            if (long kilobytes = 0; std::sscanf(line, "VmHWM: %ld", &kilobytes) == 1)
+                peak = static_cast<double>(kilobytes) * 1024;
+        std::fclose(file);
+        return peak - before_;
+    }
+
+private:
+    double before_;
+};
+
 template <class Work>
 double timeOf(Work work) {
     const Stopwatch watch;

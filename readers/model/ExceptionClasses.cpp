@@ -192,7 +192,7 @@ void Exceptions::makeStartClasses(TimingModel& model) {
     bool everywhere = false;
     std::unordered_set<std::uint32_t> endPins;
     for (const Variant& variant : variants_)
-        if (!variant.fromPins.empty()) {
+        if (!variant.fromPins.empty() || stated(variant.exception).ignoreClockLatency) {
             everywhere |= variant.toPins.empty();
             endPins.insert(variant.toPins.begin(), variant.toPins.end());
         }
@@ -247,8 +247,10 @@ void Exceptions::makeLayerClasses(TimingModel& model, const Layer& layer, std::u
     }
 }
 
-std::uint32_t Exceptions::singleStart(std::uint64_t classes) const {
-    return singleStart_[classes & ((std::uint64_t{1} << startClasses_) - 1)];
+bool Exceptions::mayStart(std::uint32_t pin, std::uint64_t classes) const {
+    const auto found = startNumber_.find(pin);
+    return (classes & ((std::uint64_t{1} << startClasses_) - 1)) ==
+           (found == startNumber_.end() ? 0 : found->second);
 }
 
 bool Exceptions::isPassed(std::uint32_t atom, std::uint64_t classes) const {

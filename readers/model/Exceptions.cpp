@@ -10,7 +10,11 @@ using Sdc::ObjectKind;
 
 namespace {
 
-constexpr std::uint32_t ignoresLatencyMark = none - 1;
+// In a signature, before the pin of a point that shares its number with no other.
+constexpr std::uint32_t aloneMark = none - 1;
+
+// Up to so many registers are told apart for their latency alone.
+constexpr std::size_t fewRegisters = 500;
 
 void sortOnce(std::vector<std::uint32_t>& values) {
     std::ranges::sort(values);
@@ -251,40 +255,55 @@ void Exceptions::collectTimedPorts() {
             timedPorts_.insert(pin);
 }
 
-// Points that the same variants name share a number. One whose latency is to be taken off again has its own.
-void Exceptions::numberPoints(bool from) {
-    std::unordered_map<std::uint32_t, std::vector<std::uint32_t>> variantsOf;
-    std::vector<std::uint32_t> pins;
-    for (std::uint32_t variant = 0; variant < variants_.size(); ++variant)
-        for (const std::uint32_t pin : from ? variants_[variant].fromPins : variants_[variant].toPins) {
-            std::vector<std::uint32_t>& named = variantsOf[pin];
-            if (named.empty())
-                pins.push_back(pin);
-            named.push_back(variant);
+// The start points that a delay without clock latency needs to know one by one: those that it names, and
+// where it names none, those at which a clock may have another latency than at registers. Registers too,
+// while they are few.
+std::vector<std::uint32_t> Exceptions::startsAlone() const {
+    std::vector<std::uint32_t> alone;
+    bool all = false;
+    for (const Variant& variant : variants_)
+        if (stated(variant.exception).ignoreClockLatency) {
+            all |= variant.fromPins.empty();
+            alone.insert(alone.end(), variant.fromPins.begin(), variant.fromPins.end());
         }
-    std::ranges::sort(pins);
+    if (!all)
+        return alone;
+    std::vector<std::uint32_t> registers;
+    for (std::uint32_t pin = 0; pin < design_.pins.size(); ++pin) {
+        if (design_.isPort(pin) || network_.isClockSource(network_.sourceOf(pin)))
+            alone.push_back(pin);
+        else if (design_.isClockPin(pin))
+            registers.push_back(pin);
+    }
+    if (registers.size() <= fewRegisters)
+        alone.insert(alone.end(), registers.begin(), registers.end());
+    return alone;
+}
+
+// Points that the same variants name share a number.
+void Exceptions::numberPoints(bool from) {
+    std::map<std::uint32_t, std::vector<std::uint32_t>> variantsOf;
+    for (std::uint32_t variant = 0; variant < variants_.size(); ++variant)
+        for (const std::uint32_t pin : from ? variants_[variant].fromPins : variants_[variant].toPins)
+            variantsOf[pin].push_back(variant);
+    std::unordered_set<std::uint32_t> alone;
+    if (from)
+        for (const std::uint32_t pin : startsAlone()) {
+            alone.insert(pin);
+            variantsOf.try_emplace(pin);
+        }
     auto& numbers = from ? startNumber_ : endNumber_;
     auto& variants = from ? startVariants_ : endVariants_;
     variants.resize(1);
-    singleStart_.resize(1, none);
     std::map<std::vector<std::uint32_t>, std::uint32_t> known;
-    for (const std::uint32_t pin : pins) {
-        const std::vector<std::uint32_t>& named = variantsOf[pin];
-        const bool alone = from && std::ranges::any_of(named, [&](std::uint32_t variant) {
-                               return stated(variants_[variant].exception).ignoreClockLatency;
-                           });
+    for (const auto& [pin, named] : variantsOf) {
         std::vector<std::uint32_t> signature = named;
-        if (alone)
-            signature.insert(signature.end(), {ignoresLatencyMark, pin});
+        if (alone.contains(pin))
+            signature.insert(signature.end(), {aloneMark, pin});
         const auto [place, isNew] =
             known.try_emplace(std::move(signature), static_cast<std::uint32_t>(variants.size()));
-        if (isNew) {
+        if (isNew)
             variants.push_back(named);
-            if (from)
-                singleStart_.push_back(pin);
-        } else if (from) {
-            singleStart_[place->second] = none;
-        }
         numbers[pin] = place->second;
     }
 }

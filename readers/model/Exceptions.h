@@ -53,8 +53,8 @@ public:
     const Requirement& requirement(std::uint32_t launchClock, std::uint32_t captureClock,
                                    std::uint32_t endPin, std::uint64_t classes);
 
-    // The only start point of the paths under these classes; none where there may be others.
-    std::uint32_t singleStart(std::uint64_t classes) const;
+    // Whether paths under these classes may start at a pin.
+    bool mayStart(std::uint32_t pin, std::uint64_t classes) const;
 
     struct Use {
         bool matchesObjects = true; // it names something
@@ -112,6 +112,7 @@ private:
     std::string nameOf(const Sdc::Object& object) const;
     void collectTimedPorts();
     void numberPoints(bool from);
+    std::vector<std::uint32_t> startsAlone() const;
     void makeAtoms();
     void levelNodes();
     bool isAntichain(const Group& group) const;
@@ -146,7 +147,6 @@ private:
     // By pin, the number of a start or end point; 0: not named. By number, the variants that name it.
     std::unordered_map<std::uint32_t, std::uint32_t> startNumber_, endNumber_;
     std::vector<std::vector<std::uint32_t>> startVariants_, endVariants_;
-    std::vector<std::uint32_t> singleStart_; // by number: its only pin, or none
     std::vector<Atom> atoms_;
     std::vector<Layer> layers_;
     std::vector<std::uint32_t> level_; // by node: the longest way to it

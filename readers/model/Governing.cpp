@@ -27,9 +27,10 @@ const Requirement& Exceptions::requirement(std::uint32_t launchClock, std::uint3
     return place->second;
 }
 
+// A point counts once: named twice in a row it is never passed as often.
 bool Exceptions::isInOrder(std::uint32_t before, std::uint32_t after) {
     if (before == after)
-        return true;
+        return false;
     const auto [place, isNew] = order_.try_emplace({before, after});
     if (isNew)
         place->second = reaches(atoms_[before].nodes, atoms_[after].nodes);

@@ -63,7 +63,8 @@ void TimingModel::findClockPins() {
     for (std::uint32_t number = 0; number < clocks_.size(); ++number)
         if (!clocks_[number].removed)
             for (const std::uint32_t node : clocks_[number].reached)
-                if (const std::uint32_t pin = network_.pinOf(node); design_.isClockPin(pin) || pulsed.contains(pin))
+                if (const std::uint32_t pin = network_.pinOf(node);
+                    design_.isClockPin(pin) || pulsed.contains(pin))
                     clocksAt_[pin].push_back(number);
     for (const std::uint32_t node : network_.order()) {
         const std::uint32_t pin = network_.pinOf(node);

@@ -30,7 +30,7 @@ JsonModules::Problem JsonModules::startModule(const std::string& name) {
     modules_.all.emplace_back().name = added;
     cells_.clear();
     ports_.clear();
-    netByNumber_.clear();
+    netByNumber_ = NumberMap(); // clear() would cost what the largest module had
     numbers_.assign(1, 0);
     return {};
 }

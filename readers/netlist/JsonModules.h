@@ -56,7 +56,8 @@ private:
 
     Modules& modules_;
     NameTable known_, cells_, ports_, pins_;
-    std::unordered_map<std::uint64_t, std::uint32_t> netByNumber_;
+    using NumberMap = std::unordered_map<std::uint64_t, std::uint32_t>;
+    NumberMap netByNumber_;
     std::vector<std::uint64_t> numbers_;   // of the module's nets
     std::vector<PinDirection> directions_; // of the cell's pins
     NameTable directionByPin_;

@@ -4,6 +4,7 @@
 #include "Objects.h"
 
 #include <algorithm>
+#include <array>
 #include <unordered_set>
 
 namespace Readers::Sdc {
@@ -53,10 +54,35 @@ void removeDuplicates(std::vector<Object>& objects) {
     });
 }
 
+// Lists in lists, as [list [get_pins ...] [get_cells ...]] makes them, count as one. A name may have spaces.
+std::vector<Tcl_Obj*> Session::flatElementsOf(Tcl_Obj* value) const {
+    const auto isName = [&](Tcl_Obj* element) {
+        using enum ObjectKind;
+        std::vector<Object> found;
+        return std::ranges::any_of(std::array{clock, port, cell, pin, net}, [&](ObjectKind kind) {
+            return finder.findExact(kind, Tcl_GetString(element), found);
+        });
+    };
+    std::vector<Tcl_Obj*> flat, open = elementsOf(value);
+    std::ranges::reverse(open);
+    while (!open.empty()) {
+        Tcl_Obj* const element = open.back();
+        open.pop_back();
+        std::vector<Tcl_Obj*> inner;
+        if (!finder.toKnown(element))
+            inner = elementsOf(element);
+        if (inner.size() > 1 && !isName(element))
+            open.insert(open.end(), inner.rbegin(), inner.rend());
+        else
+            flat.push_back(element);
+    }
+    return flat;
+}
+
 std::string describe(const Session& session, Words words) {
     std::string text;
     for (Tcl_Obj* const word : words) {
-        const std::vector<Tcl_Obj*> elements = elementsOf(word);
+        const std::vector<Tcl_Obj*> elements = session.flatElementsOf(word);
         text += text.empty() ? "" : " ";
         text += elements.size() == 1 ? "" : "{";
         for (std::size_t i = 0; i < std::min(elements.size(), describedObjects); ++i) {
@@ -161,7 +187,7 @@ void Session::resolveName(const Arguments& arguments, std::string_view option, T
 std::vector<Object> Session::resolve(const Arguments& arguments, std::string_view option, Tcl_Obj* value,
                                      Kinds kinds) {
     std::vector<Object> found;
-    for (Tcl_Obj* const element : elementsOf(value)) {
+    for (Tcl_Obj* const element : flatElementsOf(value)) {
         if (const std::optional<Object> object = finder.toKnown(element))
             resolveHandle(arguments, option, *object, kinds, found);
         else

@@ -42,6 +42,8 @@ public:
     void add(const char* name, Command command);
     void note(std::string text) { diagnostics.note(tcl.place(), std::move(text)); }
     void warning(std::string text) { diagnostics.warning(tcl.place(), std::move(text)); }
+    // The elements of a list, with those of lists in it.
+    std::vector<Tcl_Obj*> flatElementsOf(Tcl_Obj* value) const;
     // A warning about a name without object; it counts.
     void unmatched(std::string text);
     // Remembers a command that has no effect here, for one note per name at the end.
