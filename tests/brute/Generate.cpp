@@ -88,7 +88,11 @@ private:
         for (std::size_t i = 0; i < s_.clockPorts.size() && !full(); ++i) {
             if (i > 0 && random_.chance(12))
                 continue; // nothing clocks this network
-            if (i > 0 && random_.chance(12) && !d_.clocks[0].targets.empty()) {
+            // A clock that loses one of several targets to another clock is left out: it lives on at the
+            // rest.
+            const bool replacedFirst =
+                d_.clocks.size() > 1 && !d_.clocks[1].add && d_.clocks[0].targets == d_.clocks[1].targets;
+            if (i > 0 && random_.chance(12) && !d_.clocks[0].targets.empty() && !replacedFirst) {
                 d_.clocks[0].targets.push_back(s_.clockPorts[i]);
                 continue;
             }

@@ -1,0 +1,247 @@
+// Whole runs of the command, compared byte for byte. A case is a folder here with
+//
+//   args         the command line behind "vorlen", as a shell reads it
+//   why          how the expected values come about, for whoever has to judge a difference
+//   files        what else the run needs: files of the project, by their paths from its root, one a line
+//   stdout, stderr, status, report.json
+//                what must come of it; without report.json the run must leave no file behind
+//   slacks.csv   endpoint,setup,hold in ns, worked out by hand: all end points of the run's JSON report
+//   (others)     the run's own inputs
+//
+// The run goes in a copy of the folder, so that names in messages are short. VORLEN_UPDATE=1 in the
+// environment rewrites what must come of it, but for slacks.csv.
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <optional>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const fs::path cases = VORLEN_GOLDEN_DIR;
+const fs::path root = cases.parent_path().parent_path();
+// Of a case's files, those that are no inputs of the run.
+const std::set<std::string> aboutTheRun = {"args",   "why",    "files",       "stdout",
+                                           "stderr", "status", "report.json", "slacks.csv"};
+
+std::string textOf(const fs::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+void write(const fs::path& file, const std::string& text) {
+    std::ofstream out(file, std::ios::binary | std::ios::trunc);
+    out << text;
+    ASSERT_TRUE(out.flush().good()) << file;
+}
+
+bool isUpdate() {
+    const char* update = std::getenv("VORLEN_UPDATE");
+    return update && std::string(update) == "1";
+}
+
+std::vector<std::string> linesOf(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);)
+        lines.push_back(line);
+    return lines;
+}
+
+// A folder to run in; it goes with its object.
+class Folder {
+public:
+    Folder() : path_((fs::temp_directory_path() / "vorlen-golden.XXXXXX").string()) {
+        EXPECT_NE(mkdtemp(path_.data()), nullptr) << path_;
+    }
+    ~Folder() { fs::remove_all(path_); }
+    Folder(const Folder&) = delete;
+    Folder& operator=(const Folder&) = delete;
+
+    fs::path path() const { return path_; }
+    std::set<std::string> names() const {
+        std::set<std::string> found;
+        for (const fs::directory_entry& entry : fs::directory_iterator(path_))
+            found.insert(entry.path().filename().string());
+        return found;
+    }
+
+private:
+    std::string path_;
+};
+
+struct Outcome {
+    std::string output, errors;
+    int status = -1;
+};
+
+// Through a shell, so that a case can send its output elsewhere.
+Outcome run(const fs::path& folder, const std::string& args) {
+    const Folder streams;
+    const std::string out = (streams.path() / "out").string(), err = (streams.path() / "err").string();
+    const std::string command = "cd '" + folder.string() + "' && { env -u NO_COLOR -u COLUMNS LC_ALL=C '" +
+                                VORLEN_COMMAND_FILE "' " + args + "; } >'" + out + "' 2>'" + err +
+                                "' </dev/null";
+    const int status = std::system(command.c_str());
+    return {textOf(out), textOf(err), WIFEXITED(status) ? WEXITSTATUS(status) : -1};
+}
+
+// Slacks by end point, setup and hold, in fs.
+using Slacks = std::map<std::string, std::vector<std::optional<long>>>;
+
+std::optional<long> femtoseconds(double nanoseconds) { return std::lround(nanoseconds * 1e6); }
+
+Slacks slacksOfTable(const fs::path& file) {
+    Slacks slacks;
+    const std::vector<std::string> lines = linesOf(textOf(file));
+    for (std::size_t line = 1; line < lines.size(); ++line) {
+        std::istringstream in(lines[line]);
+        std::string pin;
+        std::getline(in, pin, ',');
+        for (std::string value; std::getline(in, value, ',');)
+            slacks[pin].push_back(value == "-" ? std::nullopt : femtoseconds(std::stod(value)));
+    }
+    return slacks;
+}
+
+Slacks slacksOfReport(const std::string& json) {
+    Slacks slacks;
+    const auto document = nlohmann::json::parse(json, nullptr, false);
+    EXPECT_FALSE(document.is_discarded()) << json;
+    if (document.is_discarded())
+        return slacks;
+    for (const auto& endpoint : document.at("endpoints"))
+        for (const char* side : {"setup_slack", "hold_slack"})
+            slacks[endpoint.at("pin")].push_back(
+                endpoint.at(side).is_null() ? std::nullopt : femtoseconds(endpoint.at(side).get<double>()));
+    return slacks;
+}
+
+// The differences, each on a line; empty where there is none.
+std::string difference(const Slacks& expected, const Slacks& found) {
+    const auto shown = [](const Slacks& slacks, const std::string& pin) {
+        const auto at = slacks.find(pin);
+        if (at == slacks.end())
+            return std::string("nothing");
+        std::string text;
+        for (const std::optional<long>& slack : at->second)
+            text += (slack ? std::to_string(*slack) + " fs" : "-") + " ";
+        return text;
+    };
+    std::set<std::string> pins;
+    for (const Slacks* slacks : {&expected, &found})
+        for (const auto& [pin, both] : *slacks)
+            pins.insert(pin);
+    std::string text;
+    for (const std::string& pin : pins)
+        if (shown(expected, pin) != shown(found, pin))
+            text += pin + ": expected " + shown(expected, pin) + ", found " + shown(found, pin) + "\n";
+    return text;
+}
+
+// --- The cases ---
+
+std::vector<std::string> caseNames() {
+    std::vector<std::string> names;
+    for (const fs::directory_entry& entry : fs::directory_iterator(cases))
+        if (fs::exists(entry.path() / "args"))
+            names.push_back(entry.path().filename().string());
+    std::ranges::sort(names);
+    return names;
+}
+
+class Golden : public testing::TestWithParam<std::string> {
+protected:
+    // Compares, or rewrites.
+    void settle(const std::string& name, const std::string& found) const {
+        const fs::path file = cases / GetParam() / name;
+        if (isUpdate())
+            write(file, found);
+        else
+            EXPECT_EQ(textOf(file), found) << file;
+    }
+};
+
+TEST_P(Golden, IsAsExpected) {
+    const fs::path folder = cases / GetParam();
+    EXPECT_TRUE(fs::exists(folder / "why")) << "expected a word on what must come of it";
+    const Folder work;
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder))
+        if (!aboutTheRun.contains(entry.path().filename().string()))
+            fs::copy(entry.path(), work.path() / entry.path().filename(), fs::copy_options::recursive);
+    for (const std::string& file : linesOf(textOf(folder / "files")))
+        fs::copy(root / file, work.path() / fs::path(file).filename());
+    std::set<std::string> names = work.names();
+
+    const Outcome outcome = run(work.path(), linesOf(textOf(folder / "args")).at(0));
+    settle("status", std::to_string(outcome.status) + "\n");
+    settle("stderr", outcome.errors);
+    settle("stdout", outcome.output);
+    std::string json = outcome.output;
+    if (fs::exists(work.path() / "report.json")) {
+        json = textOf(work.path() / "report.json");
+        settle("report.json", json);
+        names.insert("report.json");
+    } else {
+        EXPECT_FALSE(fs::exists(folder / "report.json")) << "expected a report.json";
+    }
+    EXPECT_EQ(work.names(), names) << "a run leaves nothing else behind";
+    if (fs::exists(folder / "slacks.csv"))
+        EXPECT_EQ(difference(slacksOfTable(folder / "slacks.csv"), slacksOfReport(json)), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, Golden, testing::ValuesIn(caseNames()),
+                         [](const auto& row) { return row.param; });
+
+// --- The example designs, end point by end point ---
+
+struct Example {
+    const char *name, *constraints, *netlist, *clocks, *expected;
+    std::size_t endpoints;
+    int status; // some hold slacks fail where clocks are propagated
+};
+
+class Examples : public testing::TestWithParam<Example> {};
+
+TEST_P(Examples, HaveTheKnownSlacks) {
+    const Example& example = GetParam();
+    const fs::path folder = fs::path(VORLEN_EXAMPLES_DIR) / example.name;
+    const std::string name = example.name;
+    const Outcome outcome =
+        run(folder, "analyze --sdf " + name + ".sdf --sdc " + example.constraints + " --netlist " +
+                        example.netlist + " --clocks " + example.clocks + " --json -");
+    EXPECT_EQ(outcome.status, example.status) << outcome.errors;
+    const Slacks expected = slacksOfTable(folder / example.expected);
+    EXPECT_EQ(expected.size(), example.endpoints);
+    EXPECT_EQ(difference(expected, slacksOfReport(outcome.output)), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Designs, Examples,
+                         testing::Values(Example{"two_regs", "two_regs.sdc", "two_regs.routed.json",
+                                                 "propagated", "expected_propagated.csv", 3, 1},
+                                         Example{"two_regs", "two_regs_ideal.sdc", "two_regs.routed.json",
+                                                 "ideal", "expected_ideal.csv", 3, 0},
+                                         Example{"uart_fir", "uart_fir.sdc", "uart_fir.routed.json.gz",
+                                                 "propagated", "expected_propagated.csv", 1486, 1},
+                                         Example{"uart_fir", "uart_fir_ideal.sdc", "uart_fir.routed.json.gz",
+                                                 "ideal", "expected_ideal.csv", 1486, 0}),
+                         [](const auto& row) {
+                             return std::string(row.param.name) + "_" + row.param.clocks;
+                         });
+
+} // namespace
