@@ -20,12 +20,20 @@
 #include "Vorlen/Export.h"
 #include "Vorlen/TimingMap.h"
 
+#include <cstdint>
+#include <memory>
+#include <vector>
+
 namespace Pelko {
 class CPath;
 class Subdomain;
 } // namespace Pelko
 
 namespace Vorlen {
+
+namespace detail {
+struct DataTimes;
+} // namespace detail
 
 class VORLEN_API Sweep : public Pelko::Object {
 public:
@@ -152,11 +160,16 @@ protected:
     void postCreate(Pelko::Subdomain* subdomain);
 
 private:
+    bool propagateArrivals();
+    void updateArrivals(unsigned slot);
+    bool propagateRequired();
+    bool updateRequired(unsigned slot, const std::vector<std::uint8_t>& kinds);
+    bool launchesFromInputs() const;
+
     Pelko::Subdomain* subdomain;
     PoleTimingMap launchATMapMap;
     PoleTimingMap latchATMapMap;
-    PoleTimingMap dataATMapMap;
-    PoleTimingMap dataRTMapMap;
+    std::unique_ptr<detail::DataTimes> data; // dataATMapMap and dataRTMapMap
     Timing arrivalTiming;
 };
 

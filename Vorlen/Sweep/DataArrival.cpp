@@ -1,12 +1,18 @@
 // Data arrival: forwards from the launch leaves to the latch leaves, class by class. The walk goes backwards
 // from the end points, so that the whole fan-in of a pole is final before the pole is.
 //
+// Where the cone has an order (detail/Cone.h) the poles are folded in that order: what comes out is the same,
+// since folding is associative and commutative. Where it has none, the depth-first walk refuses an arc that
+// would close a loop.
+//
 // At the latch side the arrivals become those of the subdomain: its latest and shortest arrival, and whether
 // a multicycle path is the latest one.
 #include "Pelko/Analyzer.h"
 #include "Pelko/Cell.h"
 #include "Pelko/Subdomain.h"
+#include "Vorlen/PoleFlags.h"
 #include "Vorlen/Sweep.h"
+#include "Vorlen/detail/DataTimes.h"
 #include "Vorlen/detail/EventPump.h"
 #include "Vorlen/detail/Faults.h"
 #include "Vorlen/detail/Walk.h"
@@ -21,9 +27,13 @@ using Pelko::PseudoMask;
 
 namespace {
 
+bool isStart(const Pole* pole) { return pole->isInitial() || pole->isClockSource(); }
+
+// `Path`: the poles of the walk's stack, as a set of the caller or as flags.
+template <class Path>
 class ArrivalVisitor {
 public:
-    ArrivalVisitor(Sweep& sweep, PoleSet& path) : sweep_(sweep), path_(path) {}
+    ArrivalVisitor(Sweep& sweep, Path& path) : sweep_(sweep), path_(path) {}
 
     bool enter(Pole* pole) {
         if (pole->isMarked())
@@ -40,7 +50,7 @@ public:
     }
 
     Pole* follow(const Edge* edge) const {
-        return edge->isActive() && path_.count(edge->getSource()) == 0 ? edge->getSource() : nullptr;
+        return edge->isActive() && !path_.contains(edge->getSource()) ? edge->getSource() : nullptr;
     }
 
     void back(Edge* edge) { sweep_.updateDataATMapMap(edge); }
@@ -51,18 +61,46 @@ public:
     }
 
 private:
-    static bool isStart(const Pole* pole) { return pole->isInitial() || pole->isClockSource(); }
-
     Sweep& sweep_;
-    PoleSet& path_;
+    Path& path_;
     detail::WalkPump pump_;
 };
+
+// How an arc shifts the arrivals that pass it. An arc into a check holds its hold and its setup value.
+class ArrivalShift {
+public:
+    ArrivalShift(const Edge& edge, bool isCheck)
+        : early_(int(edge.getMinDelay())), late_(int(edge.getMaxDelay())), isCheck_(isCheck) {}
+
+    void operator()(detail::ClassTiming& timing) const {
+        timing.minimum =
+            isCheck_ ? detail::minus(timing.minimum, early_) : detail::plus(timing.minimum, early_);
+        timing.maximum = detail::plus(timing.maximum, late_);
+    }
+
+private:
+    int early_;
+    int late_;
+    bool isCheck_;
+};
+
+// The poles whose arrivals are those of a latch leaf.
+template <class Visit>
+void forEachEnd(Pole* leaf, Visit visit) {
+    if (!leaf->isClock())
+        visit(leaf);
+    else
+        for (Pole* end : Pelko::cell->getAuxiliaryPoles(leaf->getPin()))
+            visit(end);
+}
 
 } // namespace
 
 void Sweep::arrivalAnalyze() {
     const detail::MarkGuard guard;
-    PoleSet path;
+    const bool toPorts = !subdomain->getLatchRoot();
+    const bool isDone = propagateArrivals();
+    PoleFlags path;
     ArrivalVisitor visitor(*this, path);
     detail::Walk walk;
     const auto report = [this](const Timing& timing) {
@@ -70,38 +108,51 @@ void Sweep::arrivalAnalyze() {
         subdomain->setLAT(arrivalTiming.getMaximumDelay());
         subdomain->setSAT(arrivalTiming.getMinimumDelay());
     };
+    const auto reach = [&](Pole* end) {
+        if (!isDone)
+            walk.run(end, visitor);
+        return data->hasArrivals(end);
+    };
     const auto endAtPort = [&](Pole* leaf) {
         detail::require(leaf->isOutput(), detail::Fault::NotAnOutput);
-        walk.run(leaf, visitor);
-        TimingMap arrival;
-        if (!hasArrivalTimingMap(leaf, arrival))
+        if (!reach(leaf))
             return;
+        TimingMap arrival;
+        hasArrivalTimingMap(leaf, arrival);
         filter(analyzer->getMaxdelayPathMask(), analyzer->getMindelayPathMask(), arrival);
         for (const auto& entry : arrival)
             report(entry.second);
     };
+    const auto reportLatched = [&](unsigned long key, const Timing& timing) {
+        report(timing);
+        if (!subdomain->isPureClock() || arrivalTiming.getMaximumDelay() != timing.getMaximumDelay())
+            return;
+        if ((PseudoMask(key) & analyzer->getMulticyclePathMask()).isEmpty())
+            subdomain->resetMPathCritical();
+        else
+            subdomain->setMPathCritical();
+    };
     // Arrivals become relative to the latch edge, and multicycle classes are brought back to one cycle.
     const auto endAtLatch = [&](Pole* end, const Timing& latch) {
-        walk.run(end, visitor);
-        TimingMap arrival;
-        if (!hasArrivalTimingMap(end, arrival))
+        if (!reach(end))
             return;
+        TimingMap arrival;
         Pelko::IOConstraint io;
-        if (end->isOutput() && analyzer->hasOutputConstraint(end, io))
+        const bool isConstrained = end->isOutput() && analyzer->hasOutputConstraint(end, io);
+        const detail::ClassTimings classes = data->getArrivals(end);
+        if (!isConstrained && classes.size() == 1 && classes.front().key == 0) {
+            reportLatched(0, classes.front().getTiming() -
+                                 Timing(latch.getMaximumDelay(), latch.getMinimumDelay()));
+            return;
+        }
+        hasArrivalTimingMap(end, arrival);
+        if (isConstrained)
             addDelay(io.getMinimum(), io.getMaximum(), arrival);
         minusLatchTiming(latch, arrival);
         divideCycleCount(arrival);
-        for (const auto& [key, timing] : arrival) {
-            report(timing);
-            if (!subdomain->isPureClock() || arrivalTiming.getMaximumDelay() != timing.getMaximumDelay())
-                continue;
-            if ((PseudoMask(key) & analyzer->getMulticyclePathMask()).isEmpty())
-                subdomain->resetMPathCritical();
-            else
-                subdomain->setMPathCritical();
-        }
+        for (const auto& [key, timing] : arrival)
+            reportLatched(key, timing);
     };
-    const bool toPorts = !subdomain->getLatchRoot();
     for (Pole* leaf : subdomain->getLatchLeaves()) {
         if (toPorts) {
             endAtPort(leaf);
@@ -111,13 +162,71 @@ void Sweep::arrivalAnalyze() {
         if (!hasLatchTimingMap(leaf, latch))
             continue;
         sensibilize(PseudoMask(0), latch);
-        if (!leaf->isClock())
-            endAtLatch(leaf, latch[0]);
-        else
-            for (Pole* end : Pelko::cell->getAuxiliaryPoles(leaf->getPin()))
-                endAtLatch(end, latch[0]);
+        forEachEnd(leaf, [&, timing = latch[0]](Pole* end) { endAtLatch(end, timing); });
     }
     analyzer->unmark();
+}
+
+// All ends at once, in the order of their cone. Gives false, with no arrivals, where there is no such order;
+// and where a leaf will be refused, since then only those before it count.
+bool Sweep::propagateArrivals() {
+    if (data->cone.getSlotCount() != 0)
+        return false;
+    std::vector<Pole*> ends;
+    for (Pole* leaf : subdomain->getLatchLeaves())
+        if (!subdomain->getLatchRoot()) {
+            if (!leaf->isOutput())
+                return false;
+            ends.push_back(leaf);
+        } else if (latchATMapMap.count(leaf) != 0) {
+            forEachEnd(leaf, [&ends](Pole* end) { ends.push_back(end); });
+        }
+    detail::Cone& cone = data->cone;
+    if (!cone.read(ends)) {
+        cone.forget();
+        return false;
+    }
+    data->arrivals.reach(cone.getSlotCount());
+    data->required.reach(cone.getSlotCount());
+    detail::WalkPump pump;
+    const std::vector<detail::Slot>& order = cone.getOrder();
+    for (std::size_t place = order.size(); place-- > 0;) {
+        if (place >= detail::Cone::ahead)
+            cone.prefetch(order[place - detail::Cone::ahead]);
+        updateArrivals(order[place]);
+        if (pump() && !cone.isCurrent()) {
+            *data = {};
+            return false;
+        }
+    }
+    return true;
+}
+
+void Sweep::updateArrivals(detail::Slot slot) {
+    const detail::Cone& cone = data->cone;
+    const unsigned flags = cone.getFlags(slot);
+    if ((flags & detail::Cone::Closed) != 0)
+        return;
+    Pole* pole = cone.getPoles()[slot];
+    if ((flags & detail::Cone::Start) != 0)
+        return updateDataATMapMap(pole);
+    unsigned long cut = 0;
+    unsigned long open = 0;
+    bool isCheck = false;
+    if ((flags & detail::Cone::Special) != 0) {
+        cut = (pole->getClosingPseudoMask() & analyzer->getFalsePathMask()).getBits();
+        open = pole->getOpeningPseudoMask().getBits();
+        isCheck = pole->isCheck();
+    }
+    detail::TimingTable& arrivals = data->arrivals;
+    const detail::Cone::Arcs arcs = cone.getArcs(slot);
+    for (std::uint32_t arc = arcs.begin; arc != arcs.end; ++arc) {
+        const detail::Slot source = cone.getSource(arc);
+        const Edge* edge = cone.getEdge(arc);
+        if (source != detail::noSlot && arrivals.contains(source) && edge->isActive())
+            arrivals.fold(arrivals, source, slot, cut, edge->getPseudoMask().getBits(), open,
+                          ArrivalShift(*edge, isCheck));
+    }
 }
 
 void Sweep::arrivalAnalyze(Pole* pole, PoleSet& path) {
@@ -140,24 +249,19 @@ void Sweep::updateDataATMapMap(Pole* pole) {
             addDelay(io.getMinimum(), io.getMaximum(), start);
     }
     mingle(pole->getOpeningPseudoMask(), start);
-    dataATMapMap[pole] = std::move(start);
+    data->arrivals.assign(data->obtain(pole), start);
 }
 
 void Sweep::updateDataATMapMap(Edge* edge) {
-    const auto source = dataATMapMap.find(edge->getSource());
-    if (source == dataATMapMap.end())
+    if (!data->hasArrivals(edge->getSource()))
         return;
     const Pole* target = edge->getTarget();
-    TimingMap passing = source->second;
-    filter(target->getClosingPseudoMask() & analyzer->getFalsePathMask(), passing);
-    if (target->isCheck())
-        takeSetupHold(edge->getMinDelay(), edge->getMaxDelay(), passing);
-    else
-        addDelay(edge->getMinDelay(), edge->getMaxDelay(), passing);
-    sensibilize(edge->getPseudoMask(), passing);
-    TimingMap& arrival = dataATMapMap[edge->getTarget()];
-    combine(passing, arrival);
-    mingle(target->getOpeningPseudoMask(), arrival);
+    const detail::Slot source = data->cone.find(edge->getSource());
+    const detail::Slot slot = data->obtain(edge->getTarget());
+    data->arrivals.fold(data->arrivals, source, slot,
+                        (target->getClosingPseudoMask() & analyzer->getFalsePathMask()).getBits(),
+                        edge->getPseudoMask().getBits(), target->getOpeningPseudoMask().getBits(),
+                        ArrivalShift(*edge, target->isCheck()));
 }
 
 } // namespace Vorlen

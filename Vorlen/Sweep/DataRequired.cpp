@@ -2,13 +2,21 @@
 // forwards from the launch leaves, so that the whole fan-out of a pole is final before the pole is. Only
 // poles that data reaches get required times.
 //
+// Where the cone of the arrivals has an order, and nothing lies in it that a walk from the launch leaves
+// would see otherwise, required times are folded in that order.
+//
 // A required timing holds the setup requirement as its minimum, and the hold requirement as its maximum.
 #include "Pelko/Analyzer.h"
 #include "Pelko/Subdomain.h"
+#include "Vorlen/PoleFlags.h"
 #include "Vorlen/Sweep.h"
+#include "Vorlen/detail/DataTimes.h"
 #include "Vorlen/detail/EventPump.h"
+#include "Vorlen/detail/FanReader.h"
 #include "Vorlen/detail/Faults.h"
 #include "Vorlen/detail/Walk.h"
+
+#include <vector>
 
 namespace Vorlen {
 
@@ -18,9 +26,30 @@ using Pelko::Pole;
 
 namespace {
 
+// How an arc shifts the required times that pass it backwards: an interval subtracted, or what a check
+// arc asks for.
+class RequiredShift {
+public:
+    RequiredShift(const Edge& edge, bool isCheck)
+        : early_(int(edge.getMinDelay())), late_(int(edge.getMaxDelay())), isCheck_(isCheck) {}
+
+    void operator()(detail::ClassTiming& timing) const {
+        timing.minimum = detail::minus(timing.minimum, late_);
+        timing.maximum =
+            isCheck_ ? detail::plus(timing.maximum, early_) : detail::minus(timing.maximum, early_);
+    }
+
+private:
+    int early_;
+    int late_;
+    bool isCheck_;
+};
+
+// `Path`: the poles of the walk's stack, as a set of the caller or as flags.
+template <class Path>
 class RequiredVisitor {
 public:
-    RequiredVisitor(Sweep& sweep, PoleSet& path) : sweep_(sweep), path_(path) {}
+    RequiredVisitor(Sweep& sweep, Path& path) : sweep_(sweep), path_(path) {}
 
     bool enter(Pole* pole) {
         if (!sweep_.hasArrivalTimingMap(pole) || pole->isMarked())
@@ -37,7 +66,7 @@ public:
     }
 
     Pole* follow(const Edge* edge) const {
-        return edge->isActive() && path_.count(edge->getTarget()) == 0 ? edge->getTarget() : nullptr;
+        return edge->isActive() && !path_.contains(edge->getTarget()) ? edge->getTarget() : nullptr;
     }
 
     void back(Edge* edge) { sweep_.updateDataRTMapMap(edge); }
@@ -49,7 +78,7 @@ public:
 
 private:
     Sweep& sweep_;
-    PoleSet& path_;
+    Path& path_;
     detail::WalkPump pump_;
 };
 
@@ -57,7 +86,9 @@ private:
 
 void Sweep::requireAnalyze() {
     const detail::MarkGuard guard;
-    PoleSet path;
+    if (propagateRequired())
+        return analyzer->unmark();
+    PoleFlags path;
     RequiredVisitor visitor(*this, path);
     detail::Walk walk;
     const bool fromPorts = !subdomain->getLaunchRoot();
@@ -92,24 +123,122 @@ void Sweep::updateDataRTMapMap(Pole* pole) {
             minusDelay(io.getMinimum(), io.getMaximum(), required);
     }
     mingle(pole->getClosingPseudoMask(), required);
-    dataRTMapMap[pole] = std::move(required);
+    data->required.assign(data->obtain(pole), required);
+    data->hasAnyRequired = true;
 }
 
 void Sweep::updateDataRTMapMap(Edge* edge) {
-    const auto target = dataRTMapMap.find(edge->getTarget());
-    if (target == dataRTMapMap.end())
+    if (!data->hasRequired(edge->getTarget()))
         return;
     const Pole* source = edge->getSource();
-    TimingMap passing = target->second;
-    filter(source->getOpeningPseudoMask(), passing);
-    if (edge->getTarget()->isCheck())
-        freeSetupHold(edge->getMinDelay(), edge->getMaxDelay(), passing);
-    else
-        minusDelay(edge->getMinDelay(), edge->getMaxDelay(), passing);
-    sensibilize(edge->getPseudoMask(), passing);
-    TimingMap& required = dataRTMapMap[edge->getSource()];
-    combine(passing, required);
-    mingle(source->getClosingPseudoMask(), required);
+    const detail::Slot target = data->cone.find(edge->getTarget());
+    const detail::Slot slot = data->obtain(edge->getSource());
+    data->required.fold(data->required, target, slot, source->getOpeningPseudoMask().getBits(),
+                        edge->getPseudoMask().getBits(), source->getClosingPseudoMask().getBits(),
+                        RequiredShift(*edge, edge->getTarget()->isCheck()));
+}
+
+namespace {
+
+// What a pole of the cone is when required times are asked for.
+enum Kind : std::uint8_t { Reached = 1, Terminal = 2, Masked = 4, Check = 8 };
+
+// By slot; empty where a walk from the launch leaves would not see just the cone: where a pole is marked, or
+// data runs into a start, which the cone does not show.
+std::vector<std::uint8_t> kindsOf(const detail::DataTimes& data) {
+    constexpr std::size_t ahead = 16;
+    const std::vector<Pole*>& poles = data.cone.getPoles();
+    std::vector<std::uint8_t> kinds(poles.size());
+    for (detail::Slot slot = 0; slot < poles.size(); ++slot) {
+        if (slot + ahead < poles.size())
+            detail::prefetchObject(poles[slot + ahead]);
+        if (!data.arrivals.contains(slot))
+            continue;
+        const Pole* pole = poles[slot];
+        if (pole->isMarked())
+            return {};
+        unsigned kind = Reached;
+        if (pole->isTerminal())
+            kind |= Terminal;
+        if (pole->isCheck())
+            kind |= Check;
+        if (!pole->getOpeningPseudoMask().isEmpty() || !pole->getClosingPseudoMask().isEmpty())
+            kind |= Masked;
+        kinds[slot] = static_cast<std::uint8_t>(kind);
+        if ((data.cone.getFlags(slot) & detail::Cone::Start) != 0)
+            for (const Edge* edge : pole->getIncomingEdges())
+                if (edge->isActive() && data.hasArrivals(edge->getSource()))
+                    return {};
+    }
+    return kinds;
+}
+
+} // namespace
+
+// Gives false, with no required times, where only the walk finds what is due.
+bool Sweep::propagateRequired() {
+    const detail::Cone& cone = data->cone;
+    if (!cone.isCurrent() || data->hasAnyRequired || (!subdomain->getLaunchRoot() && !launchesFromInputs()))
+        return false;
+    const std::vector<std::uint8_t> kinds = kindsOf(*data);
+    if (kinds.empty())
+        return false;
+    detail::WalkPump pump;
+    const std::vector<detail::Slot>& order = cone.getOrder();
+    for (std::size_t place = 0; place < order.size(); ++place) {
+        if (place + detail::Cone::ahead < order.size())
+            cone.prefetch(order[place + detail::Cone::ahead]);
+        const detail::Slot slot = order[place];
+        if ((kinds[slot] & Reached) == 0)
+            continue;
+        if (!updateRequired(slot, kinds) || (pump() && !cone.isCurrent())) {
+            data->required.clear();
+            data->hasAnyRequired = false;
+            data->required.reach(cone.getSlotCount());
+            return false;
+        }
+    }
+    return true;
+}
+
+bool Sweep::launchesFromInputs() const {
+    for (const Pole* leaf : subdomain->getLaunchLeaves())
+        if (!leaf->isInput())
+            return false;
+    return true;
+}
+
+// Passes the required times of a pole on to its drivers. Gives false where data passes a terminal pole, or an
+// arc is active that was not or the reverse: then not every pole with arrivals is one that the walk comes to.
+bool Sweep::updateRequired(detail::Slot slot, const std::vector<std::uint8_t>& kinds) {
+    const detail::Cone& cone = data->cone;
+    detail::TimingTable& required = data->required;
+    if ((kinds[slot] & Terminal) != 0)
+        updateDataRTMapMap(cone.getPoles()[slot]);
+    const bool isRequired = required.contains(slot);
+    const bool isCheck = (kinds[slot] & Check) != 0;
+    const detail::Cone::Arcs arcs = cone.getArcs(slot);
+    for (std::uint32_t arc = arcs.begin; arc != arcs.end; ++arc) {
+        const detail::Slot source = cone.getSource(arc);
+        const Edge* edge = cone.getEdge(arc);
+        if (edge->isActive() != (source != detail::noSlot))
+            return false;
+        if (source == detail::noSlot || (kinds[source] & Reached) == 0)
+            continue;
+        if ((kinds[source] & Terminal) != 0)
+            return false;
+        if (!isRequired)
+            continue;
+        unsigned long cut = 0;
+        unsigned long open = 0;
+        if ((kinds[source] & Masked) != 0) {
+            cut = cone.getPoles()[source]->getOpeningPseudoMask().getBits();
+            open = cone.getPoles()[source]->getClosingPseudoMask().getBits();
+        }
+        required.fold(required, slot, source, cut, edge->getPseudoMask().getBits(), open,
+                      RequiredShift(*edge, isCheck));
+    }
+    return true;
 }
 
 } // namespace Vorlen

@@ -2,6 +2,7 @@
 // ports that latch it, over plain timing and every exception. The host keeps the worst a port over all
 // subdomains.
 #include "Vorlen/Sweep/Sides.h"
+#include "Vorlen/detail/DataTimes.h"
 
 namespace Vorlen {
 
@@ -16,9 +17,10 @@ struct PortSlacks {
     Delay longest = Delay::getMaximum();
     Delay shortest = Delay::getMaximum();
 
-    void add(Sweep& sweep, Edge* edge, const TimingMap& arrivals) {
-        for (const auto& [key, timing] : arrivals) {
-            const PseudoMask mask(key);
+    void add(Sweep& sweep, Edge* edge, detail::ClassTimings arrivals) {
+        for (const detail::ClassTiming& each : arrivals) {
+            const PseudoMask mask(each.key);
+            const Timing timing = each.getTiming();
             add(sweep, edge, mask, timing, nullptr);
             for (Pelko::CPath* cpath : Pelko::analyzer->getCPaths(mask))
                 add(sweep, edge, mask, timing, cpath);
@@ -46,8 +48,7 @@ private:
 
 void Sweep::iodelaySlackAnalyze() {
     const auto addEdge = [this](PortSlacks& slacks, Edge* edge) {
-        if (const auto arrivals = dataATMapMap.find(edge->getSource()); arrivals != dataATMapMap.end())
-            slacks.add(*this, edge, arrivals->second);
+        slacks.add(*this, edge, data->getArrivals(edge->getSource()));
     };
     if (subdomain->getLaunchRoot())
         for (Pole* leaf : subdomain->getLaunchLeaves()) {

@@ -4,13 +4,14 @@
 #include "Pelko/Subdomain.h"
 #include "Ruvex/StandardSlot.h"
 #include "Vorlen/Sweep.h"
+#include "Vorlen/detail/DataTimes.h"
 #include "Vorlen/detail/Faults.h"
 
 #include <memory>
 
 namespace Vorlen {
 
-Sweep::Sweep(Pelko::Subdomain* analysed) : subdomain(analysed) {}
+Sweep::Sweep(Pelko::Subdomain* analysed) : subdomain(analysed), data(std::make_unique<detail::DataTimes>()) {}
 
 Sweep::~Sweep() = default;
 
@@ -55,16 +56,22 @@ bool copyOut(const PoleTimingMap& maps, Pelko::Pole* pole, TimingMap& out) {
 
 } // namespace
 
-bool Sweep::hasArrivalTimingMap(Pelko::Pole* pole) const { return dataATMapMap.count(pole) != 0; }
+bool Sweep::hasArrivalTimingMap(Pelko::Pole* pole) const { return pole && data->hasArrivals(pole); }
 
-bool Sweep::hasRequireTimingMap(Pelko::Pole* pole) const { return dataRTMapMap.count(pole) != 0; }
+bool Sweep::hasRequireTimingMap(Pelko::Pole* pole) const { return pole && data->hasRequired(pole); }
 
 bool Sweep::hasArrivalTimingMap(Pelko::Pole* pole, TimingMap& out) const {
-    return copyOut(dataATMapMap, pole, out);
+    if (!hasArrivalTimingMap(pole))
+        return false;
+    data->arrivals.copyOut(data->cone.find(pole), out);
+    return true;
 }
 
 bool Sweep::hasRequireTimingMap(Pelko::Pole* pole, TimingMap& out) const {
-    return copyOut(dataRTMapMap, pole, out);
+    if (!hasRequireTimingMap(pole))
+        return false;
+    data->required.copyOut(data->cone.find(pole), out);
+    return true;
 }
 
 bool Sweep::hasLatchTimingMap(Pelko::Pole* pole, TimingMap& out) const {
@@ -85,6 +92,18 @@ void Sweep::analyze() {
         searchShortestPaths(Pelko::analyzer->getPathLimit(), Pelko::analyzer->getPathCount());
 }
 
+namespace {
+
+PoleTimingMap mapsOf(const detail::Cone& cone, const detail::TimingTable& table) {
+    PoleTimingMap maps;
+    for (Pelko::Pole* pole : cone.getSortedPoles())
+        if (const detail::Slot slot = cone.find(pole); table.contains(slot))
+            table.copyOut(slot, maps[pole]);
+    return maps;
+}
+
+} // namespace
+
 std::string Sweep::getAlias() const { return "SWEEP[" + subdomain->getName() + "]"; }
 
 std::string Sweep::_getLabel() const { return Ruvex::Label::create(Pelko::Object::_getLabel()).getText(); }
@@ -95,8 +114,8 @@ Ruvex::Record* Sweep::_getRecord() const {
         return nullptr;
     record->addHeader("Sweep");
     record->add("Subdomain", subdomain->_getSlot());
-    record->add("DataAT Map", new Ruvex::StandardSlot<PoleTimingMap>(dataATMapMap));
-    record->add("DataRT Map", new Ruvex::StandardSlot<PoleTimingMap>(dataRTMapMap));
+    record->add("DataAT Map", new Ruvex::StandardSlot<PoleTimingMap>(mapsOf(data->cone, data->arrivals)));
+    record->add("DataRT Map", new Ruvex::StandardSlot<PoleTimingMap>(mapsOf(data->cone, data->required)));
     record->add("LatchAT Map", new Ruvex::StandardSlot<PoleTimingMap>(latchATMapMap));
     record->add("LaunchAT Map", new Ruvex::StandardSlot<PoleTimingMap>(launchATMapMap));
     record->add("Arrival Timing", arrivalTiming._getSlot());

@@ -4,6 +4,11 @@
 // The required map of the arc's target is read in place: which of its entries count follows from their keys,
 // and filtering and re-keying a copy of it would give the same.
 #include "Vorlen/Sweep/Sides.h"
+#include "Vorlen/detail/DataTimes.h"
+#include "Vorlen/detail/FanReader.h"
+
+#include <optional>
+#include <vector>
 
 namespace Vorlen {
 
@@ -16,57 +21,77 @@ using Pelko::PseudoMask;
 
 namespace {
 
+using detail::ClassTiming;
+using detail::ClassTimings;
+
 // What the entries that count ask for together. `falseBits`: classes cut by a false path. Kept as keys are
 // re-keyed to key AND `classBits`: those that become `wanted`.
-Timing combineRequired(const TimingMap& required, unsigned long falseBits, unsigned long classBits,
-                       unsigned long wanted) {
-    Timing result;
-    for (const auto& [key, timing] : required)
-        if ((key & falseBits) == 0 && (key & classBits) == wanted)
-            result.combine(timing);
+ClassTiming combineRequired(ClassTimings required, unsigned long falseBits, unsigned long classBits,
+                            unsigned long wanted) {
+    ClassTiming result{wanted, Delay::undefinedValue, Delay::undefinedValue};
+    for (const ClassTiming& each : required)
+        if ((each.key & falseBits) == 0 && (each.key & classBits) == wanted)
+            result.widen(each.minimum, each.maximum);
     return result;
 }
 
 // The least key under the exception: the first entry, in key order, that shares a class with it. 0 for none.
-unsigned long firstKeyUnder(const TimingMap& required, unsigned long falseBits, unsigned long classBits) {
+unsigned long firstKeyUnder(ClassTimings required, unsigned long falseBits, unsigned long classBits) {
     unsigned long first = 0;
-    for (const auto& entry : required) {
-        const unsigned long key = entry.first & classBits;
-        if ((entry.first & falseBits) == 0 && key != 0 && (first == 0 || key < first))
+    for (const ClassTiming& each : required) {
+        const unsigned long key = each.key & classBits;
+        if ((each.key & falseBits) == 0 && key != 0 && (first == 0 || key < first))
             first = key;
     }
     return first;
 }
 
-template <class Side>
-Delay calculateSlack(const TimingMap& required, const Pelko::Subdomain* subdomain, const Edge* edge,
-                     const PseudoMask& mask, const Delay& arrival, const CPath* cpath) {
-    PseudoMask classes = mask;
-    classes |= edge->getSource()->getOpeningPseudoMask();
-    classes &= edge->getPseudoMask();
-    classes |= edge->getTarget()->getOpeningPseudoMask();
-    const unsigned long falseBits = (classes & analyzer->getFalsePathMask()).getBits();
-    if (!cpath) {
-        const Timing plain = combineRequired(required, falseBits, classes.getBits(), 0);
-        return Side::slack(Side::requiredOf(plain), Side::dataTime(arrival, edge));
-    }
-    const unsigned long classBits = cpath->getPseudoMask().getBits();
-    const unsigned long key = firstKeyUnder(required, falseBits, classBits);
-    const Timing under = key == 0 ? Timing() : combineRequired(required, falseBits, classBits, key);
-    Delay slack = Side::slack(Side::requiredOf(under), Side::dataTime(arrival, edge));
-    if (const Delay adjustment = cpath->getSlackAdjustment(subdomain, Side::isLong); adjustment.isDefined())
-        slack += adjustment;
-    return slack;
+// The classes that count at an arc for those in `mask`.
+unsigned long classesAt(const Edge& edge, unsigned long mask) {
+    mask |= edge.getSource()->getOpeningPseudoMask().getBits();
+    mask &= edge.getPseudoMask().getBits();
+    return mask | edge.getTarget()->getOpeningPseudoMask().getBits();
 }
 
 template <class Side>
-Delay calculateSlack(const PoleTimingMap& requiredMaps, const Pelko::Subdomain* subdomain, const Edge* edge,
+Delay slackOf(const ClassTiming& required, const Delay& arrival, const Edge& edge) {
+    return Side::slack(Side::requiredOf(required.getTiming()), Side::dataTime(arrival, &edge));
+}
+
+template <class Side>
+Delay plainSlack(ClassTimings required, unsigned long classes, unsigned long falseMask, const Delay& arrival,
+                 const Edge& edge) {
+    return slackOf<Side>(combineRequired(required, classes & falseMask, classes, 0), arrival, edge);
+}
+
+// Without what the exception adjusts.
+template <class Side>
+Delay slackUnder(ClassTimings required, unsigned long classes, unsigned long falseMask,
+                 unsigned long classBits, const Delay& arrival, const Edge& edge) {
+    const unsigned long falseBits = classes & falseMask;
+    ClassTiming under{0, Delay::undefinedValue, Delay::undefinedValue};
+    if (const unsigned long key = firstKeyUnder(required, falseBits, classBits); key != 0)
+        under = combineRequired(required, falseBits, classBits, key);
+    return slackOf<Side>(under, arrival, edge);
+}
+
+template <class Side>
+Delay calculateSlack(const detail::DataTimes& data, const Pelko::Subdomain* subdomain, const Edge* edge,
                      const PseudoMask& mask, const Delay& arrival, const CPath* cpath) {
     detail::require(edge, Side::nullEdge);
-    const auto required = requiredMaps.find(edge->getTarget());
-    if (required == requiredMaps.end())
+    const detail::Slot target = data.cone.find(edge->getTarget());
+    if (!data.required.contains(target))
         return Delay::getUndefined();
-    return calculateSlack<Side>(required->second, subdomain, edge, mask, arrival, cpath);
+    const ClassTimings required = data.required.get(target);
+    const unsigned long classes = classesAt(*edge, mask.getBits());
+    const unsigned long falseMask = analyzer->getFalsePathMask().getBits();
+    if (!cpath)
+        return plainSlack<Side>(required, classes, falseMask, arrival, *edge);
+    Delay slack =
+        slackUnder<Side>(required, classes, falseMask, cpath->getPseudoMask().getBits(), arrival, *edge);
+    if (const Delay adjustment = cpath->getSlackAdjustment(subdomain, Side::isLong); adjustment.isDefined())
+        slack += adjustment;
+    return slack;
 }
 
 // The part of the clock's period that a transfer within one clock has, in percent; 100 for a whole period and
@@ -103,7 +128,7 @@ void tagEdge(Edge& edge, const Delay& best, unsigned long dutyCycle) {
 } // namespace
 
 Delay Sweep::calculateLSlack(Edge* edge, const PseudoMask& mask, const Delay& arrival, CPath* cpath) {
-    return calculateSlack<LongSide>(dataRTMapMap, subdomain, edge, mask, arrival, cpath);
+    return calculateSlack<LongSide>(*data, subdomain, edge, mask, arrival, cpath);
 }
 
 Delay Sweep::calculateLSlack(Edge* edge, const PseudoMask& mask, const Delay& arrival) {
@@ -111,31 +136,88 @@ Delay Sweep::calculateLSlack(Edge* edge, const PseudoMask& mask, const Delay& ar
 }
 
 Delay Sweep::calculateSSlack(Edge* edge, const PseudoMask& mask, const Delay& arrival, CPath* cpath) {
-    return calculateSlack<ShortSide>(dataRTMapMap, subdomain, edge, mask, arrival, cpath);
+    return calculateSlack<ShortSide>(*data, subdomain, edge, mask, arrival, cpath);
 }
 
 Delay Sweep::calculateSSlack(Edge* edge, const PseudoMask& mask, const Delay& arrival) {
     return calculateSSlack(edge, mask, arrival, nullptr);
 }
 
-void Sweep::tagSlacks() {
-    const PseudoMask constrained = analyzer->getMaxdelayPathMask() | analyzer->getMulticyclePathMask();
-    const unsigned long dutyCycle = dutyCycleOf(*subdomain);
-    for (const auto& [pole, arrivals] : dataATMapMap)
-        for (Edge* edge : pole->getOutgoingEdges()) {
-            Delay best = Delay::getMaximum();
-            const auto keep = [&best](const Delay& slack) {
-                if (slack.isDefined() && slack < best)
-                    best = slack;
-            };
-            for (const auto& [key, timing] : arrivals) {
-                const PseudoMask mask(key);
-                keep(calculateLSlack(edge, mask, timing.getMaximumDelay()));
-                for (CPath* cpath : analyzer->getCPaths(mask & constrained))
-                    keep(calculateLSlack(edge, mask, timing.getMaximumDelay(), cpath));
-            }
-            tagEdge(*edge, best, dutyCycle);
+namespace {
+
+// The setup slacks of arcs, each the worst over all classes of its arrivals: plain, and under each maximum
+// delay or multicycle path among them. What an exception adjusts is the same everywhere in a subdomain, and
+// asked for where it first counts.
+class WorstSlacks {
+public:
+    WorstSlacks(const detail::DataTimes& data, const Pelko::Subdomain* subdomain)
+        : data_(data), subdomain_(subdomain), falseMask_(analyzer->getFalsePathMask().getBits()) {
+        const PseudoMask constrained = analyzer->getMaxdelayPathMask() | analyzer->getMulticyclePathMask();
+        if (!constrained.isEmpty())
+            for (CPath* cpath : analyzer->getCPaths(constrained))
+                exceptions_.push_back({cpath, cpath->getPseudoMask().getBits(), {}});
+        constrained_ = constrained.getBits();
+    }
+
+    // The maximum where there is none.
+    Delay find(ClassTimings arrivals, const Edge& edge) {
+        Delay best = Delay::getMaximum();
+        const detail::Slot target = data_.cone.find(edge.getTarget());
+        if (!data_.required.contains(target))
+            return best;
+        const auto keep = [&best](const Delay& slack) {
+            if (slack.isDefined() && slack < best)
+                best = slack;
+        };
+        const ClassTimings required = data_.required.get(target);
+        for (const ClassTiming& each : arrivals) {
+            const unsigned long classes = classesAt(edge, each.key);
+            const Delay arrival(each.maximum);
+            keep(plainSlack<LongSide>(required, classes, falseMask_, arrival, edge));
+            if ((each.key & constrained_) == 0)
+                continue;
+            for (Exception& exception : exceptions_)
+                if ((each.key & constrained_ & exception.bits) != 0)
+                    keep(adjusted(exception, slackUnder<LongSide>(required, classes, falseMask_,
+                                                                  exception.bits, arrival, edge)));
         }
+        return best;
+    }
+
+private:
+    struct Exception {
+        const CPath* cpath;
+        unsigned long bits;
+        std::optional<Delay> adjustment;
+    };
+
+    Delay adjusted(Exception& exception, const Delay& slack) const {
+        if (!exception.adjustment)
+            exception.adjustment = exception.cpath->getSlackAdjustment(subdomain_, LongSide::isLong);
+        return exception.adjustment->isDefined() ? slack + *exception.adjustment : slack;
+    }
+
+    const detail::DataTimes& data_;
+    const Pelko::Subdomain* subdomain_;
+    unsigned long falseMask_;
+    unsigned long constrained_ = 0;
+    std::vector<Exception> exceptions_;
+};
+
+} // namespace
+
+void Sweep::tagSlacks() {
+    const unsigned long dutyCycle = dutyCycleOf(*subdomain);
+    WorstSlacks slacks(*data, subdomain);
+    const std::vector<Pelko::Pole*> poles = data->cone.getSortedPoles();
+    detail::FanReader<detail::Direction::Outgoing> reader;
+    for (std::size_t place = 0; place < poles.size(); ++place) {
+        reader.advance(poles, place);
+        const ClassTimings arrivals = data->getArrivals(poles[place]);
+        if (data->hasArrivals(poles[place]))
+            for (Edge* edge : poles[place]->getOutgoingEdges())
+                tagEdge(*edge, slacks.find(arrivals, *edge), dutyCycle);
+    }
 }
 
 } // namespace Vorlen

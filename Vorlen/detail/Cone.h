@@ -1,0 +1,105 @@
+// The cone of a sweep: the poles behind its end points, in slots, and the arcs between them in compact runs,
+// with an order in which every pole comes before those that drive it.
+//
+// Depth-first, a step waits for what it reads. A cone is read in the order of a queue, so that what comes
+// next is known and fetched ahead, and sorted on the copy. Where it has a loop there is no such order, and
+// whoever wants the loop refused where the depth-first walk refuses it walks depth-first.
+//
+// Beside that, a cone gives slots to poles one by one, for walks that do without an order.
+//
+// Cost: 4 bytes a pole of the design; 17 bytes a pole of the cone, 12 an arc.
+#pragma once
+
+#include "Pelko/Edge.h"
+#include "Vorlen/detail/EventPump.h"
+#include "Vorlen/detail/TimingTable.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace Vorlen::detail {
+
+class Cone {
+public:
+    // How far ahead of a walk in order it pays to prefetch.
+    static constexpr std::size_t ahead = 10;
+
+    // What a pole was when it was read.
+    enum Flag : std::uint8_t {
+        Start = 1,   // data starts here: the cone does not go on behind it
+        Closed = 2,  // marked beforehand: no walk enters it
+        Special = 4, // a check, or under an exception that opens or closes here
+    };
+
+    // --- Slots ---
+
+    Slot find(const Pelko::Pole* pole) const {
+        const std::size_t index = pole->getIndex();
+        return index < slots_.size() ? slots_[index] - 1 : noSlot; // 0 becomes none
+    }
+    Slot obtain(Pelko::Pole* pole);
+    const std::vector<Pelko::Pole*>& getPoles() const { return poles_; } // by slot
+    std::size_t getSlotCount() const { return poles_.size(); }
+    // The poles of all slots, in stamp order.
+    std::vector<Pelko::Pole*> getSortedPoles() const;
+
+    // --- The cone ---
+
+    // Reads what lies behind the ends. False where there is a loop, or where host events have changed the
+    // design: there is no order then, and `forget()` is due. Only of a cone without slots.
+    bool read(const std::vector<Pelko::Pole*>& ends);
+    void forget() { *this = Cone(); }
+
+    // Whether it was read, and the design has the same poles and arcs still. Delays and classes of arcs, and
+    // which are active, may have changed.
+    bool isCurrent() const { return isRead_ && shape_ == getShape(); }
+
+    // Every pole before its drivers.
+    const std::vector<Slot>& getOrder() const { return order_; }
+    std::uint8_t getFlags(Slot slot) const { return flags_[slot]; }
+
+    // The arcs into a slot; the cone does not read those into starts.
+    struct Arcs {
+        std::uint32_t begin;
+        std::uint32_t end;
+    };
+    Arcs getArcs(Slot slot) const { return {begins_[slot], begins_[slot + 1]}; }
+    Pelko::Edge* getEdge(std::uint32_t arc) const { return edges_[arc]; }
+    // No slot for an arc that was not active.
+    Slot getSource(std::uint32_t arc) const { return sources_[arc]; }
+
+    // Fetches the arcs, and their target, ahead.
+    void prefetch(Slot slot) const {
+        prefetchPole(slot);
+        for (std::uint32_t arc = begins_[slot]; arc != begins_[slot + 1]; ++arc)
+            prefetchArc(arc);
+    }
+
+private:
+    struct Shape {
+        std::uint32_t poleBound = 0;
+        std::uint32_t edgeBound = 0;
+        unsigned long poleCount = 0;
+        unsigned long edgeCount = 0;
+        bool operator==(const Shape&) const = default;
+    };
+    static Shape getShape();
+
+    void prefetchPole(Slot slot) const;
+    void prefetchArc(std::uint32_t arc) const;
+    void addArcs(Pelko::Pole* pole);
+    bool sort();
+
+    std::vector<Slot> slots_; // by pole index: the slot plus one, or 0
+    std::vector<Pelko::Pole*> poles_;
+    std::vector<std::uint8_t> flags_;
+    std::vector<std::uint32_t> begins_; // by slot, and one more
+    std::vector<Pelko::Edge*> edges_;
+    std::vector<Slot> sources_;
+    std::vector<std::uint32_t> uses_; // arcs out of a slot that are still to be passed; empty once sorted
+    std::vector<Slot> order_;
+    Shape shape_;
+    bool isRead_ = false;
+};
+
+} // namespace Vorlen::detail

@@ -1,0 +1,30 @@
+// Arrival and required times of data: what a sweep's dataATMapMap and dataRTMapMap hold, by the slots of its
+// cone.
+#pragma once
+
+#include "Vorlen/detail/Cone.h"
+#include "Vorlen/detail/TimingTable.h"
+
+namespace Vorlen::detail {
+
+struct DataTimes {
+    Cone cone;
+    TimingTable arrivals;
+    TimingTable required;
+    bool hasAnyRequired = false;
+
+    // A slot that both tables reach.
+    Slot obtain(Pelko::Pole* pole) {
+        const Slot slot = cone.obtain(pole);
+        arrivals.reach(cone.getSlotCount());
+        required.reach(cone.getSlotCount());
+        return slot;
+    }
+
+    ClassTimings getArrivals(const Pelko::Pole* pole) const { return arrivals.get(cone.find(pole)); }
+    ClassTimings getRequired(const Pelko::Pole* pole) const { return required.get(cone.find(pole)); }
+    bool hasArrivals(const Pelko::Pole* pole) const { return arrivals.contains(cone.find(pole)); }
+    bool hasRequired(const Pelko::Pole* pole) const { return required.contains(cone.find(pole)); }
+};
+
+} // namespace Vorlen::detail
