@@ -1,4 +1,4 @@
-# make demo    builds and runs the example of an embedding host
+# make demo    builds the command and reports the timing of a routed design
 # make test    builds and runs all tests, plain and under the sanitizers
 # Both install what they need on Debian 12. CONTRIBUTING.md has the rest.
 
@@ -6,8 +6,9 @@
 
 demo: setup
 	cmake --preset dev
-	cmake --build --preset dev --target embed
-	build/dev/examples/embed
+	cmake --build --preset dev --target vorlen_command
+	build/dev/vorlen analyze --sdf examples/uart_fir/uart_fir.sdf --sdc examples/uart_fir/uart_fir.sdc \
+	    --netlist examples/uart_fir/uart_fir.routed.json.gz --paths 1 --allow-violations
 
 test: setup
 	cmake/test.sh dev asan
@@ -22,7 +23,7 @@ bench: setup
 
 format:
 	@command -v clang-format >/dev/null || { echo "make format: clang-format is not installed (apt-get install clang-format)"; exit 1; }
-	find host Vorlen tests bench examples -name '*.h' -o -name '*.cpp' | xargs clang-format -i
+	find host Vorlen readers report cli tests bench examples -name '*.h' -o -name '*.cpp' | xargs clang-format -i
 
 coverage: setup
 	cmake --preset coverage

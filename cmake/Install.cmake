@@ -31,3 +31,15 @@ foreach(package vorlen vorlen-host)
     configure_file(cmake/${package}.pc.in ${package}.pc @ONLY)
     install(FILES ${PROJECT_BINARY_DIR}/${package}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endforeach()
+
+if(TARGET vorlen_command)
+    # The command finds the libraries from where it lies.
+    file(RELATIVE_PATH command_to_libraries ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+    set_target_properties(vorlen_command PROPERTIES INSTALL_RPATH "$ORIGIN/${command_to_libraries}")
+    install(TARGETS vorlen_command RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+    install(FILES docs/vorlen.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+    install(FILES docs/report.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/vorlen)
+    install(FILES completions/vorlen.bash
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME vorlen)
+    install(FILES completions/_vorlen DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
+endif()

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Data flows one way: readers -> host -> Vorlen -> host -> report. So
 #   the engine includes the host's headers and its own, each by its full name from host/ or from the root, and
-#   the host, the readers and the reports include nothing of the engine.
+#   the host, the readers and the reports include nothing of the engine, and
+#   of the command only the run and the harvest do.
 # Usage: layers.sh SOURCE_ROOT
 set -euo pipefail
 cd "$1"
@@ -37,6 +38,17 @@ for folder in host readers report; do
         esac
     done < <(includes "$folder")
 done
+
+while read -r file line kind header; do
+    checked=$((checked + 1))
+    case /$header in
+        */Vorlen/*)
+            case $file in
+                cli/Session.cpp | cli/Harvest*) ;;
+                *) fail "$file" "$line" "only the run and the harvest include the engine: $header" ;;
+            esac ;;
+    esac
+done < <(includes cli)
 
 printf '%d includes checked, %d failures\n' "$checked" "$failures"
 [ "$checked" -gt 0 ] && [ "$failures" -eq 0 ]
