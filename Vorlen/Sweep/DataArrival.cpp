@@ -182,7 +182,7 @@ bool Sweep::propagateArrivals() {
             forEachEnd(leaf, [&ends](Pole* end) { ends.push_back(end); });
         }
     detail::Cone& cone = data->cone;
-    if (!cone.read(ends)) {
+    if (!cone.read(ends, isStart)) {
         cone.forget();
         return false;
     }

@@ -4,17 +4,28 @@
 // A pole is marked when its whole fan-in has been walked (the clock walk marks before): end points are
 // reached again from other end points. The walk stops at inputs, clock poles and clock sources, so registers
 // launch from their clock pins.
+//
+// Without loops, all pairs are dealt with at once (Pairing.h); with them, where a loop is cut depends on the
+// walk, and the pairs are walked.
 #include "Pelko/Analyzer.h"
 #include "Pelko/Cell.h"
 #include "Vorlen/Tool.h"
+#include "Vorlen/Tool/Pairing.h"
 #include "Vorlen/detail/EventPump.h"
 #include "Vorlen/detail/Messages.h"
 #include "Vorlen/detail/StemMemo.h"
 #include "Vorlen/detail/Walk.h"
 
+#include <algorithm>
+#include <utility>
+#include <vector>
+
 namespace Vorlen {
 
 namespace {
+
+// Where stems end: registers launch from their clock poles.
+bool isLaunch(const Pelko::Pole* pole) { return pole->isInput() || pole->isClock() || pole->isClockSource(); }
 
 template <class Stems>
 class DataVisitor {
@@ -54,10 +65,6 @@ public:
     }
 
 private:
-    static bool isLaunch(const Pelko::Pole* pole) {
-        return pole->isInput() || pole->isClock() || pole->isClockSource();
-    }
-
     Tool& tool_;
     Stems& stems_;
     unsigned long& loops_;
@@ -74,14 +81,11 @@ bool isPassedOn(const Pelko::Pole* pole) {
     return false;
 }
 
-} // namespace
-
-void Tool::dataStem(const StemPoleSetMap& clockStems) {
-    const detail::MarkGuard guard;
-    loopOpen();
+// Every pair of a launch pole and an end point, one after another.
+unsigned long walkPairs(Tool& tool, const StemPoleSetMap& clockStems) {
     detail::PhaseStems work;
     unsigned long loops = 0;
-    DataVisitor visitor(*this, work, loops);
+    DataVisitor visitor(tool, work, loops);
     detail::Walk walk;
     for (Pelko::Pole* pole : Pelko::cell->getPoles()) {
         if (!isEndPoint(pole))
@@ -90,9 +94,55 @@ void Tool::dataStem(const StemPoleSetMap& clockStems) {
         Pelko::Pole* latch = pole->getMainPole();
         if (const auto* stem = work.find(pole))
             for (Pelko::Pole* launch : *stem)
-                createDomains(clockStems, launch, latch);
+                tool.createDomains(clockStems, launch, latch);
         if (!isPassedOn(pole))
             work.release(pole);
+    }
+    return loops;
+}
+
+// Host events that are due are processed where a walk would: at the first pole that it leaves, with those
+// above it on the loop stack.
+void pumpAtFirstLeave(Tool& tool, const std::vector<Pelko::Pole*>& ends) {
+    if (!detail::isPumpDue())
+        return;
+    const auto first =
+        std::find_if(ends.begin(), ends.end(), [](const Pelko::Pole* end) { return !end->isMarked(); });
+    if (first == ends.end())
+        return;
+    Pelko::Pole* next = *first;
+    while (next) {
+        Pelko::Pole* pole = std::exchange(next, nullptr);
+        tool.loopPush(pole);
+        if (!isLaunch(pole))
+            for (const Pelko::Edge* edge : pole->getIncomingEdges())
+                if (!next && edge->isActive() && !edge->getSource()->isMarked() &&
+                    !tool.isLooping(edge->getSource()))
+                    next = edge->getSource();
+    }
+    tool.loopPop();
+    detail::pump();
+    while (!tool.getLoopPoles().isEmpty())
+        tool.loopPop();
+}
+
+} // namespace
+
+void Tool::dataStem(const StemPoleSetMap& clockStems) {
+    const detail::MarkGuard guard;
+    loopOpen();
+    std::vector<Pelko::Pole*> ends;
+    for (Pelko::Pole* pole : Pelko::cell->getPoles())
+        if (isEndPoint(pole))
+            ends.push_back(pole);
+    pumpAtFirstLeave(*this, ends);
+    Pairing pairing(*this, clockStems);
+    unsigned long loops = 0;
+    const bool isRead = pairing.read(ends, isLaunch);
+    if (!isRead || !pairing.run()) {
+        if (isRead)
+            Pelko::analyzer->unmark();
+        loops = walkPairs(*this, clockStems);
     }
     loopClose();
     Pelko::analyzer->unmark();

@@ -8,6 +8,7 @@
 #include "Ruvex/Console.h"
 #include "Ruvex/Utility.h"
 #include "Vorlen/Tool.h"
+#include "Vorlen/Tool/ClockSides.h"
 #include "Vorlen/detail/Faults.h"
 #include "Vorlen/detail/Messages.h"
 
@@ -20,26 +21,8 @@ using Pelko::Pole;
 
 namespace {
 
-// One side of a pair: its clock edge, and the roots behind it. A root may be null: a port side without a
-// clock.
-struct Side {
-    ClockMode mode;
-    Pole* root = nullptr;          // the one root, where there is no stem
-    const PoleSet* stem = nullptr; // the roots of a clock pole
-    bool hasRoot = true;
-
-    template <class Visit>
-    void forEachRoot(Visit visit) const {
-        if (stem)
-            for (Pole* each : *stem)
-                visit(each);
-        else if (hasRoot)
-            visit(root);
-    }
-};
-
-Side clockSide(const StemPoleSetMap& clockStems, Pole* pole, detail::Fault withoutMode) {
-    Side side;
+ClockSide clockSide(const StemPoleSetMap& clockStems, Pole* pole, detail::Fault withoutMode) {
+    ClockSide side;
     side.mode = pole->getClockMode();
     if (side.mode.getCode() == ClockMode::None)
         detail::raise(withoutMode, pole->getName());
@@ -49,14 +32,16 @@ Side clockSide(const StemPoleSetMap& clockStems, Pole* pole, detail::Fault witho
     return side;
 }
 
-Side latchSide(const StemPoleSetMap& clockStems, Pole* latch) {
+} // namespace
+
+ClockSide latchSideOf(const StemPoleSetMap& clockStems, Pole* latch) {
     if (latch->isClock()) {
-        Side side = clockSide(clockStems, latch, detail::Fault::LatchWithoutClockMode);
+        ClockSide side = clockSide(clockStems, latch, detail::Fault::LatchWithoutClockMode);
         if (latch->isCaptureInverted())
             side.mode = side.mode.getCode() == ClockMode::Rising ? ClockMode::Falling : ClockMode::Rising;
         return side;
     }
-    Side side;
+    ClockSide side;
     Pelko::IOConstraint constraint;
     if (Pelko::analyzer->hasOutputConstraint(latch, constraint)) {
         side.mode = constraint.getClockMode();
@@ -65,10 +50,10 @@ Side latchSide(const StemPoleSetMap& clockStems, Pole* latch) {
     return side;
 }
 
-Side launchSide(const StemPoleSetMap& clockStems, Pole* launch) {
+ClockSide launchSideOf(const StemPoleSetMap& clockStems, Pole* launch) {
     if (launch->isClock())
         return clockSide(clockStems, launch, detail::Fault::LaunchWithoutClockMode);
-    Side side;
+    ClockSide side;
     Pelko::IOConstraint constraint;
     if (Pelko::analyzer->hasInputConstraint(launch, constraint)) {
         side.mode = constraint.getClockMode();
@@ -79,14 +64,7 @@ Side launchSide(const StemPoleSetMap& clockStems, Pole* launch) {
     return side;
 }
 
-void capture(Pelko::Domain* domain, const ClockMode& launchMode, const ClockMode& latchMode, Pole* launch,
-             Pole* latch) {
-    Pelko::Subdomain* subdomain = domain->getSubdomain(launchMode, latchMode);
-    if (!subdomain)
-        subdomain = Pelko::Subdomain::create(domain, launchMode, latchMode);
-    subdomain->captureLatch(latch);
-    subdomain->captureLaunch(launch);
-}
+namespace {
 
 // Over a copy, since domains end on the way.
 void separateDomains() {
@@ -124,22 +102,20 @@ void Tool::updateDomains() {
 }
 
 void Tool::createDomains(const StemPoleSetMap& clockStems, Pole* launch, Pole* latch) {
-    const Side latchSide = Vorlen::latchSide(clockStems, latch);
-    const Side launchSide = Vorlen::launchSide(clockStems, launch);
-    launchSide.forEachRoot([&](Pole* launchRoot) {
-        latchSide.forEachRoot([&](Pole* latchRoot) {
+    const ClockSide latchSide = latchSideOf(clockStems, latch);
+    const ClockSide launchSide = launchSideOf(clockStems, launch);
+    forEachSubdomain(
+        launchSide, latchSide,
+        [&](Pole* launchRoot, Pole* latchRoot, const ClockMode& launchMode, const ClockMode& latchMode) {
             Pelko::Domain* domain = Pelko::analyzer->getDomain(launchRoot, latchRoot);
             if (!domain)
                 domain = Pelko::Domain::create(launchRoot, latchRoot);
-            if (!launchRoot || launchSide.mode.getCode() != ClockMode::None) {
-                capture(domain, launchSide.mode, latchSide.mode, launch, latch);
-                return;
-            }
-            // A plain clock source launches on both edges.
-            for (const ClockMode::Code code : {ClockMode::Falling, ClockMode::Rising})
-                capture(domain, code, latchSide.mode, launch, latch);
+            Pelko::Subdomain* subdomain = domain->getSubdomain(launchMode, latchMode);
+            if (!subdomain)
+                subdomain = Pelko::Subdomain::create(domain, launchMode, latchMode);
+            subdomain->captureLatch(latch);
+            subdomain->captureLaunch(launch);
         });
-    });
 }
 
 } // namespace Vorlen

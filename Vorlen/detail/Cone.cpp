@@ -29,7 +29,7 @@ std::vector<Pelko::Pole*> Cone::getSortedPoles() const {
     return sorted;
 }
 
-bool Cone::read(const std::vector<Pelko::Pole*>& ends) {
+bool Cone::read(const std::vector<Pelko::Pole*>& ends, IsStart isStart) {
     shape_ = getShape();
     for (Pelko::Pole* end : ends)
         obtain(end);
@@ -37,7 +37,7 @@ bool Cone::read(const std::vector<Pelko::Pole*>& ends) {
     WalkPump pump;
     for (std::size_t place = 0; place < poles_.size(); ++place) {
         reader.advance(poles_, place);
-        addArcs(poles_[place]);
+        addArcs(poles_[place], isStart);
         if (!pump())
             continue;
         if (shape_ != getShape())
@@ -48,9 +48,9 @@ bool Cone::read(const std::vector<Pelko::Pole*>& ends) {
     return isRead_ = sort();
 }
 
-void Cone::addArcs(Pelko::Pole* pole) {
+void Cone::addArcs(Pelko::Pole* pole, IsStart isStart) {
     unsigned flags = 0;
-    if (pole->isInitial() || pole->isClockSource())
+    if (isStart(pole))
         flags |= Start;
     if (pole->isMarked())
         flags |= Closed;

@@ -45,9 +45,12 @@ public:
 
     // --- The cone ---
 
-    // Reads what lies behind the ends. False where there is a loop, or where host events have changed the
-    // design: there is no order then, and `forget()` is due. Only of a cone without slots.
-    bool read(const std::vector<Pelko::Pole*>& ends);
+    using IsStart = bool (*)(const Pelko::Pole*);
+
+    // Reads what lies behind the ends, which get the first slots, in order. False where there is a loop, or
+    // where host events have changed the design: there is no order then, and `forget()` is due. Only of a
+    // cone without slots.
+    bool read(const std::vector<Pelko::Pole*>& ends, IsStart isStart);
     void forget() { *this = Cone(); }
 
     // Whether it was read, and the design has the same poles and arcs still. Delays and classes of arcs, and
@@ -64,6 +67,7 @@ public:
         std::uint32_t end;
     };
     Arcs getArcs(Slot slot) const { return {begins_[slot], begins_[slot + 1]}; }
+    std::uint32_t getArcCount() const { return static_cast<std::uint32_t>(edges_.size()); }
     Pelko::Edge* getEdge(std::uint32_t arc) const { return edges_[arc]; }
     // No slot for an arc that was not active.
     Slot getSource(std::uint32_t arc) const { return sources_[arc]; }
@@ -87,7 +91,7 @@ private:
 
     void prefetchPole(Slot slot) const;
     void prefetchArc(std::uint32_t arc) const;
-    void addArcs(Pelko::Pole* pole);
+    void addArcs(Pelko::Pole* pole, IsStart isStart);
     bool sort();
 
     std::vector<Slot> slots_; // by pole index: the slot plus one, or 0

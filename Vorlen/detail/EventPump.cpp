@@ -13,19 +13,23 @@ constexpr int patience = 250; // ms
 
 } // namespace
 
-bool pump() {
-    if (!Pelko::application || Pelko::application->isBatch())
-        return false;
-    QTime& timer = Pelko::application->getEventTimer();
 // Both calls are deprecated since Qt 5.14, and mean what they always did.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
-    if (timer.elapsed() <= patience)
+
+bool isPumpDue() {
+    return Pelko::application && !Pelko::application->isBatch() &&
+           Pelko::application->getEventTimer().elapsed() > patience;
+}
+
+bool pump() {
+    if (!isPumpDue())
         return false;
-    timer.restart();
-#pragma GCC diagnostic pop
+    Pelko::application->getEventTimer().restart();
     QCoreApplication::processEvents();
     return true;
 }
+
+#pragma GCC diagnostic pop
 
 } // namespace Vorlen::detail

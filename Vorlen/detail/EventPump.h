@@ -7,6 +7,9 @@
 
 namespace Vorlen::detail {
 
+// Whether the next pump processes events.
+bool isPumpDue();
+
 // Between phases: asks the timer at once. Says whether events were processed.
 bool pump();
 
@@ -16,18 +19,26 @@ bool pump();
 class WalkPump {
 public:
     // Says whether events were processed, so that the design may have changed.
-    bool operator()() {
-        if (calls_++ % 64 != 0)
-            return false;
+    bool operator()() { return calls_++ % stride == 0 && look(); }
+
+    // Stands for several calls after the first.
+    bool pass(unsigned calls) {
+        const unsigned before = calls_;
+        calls_ += calls;
+        return calls_ / stride != before / stride && look();
+    }
+
+private:
+    static constexpr unsigned stride = 64;
+    static constexpr long interval = 10; // ms
+
+    bool look() {
         const long now = readClock();
         if (now < next_)
             return false;
         next_ = now + interval;
         return pump();
     }
-
-private:
-    static constexpr long interval = 10; // ms
 
     static long readClock() {
         timespec time{};

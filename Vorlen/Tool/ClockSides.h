@@ -1,0 +1,48 @@
+// The two sides of a pair of launch and latch pole: the clock edge of each, and the roots behind it. Which
+// domains and subdomains a pair is part of follows from its sides alone.
+#pragma once
+
+#include "Pelko/ClockMode.h"
+#include "Vorlen/TimingMap.h"
+
+namespace Vorlen {
+
+// A root may be null: a port side without a clock.
+struct ClockSide {
+    Pelko::ClockMode mode;
+    Pelko::Pole* root = nullptr;   // the one root, where there is no stem
+    const PoleSet* stem = nullptr; // the roots of a clock pole
+    bool hasRoot = true;
+
+    template <class Visit>
+    void forEachRoot(Visit visit) const {
+        if (stem)
+            for (Pelko::Pole* each : *stem)
+                visit(each);
+        else if (hasRoot)
+            visit(root);
+    }
+};
+
+// Critical: "<pole> has not clock mode!".
+ClockSide launchSideOf(const StemPoleSetMap& clockStems, Pelko::Pole* launch);
+ClockSide latchSideOf(const StemPoleSetMap& clockStems, Pelko::Pole* latch);
+
+// Every subdomain of a pair, by its roots and modes, in order of creation.
+template <class Visit>
+void forEachSubdomain(const ClockSide& launch, const ClockSide& latch, Visit visit) {
+    using Pelko::ClockMode;
+    launch.forEachRoot([&](Pelko::Pole* launchRoot) {
+        latch.forEachRoot([&](Pelko::Pole* latchRoot) {
+            if (!launchRoot || launch.mode.getCode() != ClockMode::None) {
+                visit(launchRoot, latchRoot, launch.mode, latch.mode);
+                return;
+            }
+            // A plain clock source launches on both edges.
+            for (const ClockMode::Code code : {ClockMode::Falling, ClockMode::Rising})
+                visit(launchRoot, latchRoot, ClockMode(code), latch.mode);
+        });
+    });
+}
+
+} // namespace Vorlen
