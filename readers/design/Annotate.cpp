@@ -205,8 +205,31 @@ std::optional<std::int32_t> Annotator::checkValue(const Sdf::Value& value, Sdf::
 
 // --- Delays ---
 
+void Annotator::update(Interval& known, const Interval& delay, bool increment, Sdf::Where where) const {
+    if (!increment) {
+        known = delay;
+        return;
+    }
+    const auto sum = [&](std::int64_t a, std::int64_t b) {
+        if (a + b > largestValue || a + b < -largestValue)
+            throw BadInput({file_, where.line, where.column},
+                           "the increments do not fit: expected at most " + std::to_string(largestValue) +
+                               " units of 1e" + std::to_string(options_.scale) + " s in all");
+        return static_cast<std::int32_t>(a + b);
+    };
+    known = {sum(known.early, delay.early), sum(known.late, delay.late)};
+}
+
+// The file says something of a pin whose other end the netlist does not have.
+void Annotator::touchHalf(std::uint32_t cell, std::string_view pin) {
+    if (pin.empty())
+        return;
+    if (const std::uint32_t number = design_.findPin(cell, pin); number != none)
+        touched_.insert(number);
+}
+
 void Annotator::setArc(std::uint32_t from, std::uint32_t to, Transition edge, bool wire,
-                       const Interval& delay, bool conditional, bool increment) {
+                       const Interval& delay, bool conditional, bool increment, Sdf::Where where) {
     const auto [place, isNew] =
         arcs_.try_emplace(Key{from, to, edge}, static_cast<std::uint32_t>(design_.arcs.size()));
     if (isNew) {
@@ -214,14 +237,10 @@ void Annotator::setArc(std::uint32_t from, std::uint32_t to, Transition edge, bo
         return;
     }
     Interval& known = design_.arcs[place->second].delay;
-    if (increment) {
-        known.early += delay.early;
-        known.late += delay.late;
-    } else if (conditional) {
+    if (conditional && !increment)
         widen(known, delay);
-    } else {
-        known = delay;
-    }
+    else
+        update(known, delay, increment, where);
 }
 
 void Annotator::ioPath(const Sdf::Event& from, const Sdf::Path& to, std::span<const Sdf::Value> values,
@@ -234,27 +253,24 @@ void Annotator::ioPath(const Sdf::Event& from, const Sdf::Path& to, std::span<co
     for (const std::uint32_t cell : cells_) {
         const std::uint32_t source = resolveInCell(cell, from.path, where);
         const std::uint32_t target = source == none ? none : resolveInCell(cell, to, where);
+        touchHalf(cell, source == none ? to.pin : target == none ? from.path.pin : std::string_view());
         if (target == none || source == target)
             continue;
         if (delay)
-            setArc(source, target, from.edge, false, *delay, conditional || from.conditional, increment);
+            setArc(source, target, from.edge, false, *delay, conditional || from.conditional, increment,
+                   where);
     }
 }
 
-void Annotator::setWire(std::uint32_t from, std::uint32_t to, const Interval& delay, bool increment) {
+void Annotator::setWire(std::uint32_t from, std::uint32_t to, const Interval& delay, bool increment,
+                        Sdf::Where where) {
     if (!hasNetlist_) {
-        setArc(from, to, Transition::any, true, delay, false, increment);
+        setArc(from, to, Transition::any, true, delay, false, increment, where);
         return;
     }
     const auto [place, isNew] = wires_.try_emplace(Key{from, to, Transition::any}, delay);
-    if (isNew)
-        return;
-    if (increment) {
-        place->second.early += delay.early;
-        place->second.late += delay.late;
-    } else {
-        place->second = delay;
-    }
+    if (!isNew)
+        update(place->second, delay, increment, where);
 }
 
 void Annotator::interconnect(const Sdf::Path& from, const Sdf::Path& to, std::span<const Sdf::Value> values,
@@ -270,7 +286,7 @@ void Annotator::interconnect(const Sdf::Path& from, const Sdf::Path& to, std::sp
               shown(from) + " to " + shown(to));
         return;
     }
-    setWire(source, target, delay.value_or(Interval{}), increment);
+    setWire(source, target, delay.value_or(Interval{}), increment, where);
 }
 
 void Annotator::port(const Sdf::Path& to, std::span<const Sdf::Value> values, bool increment,
@@ -283,8 +299,7 @@ void Annotator::port(const Sdf::Path& to, std::span<const Sdf::Value> values, bo
         cells_.size() == 1 && to.instance.empty() ? pinOf(cells_.front(), to.pin, where) : resolve(to, where);
     if (pin == none || !delay)
         return;
-    Interval& known = loads_[pin];
-    known = increment ? Interval{known.early + delay->early, known.late + delay->late} : *delay;
+    update(loads_[pin], *delay, increment, where);
 }
 
 // NETDELAY names the net, or the pin that drives it.
@@ -300,8 +315,7 @@ void Annotator::netDelay(const Sdf::Path& net, std::span<const Sdf::Value> value
             number = design_.pins[pin].net;
     if (number == none || !delay)
         return;
-    Interval& known = netDelays_[number];
-    known = increment ? Interval{known.early + delay->early, known.late + delay->late} : *delay;
+    update(netDelays_[number], *delay, increment, where);
 }
 
 // The delay of a whole cell: of all arcs to the output. Applied at the end, when all arcs of the cell are
@@ -314,7 +328,7 @@ void Annotator::device(const std::optional<Sdf::Path>& output, std::span<const S
     for (const std::uint32_t cell : cells_) {
         const std::uint32_t target = output ? resolveInCell(cell, *output, where) : none;
         if (!output || target != none)
-            devices_.push_back({cell, target, *delay, increment});
+            devices_.push_back({cell, target, *delay, increment, where});
     }
 }
 
@@ -361,8 +375,10 @@ void Annotator::check(Sdf::CheckKind kind, const Sdf::Event& data, const Sdf::Ev
         values.size() > 1 ? checkValue(values[1], where) : std::optional<std::int32_t>();
     for (const std::uint32_t cell : cells_) {
         const std::uint32_t clockPin = resolveInCell(cell, clock.path, where);
-        if (clockPin == none)
+        if (clockPin == none) {
+            touchHalf(cell, data.path.pin);
             continue;
+        }
         if (kind == width || kind == period) {
             if (first)
                 addPulseCheck(clockPin, clock, kind == period, *first);

@@ -19,6 +19,7 @@
 #include <map>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace Readers {
@@ -73,6 +74,7 @@ private:
         std::uint32_t cell, output; // output none: all
         Interval delay;
         bool increment;
+        Sdf::Where where;
     };
     // What is told once, with a count, at the end.
     struct Counted {
@@ -90,9 +92,13 @@ private:
     std::optional<Interval> intervalOf(std::span<const Sdf::Value> values, Sdf::Where where);
     std::optional<std::int32_t> checkValue(const Sdf::Value& value, Sdf::Where where);
     std::int32_t toUnits(const Decimal& value, Sdf::Where where) const;
+    // An ABSOLUTE value replaces what is known, an INCREMENT adds to it.
+    void update(Interval& known, const Interval& delay, bool increment, Sdf::Where where) const;
+    void touchHalf(std::uint32_t cell, std::string_view pin);
     void setArc(std::uint32_t from, std::uint32_t to, Transition edge, bool wire, const Interval& delay,
-                bool conditional, bool increment);
-    void setWire(std::uint32_t from, std::uint32_t to, const Interval& delay, bool increment);
+                bool conditional, bool increment, Sdf::Where where);
+    void setWire(std::uint32_t from, std::uint32_t to, const Interval& delay, bool increment,
+                 Sdf::Where where);
     void addCheck(std::uint32_t data, const Sdf::Event& clock, std::uint32_t clockPin, bool asynchronous,
                   std::optional<std::int32_t> setup, std::optional<std::int32_t> hold);
     void addPulseCheck(std::uint32_t pin, const Sdf::Event& event, bool period, std::int32_t required);
@@ -127,6 +133,7 @@ private:
     bool atTop_ = false;
     std::unordered_map<Key, std::uint32_t, KeyHash> arcs_, checks_, pulseChecks_;
     std::vector<DeviceDelay> devices_;
+    std::unordered_set<std::uint32_t> touched_;         // pins of half an arc or check
     std::unordered_map<Key, Interval, KeyHash> wires_;  // with a netlist: delays of wires, made at the end
     std::unordered_map<std::uint32_t, Interval> loads_; // PORT delays by pin
     std::unordered_map<std::uint32_t, Interval> netDelays_; // by net

@@ -73,7 +73,7 @@ void Annotator::applyDevices() {
 void Annotator::applyDevice(const DeviceDelay& device, const std::vector<Key>& arcs) {
     const auto set = [&](const Key& arc) {
         if (device.output == none || arc.to == device.output)
-            setArc(arc.from, arc.to, arc.edge, false, device.delay, false, device.increment);
+            setArc(arc.from, arc.to, arc.edge, false, device.delay, false, device.increment, device.where);
     };
     std::ranges::for_each(arcs, set);
     if (!arcs.empty())
@@ -142,14 +142,16 @@ void Annotator::joinPad(std::uint32_t padPin, const std::vector<std::uint8_t>& u
     const auto isIn = [](std::string_view name, auto names) {
         return std::ranges::find(names, name) != names.end();
     };
-    if (uses[padPin] & (arcFrom | arcTo | checked | checking))
-        return;
+    const auto isSaid = [&](std::uint32_t pin) {
+        return (uses[pin] & (arcFrom | arcTo | checked | checking)) != 0 || touched_.contains(pin);
+    };
     const std::uint32_t cell = design_.pins[padPin].cell;
     const bool buffer = design_.names[design_.pins[padPin].name] == bufferPad;
+    if (!buffer && isSaid(padPin))
+        return;
     for (const std::uint32_t pin : design_.pinsOfCell(cell)) {
         const std::string_view name = design_.names[design_.pins[pin].name];
-        if (pin == padPin || (uses[pin] & (arcFrom | arcTo | checked | checking)) != 0 ||
-            design_.pins[pin].net == none)
+        if (pin == padPin || isSaid(pin) || design_.pins[pin].net == none)
             continue;
         if (design_.pins[pin].direction == Direction::output && receives(padPin) &&
             (!buffer || isIn(name, bufferOutputs)))
