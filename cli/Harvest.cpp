@@ -47,6 +47,14 @@ std::optional<Time> Harvest::achievedPeriod(std::uint32_t clock) const {
     return found == achieved_.end() ? std::nullopt : std::optional(found->second);
 }
 
+std::set<std::pair<std::uint32_t, std::uint32_t>> Harvest::cutOffPairs() const {
+    std::set<std::pair<std::uint32_t, std::uint32_t>> pairs;
+    for (const auto& [edges, relation] : relations_)
+        if (relation.cutOff)
+            pairs.insert(std::minmax(std::get<0>(edges), std::get<2>(edges)));
+    return pairs;
+}
+
 // --- Events ---
 
 // A subdomain of two clocks with periods: its relations are those of the edges, uncertainty included. Hold

@@ -60,6 +60,8 @@ public:
     const std::map<std::uint32_t, EndResult>& endpoints() const;
     // The reported paths, setup first, each kind worst first.
     std::vector<Report::Path> paths() const;
+    // The pairs of clocks whose edges were compared up to a limit only, the first clock first.
+    std::set<std::pair<std::uint32_t, std::uint32_t>> cutOffPairs() const;
     // The period at which the clock's own setup paths would just be met; nothing where it has none.
     std::optional<Time> achievedPeriod(std::uint32_t clock) const;
 

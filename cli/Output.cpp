@@ -2,6 +2,7 @@
 #include "Output.h"
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -54,6 +55,10 @@ std::string folderOf(const std::string& path) {
     const std::size_t slash = path.rfind('/');
     return slash == std::string::npos ? "" : path.substr(0, slash + 1);
 }
+
+// The name of the file that has not taken its place yet, for abandon().
+std::atomic<const char*> begun = nullptr;
+static_assert(std::atomic<const char*>::is_always_lock_free);
 
 } // namespace
 
@@ -118,8 +123,15 @@ Output::Output(std::string path) : path_(std::move(path)) {
 }
 
 Output::~Output() {
-    if (!temporary_.empty())
-        unlink(temporary_.c_str());
+    if (temporary_.empty())
+        return;
+    begun = nullptr;
+    unlink(temporary_.c_str());
+}
+
+void Output::abandon() noexcept {
+    if (const char* name = begun)
+        unlink(name);
 }
 
 void Output::open() {
@@ -165,8 +177,10 @@ void Output::openBeside(const std::string& target, unsigned mode, bool exists) {
     descriptor_ = std::make_unique<Descriptor>(descriptor);
     temporary_ = name;
     target_ = target;
+    begun = temporary_.c_str();
     if (exists && fchmod(descriptor, mode) != 0) {
         const int error = errno;
+        begun = nullptr;
         unlink(temporary_.c_str());
         throw CannotWrite(path_, error);
     }
@@ -182,6 +196,7 @@ void Output::commit() {
         return;
     if (std::rename(temporary_.c_str(), target_.c_str()) != 0)
         throw CannotWrite(path_, errno);
+    begun = nullptr;
     temporary_.clear();
 }
 

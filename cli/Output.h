@@ -37,6 +37,10 @@ public:
     // Everything to its place. Once.
     void commit();
 
+    // Takes away the file that the last Output has begun, for a process that ends at once. Safe in a signal
+    // handler.
+    static void abandon() noexcept;
+
 private:
     class Descriptor;
 

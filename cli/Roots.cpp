@@ -1,3 +1,4 @@
+// The roots behind clock pins, by a walk back from each.
 #include "Roots.h"
 
 #include <map>
@@ -62,8 +63,9 @@ Readers::Sdc::Constraints clocksAtRoots(const Readers::Design& design, Readers::
         clock.targets = {root};
         constraints.clocks.push_back(std::move(clock));
     }
-    diagnostics.note({}, "no constraints are given: " + std::to_string(constraints.clocks.size()) +
-                             " clock roots found, without periods");
+    const std::size_t count = constraints.clocks.size();
+    diagnostics.note({}, "no constraints are given: " + std::to_string(count) +
+                             (count == 1 ? " clock root" : " clock roots") + " found, without a period");
     return constraints;
 }
 

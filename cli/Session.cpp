@@ -1,3 +1,4 @@
+// The stages of a run, in order.
 #include "Session.h"
 
 #include "../readers/Source.h"
@@ -57,6 +58,7 @@ private:
     void readConstraints();
     void build();
     void launch();
+    void noteCutOffs();
     void report();
 
     Session& session_;
@@ -121,9 +123,10 @@ void Run::readConstraints() {
     for (const std::string& path : options_.sdc) {
         Readers::Source source(path);
         reader.read(source);
-        report_.inputs.push_back({source.path(), "sdc", source.sha256()});
     }
     constraints_ = reader.take();
+    for (std::size_t file = 0; file < constraints_.files.size(); ++file)
+        report_.inputs.push_back({constraints_.files[file], "sdc", constraints_.fileHashes[file]});
     report_.constraintsUnmatched = constraints_.unmatched;
 }
 
@@ -186,8 +189,28 @@ void Run::launch() {
         throw std::logic_error("the analysis was given up: " + lastError);
 }
 
+// The first pairs one by one.
+void Run::noteCutOffs() {
+    constexpr std::size_t namedPairs = 20;
+    const auto pairs = harvest_->cutOffPairs();
+    std::size_t named = 0;
+    for (const auto& [first, second] : pairs) {
+        if (named++ == namedPairs) {
+            session_.diagnostics.note({}, std::to_string(pairs.size() - namedPairs) +
+                                              " more pairs of clocks have no short common period");
+            return;
+        }
+        const Readers::Model::Clock &a = (*clocks_)[first], &b = (*clocks_)[second];
+        session_.diagnostics.note(b.place, "the common period of '" + a.name + "' and '" + b.name +
+                                               "' has more than " +
+                                               std::to_string(Readers::Model::edgeLimit) +
+                                               " edges of the faster clock: only these are compared");
+    }
+}
+
 void Run::report() {
     begin("reporting");
+    noteCutOffs();
     fillReport({design_, *network_, *clocks_, constraints_, *model_, *exceptions_, *harvest_},
                options_.unconstrained, report_);
     report_.scale = options_.scale;
@@ -209,10 +232,12 @@ Report::Report Run::run() {
 
 Report::Report Session::run(const Options& options) { return Run(*this, options).run(); }
 
-void requestStop() noexcept {
+bool requestStop() noexcept {
     stopRequested = true;
-    if (Pelko::Application* application = running)
+    Pelko::Application* application = running;
+    if (application)
         application->requestStop();
+    return application != nullptr;
 }
 
 } // namespace Cli

@@ -34,7 +34,8 @@ struct Session {
     Report::Report run(const Options& options);
 };
 
-// Asks the run that goes on, if any, to stop. Safe in a signal handler.
-void requestStop() noexcept;
+// Asks the run that goes on, if any, to stop. Safe in a signal handler. Whether it heeds that at once: while
+// it reads or reports it does not, and then the process may simply end.
+bool requestStop() noexcept;
 
 } // namespace Cli

@@ -10,6 +10,7 @@
 #include <iostream>
 #include <optional>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace {
@@ -22,7 +23,26 @@ void print(const Readers::Diagnostics& diagnostics, bool quiet) {
             std::cerr << toString(diagnostic) << '\n';
 }
 
-void onInterrupt(int) { requestStop(); }
+// Where nothing would heed the request, and when it is made again, the process ends here: nothing is written
+// yet but a file that has not taken its place.
+void onInterrupt(int) {
+    static volatile std::sig_atomic_t requests = 0;
+    requests = requests + 1;
+    if (requestStop() && requests == 1)
+        return;
+    Output::abandon();
+    constexpr std::string_view text = "vorlen: interrupted\n";
+    [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
+    _exit(interrupted);
+}
+
+// A file that is opened must not take the place of a standard stream that was closed: what is meant for that
+// would go into the file. In its place stands one that refuses to be written.
+void keepStandardStreams() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (fcntl(stream, F_GETFD) < 0)
+            ::open("/dev/null", O_RDONLY | O_NOCTTY);
+}
 
 // The report to where it is wanted: JSON to its file, text to standard output unless the JSON goes there.
 void write(const Report::Report& report, const Options& options, std::optional<Output>& json) {
@@ -63,6 +83,7 @@ ExitStatus analyze(const Options& options, Session& session) {
 } // namespace
 
 int main(int argc, char** argv) {
+    keepStandardStreams();
     const Invocation invocation = parse(argc, argv, std::cout, std::cerr);
     if (invocation.exit)
         return *invocation.exit;

@@ -10,9 +10,6 @@ namespace Readers::Model {
 
 namespace {
 
-// A common period of more edges of the faster clock is cut off there.
-constexpr Time edgeLimit = 1000;
-
 Time modulo(Time a, Time b) {
     const Time rest = a % b;
     return rest < 0 ? rest + b : rest;

@@ -6,6 +6,9 @@
 
 namespace Readers::Model {
 
+// A common period of more edges of the faster clock is cut off there.
+inline constexpr Time edgeLimit = 1000;
+
 struct Relation {
     Time setup = 0;       // capture - launch, above 0
     Time hold = 0;        // capture - launch, not above 0

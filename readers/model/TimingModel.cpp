@@ -2,8 +2,11 @@
 #include "TimingModel.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace Readers::Model {
+
+using Pelko::Delay;
 
 TimingModel::Edges TimingModel::ClockPin::launchEdges() const {
     return checks.any() ? checks : outputs.any() ? outputs : Edges{true, false};
@@ -19,6 +22,7 @@ TimingModel::TimingModel(const Design& design, const Network& network, const Clo
                          Diagnostics& diagnostics)
     : design_(design), network_(network), clocks_(clocks), constraints_(constraints), timedPorts_(timedPorts),
       scale_(scale), diagnostics_(diagnostics), host_(design.name.empty() ? "design" : design.name) {
+    checkRange();
     findClockPins();
     findEnds();
     pruneData();
@@ -52,6 +56,47 @@ const std::vector<std::uint32_t>& TimingModel::clocksAt(std::uint32_t pin) const
     static const std::vector<std::uint32_t> empty;
     const auto found = clocksAt_.find(pin);
     return found == clocksAt_.end() ? empty : found->second;
+}
+
+// --- What fits ---
+
+// The engine's integers stop at their ends, and what stops there is no time any more. So the longest path
+// that there could be must fit: along a clock to a register, through it, on to an end point, and its delay or
+// check.
+void TimingModel::checkRange() const {
+    const auto size = [](const auto& delay) {
+        return std::max(std::abs(Time{delay.early}), std::abs(Time{delay.late}));
+    };
+    const auto raise = [](Time& most, Time value) { most = std::max(most, value); };
+    std::vector<Time> longest(network_.size());
+    Time along = 0, launch = 0, end = 0, clock = 0;
+    for (const std::uint32_t node : network_.order()) {
+        raise(along, longest[node]);
+        for (const std::uint32_t number : network_.out(node)) {
+            const Arc& arc = network_.arcs()[number];
+            if (arc.kind == ArcKind::through)
+                raise(longest[arc.to], longest[node] + size(arc.delay));
+            else if (arc.kind == ArcKind::launch)
+                raise(launch, size(arc.delay));
+        }
+    }
+    for (const Design::Check& check : design_.checks)
+        raise(end, std::max(std::abs(Time{check.setup.value_or(0)}), std::abs(Time{check.hold.value_or(0)})));
+    for (const Sdc::PortDelay& delay : constraints_.portDelays)
+        for (const std::optional<Decimal>& value : {delay.min, delay.max})
+            if (value)
+                raise(end, std::abs(toUnits(*value, scale_, constraints_.place(delay.origin))));
+    for (const Clock& of : clocks_.all()) {
+        Time insertion = 0;
+        for (const Latency& target : of.insertion)
+            raise(insertion, size(target));
+        raise(clock, size(of.source) + insertion + size(of.network));
+    }
+    const Time most = Delay::maximumValue - 1, needed = clock + 2 * along + launch + 2 * end;
+    if (needed > most)
+        throw BadInput({}, "the delays of a path may add up to " + std::to_string(needed) + " units of 1e" +
+                               std::to_string(scale_) + " s: expected at most " + std::to_string(most) +
+                               "; a coarser --resolution may help");
 }
 
 // --- What is needed ---

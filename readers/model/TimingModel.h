@@ -84,6 +84,7 @@ private:
         Pelko::Pole* pole(bool rising) const { return rising ? rise : fall; }
     };
 
+    void checkRange() const;
     void findClockPins();
     void findEnds();
     void pruneData();

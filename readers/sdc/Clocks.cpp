@@ -286,6 +286,8 @@ void derivePllClocks(Session& session, Words words) {
     static const Syntax syntax{{{"-create_base_clocks"}, {"-use_net_name"}}, {}};
     const Arguments arguments(syntax, words);
     session.result.pllClocks.push_back(session.tcl.origin());
+    session.warning("derive_pll_clocks: the parameters of PLLs are not read: no clock is made; expected "
+                    "create_generated_clock for each PLL output");
 }
 
 } // namespace

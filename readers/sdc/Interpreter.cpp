@@ -97,7 +97,8 @@ int Interpreter::call(ClientData data, Tcl_Interp* tcl, int count, Tcl_Obj* cons
         return self.fail(error.what(), self.place());
     } catch (...) {
         self.internal_ = std::current_exception();
-        return self.fail("internal error", self.place());
+        // A file that cannot be read to its end fails before it is on the stack.
+        return self.fail("internal error", self.stack_.empty() ? Place{} : self.place());
     }
 }
 

@@ -15,7 +15,9 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -24,8 +26,11 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -201,8 +206,9 @@ TEST_P(Golden, IsAsExpected) {
         EXPECT_FALSE(fs::exists(folder / "report.json")) << "expected a report.json";
     }
     EXPECT_EQ(work.names(), names) << "a run leaves nothing else behind";
-    if (fs::exists(folder / "slacks.csv"))
+    if (fs::exists(folder / "slacks.csv")) {
         EXPECT_EQ(difference(slacksOfTable(folder / "slacks.csv"), slacksOfReport(json)), "");
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, Golden, testing::ValuesIn(caseNames()),
@@ -243,5 +249,103 @@ INSTANTIATE_TEST_SUITE_P(Designs, Examples,
                          [](const auto& row) {
                              return std::string(row.param.name) + "_" + row.param.clocks;
                          });
+
+// --- Ctrl-C ---
+
+// A run that waits for the bytes of one of its inputs, so that what happens then is no matter of speed.
+class Interruption : public testing::Test {
+protected:
+    // Makes a pipe of that name, begins a run, and comes back when it has opened the pipe.
+    void begin(const std::string& pipe, std::vector<std::string> args) {
+        const std::string path = (folder_.path() / pipe).string();
+        ASSERT_EQ(mkfifo(path.c_str(), S_IRUSR | S_IWUSR), 0) << path;
+        args.insert(args.begin(), VORLEN_COMMAND_FILE);
+        child_ = fork();
+        ASSERT_GE(child_, 0);
+        if (child_ == 0)
+            become(args);
+        pipe_ = open(path.c_str(), O_WRONLY); // returns when the run opens it too
+        ASSERT_GE(pipe_, 0) << path;
+    }
+    void feed(const std::string& text) {
+        EXPECT_EQ(::write(pipe_, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+        close(pipe_);
+        pipe_ = -1;
+    }
+    // The exit status after a SIGINT, and how long it took.
+    int interrupt(std::chrono::milliseconds& took) {
+        const auto start = std::chrono::steady_clock::now();
+        kill(child_, SIGINT);
+        int status = 0;
+        EXPECT_EQ(waitpid(child_, &status, 0), child_);
+        took =
+            std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start);
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+    void TearDown() override {
+        if (pipe_ >= 0)
+            close(pipe_);
+    }
+
+    Folder folder_;
+
+private:
+    [[noreturn]] void become(const std::vector<std::string>& args) const {
+        std::vector<char*> words;
+        for (const std::string& arg : args)
+            words.push_back(const_cast<char*>(arg.c_str()));
+        words.push_back(nullptr);
+        const int errors = open((folder_.path() / "stderr").c_str(), O_WRONLY | O_CREAT, S_IRUSR | S_IWUSR);
+        if (errors >= 0 && dup2(errors, STDERR_FILENO) >= 0 && chdir(folder_.path().c_str()) == 0)
+            execv(words[0], words.data());
+        _exit(127);
+    }
+
+    pid_t child_ = -1;
+    int pipe_ = -1;
+};
+
+constexpr int interrupted = 130;
+// Half a second is promised; a machine that is busy with other tests gets more.
+constexpr std::chrono::milliseconds patience{2000};
+
+TEST_F(Interruption, OfReadingEndsAtOnceAndLeavesNoFile) {
+    begin("slow.sdf", {"analyze", "--sdf", "slow.sdf", "--json", "report.json"});
+    std::chrono::milliseconds took{};
+    EXPECT_EQ(interrupt(took), interrupted);
+    EXPECT_LT(took, patience);
+    EXPECT_EQ(textOf(folder_.path() / "stderr"), "vorlen: interrupted\n");
+    EXPECT_EQ(folder_.names(), (std::set<std::string>{"slow.sdf", "stderr"}));
+}
+
+TEST_F(Interruption, OfAScriptWithoutEndLeavesTheOldFile) {
+    fs::copy(cases / "common" / "pair.sdf", folder_.path());
+    write(folder_.path() / "report.json", "as it was");
+    begin("slow.sdc", {"analyze", "--sdf", "pair.sdf", "--sdc", "slow.sdc", "--json", "report.json"});
+    feed("while 1 {}\n");
+    std::chrono::milliseconds took{};
+    EXPECT_EQ(interrupt(took), interrupted);
+    EXPECT_LT(took, patience);
+    EXPECT_EQ(textOf(folder_.path() / "report.json"), "as it was");
+    EXPECT_EQ(folder_.names(), (std::set<std::string>{"pair.sdf", "report.json", "slow.sdc", "stderr"}));
+}
+
+// 300 clocks on one port are 90,000 pairs: seconds of analysis.
+TEST_F(Interruption, OfTheAnalysisLeavesNoFile) {
+    fs::copy(cases / "common" / "pair.sdf", folder_.path());
+    begin("slow.sdc",
+          {"analyze", "--sdf", "pair.sdf", "--sdc", "slow.sdc", "--json", "report.json", "--verbose"});
+    feed("for {set i 0} {$i < 300} {incr i} {\n"
+         "  create_clock -add -name c$i -period [expr {10 + 0.01 * $i}] [get_ports clk]\n"
+         "}\n");
+    const fs::path errors = folder_.path() / "stderr";
+    while (textOf(errors).find("Analyzing project") == std::string::npos) // the engine's first line
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    std::chrono::milliseconds took{};
+    EXPECT_EQ(interrupt(took), interrupted);
+    EXPECT_LT(took, patience);
+    EXPECT_NE(textOf(errors).find("vorlen: interrupted\n"), std::string::npos) << textOf(errors);
+    EXPECT_EQ(folder_.names(), (std::set<std::string>{"pair.sdf", "slow.sdc", "stderr"}));
+}
 
 } // namespace

@@ -1,0 +1,5 @@
+module top (clk, din, dout);
+  input clk, din;
+  output dout;
+  wire q;
+  DFF

@@ -1,0 +1,3 @@
+module top(input a);
+  top u(.a(a));
+endmodule

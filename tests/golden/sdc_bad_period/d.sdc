@@ -1,0 +1,1 @@
+create_clock -period ten [get_ports clk]

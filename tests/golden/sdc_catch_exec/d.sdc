@@ -1,0 +1,3 @@
+create_clock -name clk -period 10 [get_ports clk]
+catch {exec touch here} text
+error $text

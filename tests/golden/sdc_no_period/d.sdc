@@ -1,0 +1,1 @@
+create_clock [get_ports clk]

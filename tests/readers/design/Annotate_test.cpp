@@ -1,0 +1,260 @@
+// What becomes of the entries of an SDF file: delays, checks, values, and what is passed over.
+#include "Annotated.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using Readers::AnnotateOptions;
+using Readers::Corner;
+using Support::Annotated;
+using Support::cell;
+using Support::errorOf;
+using Support::wires;
+
+// --- Values ---
+
+struct ValueRow {
+    const char* values;
+    Corner corner;
+    int scale;
+    const char* expected; // of the one arc
+};
+
+TEST(Annotate, TakesTheValuesThatTheCornerAsksFor) {
+    using enum Corner;
+    const ValueRow rows[] = {
+        {"(1:2:3)", minimum, -12, "1 1"},
+        {"(1:2:3)", typical, -12, "2 2"},
+        {"(1:2:3)", maximum, -12, "3 3"},
+        {"(1:2:3)", minmax, -12, "1 3"},
+        {"(5)", minmax, -12, "5 5"},
+        // A missing member: the next one.
+        {"(:2:)", minmax, -12, "2 2"},
+        {"(1::3)", typical, -12, "3 3"},
+        {"(1::3)", minmax, -12, "1 3"},
+        {"(::3)", minimum, -12, "3 3"},
+        // Rise and fall together; what is beyond the second value concerns other transitions.
+        {"(1:2:3) (2:4:6)", minmax, -12, "1 6"},
+        {"(4) (3)", minmax, -12, "3 4"},
+        {"(4) (3)", typical, -12, "3 4"},
+        {"() (3)", minmax, -12, "3 3"},
+        {"(1) (2) (9)", minmax, -12, "1 2"},
+        {"(1) (2) (9) (9) (9) (9)", minmax, -12, "1 2"},
+        // Rounding to the nearest unit, halves away from zero.
+        {"(0.4)", minmax, -12, "0 0"},
+        {"(0.5)", minmax, -12, "1 1"},
+        {"(1.499)", minmax, -12, "1 1"},
+        {"(1.5)", minmax, -12, "2 2"},
+        {"(-0.5)", minmax, -12, "-1 -1"},
+        {"(-1.2e+03)", minmax, -12, "-1200 -1200"},
+        {"(.5)", minmax, -13, "5 5"},
+        {"(1.2345)", minmax, -15, "1235 1235"},
+        {"(1.0000001e3)", minmax, -15, "1000000 1000000"},
+        // The largest that fits.
+        {"(1073741823)", minmax, -12, "1073741823 1073741823"},
+        {"(-1073741823)", minmax, -12, "-1073741823 -1073741823"},
+    };
+    for (const ValueRow& row : rows) {
+        const Annotated read(cell("BUF", "b", "(IOPATH A Y " + std::string(row.values) + ")"), {},
+                             AnnotateOptions{row.corner, row.scale});
+        EXPECT_EQ(read.arcs(), "b/A > b/Y " + std::string(row.expected) + "\n") << row.values;
+        EXPECT_EQ(read.messages(), "") << row.values;
+    }
+}
+
+TEST(Annotate, TakesTheUnitOfTheFile) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"(TIMESCALE 1ps)", "2 2"},
+        {"(TIMESCALE 10 ps)", "15 15"},
+        {"(TIMESCALE 100 ps)", "150 150"},
+        {"(TIMESCALE 1 ns)", "1500 1500"},
+        {"(TIMESCALE 100ns)", "150000 150000"},
+        {"(TIMESCALE 1us)", "1500000 1500000"},
+        {"(TIMESCALE 100fs)", "0 0"},
+        {"(TIMESCALE 1fs)", "0 0"},
+        {"", "1500 1500"}, // ns
+    };
+    for (const auto& [timescale, expected] : rows) {
+        const Annotated read("(DELAYFILE (SDFVERSION \"2.1\") " + std::string(timescale) +
+                             cell("BUF", "b", "(IOPATH A Y (1.5))") + ")");
+        EXPECT_EQ(read.arcs(), "b/A > b/Y " + std::string(expected) + "\n") << timescale;
+    }
+}
+
+TEST(Annotate, ExchangesMinimumAndMaximumWithAWarning) {
+    const Annotated read(cell("BUF", "b", "(IOPATH A Y (3:2:1) (5:4:4))"));
+    EXPECT_EQ(read.arcs(), "b/A > b/Y 1 5\n");
+    EXPECT_EQ(read.messages(), "2:54: warning: 2 triples whose minimum is above their maximum (exchanged)\n");
+}
+
+// --- Arcs ---
+
+struct ArcRow {
+    std::string cells;
+    const char* expected;
+};
+
+TEST(Annotate, MakesArcs) {
+    const ArcRow rows[] = {
+        {cell("DFF", "r", "(IOPATH (posedge C) Q (4)) (IOPATH (negedge R) Q (5)) (IOPATH A Q (6))"),
+         "r/C rise > r/Q 4 4\nr/R fall > r/Q 5 5\nr/A > r/Q 6 6\n"},
+        // The later ABSOLUTE replaces, an INCREMENT adds; each edge is an arc of its own.
+        {cell("B", "b", "(IOPATH A Y (4)) (IOPATH A Y (3))"), "b/A > b/Y 3 3\n"},
+        {cell("B", "b", "(IOPATH A Y (4:5:6))") + cell("B", "b", "(IOPATH A Y (1:2:3))", "", "INCREMENT"),
+         "b/A > b/Y 5 9\n"},
+        {cell("B", "b", "(IOPATH A Y (4))") + cell("B", "b", "(IOPATH A Y (-1))", "", "INCREMENT"),
+         "b/A > b/Y 3 3\n"},
+        {cell("B", "b", "(IOPATH (posedge A) Y (4)) (IOPATH (negedge A) Y (3))"),
+         "b/A rise > b/Y 4 4\nb/A fall > b/Y 3 3\n"},
+        {wires("(INTERCONNECT a b/A (4))") + cell("top", "", "(INTERCONNECT a b/A (2))", "", "INCREMENT"),
+         "a ~ b/A 6 6\n"},
+        // Under conditions: all of them.
+        {cell("B", "b", "(COND S (IOPATH A Y (2))) (COND !S (IOPATH A Y (7))) (CONDELSE (IOPATH A Y (5)))"),
+         "b/A > b/Y 2 7\n"},
+        {cell("B", "b", "(IOPATH A Y (5)) (COND S (IOPATH A Y (2)))"), "b/A > b/Y 2 5\n"},
+        // Without a value there is no arc; from a pin to itself neither.
+        {cell("B", "b", "(IOPATH A Y ()) (IOPATH Y Y (1)) (IOPATH B Y (1))"), "b/B > b/Y 1 1\n"},
+        // Bits, escapes, hierarchy.
+        {cell("RAM", "u1/u2/ram", "(IOPATH (posedge CLK) RDATA[3] (4))"),
+         "u1/u2/ram/CLK rise > u1/u2/ram/RDATA[3] 4 4\n"},
+        {wires("(INTERCONNECT u1/b/Y u2/\\$x\\.y\\[1\\]/A[0] (4))"), "u1/b/Y ~ u2/$x.y[1]/A[0] 4 4\n"},
+        // In a cell of the hierarchy, paths count from there.
+        {cell("sub", "u1", "(INTERCONNECT b/Y c/A (4))"), "u1/b/Y ~ u1/c/A 4 4\n"},
+        // A DEVICE is all arcs, or those to one output; its place in the file does not matter.
+        {cell("B", "b", "(DEVICE (9)) (IOPATH A Y (1)) (IOPATH B Z (2))"), "b/A > b/Y 9 9\nb/B > b/Z 9 9\n"},
+        {cell("B", "b", "(IOPATH A Y (1)) (IOPATH B Z (2)) (DEVICE Z (9))"),
+         "b/A > b/Y 1 1\nb/B > b/Z 9 9\n"},
+        {cell("B", "b", "(IOPATH A Y (1)) (IOPATH B Z (2))") +
+             cell("B", "b", "(DEVICE (9))", "", "INCREMENT"),
+         "b/A > b/Y 10 10\nb/B > b/Z 11 11\n"},
+    };
+    for (const ArcRow& row : rows)
+        EXPECT_EQ(Annotated(row.cells).arcs(), row.expected) << row.cells;
+}
+
+TEST(Annotate, MakesArcsOfACellWithoutAnyForADevice) {
+    const Annotated read(cell("B", "b", "(DEVICE (9))"), "a<n1 y>n2 b:B(A<n1 B<n3 Y>n2)");
+    EXPECT_EQ(read.arcs(), "b/A > b/Y 9 9\nb/B > b/Y 9 9\na ~ b/A ?\nb/Y ~ y ?\n");
+}
+
+TEST(Annotate, AppliesToAllCellsOfATypeForAStar) {
+    const Annotated read(cell("B", "*", "(IOPATH A Y (3))") + cell("B", "c", "(IOPATH A Y (4))"),
+                         "b:B(A< Y>) c:B(A< Y>) d:D(A< Y>)");
+    EXPECT_EQ(read.arcs(), "b/A > b/Y 3 3\nc/A > c/Y 4 4\n");
+}
+
+// --- Checks ---
+
+TEST(Annotate, MakesChecks) {
+    const ArcRow rows[] = {
+        {"(SETUP D (posedge C) (5))", "r/D at r/C rise: 5 -\n"},
+        {"(HOLD D (posedge C) (2))", "r/D at r/C rise: - 2\n"},
+        {"(SETUP D (posedge C) (5)) (HOLD D (posedge C) (2))", "r/D at r/C rise: 5 2\n"},
+        {"(SETUPHOLD D (negedge C) (5) (-2))", "r/D at r/C fall: 5 -2\n"},
+        {"(SETUPHOLD D C (5) (2))", "r/D at r/C: 5 2\n"},
+        {"(SETUPHOLD D (posedge C) (5) ())", "r/D at r/C rise: 5 -\n"},
+        {"(SETUPHOLD D (posedge C) () ())", ""},
+        // Both edges of the data: the worst of each side. Both of the clock: two checks.
+        {"(SETUPHOLD (posedge D) (posedge C) (5) (2)) (SETUPHOLD (negedge D) (posedge C) (4) (3))",
+         "r/D at r/C rise: 5 3\n"},
+        {"(SETUPHOLD D (posedge C) (5) (2)) (SETUPHOLD D (negedge C) (4) (3))",
+         "r/D at r/C rise: 5 2\nr/D at r/C fall: 4 3\n"},
+        {"(SETUPHOLD (COND E D) (COND E (posedge C)) (5) (2))", "r/D at r/C rise: 5 2\n"},
+        {"(RECREM (posedge R) (posedge C) (6) (3))", "r/R at r/C rise: 6 3 reset\n"},
+        {"(RECOVERY (posedge R) (posedge C) (6))", "r/R at r/C rise: 6 - reset\n"},
+        {"(REMOVAL (posedge R) (posedge C) (3))", "r/R at r/C rise: - 3 reset\n"},
+        // minmax: the largest member of a triple, for both sides.
+        {"(SETUPHOLD D (posedge C) (1:5:3) (4:2:3))", "r/D at r/C rise: 5 4\n"},
+        {"(SETUPHOLD C C (5) (2))", ""},
+    };
+    for (const ArcRow& row : rows)
+        EXPECT_EQ(Annotated(cell("DFF", "r", "", row.cells)).checks(), row.expected) << row.cells;
+}
+
+TEST(Annotate, TakesChecksOfTheCorner) {
+    const std::pair<Corner, const char*> rows[] = {{Corner::minimum, "1 4"},
+                                                   {Corner::typical, "5 2"},
+                                                   {Corner::maximum, "3 3"},
+                                                   {Corner::minmax, "5 4"}};
+    for (const auto& [corner, expected] : rows)
+        EXPECT_EQ(Annotated(cell("DFF", "r", "", "(SETUPHOLD D (posedge C) (1:5:3) (4:2:3))"), {},
+                            AnnotateOptions{corner, -12})
+                      .checks(),
+                  "r/D at r/C rise: " + std::string(expected) + "\n");
+}
+
+TEST(Annotate, MakesPulseChecks) {
+    const ArcRow rows[] = {
+        {"(PERIOD (posedge C) (9))", "r/C period 9\n"},
+        {"(PERIOD C (9)) (PERIOD (posedge C) (8))", "r/C period 9\n"},
+        {"(WIDTH (posedge C) (4)) (WIDTH (negedge C) (5))", "r/C rise width 4\nr/C fall width 5\n"},
+        {"(WIDTH (posedge C) (4)) (WIDTH (posedge C) (6))", "r/C rise width 6\n"},
+        {"(WIDTH (posedge C) ())", ""},
+    };
+    for (const ArcRow& row : rows)
+        EXPECT_EQ(Annotated(cell("DFF", "r", "", row.cells)).pulses(), row.expected) << row.cells;
+}
+
+TEST(Annotate, CountsWhatItDoesNotUse) {
+    const Annotated read(cell("DFF", "r", "(IOPATH (posedge C) Q (RETAIN (1)) (4))",
+                              "(SKEW C D (1)) (SKEW C D (1)) (NOCHANGE D C (1) (1))"));
+    EXPECT_EQ(read.arcs(), "r/C rise > r/Q 4 4\n");
+    EXPECT_EQ(read.messages(), "2:139: note: 1 NOCHANGE checks (not used)\n"
+                               "2:76: note: 1 RETAIN entries (not used)\n"
+                               "2:109: note: 2 SKEW checks (not used)\n");
+}
+
+// --- What the netlist does not have ---
+
+TEST(Annotate, CountsWhatTheNetlistDoesNotHave) {
+    const char* const netlist = "clk<n1 r:DFF(C<n1 D< Q>n2) s:DFF(C<n1 D<n2 Q>)";
+    const ArcRow rows[] = {
+        {cell("DFF", "x", "(IOPATH (posedge C) Q (4))") + cell("DFF", "y", ""),
+         "2:1: warning: 2 instances that the netlist does not have, first 'x'\n"},
+        {cell("DFF", "r", "(IOPATH (posedge C) QN (4))", "(SETUP E (posedge C) (4))"),
+         "2:54: warning: 2 delays and checks of pins that the netlist does not have, first 'r/QN'\n"},
+        {wires("(INTERCONNECT r/Q s/C (4)) (INTERCONNECT clk r/D (4))"),
+         "2:53: warning: 2 delays between pins that the netlist does not connect, first 'r/Q to s/C'\n"},
+        {wires("(INTERCONNECT x/Q s/D (4))"),
+         "2:53: warning: 1 delays and checks of pins that the netlist does not have, first 'x/Q'\n"},
+        {wires("(IOPATH clk q (4))"), "2:53: warning: 1 cell delays of the top itself, first 'clk'\n"},
+        {wires("(INTERCONNECT r/Q s/D (4))"), ""},
+    };
+    for (const ArcRow& row : rows)
+        EXPECT_EQ(Annotated(row.cells, netlist).messages(), row.expected) << row.cells;
+}
+
+// --- Errors ---
+
+TEST(Annotate, RefusesWhatItCannotTake) {
+    struct Row {
+        std::string cells;
+        int scale;
+        const char* expected;
+    };
+    const Row rows[] = {
+        {cell("B", "b", "(IOPATH A Y (1073741824))"), -12,
+         "2:52: error: the value 1073741824 does not fit: expected at most 1073741823 units of 1e-12 s; a "
+         "coarser --resolution may help"},
+        {cell("B", "b", "(IOPATH A Y (2e6))"), -15,
+         "2:52: error: the value 2000000 does not fit: expected at most 1073741823 units of 1e-15 s; a "
+         "coarser --resolution may help"},
+        {cell("B", "b", "", "(SETUP A C (-2e9))"), -12,
+         "2:48: error: the value -2000000000 does not fit: expected at most 1073741823 units of 1e-12 s; a "
+         "coarser --resolution may help"},
+        {cell("B", "b", "(IOPATH A Y (1000000000))") +
+             cell("B", "b", "(IOPATH A Y (1000000000))", "", "INCREMENT"),
+         -12, "3:53: error: the increments do not fit: expected at most 1073741823 units of 1e-12 s in all"},
+        {cell("B", "b", "(PORT A (4))"), -12,
+         "2:52: error: PORT delays do not say what drives 'A': expected a netlist (--netlist)"},
+        {wires("(NETDELAY n (4))"), -12,
+         "2:53: error: NETDELAY does not say what 'n' connects: expected a netlist (--netlist)"},
+    };
+    for (const Row& row : rows) {
+        const std::string found = errorOf(row.cells, {}, AnnotateOptions{Corner::minmax, row.scale});
+        EXPECT_EQ(found, row.expected) << row.cells;
+    }
+}
+
+} // namespace

@@ -1,0 +1,201 @@
+// How a design is connected: with a netlist and without, pads, ports, directions, and what is a register.
+#include "Annotated.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using Support::Annotated;
+using Support::cell;
+using Support::wires;
+
+struct Row {
+    const char* netlist; // "": none
+    std::string cells;
+    const char* arcs;
+    const char* ports;
+};
+
+Annotated read(const Row& row) {
+    return Annotated(row.cells,
+                     *row.netlist == 0 ? std::nullopt : std::optional<std::string_view>(row.netlist));
+}
+
+void check(std::span<const Row> rows) {
+    for (const Row& row : rows) {
+        const Annotated found = read(row);
+        EXPECT_EQ(found.arcs(), row.arcs) << row.netlist << "\n" << row.cells;
+        EXPECT_EQ(found.ports(), row.ports) << row.netlist << "\n" << row.cells;
+        EXPECT_EQ(found.messages(), "") << row.netlist << "\n" << row.cells;
+    }
+}
+
+// --- Wires ---
+
+TEST(Connect, MakesWiresOfTheNetlist) {
+    const Row rows[] = {
+        // The most special delay: of the wire, of its end, of the net.
+        {"a<n1 y>n2 b:B(A<n1 Y>n2)",
+         wires("(NETDELAY n1 (9)) (INTERCONNECT a b/A (3))") +
+             cell("B", "b", "(PORT A (4)) (IOPATH A Y (1))"),
+         "b/A > b/Y 1 1\na ~ b/A 3 3\nb/Y ~ y ?\n", "a in, y out"},
+        {"a<n1 y>n2 b:B(A<n1 Y>n2)",
+         wires("(NETDELAY n1 (9)) (PORT b/A (4))") + cell("B", "b", "(IOPATH A Y (1))"),
+         "b/A > b/Y 1 1\na ~ b/A 4 4\nb/Y ~ y ?\n", "a in, y out"},
+        {"a<n1 y>n2 b:B(A<n1 Y>n2)",
+         wires("(NETDELAY a (9)) (NETDELAY b/Y (8))") + cell("B", "b", "(IOPATH A Y (1))"),
+         "b/A > b/Y 1 1\na ~ b/A 9 9\nb/Y ~ y 8 8\n", "a in, y out"},
+        {"a<n1 y>n2 b:B(A<n1 Y>n2)",
+         cell("B", "b", "(PORT A (4))") + cell("B", "b", "(PORT A (2))", "", "INCREMENT") +
+             cell("B", "b", "(IOPATH A Y (1))"),
+         "b/A > b/Y 1 1\na ~ b/A 6 6\nb/Y ~ y ?\n", "a in, y out"},
+        // A port that leads straight to another one; a net that several drive; pins without a net.
+        {"a<n1 y>n1", "", "a ~ y ?\n", "a in, y out"},
+        {"b:B(A< Y>n1) c:B(A< Y>n1) d:B(A<n1 Y>)", "", "b/Y ~ d/A ?\nc/Y ~ d/A ?\n", ""},
+        // Both ways.
+        {"s<>n1 b:B(IO<>n1 A<n2) c:B(Y>n2)", cell("B", "b", "(IOPATH A IO (5))"),
+         "b/A > b/IO 5 5\ns ~ b/IO ?\nb/IO ~ s ?\nc/Y ~ b/A ?\n", "s inout"},
+    };
+    check(rows);
+}
+
+TEST(Connect, MakesNetsAndPortsOfTheWiresWhereThereIsNoNetlist) {
+    const Row rows[] = {
+        {"",
+         wires("(INTERCONNECT clk r/C (1)) (INTERCONNECT r/Q q (2))") +
+             cell("R", "r", "(IOPATH (posedge C) Q (3))"),
+         "clk ~ r/C 1 1\nr/Q ~ q 2 2\nr/C rise > r/Q 3 3\n", "clk in, q out"},
+        // Pins of pads that nothing drives, or that lead nowhere, are the ports.
+        {"",
+         wires("(INTERCONNECT pad/O r/C (1)) (INTERCONNECT r/Q pad2/I (2))") +
+             cell("R", "r", "(IOPATH (posedge C) Q (3))"),
+         "pad/O ~ r/C 1 1\nr/Q ~ pad2/I 2 2\nr/C rise > r/Q 3 3\n", "pad/O in, pad2/I out"},
+        // Not so one that has a check, or that leads on.
+        {"", wires("(INTERCONNECT a/O r/D (1))") + cell("R", "r", "", "(SETUP D (posedge C) (1))"),
+         "a/O ~ r/D 1 1\n", "a/O in"},
+        // The same wire again replaces.
+        {"", wires("(INTERCONNECT a b (1)) (INTERCONNECT a b (2))"), "a ~ b 2 2\n", "a in, b out"},
+        {"", wires("(INTERCONNECT a b ())"), "a ~ b 0 0\n", "a in, b out"},
+        // In and out.
+        {"",
+         wires("(INTERCONNECT io b/A (1)) (INTERCONNECT b/Y io (2))") + cell("B", "b", "(IOPATH A Y (3))"),
+         "io ~ b/A 1 1\nb/Y ~ io 2 2\nb/A > b/Y 3 3\n", "io inout"},
+    };
+    check(rows);
+}
+
+TEST(Connect, NamesANetByItsDriverWhereThereIsNoNetlist) {
+    const Annotated read(wires("(INTERCONNECT r/Q a/A (1)) (INTERCONNECT r/Q b/A (2))"));
+    ASSERT_EQ(read.design.nets.size(), 1U);
+    EXPECT_EQ(read.design.netName(0), "r/Q");
+    EXPECT_EQ(read.design.pinsOfNet(0).size(), 3U);
+}
+
+// --- Directions ---
+
+TEST(Connect, InfersDirectionsFromTheDelays) {
+    const Row rows[] = {
+        // Arcs and checks tell what goes in and out; a pad's pin takes its port's.
+        {"a<n1 y>n2 b:B(A?n1 Y?n2)", cell("B", "b", "(IOPATH A Y (1))"),
+         "b/A > b/Y 1 1\na ~ b/A ?\nb/Y ~ y ?\n", "a in, y out"},
+        {"clk<n1 r:R(C?n1 D?n2 Q?n2)",
+         cell("R", "r", "(IOPATH (posedge C) Q (1))", "(SETUP D (posedge C) (1))"),
+         "r/C rise > r/Q 1 1\nclk ~ r/C ?\nr/Q ~ r/D ?\n", "clk in"},
+        {"a<n1 p:P(PAD?n1 O?n2) b:B(A?n2 Y?)",
+         wires("(INTERCONNECT p/O b/A (7))") + cell("B", "b", "(IOPATH A Y (1))"),
+         "b/A > b/Y 1 1\np/PAD > p/O ?\na ~ p/PAD ?\np/O ~ b/A 7 7\n", "a in"},
+        // What nothing says stays out of it.
+        {"b:B(A?n1 Y?n1)", "", "", ""},
+    };
+    check(rows);
+}
+
+// --- Pads ---
+
+TEST(Connect, JoinsThePinsOfPadsThatHaveNoDelays) {
+    const Row rows[] = {
+        {"a<n1 y>n3 p:P(PAD<n1 O>n2) q:P(PAD>n3 I<n2)", "",
+         "p/PAD > p/O ?\nq/I > q/PAD ?\na ~ p/PAD ?\nq/PAD ~ y ?\np/O ~ q/I ?\n", "a in, y out"},
+        // A delay of a pin, or of the pad's own, leaves it as it is.
+        {"a<n1 k<n4 p:P(PAD<n1 K<n4 O>n2 X>n3)", cell("P", "p", "(IOPATH K X (1))"),
+         "p/K > p/X 1 1\np/PAD > p/O ?\na ~ p/PAD ?\nk ~ p/K ?\n", "a in, k in"},
+        {"a<n1 p:P(PAD<n1 O>n2)", cell("P", "p", "(IOPATH PAD O (4))"), "p/PAD > p/O 4 4\na ~ p/PAD ?\n",
+         "a in"},
+        // Pins without a net are not joined.
+        {"a<n1 p:P(PAD<n1 O>n2 X>)", "", "p/PAD > p/O ?\na ~ p/PAD ?\n", "a in"},
+        // Of a buffer with registers, only the data pins: not its clock, nor its enable.
+        {"y>n1 p:P(PACKAGE_PIN>n1 D_OUT_0<n2 CLOCK_ENABLE<n3 OUTPUT_CLK<n4) g:G(A>n2 B>n3 C>n4)", "",
+         "p/D_OUT_0 > p/PACKAGE_PIN ?\np/PACKAGE_PIN ~ y ?\ng/A ~ p/D_OUT_0 ?\ng/B ~ p/CLOCK_ENABLE ?\ng/C ~ "
+         "p/OUTPUT_CLK ?\n",
+         "y out"},
+        // One that is registered by the pad has a check, and is its end.
+        {"y>n1 p:P(PACKAGE_PIN>n1 D_OUT_0<n2 OUTPUT_CLK<n4) g:G(A>n2 C>n4)",
+         cell("P", "p", "", "(SETUP D_OUT_0 (posedge OUTPUT_CLK) (1))"),
+         "p/PACKAGE_PIN ~ y ?\ng/A ~ p/D_OUT_0 ?\ng/C ~ p/OUTPUT_CLK ?\n", "y out"},
+        // Both ways: in, out and the enable.
+        {"s<>n1 p:P(PACKAGE_PIN<>n1 D_IN_0>n2 D_OUT_0<n3 OUTPUT_ENABLE<n4) g:G(I<n2 O>n3 E>n4)", "",
+         "p/PACKAGE_PIN > p/D_IN_0 ?\np/D_OUT_0 > p/PACKAGE_PIN ?\np/OUTPUT_ENABLE > p/PACKAGE_PIN ?\n"
+         "s ~ p/PACKAGE_PIN ?\np/PACKAGE_PIN ~ s ?\np/D_IN_0 ~ g/I ?\ng/O ~ p/D_OUT_0 ?\ng/E ~ "
+         "p/OUTPUT_ENABLE ?\n",
+         "s inout"},
+    };
+    check(rows);
+}
+
+TEST(Connect, CountsArcsWithoutADelay) {
+    EXPECT_EQ(Annotated("", "a<n1 y>n3 p:P(PAD<n1 O>n2) q:P(PAD>n3 I<n2)").bareArcs, 5U);
+    EXPECT_EQ(Annotated(wires("(INTERCONNECT a y (0))"), "a<n1 y>n1").bareArcs, 0U);
+}
+
+// --- Names ---
+
+TEST(Connect, TakesTheFilesSpellingOfNames) {
+    // The netlist separates hierarchy by a slash, the file by its divider; a vector of one bit may have no
+    // index.
+    const Annotated dotted("(DELAYFILE (SDFVERSION \"3.0\") (DIVIDER .) (TIMESCALE 1ps)" +
+                               cell("B", "u1.b", "(IOPATH A Y (3))") + ")",
+                           "u1/b:B(A< Y>)");
+    EXPECT_EQ(dotted.arcs(), "u1.b/A > u1.b/Y 3 3\n");
+    EXPECT_EQ(dotted.messages(), "");
+    EXPECT_NE(dotted.design.findCell("u1/b"), Readers::none);
+    EXPECT_NE(dotted.design.findCell("u1.b"), Readers::none);
+
+    const Annotated bit(wires("(INTERCONNECT a[0] b/A (3))"), "a<n1 b:B(A<n1)");
+    EXPECT_EQ(bit.arcs(), "a[0] ~ b/A 3 3\n");
+    EXPECT_NE(bit.design.findPort("a"), Readers::none);
+    EXPECT_NE(bit.design.findPort("a[0]"), Readers::none);
+    EXPECT_EQ(bit.design.findPort("a[1]"), Readers::none);
+}
+
+// --- What is a register ---
+
+TEST(Connect, TellsRegistersByTheirChecksAndArcs) {
+    const std::string clocked = "(IOPATH (posedge C) Q (1))", checked = "(SETUP D (posedge C) (1))";
+    struct RoleRow {
+        std::string cells;
+        const char* expected;
+    };
+    const RoleRow rows[] = {
+        {cell("R", "r", clocked, checked), "clock: r/C; data: r/D; output: r/Q"},
+        {cell("R", "r", "", checked), "clock: r/C; data: r/D; output:"},
+        // A clock-to-output arc alone, on one edge.
+        {cell("R", "r", clocked), "clock: r/C; data:; output: r/Q"},
+        {cell("R", "r", "(IOPATH C Q (1))", checked), "clock: r/C; data: r/D; output: r/Q"},
+        {cell("R", "r", "(IOPATH C Q (1))"), "clock:; data:; output:"},
+        // Of a type whose other cells have checks: this one's data is constant.
+        {cell("R", "r", "(IOPATH C Q (1))") + cell("R", "s", "(IOPATH C Q (1))", checked),
+         "clock: r/C s/C; data: s/D; output: r/Q s/Q"},
+        // One edge of a pin beside a clock: a reset, with checks or without.
+        {cell("R", "r", clocked + "(IOPATH (negedge N) Q (1))", checked),
+         "clock: r/C; data: r/D; output: r/Q"},
+        {cell("R", "r", clocked + "(IOPATH (negedge N) Q (1))",
+              checked + "(RECOVERY (posedge N) (posedge C) (1))"),
+         "clock: r/C; data: r/N r/D; output: r/Q"},
+        // Both edges name a combinational arc.
+        {cell("X", "x", "(IOPATH (posedge A) Y (1)) (IOPATH (negedge A) Y (2))"), "clock:; data:; output:"},
+    };
+    for (const RoleRow& row : rows)
+        EXPECT_EQ(Annotated(row.cells).roles(), row.expected) << row.cells;
+}
+
+} // namespace
