@@ -1,8 +1,9 @@
 // The engine against the plain reference, both in this program and on the same designs of random logic.
 //
-// Every measurement runs in a process of its own, so that none finds another's memory. The table is printed,
-// and written as JSON into the file that the first argument names. An argument after it chooses the
-// measurements whose names contain it.
+// Every measurement runs in a process of its own, so that none finds another's memory. Times are those of the
+// processor, the system's part included: all is single-threaded, and others may share the machine. The table
+// is printed, and written as JSON into the file that the first argument names. An argument after it chooses
+// the measurements whose names contain it.
 #include "../tests/oracle/ReferenceTool.h"
 #include "Measure.h"
 #include "RandomLogic.h"
@@ -113,7 +114,7 @@ Values propagate(RandomLogic& design, Phases phases) {
     Values values;
     double total = 0;
     const auto measure = [&](const char* phase, auto work) {
-        const double seconds = bench::timeOf(work);
+        const double seconds = bench::processorTimeOf(work);
         total += seconds;
         values.emplace_back(phase, seconds);
     };
@@ -155,7 +156,7 @@ template <class Launch>
 void launchOnce(const char* prefix, RandomLogic& design, Values& values, Launch launch) {
     const bench::PeakMemory memory;
     bool completed = false;
-    const double seconds = bench::timeOf([&] { completed = launch(); });
+    const double seconds = bench::processorTimeOf([&] { completed = launch(); });
     if (!completed)
         _exit(1);
     values.emplace_back(std::string(prefix) + "seconds", seconds);
@@ -244,7 +245,8 @@ Values climb(Ladder ladder) {
     sweep->clockAnalyze();
     sweep->arrivalAnalyze();
     sweep->requireAnalyze();
-    const double seconds = bench::timeOf([&] { sweep->searchLongestPaths(Delay::getMaximum(), count); });
+    const double seconds =
+        bench::processorTimeOf([&] { sweep->searchLongestPaths(Delay::getMaximum(), count); });
     const auto kept = static_cast<double>(subdomain->getLongestPaths().getCount());
     sweep->destroy();
     return {{"seconds", seconds}, {"kept", kept}};

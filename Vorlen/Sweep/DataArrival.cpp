@@ -189,7 +189,7 @@ bool Sweep::propagateArrivals() {
     data->arrivals.reach(cone.getSlotCount());
     data->required.reach(cone.getSlotCount());
     detail::WalkPump pump;
-    const std::vector<detail::Slot>& order = cone.getOrder();
+    const detail::LargeVector<detail::Slot>& order = cone.getOrder();
     for (std::size_t place = order.size(); place-- > 0;) {
         if (place >= detail::Cone::ahead)
             cone.prefetch(order[place - detail::Cone::ahead]);

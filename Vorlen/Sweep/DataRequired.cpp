@@ -147,7 +147,7 @@ enum Kind : std::uint8_t { Reached = 1, Terminal = 2, Masked = 4, Check = 8 };
 // data runs into a start, which the cone does not show.
 std::vector<std::uint8_t> kindsOf(const detail::DataTimes& data) {
     constexpr std::size_t ahead = 16;
-    const std::vector<Pole*>& poles = data.cone.getPoles();
+    const detail::LargeVector<Pole*>& poles = data.cone.getPoles();
     std::vector<std::uint8_t> kinds(poles.size());
     for (detail::Slot slot = 0; slot < poles.size(); ++slot) {
         if (slot + ahead < poles.size())
@@ -184,7 +184,7 @@ bool Sweep::propagateRequired() {
     if (kinds.empty())
         return false;
     detail::WalkPump pump;
-    const std::vector<detail::Slot>& order = cone.getOrder();
+    const detail::LargeVector<detail::Slot>& order = cone.getOrder();
     for (std::size_t place = 0; place < order.size(); ++place) {
         if (place + detail::Cone::ahead < order.size())
             cone.prefetch(order[place + detail::Cone::ahead]);

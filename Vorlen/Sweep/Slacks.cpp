@@ -209,7 +209,7 @@ private:
 void Sweep::tagSlacks() {
     const unsigned long dutyCycle = dutyCycleOf(*subdomain);
     WorstSlacks slacks(*data, subdomain);
-    const std::vector<Pelko::Pole*> poles = data->cone.getSortedPoles();
+    const detail::LargeVector<Pelko::Pole*> poles = data->cone.getSortedPoles();
     detail::FanReader<detail::Direction::Outgoing> reader;
     for (std::size_t place = 0; place < poles.size(); ++place) {
         reader.advance(poles, place);

@@ -84,7 +84,7 @@ void Pairing::propagateLaunches() {
         classOfSlot_[launchSlots_[i]] = launchClasses_[i];
         launches_.add(launchSlots_[i], launchClasses_[i]);
     }
-    const std::vector<Slot>& order = cone_.getOrder();
+    const detail::LargeVector<Slot>& order = cone_.getOrder();
     for (std::size_t place = order.size(); place-- > 0;) {
         const detail::Cone::Arcs arcs = cone_.getArcs(order[place]);
         for (std::uint32_t arc = arcs.begin; arc != arcs.end; ++arc)
@@ -171,7 +171,7 @@ void Pairing::createPairs(Slot end, const std::vector<unsigned>& fresh) {
 // Visits the slots behind an end point, each once, where `enter(slot)` says so.
 template <class Enter>
 void Pairing::walk(Slot end, Enter enter) {
-    visits_.resize(cone_.getSlotCount());
+    visits_.resize(cone_.getSlotCount(), 0);
     ++visit_;
     stack_.assign(1, end);
     visits_[end] = visit_;

@@ -62,7 +62,7 @@ private:
         std::vector<ClockSide> sides; // by number
         std::map<Key, unsigned> numbers;
         std::size_t words = 0;
-        std::vector<Word> bits; // by slot
+        detail::LargeVector<Word> bits; // by slot
     };
 
     struct PairOfClasses {
@@ -93,15 +93,15 @@ private:
     detail::Cone cone_;
     std::size_t endCount_ = 0;
     std::vector<Slot> launchSlots_;
-    std::vector<unsigned> launchClasses_;  // by number in launchSlots_
-    std::vector<unsigned> classOfSlot_;    // of launch poles, by slot
-    std::vector<unsigned> latchClasses_;   // by end
-    std::vector<Pelko::Pole*> latchPoles_; // by end
+    std::vector<unsigned> launchClasses_;       // by number in launchSlots_
+    detail::LargeVector<unsigned> classOfSlot_; // of launch poles, by slot
+    std::vector<unsigned> latchClasses_;        // by end
+    std::vector<Pelko::Pole*> latchPoles_;      // by end
     Classes launches_;
     Classes latches_;
     std::vector<PairOfClasses> pairs_;
     std::vector<Slot> stack_;
-    std::vector<std::uint32_t> visits_; // by slot
+    detail::LargeVector<std::uint32_t> visits_; // by slot
     std::uint32_t visit_ = 0;
 };
 

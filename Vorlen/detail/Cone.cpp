@@ -10,7 +10,7 @@ namespace Vorlen::detail {
 Slot Cone::obtain(Pelko::Pole* pole) {
     const std::size_t index = pole->getIndex();
     if (index >= slots_.size())
-        slots_.resize(std::max<std::size_t>(Pelko::cell->getPoleBound(), index + 1));
+        slots_.resize(std::max<std::size_t>(Pelko::cell->getPoleBound(), index + 1), 0);
     Slot& slot = slots_[index];
     if (slot == 0) {
         poles_.push_back(pole);
@@ -20,8 +20,8 @@ Slot Cone::obtain(Pelko::Pole* pole) {
 }
 
 // Indices ascend in order of creation, and so do stamps.
-std::vector<Pelko::Pole*> Cone::getSortedPoles() const {
-    std::vector<Pelko::Pole*> sorted;
+LargeVector<Pelko::Pole*> Cone::getSortedPoles() const {
+    LargeVector<Pelko::Pole*> sorted;
     sorted.reserve(poles_.size());
     for (const Slot slot : slots_)
         if (slot != 0)
@@ -36,6 +36,8 @@ bool Cone::read(const std::vector<Pelko::Pole*>& ends, IsStart isStart) {
     FanReader<Direction::Incoming> reader;
     WalkPump pump;
     for (std::size_t place = 0; place < poles_.size(); ++place) {
+        if (place == smallCone)
+            reserveAll();
         reader.advance(poles_, place);
         addArcs(poles_[place], isStart);
         if (!pump())
@@ -46,6 +48,16 @@ bool Cone::read(const std::vector<Pelko::Pole*>& ends, IsStart isStart) {
     }
     begins_.push_back(static_cast<std::uint32_t>(edges_.size()));
     return isRead_ = sort();
+}
+
+// Room that is not used stays with the system. A small cone does without: it would take a huge page a table.
+void Cone::reserveAll() {
+    poles_.reserve(shape_.poleCount);
+    flags_.reserve(shape_.poleCount);
+    begins_.reserve(shape_.poleCount + 1);
+    uses_.reserve(shape_.poleCount);
+    edges_.reserve(shape_.edgeCount);
+    sources_.reserve(shape_.edgeCount);
 }
 
 void Cone::addArcs(Pelko::Pole* pole, IsStart isStart) {
@@ -66,7 +78,7 @@ void Cone::addArcs(Pelko::Pole* pole, IsStart isStart) {
         sources_.push_back(source);
         if (source == noSlot)
             continue;
-        uses_.resize(poles_.size());
+        uses_.resize(poles_.size(), 0);
         ++uses_[source];
     }
 }
@@ -74,7 +86,7 @@ void Cone::addArcs(Pelko::Pole* pole, IsStart isStart) {
 // A pole follows once all that it drives have gone before. What is left over at the end lies on a loop, or
 // behind one.
 bool Cone::sort() {
-    uses_.resize(poles_.size());
+    uses_.resize(poles_.size(), 0);
     order_.reserve(poles_.size());
     for (Slot slot = 0; slot < uses_.size(); ++slot)
         if (uses_[slot] == 0)

@@ -12,6 +12,7 @@
 
 #include "Pelko/Edge.h"
 #include "Vorlen/detail/EventPump.h"
+#include "Vorlen/detail/LargeVector.h"
 #include "Vorlen/detail/TimingTable.h"
 
 #include <cstdint>
@@ -38,10 +39,10 @@ public:
         return index < slots_.size() ? slots_[index] - 1 : noSlot; // 0 becomes none
     }
     Slot obtain(Pelko::Pole* pole);
-    const std::vector<Pelko::Pole*>& getPoles() const { return poles_; } // by slot
+    const LargeVector<Pelko::Pole*>& getPoles() const { return poles_; } // by slot
     std::size_t getSlotCount() const { return poles_.size(); }
     // The poles of all slots, in stamp order.
-    std::vector<Pelko::Pole*> getSortedPoles() const;
+    LargeVector<Pelko::Pole*> getSortedPoles() const;
 
     // --- The cone ---
 
@@ -58,7 +59,7 @@ public:
     bool isCurrent() const { return isRead_ && shape_ == getShape(); }
 
     // Every pole before its drivers.
-    const std::vector<Slot>& getOrder() const { return order_; }
+    const LargeVector<Slot>& getOrder() const { return order_; }
     std::uint8_t getFlags(Slot slot) const { return flags_[slot]; }
 
     // The arcs into a slot; the cone does not read those into starts.
@@ -89,19 +90,22 @@ private:
     };
     static Shape getShape();
 
+    static constexpr std::size_t smallCone = 16384; // poles
+
+    void reserveAll();
     void prefetchPole(Slot slot) const;
     void prefetchArc(std::uint32_t arc) const;
     void addArcs(Pelko::Pole* pole, IsStart isStart);
     bool sort();
 
-    std::vector<Slot> slots_; // by pole index: the slot plus one, or 0
-    std::vector<Pelko::Pole*> poles_;
-    std::vector<std::uint8_t> flags_;
-    std::vector<std::uint32_t> begins_; // by slot, and one more
-    std::vector<Pelko::Edge*> edges_;
-    std::vector<Slot> sources_;
-    std::vector<std::uint32_t> uses_; // arcs out of a slot that are still to be passed; empty once sorted
-    std::vector<Slot> order_;
+    LargeVector<Slot> slots_; // by pole index: the slot plus one, or 0
+    LargeVector<Pelko::Pole*> poles_;
+    LargeVector<std::uint8_t> flags_;
+    LargeVector<std::uint32_t> begins_; // by slot, and one more
+    LargeVector<Pelko::Edge*> edges_;
+    LargeVector<Slot> sources_;
+    LargeVector<std::uint32_t> uses_; // arcs out of a slot that are still to be passed; empty once sorted
+    LargeVector<Slot> order_;
     Shape shape_;
     bool isRead_ = false;
 };

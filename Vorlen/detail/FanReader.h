@@ -7,6 +7,7 @@
 #pragma once
 
 #include "Pelko/Edge.h"
+#include "Vorlen/detail/LargeVector.h"
 
 #include <array>
 #include <vector>
@@ -33,7 +34,7 @@ public:
     }
 
     // Asked for one place after another, before anything at it is read.
-    void advance(const std::vector<Pelko::Pole*>& poles, std::size_t place) {
+    void advance(const LargeVector<Pelko::Pole*>& poles, std::size_t place) {
         for (; poles_ < std::min(poles.size(), place + aheadOfPoles); ++poles_)
             prefetchObject(poles[poles_]);
         for (; fans_ < std::min(poles.size(), place + aheadOfFans); ++fans_) {
@@ -63,11 +64,11 @@ private:
         Pelko::Edge* const* end = nullptr;
     };
 
-    static constexpr std::size_t aheadOfPoles = 28;
-    static constexpr std::size_t aheadOfFans = 20;
-    static constexpr std::size_t aheadOfEdges = 13;
-    static constexpr std::size_t aheadOfEnds = 6;
-    static constexpr std::size_t ring = 32;
+    static constexpr std::size_t aheadOfPoles = 48;
+    static constexpr std::size_t aheadOfFans = 36;
+    static constexpr std::size_t aheadOfEdges = 24;
+    static constexpr std::size_t aheadOfEnds = 12;
+    static constexpr std::size_t ring = 64;
     static constexpr std::ptrdiff_t wideFan = 16;
 
     Fan& fanAt(std::size_t place) { return fansAhead_[place % ring]; }

@@ -8,6 +8,7 @@
 #pragma once
 
 #include "Vorlen/TimingMap.h"
+#include "Vorlen/detail/LargeVector.h"
 
 #include <algorithm>
 #include <array>
@@ -150,9 +151,9 @@ private:
 
     // Of a map of many classes, the first entry tells where they are: `key` their run, `minimum` their
     // number, `maximum` the binary logarithm of the run's capacity.
-    std::vector<ClassTiming> first_;
-    std::vector<State> states_;
-    std::vector<ClassTiming> more_;
+    LargeVector<ClassTiming> first_;
+    LargeVector<State> states_;
+    LargeVector<ClassTiming> more_;
     std::array<std::vector<std::size_t>, 32> free_; // runs, by the logarithm of their capacity
     std::vector<ClassTiming> passing_;
 };

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <ctime>
 #include <unistd.h>
 
 namespace bench {
@@ -56,6 +57,19 @@ public:
 private:
     double before_;
 };
+
+// The time that the process spends on the work, in seconds.
+template <class Work>
+double processorTimeOf(Work work) {
+    const auto now = [] {
+        timespec time{};
+        clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+    };
+    const double before = now();
+    work();
+    return now() - before;
+}
 
 template <class Work>
 double timeOf(Work work) {

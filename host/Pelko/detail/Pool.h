@@ -1,9 +1,11 @@
 // Storage for one class of objects: blocks of objects side by side, so that millions of them cost no
 // allocation each, and freed places are used again. Taking and releasing a place is O(1). Blocks are kept
-// until the program ends.
+// until the program ends: a small one to begin with, then huge pages.
 //
 // Under AddressSanitizer every object gets an allocation of its own, so that a use after its end is seen.
 #pragma once
+
+#include "Pelko/detail/HugePages.h"
 
 #include <cstddef>
 #include <memory>
@@ -25,11 +27,9 @@ public:
             free_ = place->next;
             return place;
         }
-        if (used_ == blockSize) {
-            blocks_.push_back(std::make_unique_for_overwrite<Place[]>(blockSize));
-            used_ = 0;
-        }
-        return &blocks_.back()[used_++];
+        if (next_ == end_)
+            addBlock();
+        return next_++;
     }
 
     void release(void* freed) {
@@ -39,15 +39,34 @@ public:
     }
 
 private:
-    static constexpr std::size_t blockSize = 8192;
-
     union Place {
         Place* next;
         alignas(Align) std::byte room[Size];
     };
 
-    std::vector<std::unique_ptr<Place[]>> blocks_;
-    std::size_t used_ = blockSize;
+    struct Release {
+        void operator()(Place* block) const { HugePages::release(block); }
+    };
+
+    void addBlock() {
+        constexpr std::size_t firstBlock = std::size_t{1} << 16;
+        if (!first_) {
+            constexpr std::size_t count = firstBlock / sizeof(Place);
+            first_ = std::make_unique_for_overwrite<Place[]>(count);
+            next_ = first_.get();
+            end_ = next_ + count;
+            return;
+        }
+        constexpr std::size_t count = HugePages::size / sizeof(Place);
+        blocks_.emplace_back(static_cast<Place*>(HugePages::take(HugePages::size)));
+        next_ = blocks_.back().get();
+        end_ = next_ + count;
+    }
+
+    std::unique_ptr<Place[]> first_;
+    std::vector<std::unique_ptr<Place, Release>> blocks_;
+    Place* next_ = nullptr; // in the last block
+    Place* end_ = nullptr;
     Place* free_ = nullptr;
 #endif
 };
