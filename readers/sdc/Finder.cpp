@@ -5,12 +5,16 @@
 #include "Objects.h"
 
 #include <algorithm>
+#include <numeric>
 
 namespace Readers::Sdc {
 
 namespace {
 
 constexpr std::size_t npos = std::string_view::npos;
+
+// From so many patterns on it pays to have the names in order.
+constexpr unsigned fewPatterns = 8;
 
 std::string withoutEscapes(std::string_view text) {
     std::string result;
@@ -141,7 +145,7 @@ void Finder::find(ObjectKind kind, std::string_view pattern, const FindOptions& 
             return Tcl_RegExpExec(tcl_, compiled, name.c_str(), name.c_str()) == 1;
         };
         findAll(
-            kind, [&](std::string_view candidate) { return matches(test, candidate, options); }, found);
+            kind, [&](std::string_view candidate) { return matches(test, candidate, options); }, {}, found);
         Tcl_DecrRefCount(text);
         return;
     }
@@ -159,7 +163,29 @@ void Finder::find(ObjectKind kind, std::string_view pattern, const FindOptions& 
     }
     const Test test = [&glob](std::string_view name) { return glob.matches(name); };
     findAll(
-        kind, [&](std::string_view name) { return matches(test, name, options); }, found);
+        kind, [&](std::string_view name) { return matches(test, name, options); },
+        options.hierarchical ? std::string() : glob.prefix(), found);
+}
+
+// Those objects of a kind whose names may begin with the prefix, by index.
+template <class NameOf, class Use>
+void Finder::forEachNamed(std::size_t count, NameOf nameOf, const std::string& prefix,
+                          std::vector<std::uint32_t>& order, Use use) const {
+    if (prefix.empty() || ++patterns_ <= fewPatterns) {
+        for (std::uint32_t index = 0; index < count; ++index)
+            use(index);
+        return;
+    }
+    if (order.empty()) {
+        order.resize(count);
+        std::iota(order.begin(), order.end(), 0U);
+        std::ranges::sort(order, {}, nameOf);
+    }
+    const auto begins = [&](std::uint32_t index) { return nameOf(index).substr(0, prefix.size()); };
+    const auto range = std::ranges::equal_range(order, std::string_view(prefix), {}, begins);
+    std::vector<std::uint32_t> found(range.begin(), range.end());
+    std::ranges::sort(found);
+    std::ranges::for_each(found, use);
 }
 
 bool Finder::matches(const Test& test, std::string_view name, const FindOptions& options) const {
@@ -187,16 +213,22 @@ void Finder::findPins(const Glob& cells, const Glob& pins, const FindOptions& op
         return;
     }
     const Test test = [&cells](std::string_view name) { return cells.matches(name); };
-    for (std::uint32_t cell = 0; cell < design_.cells.size(); ++cell)
-        if (matches(test, design_.cellName(cell), options))
-            addPins(cell);
+    forEachNamed(
+        design_.cells.size(), [this](std::uint32_t cell) { return design_.cellName(cell); },
+        options.hierarchical ? std::string() : cells.prefix(), cellsByName_,
+        [&](std::uint32_t cell) {
+            if (matches(test, design_.cellName(cell), options))
+                addPins(cell);
+        });
 }
 
-void Finder::findAll(ObjectKind kind, const Test& test, std::vector<Object>& found) const {
-    const auto scan = [&](std::size_t count, const auto& nameOf) {
-        for (std::uint32_t index = 0; index < count; ++index)
+void Finder::findAll(ObjectKind kind, const Test& test, const std::string& prefix,
+                     std::vector<Object>& found) const {
+    const auto scan = [&](std::size_t count, std::vector<std::uint32_t>& order, const auto& nameOf) {
+        forEachNamed(count, nameOf, prefix, order, [&](std::uint32_t index) {
             if (test(nameOf(index)))
                 found.push_back({kind, index});
+        });
     };
     switch (kind) {
     case ObjectKind::port:
@@ -218,10 +250,11 @@ void Finder::findAll(ObjectKind kind, const Test& test, std::vector<Object>& fou
         break;
     }
     case ObjectKind::cell:
-        scan(design_.cells.size(), [this](std::uint32_t cell) { return design_.cellName(cell); });
+        scan(design_.cells.size(), cellsByName_,
+             [this](std::uint32_t cell) { return design_.cellName(cell); });
         break;
     case ObjectKind::net:
-        scan(design_.nets.size(), [this](std::uint32_t net) { return design_.netName(net); });
+        scan(design_.nets.size(), netsByName_, [this](std::uint32_t net) { return design_.netName(net); });
         break;
     case ObjectKind::clock:
         for (std::uint32_t index = 0; index < clocks_.size(); ++index)

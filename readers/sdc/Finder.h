@@ -1,8 +1,9 @@
 // Finds objects by name or pattern.
 //
 // A pattern is first taken as a name, by hash; only where that finds nothing, and where it has wildcards, are
-// all objects of its kind compared. A pin's pattern is "instance/pin" with the last slash before the pin, and
-// both sides match by themselves; without a slash it is matched against the whole name.
+// all objects of its kind compared, or, once there were several patterns, those that begin as it does. A
+// pin's pattern is "instance/pin" with the last slash before the pin, and both sides match by themselves;
+// without a slash it is matched against the whole name.
 #pragma once
 
 #include "Constraints.h"
@@ -53,13 +54,19 @@ private:
     std::uint32_t exactPin(std::string_view name) const;
     void findPins(const Glob& cells, const Glob& pins, const FindOptions& options,
                   std::vector<Object>& found) const;
-    void findAll(ObjectKind kind, const Test& test, std::vector<Object>& found) const;
+    void findAll(ObjectKind kind, const Test& test, const std::string& prefix,
+                 std::vector<Object>& found) const;
+    template <class NameOf, class Use>
+    void forEachNamed(std::size_t count, NameOf nameOf, const std::string& prefix,
+                      std::vector<std::uint32_t>& order, Use use) const;
     bool matches(const Test& test, std::string_view name, const FindOptions& options) const;
 
     const Design& design_;
     const std::vector<Clock>& clocks_;
     Tcl_Interp* tcl_;
     std::unordered_map<std::string, std::uint32_t> clockByName_; // those that live
+    mutable unsigned patterns_ = 0;
+    mutable std::vector<std::uint32_t> cellsByName_, netsByName_; // in byte order; empty: not yet made
 };
 
 } // namespace Readers::Sdc

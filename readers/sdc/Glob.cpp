@@ -89,6 +89,16 @@ bool Glob::accepts(const Element& element, unsigned char c) const {
 
 // A mismatch goes back to the last star, which then takes one character more; earlier stars need no second
 // try.
+std::string Glob::prefix() const {
+    std::string text;
+    for (const Element& element : elements_) {
+        if (ignoreCase_ || element.kind != Kind::character)
+            break;
+        text += static_cast<char>(element.character);
+    }
+    return text;
+}
+
 bool Glob::matches(std::string_view text) const {
     std::size_t element = 0, at = 0, star = npos, restart = 0;
     while (at < text.size()) {

@@ -22,6 +22,8 @@ public:
     // The pattern's text without its escapes.
     const std::string& literal() const { return text_; }
     bool matches(std::string_view text) const;
+    // What every text that matches begins with; empty where case does not matter.
+    std::string prefix() const;
 
 private:
     enum class Kind : std::uint8_t { character, any, star, set };
