@@ -132,17 +132,17 @@ void Harvest::readEnd(const Context& context, Pelko::Pole* pole, const Vorlen::T
     Vorlen::TimingMap arrivals;
     if (!end || !context.sweep->hasArrivalTimingMap(pole, arrivals))
         return;
+    const Readers::Model::Exceptions::ClockEdges edges{context.launch, context.capture, context.launchRise,
+                                                       context.captureRise};
     for (const auto& [classes, timing] : arrivals) {
         Arrival arrival;
         arrival.end = end;
         arrival.classes = classes;
-        arrival.requirement = &exceptions_.requirement(context.launch, context.capture, end->pin, classes);
+        arrival.requirement = &exceptions_.requirement(edges, end->pin, classes);
         arrival.setup = true;
-        if (!arrival.requirement->falseSetup)
-            readSide(context, arrival, timing.getMaximumDelay(), latch.getMinimumDelay());
+        readSide(context, arrival, timing.getMaximumDelay(), latch.getMinimumDelay());
         arrival.setup = false;
-        if (!arrival.requirement->falseHold)
-            readSide(context, arrival, timing.getMinimumDelay(), latch.getMaximumDelay());
+        readSide(context, arrival, timing.getMinimumDelay(), latch.getMaximumDelay());
     }
 }
 
@@ -164,6 +164,9 @@ void Harvest::readSide(const Context& context, Arrival arrival, Delay data, Dela
                                                   end.isPort() ? end.pin : end.clockPin, setup);
 
     const Requirement& requirement = *arrival.requirement;
+    noteGoverning(arrival);
+    if (setup ? requirement.falseSetup : requirement.falseHold)
+        return;
     if (const std::optional<Time>& delay = setup ? requirement.maxDelay : requirement.minDelay) {
         arrival.relation = *delay;
         if (setup ? requirement.maxIgnoresLatency : requirement.minIgnoresLatency)
@@ -233,6 +236,25 @@ void Harvest::ignoreLatencies(const Context& context, Arrival& arrival) {
 }
 
 // --- Results ---
+
+// A path group governs no path that is false.
+void Harvest::noteGoverning(const Arrival& arrival) {
+    const Requirement& requirement = *arrival.requirement;
+    const auto note = [&](std::uint32_t exception) {
+        if (exception != none)
+            governed_[arrival.setup].emplace(exception, arrival.end->pin);
+    };
+    note(arrival.setup ? requirement.setupException : requirement.holdException);
+    if (!(arrival.setup ? requirement.falseSetup : requirement.falseHold))
+        note(requirement.group);
+}
+
+std::vector<std::uint64_t> Harvest::governed(bool setup) const {
+    std::vector<std::uint64_t> counts(constraints_.exceptions.size());
+    for (const auto& [exception, pin] : governed_[setup])
+        ++counts[exception];
+    return counts;
+}
 
 void Harvest::record(const Context& context, const Arrival& arrival) {
     const Requirement& requirement = *arrival.requirement;

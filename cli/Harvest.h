@@ -42,6 +42,8 @@ struct EndResult {
 
 // An exception as reports tell it.
 Report::Exception describe(const Readers::Sdc::Constraints& constraints, std::uint32_t exception);
+Report::Exception describe(const Readers::Sdc::Constraints& constraints,
+                           const Readers::Sdc::Exception& exception);
 
 // A value of the engine that is a time; nothing for undefined and the other specials.
 std::optional<Time> ordinary(const Pelko::Delay& delay);
@@ -62,6 +64,8 @@ public:
     std::vector<Report::Path> paths() const;
     // The pairs of clocks whose edges were compared up to a limit only, the first clock first.
     std::set<std::pair<std::uint32_t, std::uint32_t>> cutOffPairs() const;
+    // By exception, the end points of which it governs some path. A path group governs those of its paths.
+    std::vector<std::uint64_t> governed(bool setup) const;
     // The period at which the clock's own setup paths would just be met; nothing where it has none.
     std::optional<Time> achievedPeriod(std::uint32_t clock) const;
 
@@ -101,6 +105,7 @@ private:
     void ignoreLatencies(const Context& context, Arrival& arrival);
     Time launchLatency(const Context& context, const Readers::Model::Start& start, bool late) const;
     std::optional<Time> commonLaunchLatency(const Context& context, std::uint64_t classes, bool late) const;
+    void noteGoverning(const Arrival& arrival);
     void record(const Context& context, const Arrival& arrival);
     void achieve(const Context& context, const Arrival& arrival);
     void trace(const Context& context, const Arrival& arrival);
@@ -119,6 +124,8 @@ private:
 
     std::map<std::uint32_t, EndResult> endpoints_;
     std::map<std::uint32_t, Time> achieved_;
+    // Hold, setup: exceptions and the end pins where they govern.
+    std::set<std::pair<std::uint32_t, std::uint32_t>> governed_[2];
     std::map<std::pair<Time, std::uint64_t>, Kept> kept_[2]; // hold, setup; worst first
     std::unordered_map<std::uint32_t, std::vector<std::pair<Time, std::uint64_t>>> keptOfPin_[2];
     std::uint64_t number_ = 0;

@@ -47,9 +47,13 @@ const char* kindName(Readers::Sdc::Exception::Kind kind) {
 
 } // namespace
 
-Report::Exception describe(const Readers::Sdc::Constraints& constraints, std::uint32_t number) {
+Report::Exception describe(const Readers::Sdc::Constraints& constraints, std::uint32_t exception) {
+    return describe(constraints, constraints.exceptions[exception]);
+}
+
+Report::Exception describe(const Readers::Sdc::Constraints& constraints,
+                           const Readers::Sdc::Exception& exception) {
     using enum Readers::Sdc::Exception::Kind;
-    const Readers::Sdc::Exception& exception = constraints.exceptions[number];
     Report::Exception described{
         constraints.files[exception.origin.file], exception.origin.line, kindName(exception.kind), {}};
     if (exception.kind == multicycle)
@@ -170,6 +174,8 @@ Report::Path Harvest::pathOf(const Context& context, const Arrival& arrival, con
     path.group = requirement.group != none  ? constraints_.exceptions[requirement.group].group
                  : path.targetClock.empty() ? "default"
                                             : path.targetClock;
+    if (requirement.group != none)
+        path.groupedBy = describe(constraints_, requirement.group);
     path.startpoint = design_.pinName(start.pin);
     path.endpoint = design_.pinName(end.pin);
     path.startDescription = describe(start, path.sourceClock);

@@ -211,6 +211,7 @@ void Run::noteCutOffs() {
 void Run::report() {
     begin("reporting");
     noteCutOffs();
+    exceptions_->findCut(*model_);
     fillReport({design_, *network_, *clocks_, constraints_, *model_, *exceptions_, *harvest_},
                options_.unconstrained, report_);
     report_.scale = options_.scale;

@@ -1,6 +1,9 @@
+// Sums and counts of a run, and the names behind its numbers.
 #include "Summary.h"
 
 #include <algorithm>
+#include <map>
+#include <set>
 
 namespace Cli {
 
@@ -108,35 +111,59 @@ void fillPulseChecks(const Results& results, Report::Report& report) {
     });
 }
 
+// An exception of which a list came out empty.
+Report::ExceptionUse skipped(const Readers::Sdc::Constraints& constraints,
+                             const Readers::Sdc::Exception& exception) {
+    Report::ExceptionUse use;
+    use.exception = describe(constraints, exception);
+    use.text = exception.text;
+    use.status = "matches nothing";
+    return use;
+}
+
+// The lines that overrule an exception everywhere.
+std::vector<unsigned> overruling(const Readers::Sdc::Constraints& constraints,
+                                 const Readers::Model::Exceptions::Use& use) {
+    std::set<unsigned> lines;
+    for (const std::uint32_t other : use.overruledBy)
+        lines.insert(constraints.exceptions[other].origin.line);
+    for (const std::uint32_t groups : use.cutByGroups)
+        lines.insert(constraints.clockGroups[groups].origin.line);
+    return {lines.begin(), lines.end()};
+}
+
 void fillExceptions(const Results& results, Report::Report& report) {
     const Readers::Sdc::Constraints& constraints = results.constraints;
-    std::vector<std::uint64_t> setups(constraints.exceptions.size()), holds = setups;
-    for (const auto& [pin, result] : results.harvest.endpoints()) {
-        if (result.setup && result.setup->exception != none)
-            ++setups[result.setup->exception];
-        if (result.hold && result.hold->exception != none)
-            ++holds[result.hold->exception];
-    }
+    const std::vector<std::uint64_t> setups = results.harvest.governed(true),
+                                     holds = results.harvest.governed(false);
+    std::map<std::pair<std::string, unsigned>, std::uint64_t> paths;
+    for (const Report::Path& path : report.paths)
+        for (const auto& by : {path.exception, path.groupedBy})
+            if (by)
+                ++paths[{by->file, by->line}];
+    auto next = constraints.skippedExceptions.begin();
+    const auto addSkipped = [&](std::size_t position) {
+        for (; next != constraints.skippedExceptions.end() && next->position <= position; ++next)
+            report.exceptions.push_back(skipped(constraints, next->exception));
+    };
     for (std::uint32_t number = 0; number < constraints.exceptions.size(); ++number) {
+        addSkipped(number);
         const Readers::Model::Exceptions::Use& use = results.exceptions.uses()[number];
         Report::ExceptionUse& filled = report.exceptions.emplace_back();
         filled.exception = describe(constraints, number);
         filled.text = constraints.exceptions[number].text;
         filled.setupEndpoints = setups[number];
         filled.holdEndpoints = holds[number];
-        filled.status = !use.matchesObjects ? "matches nothing"
-                        : !use.matchesPath  ? "matches no path"
-                        : use.governs       ? "governs"
-                                            : "always overruled";
-        if (use.matchesPath && !use.governs)
-            for (const std::uint32_t other : use.overruledBy)
-                filled.overruledBy.push_back(constraints.exceptions[other].origin.line);
-        std::ranges::sort(filled.overruledBy);
-        for (const Report::Path& path : report.paths)
-            if (path.exception && path.exception->file == filled.exception.file &&
-                path.exception->line == filled.exception.line)
-                ++filled.paths;
+        if (const auto own = paths.find({filled.exception.file, filled.exception.line}); own != paths.end())
+            filled.paths = own->second;
+        const bool governs = setups[number] + holds[number] != 0;
+        if (!governs)
+            filled.overruledBy = overruling(constraints, use);
+        filled.status = governs                      ? "governs"
+                        : filled.overruledBy.empty() ? "matches no path"
+                                                     : "always overruled";
     }
+    addSkipped(constraints.exceptions.size());
 }
 
 } // namespace

@@ -96,6 +96,7 @@ struct Path {
     std::vector<Point> points; // from the start point (its clock pin or port) to the end point
     Time arrival = 0, required = 0, slack = 0;
     std::optional<Exception> exception;
+    std::optional<Exception> groupedBy; // the command behind its group; nothing: the capture clock's own
 };
 
 // What an exception does, for --exceptions.

@@ -111,65 +111,130 @@ void Exceptions::makeAtoms() {
         }
 }
 
-// A class each while there is room; then atoms of one level, which no path passes two of, share binary
-// numbers.
+// A class each while there is room; then atoms share.
 void Exceptions::layAtoms() {
     layers_.clear();
-    if (startClasses_ + atoms_.size() <= classLimit) {
+    together_.reset();
+    if (startClasses_ + atoms_.size() > classLimit)
+        layAtomsTogether();
+    else
         for (Atom& atom : atoms_) {
             atom.layer = static_cast<std::uint32_t>(layers_.size());
             atom.code = 1;
-            layers_.push_back({startClasses_ + atom.layer, 1});
+            layers_.push_back({startClasses_ + atom.layer, 1, {}});
         }
-        return;
-    }
-    layAtomsByLevel();
+    if (!together_ || !together_->isShared())
+        for (std::uint32_t atom = 0; atom < atoms_.size(); ++atom)
+            layers_[atoms_[atom].layer].atomOfCode[atoms_[atom].code] = atom;
+    indexAtoms();
 }
 
-void Exceptions::layAtomsByLevel() {
-    // Greedy, by the deepest level first: an atom joins the first layer with none that it reaches or that
-    // reaches it.
-    std::map<std::pair<std::uint32_t, std::uint32_t>, std::vector<std::uint32_t>> byLevel;
-    for (std::uint32_t atom = 0; atom < atoms_.size(); ++atom) {
-        std::uint32_t low = none, high = 0;
-        for (const std::uint32_t node : atoms_[atom].nodes) {
-            low = std::min(low, level_[node]);
-            high = std::max(high, level_[node]);
+// The variants that begin with an atom and name no start and no end point.
+void Exceptions::indexAtoms() {
+    unpinnedThrough_.assign(atoms_.size(), {});
+    for (std::uint32_t number = 0; number < variants_.size(); ++number)
+        if (const Variant& variant = variants_[number];
+            variant.fromPins.empty() && variant.toPins.empty() && !variant.atoms.empty())
+            for (const std::uint32_t atom : variant.atoms.front())
+                unpinnedThrough_[atom].push_back(number);
+}
+
+// Every atom of several levels becomes one a level.
+void Exceptions::splitByLevel() {
+    std::vector<Atom> whole = std::move(atoms_);
+    std::vector<std::vector<std::uint32_t>> parts(whole.size());
+    atoms_.clear();
+    for (std::uint32_t atom = 0; atom < whole.size(); ++atom) {
+        std::map<std::uint32_t, Group> byLevel;
+        for (const std::uint32_t node : whole[atom].nodes)
+            byLevel[level_[node]].push_back(node);
+        for (auto& [level, nodes] : byLevel) {
+            parts[atom].push_back(static_cast<std::uint32_t>(atoms_.size()));
+            atoms_.push_back({std::move(nodes), 0, 0});
         }
-        byLevel[{low, low == high ? none : atom}].push_back(atom);
     }
-    unsigned next = startClasses_;
-    for (const auto& [level, atoms] : byLevel) {
-        const unsigned classes = binaryDigits(atoms.size());
-        std::uint64_t code = 0;
-        for (const std::uint32_t atom : atoms) {
-            atoms_[atom].layer = static_cast<std::uint32_t>(layers_.size());
-            atoms_[atom].code = ++code;
+    for (Variant& variant : variants_)
+        for (std::vector<std::uint32_t>& group : variant.atoms) {
+            std::vector<std::uint32_t> split;
+            for (const std::uint32_t atom : group)
+                split.insert(split.end(), parts[atom].begin(), parts[atom].end());
+            std::ranges::sort(split);
+            group = std::move(split);
         }
-        layers_.push_back({next, classes});
-        next += classes;
-    }
-    if (next <= classLimit)
-        return;
-    std::set<std::uint32_t> lines;
-    std::uint32_t first = none;
+}
+
+std::vector<ThroughLayers::Point> Exceptions::pointsOfAtoms() const {
+    std::vector<ThroughLayers::Point> points(atoms_.size());
+    for (std::size_t atom = 0; atom < atoms_.size(); ++atom)
+        points[atom].nodes = atoms_[atom].nodes;
     for (const Variant& variant : variants_)
-        if (!variant.throughs.empty()) {
-            first = std::min(first, variant.exception);
-            lines.insert(stated(variant.exception).origin.line);
+        for (const std::vector<std::uint32_t>& group : variant.atoms)
+            for (const std::uint32_t atom : group) {
+                ThroughLayers::Point& point = points[atom];
+                point.anyEnd |= variant.toPins.empty();
+                point.endPins.insert(point.endPins.end(), variant.toPins.begin(), variant.toPins.end());
+            }
+    for (ThroughLayers::Point& point : points) {
+        if (point.anyEnd)
+            point.endPins.clear();
+        std::ranges::sort(point.endPins);
+        const auto rest = std::ranges::unique(point.endPins);
+        point.endPins.erase(rest.begin(), rest.end());
+    }
+    return points;
+}
+
+void Exceptions::layAtomsTogether() {
+    splitByLevel();
+    together_.emplace(design_, network_, level_, pointsOfAtoms());
+    unsigned next = startClasses_;
+    for (const ThroughLayers::Layer& layer : together_->layers()) {
+        for (const std::uint32_t atom : layer.points) {
+            atoms_[atom].layer = static_cast<std::uint32_t>(layers_.size());
+            atoms_[atom].code = together_->codes()[atom];
         }
-    std::string text = "the exceptions need " + std::to_string(next) + " classes, and there are " +
-                       std::to_string(classLimit) + "; most are for the -through points of lines";
+        layers_.push_back({next, layer.classes, {}});
+        next += layer.classes;
+    }
+    if (next > classLimit)
+        refuse(next);
+}
+
+// Names the lines that take the most: those through the points that paths to one end point may pass, or,
+// where that is not known, through those of the largest layer.
+void Exceptions::refuse(unsigned classes) const {
+    const std::uint32_t end = together_->busiestEnd();
+    const auto& layers = together_->layers();
+    const auto largest = std::ranges::max_element(
+        layers, {}, [](const ThroughLayers::Layer& layer) { return layer.points.size(); });
+    const std::vector<std::uint32_t>& points =
+        end == none ? largest->points : together_->pointsAt(end); // in order
+    const auto isOfGroup = [&](std::uint32_t atom) { return std::ranges::binary_search(points, atom); };
+    std::map<std::pair<std::uint32_t, std::uint32_t>, Sdc::Origin> origins;
+    for (const Variant& variant : variants_)
+        for (const std::vector<std::uint32_t>& group : variant.atoms)
+            if (std::ranges::any_of(group, isOfGroup)) {
+                const Sdc::Origin& origin = stated(variant.exception).origin;
+                origins.try_emplace({origin.file, origin.line}, origin);
+            }
+    std::string text =
+        "the exceptions need " + std::to_string(classes) + " classes of paths, and there are " +
+        std::to_string(classLimit) + ": " + std::to_string(startClasses_) +
+        " for start points, the others for -through points. Most of these, " + std::to_string(points.size()) +
+        ", lie " + (end == none ? "at one depth" : "before '" + design_.pinName(end) + "'") + ": those of " +
+        (origins.size() == 1 ? "line" : "lines");
     std::size_t named = 0;
-    for (const std::uint32_t line : lines) {
+    for (const auto& [place, origin] : origins) {
         if (named++ == namedLines) {
-            text += " and " + std::to_string(lines.size() - namedLines) + " more";
+            text += " and " + std::to_string(origins.size() - namedLines) + " more";
             break;
         }
-        text += " " + std::to_string(line);
+        text += (named == 1 ? " " : ", ") + std::to_string(origin.line);
     }
-    throw BadInput(placeOf(first),
-                   text + "; expected fewer -through points, or -from and -to in their place");
+    throw BadInput(constraints_.place(origins.begin()->second),
+                   text +
+                       "; expected fewer -through points: -to with the end points that are meant, one point "
+                       "for a stage in place of one for each cell in it, or -from and -to");
 }
 
 // --- The constrained paths ---
@@ -253,11 +318,29 @@ bool Exceptions::mayStart(std::uint32_t pin, std::uint64_t classes) const {
            (found == startNumber_.end() ? 0 : found->second);
 }
 
-bool Exceptions::isPassed(std::uint32_t atom, std::uint64_t classes) const {
-    const Layer& layer = layers_[atoms_[atom].layer];
+std::uint64_t Exceptions::codeIn(const Layer& layer, std::uint64_t classes) const {
     const std::uint64_t digits =
         layer.classes == classLimit ? ~std::uint64_t{0} : (std::uint64_t{1} << layer.classes) - 1;
-    return (classes >> layer.firstClass & digits) == atoms_[atom].code;
+    return classes >> layer.firstClass & digits;
+}
+
+// In order.
+std::vector<std::uint32_t> Exceptions::passedAtoms(const Key& key) const {
+    std::vector<std::uint32_t> passed;
+    if (key.atoms == 0)
+        return passed;
+    if (together_ && together_->isShared()) {
+        for (const std::uint32_t atom : together_->pointsAt(key.endPin))
+            if (codeIn(layers_[atoms_[atom].layer], key.atoms) == atoms_[atom].code)
+                passed.push_back(atom);
+        return passed;
+    }
+    for (const Layer& layer : layers_)
+        if (const auto found = layer.atomOfCode.find(codeIn(layer, key.atoms));
+            found != layer.atomOfCode.end())
+            passed.push_back(found->second);
+    std::ranges::sort(passed);
+    return passed;
 }
 
 } // namespace Readers::Model

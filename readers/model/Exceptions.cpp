@@ -52,7 +52,8 @@ Exceptions::Exceptions(const Design& design, const Network& network, const Clock
     for (std::uint32_t exception = 0; exception < constraints.exceptions.size(); ++exception)
         resolve(exception);
     for (std::uint32_t variant = 0; variant < variants_.size(); ++variant)
-        if (variants_[variant].fromPins.empty() && variants_[variant].toPins.empty())
+        if (variants_[variant].fromPins.empty() && variants_[variant].toPins.empty() &&
+            variants_[variant].throughs.empty())
             unpinned_.push_back(variant);
     collectTimedPorts();
     numberPoints(true);
@@ -66,14 +67,39 @@ Place Exceptions::placeOf(std::uint32_t exception) const {
 
 // --- Objects ---
 
+unsigned Exceptions::placeAbout(const Sdc::Object& object) {
+    return object.kind == ObjectKind::cell ? cellPlace : object.kind == ObjectKind::net ? netPlace : pinPlace;
+}
+
+// Of clocks the edge is known, of anything else delays are of both edges.
+void Exceptions::noteEdges(const Sdc::Exception& exception) {
+    const auto asks = [](const Sdc::Points& points) {
+        return points.transition != Transition::any &&
+               std::ranges::any_of(points.objects,
+                                   [](const auto& object) { return object.kind != ObjectKind::clock; });
+    };
+    if ((exception.from && asks(*exception.from)) || (exception.to && asks(*exception.to)) ||
+        std::ranges::any_of(exception.through, asks))
+        diagnostics_.note(constraints_.place(exception.origin),
+                          std::string(Model::nameOf(exception.kind)) +
+                              ": edges of data are not told apart: taken for rising and falling ones");
+}
+
 void Exceptions::resolve(std::uint32_t exception) {
     const Sdc::Exception& stated = this->stated(exception);
+    noteEdges(stated);
     Variant base;
     base.exception = exception;
     for (const Sdc::Points& points : stated.through) {
         Group& group = base.throughs.emplace_back();
-        for (const Sdc::Object& object : points.objects)
+        Places& places = base.places.emplace_back();
+        for (const Sdc::Object& object : points.objects) {
+            const std::size_t before = group.size();
             addNodes(object, group);
+            if (stated.through.size() > 1)
+                for (std::size_t at = before; at < group.size(); ++at)
+                    places[group[at]] |= placeAbout(object);
+        }
         sortOnce(group);
     }
     base.hasFrom = stated.from.has_value();
@@ -109,6 +135,7 @@ std::vector<Exceptions::Variant> Exceptions::resolveSide(const Sdc::Points& poin
                                                          bool from) {
     std::vector<Variant> outputs;
     Variant clocks = base, pins = base, within = base;
+    (from ? clocks.fromEdge : clocks.toEdge) = points.transition;
     Group other;
     const char* const side = from ? "-from" : "-to";
     for (const Sdc::Object& object : points.objects) {
@@ -143,6 +170,7 @@ std::vector<Exceptions::Variant> Exceptions::resolveSide(const Sdc::Points& poin
         sortOnce(other);
         (from ? within.hasFrom : within.hasTo) = false;
         within.throughs.insert(from ? within.throughs.begin() : within.throughs.end(), std::move(other));
+        within.places.insert(from ? within.places.begin() : within.places.end(), Places());
         variants.push_back(std::move(within));
     }
     return variants;
@@ -182,6 +210,7 @@ bool Exceptions::addPin(std::uint32_t pin, bool from, Variant& pins, std::vector
     Variant through = pins;
     through.fromPins = clockPinsBehind(pin);
     through.throughs.insert(through.throughs.begin(), Group{network_.sourceOf(pin)});
+    through.places.insert(through.places.begin(), Places());
     outputs.push_back(std::move(through));
     return true;
 }

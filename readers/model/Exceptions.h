@@ -7,9 +7,11 @@
 // So the classes of an arriving path, with its clocks and its end point, say which exceptions cover it; and
 // of those one governs each side by type, specificity and order.
 //
-// Through points that no path passes both of share classes, numbered in binary like start points.
+// Through points share classes too where there are many (ThroughLayers.h): then a class's meaning depends on
+// the end point.
 #pragma once
 
+#include "ThroughLayers.h"
 #include "TimingModel.h"
 
 #include <cstdint>
@@ -48,32 +50,42 @@ public:
     // Makes the constrained paths that carry the classes. BadInput: more classes than the engine has.
     void makeClasses(TimingModel& model);
 
-    // What holds for paths of a pair of clocks (none: no clock) that arrive at an end point's pin under these
-    // classes.
-    const Requirement& requirement(std::uint32_t launchClock, std::uint32_t captureClock,
-                                   std::uint32_t endPin, std::uint64_t classes);
+    struct ClockEdges {
+        std::uint32_t launch = none, capture = none; // clocks; none: no clock
+        bool launchRise = true, captureRise = true;
+    };
+    // What holds for paths between two clock edges that arrive at an end point's pin under these classes.
+    const Requirement& requirement(const ClockEdges& edges, std::uint32_t endPin, std::uint64_t classes);
 
     // Whether paths under these classes may start at a pin.
     bool mayStart(std::uint32_t pin, std::uint64_t classes) const;
 
     struct Use {
-        bool matchesObjects = true; // it names something
-        bool matchesPath = false;   // some path that arrives is covered by it
-        bool governs = false;
-        std::unordered_set<std::uint32_t> overruledBy; // exceptions
+        std::unordered_set<std::uint32_t> overruledBy; // exceptions, on some path
+        std::vector<std::uint32_t>
+            cutByGroups;          // statements of clock groups; of exceptions that cover no path
+        bool matchesPath = false; // some path that arrives is covered by it
     };
+    // Finds out for exceptions that cover no path whether clock groups cut those that they would; after the
+    // analysis.
+    void findCut(const TimingModel& model);
     const std::vector<Use>& uses() const { return uses_; }
 
 private:
     using Group = std::vector<std::uint32_t>; // nodes of the data plane: any of them
+    // By node, where about it the objects stand that were given: a cell before its output, a net behind it.
+    using Places = std::unordered_map<std::uint32_t, unsigned>;
+    static constexpr unsigned cellPlace = 1, pinPlace = 2, netPlace = 4; // in the order of a path
 
     // One way to read an exception: with objects of one kind on either side.
     struct Variant {
         std::uint32_t exception = 0;
         bool hasFrom = false, hasTo = false;
         std::vector<std::uint32_t> fromPins, fromClocks, toPins,
-            toClocks; // sorted; at most one of two has any
+            toClocks;                                                    // sorted; at most one of two has any
+        Transition fromEdge = Transition::any, toEdge = Transition::any; // of the clocks
         std::vector<Group> throughs;
+        std::vector<Places> places;                    // of throughs, where there are several
         std::vector<std::vector<std::uint32_t>> atoms; // by group: any of them
 
         unsigned rank() const;
@@ -86,6 +98,7 @@ private:
     };
     struct Layer {
         unsigned firstClass = 0, classes = 0;
+        std::unordered_map<std::uint64_t, std::uint32_t> atomOfCode; // where no two share one
     };
     struct Match {
         const Variant* variant;
@@ -93,6 +106,8 @@ private:
     };
     struct Key {
         std::uint32_t launch, capture, start, end;
+        std::uint32_t endPin; // none where the classes mean the same at all of the end's number
+        bool launchRise, captureRise;
         std::uint64_t atoms;
 
         bool operator==(const Key&) const = default;
@@ -101,6 +116,8 @@ private:
         std::size_t operator()(const Key& key) const;
     };
 
+    static unsigned placeAbout(const Sdc::Object& object);
+    void noteEdges(const Sdc::Exception& exception);
     void resolve(std::uint32_t exception);
     std::vector<Variant> resolveSide(const Sdc::Points& points, const Variant& base, bool from);
     bool addPoint(const Sdc::Object& object, bool from, Variant& pins, std::vector<Variant>& outputs) const;
@@ -117,22 +134,36 @@ private:
     void levelNodes();
     bool isAntichain(const Group& group) const;
     bool reaches(const Group& from, const Group& to) const;
+    void indexAtoms();
     void layAtoms();
-    void layAtomsByLevel();
+    void layAtomsTogether();
+    void splitByLevel();
+    std::vector<ThroughLayers::Point> pointsOfAtoms() const;
+    [[noreturn]] void refuse(unsigned classes) const;
     void makeStartClasses(TimingModel& model);
     void makeLayerClasses(TimingModel& model, const Layer& layer, std::uint32_t number);
 
     Requirement decide(const Key& key);
     void decideMulticycles(const Key& key, const std::vector<Match>& matches, Requirement& requirement);
-    std::optional<Match> match(const Variant& variant, const Key& key);
+    std::vector<std::uint32_t> candidates(const Key& key, const std::vector<std::uint32_t>& passed);
+    const std::vector<std::uint32_t>& betweenClocks(std::uint32_t launch, std::uint32_t capture);
+    std::vector<std::uint32_t> passedAtoms(const Key& key) const;
+    std::optional<Match> match(const Variant& variant, const Key& key,
+                               const std::vector<std::uint32_t>& passed);
+    unsigned placesAt(const Variant& variant, std::size_t group, std::uint32_t atom) const;
     bool isInOrder(std::uint32_t before, std::uint32_t after);
     // Of the matches that compete on a side as one kind: those that no more specific or later one takes.
     std::vector<std::uint32_t> survivors(const std::vector<Match>& matches, Sdc::Exception::Kind kind,
                                          bool setup);
     void account(const std::vector<Match>& matches, const Requirement& requirement);
+    std::vector<std::uint32_t> launchClocks(const TimingModel& model, const Start& start) const;
+    void findCut(const TimingModel& model, const Variant& variant, std::uint64_t& passed);
+    std::vector<bool> walkVariant(const TimingModel& model, const Variant& variant, std::uint32_t launch,
+                                  std::uint64_t& passed) const;
+    std::optional<std::uint32_t> cutting(std::uint32_t launch, std::uint32_t capture) const;
     const Sdc::Exception& stated(std::uint32_t exception) const { return constraints_.exceptions[exception]; }
     Place placeOf(std::uint32_t exception) const;
-    bool isPassed(std::uint32_t atom, std::uint64_t classes) const;
+    std::uint64_t codeIn(const Layer& layer, std::uint64_t classes) const;
 
     const Design& design_;
     const Network& network_;
@@ -143,13 +174,18 @@ private:
 
     std::vector<Variant> variants_;
     std::unordered_set<std::uint32_t> timedPorts_;
-    std::vector<std::uint32_t> unpinned_; // variants that name no start and no end point
+    // Variants that name no start and no end point: those without through points; those that begin with an
+    // atom.
+    std::vector<std::uint32_t> unpinned_;
+    std::vector<std::vector<std::uint32_t>> unpinnedThrough_;
+    std::map<std::pair<std::uint32_t, std::uint32_t>, std::vector<std::uint32_t>> betweenClocks_;
     // By pin, the number of a start or end point; 0: not named. By number, the variants that name it.
     std::unordered_map<std::uint32_t, std::uint32_t> startNumber_, endNumber_;
     std::vector<std::vector<std::uint32_t>> startVariants_, endVariants_;
     std::vector<Atom> atoms_;
     std::vector<Layer> layers_;
-    std::vector<std::uint32_t> level_; // by node: the longest way to it
+    std::optional<ThroughLayers> together_; // where atoms share classes
+    std::vector<std::uint32_t> level_;      // by node: the longest way to it
     unsigned startClasses_ = 0;
     std::vector<Use> uses_;
     std::unordered_map<Key, Requirement, KeyHash> known_;

@@ -9,28 +9,31 @@ namespace Readers::Model {
 using Kind = Sdc::Exception::Kind;
 
 std::size_t Exceptions::KeyHash::operator()(const Key& key) const {
-    std::uint64_t hash = key.atoms;
-    for (const std::uint32_t part : {key.launch, key.capture, key.start, key.end})
+    std::uint64_t hash = key.atoms ^ (key.launchRise ? 2U : 0U) ^ (key.captureRise ? 1U : 0U);
+    for (const std::uint32_t part : {key.launch, key.capture, key.start, key.end, key.endPin})
         hash = (hash ^ part) * 0x9E3779B97F4A7C15U;
     return static_cast<std::size_t>(hash ^ hash >> 32);
 }
 
-const Requirement& Exceptions::requirement(std::uint32_t launchClock, std::uint32_t captureClock,
-                                           std::uint32_t endPin, std::uint64_t classes) {
+const Requirement& Exceptions::requirement(const ClockEdges& edges, std::uint32_t endPin,
+                                           std::uint64_t classes) {
     const std::uint64_t digits = (std::uint64_t{1} << startClasses_) - 1;
     const auto end = endNumber_.find(endPin);
-    const Key key{launchClock, captureClock, static_cast<std::uint32_t>(classes & digits),
-                  end == endNumber_.end() ? 0 : end->second, classes & ~digits};
+    const Key key{edges.launch,
+                  edges.capture,
+                  static_cast<std::uint32_t>(classes & digits),
+                  end == endNumber_.end() ? 0 : end->second,
+                  together_ && together_->isShared() ? endPin : none,
+                  edges.launchRise,
+                  edges.captureRise,
+                  classes & ~digits};
     const auto [place, isNew] = known_.try_emplace(key);
     if (isNew)
         place->second = decide(key);
     return place->second;
 }
 
-// A point counts once: named twice in a row it is never passed as often.
 bool Exceptions::isInOrder(std::uint32_t before, std::uint32_t after) {
-    if (before == after)
-        return false;
     const auto [place, isNew] = order_.try_emplace({before, after});
     if (isNew)
         place->second = reaches(atoms_[before].nodes, atoms_[after].nodes);
@@ -38,7 +41,8 @@ bool Exceptions::isInOrder(std::uint32_t before, std::uint32_t after) {
 }
 
 // Whether the variant covers the paths of the key, and by which combinations of through points.
-std::optional<Exceptions::Match> Exceptions::match(const Variant& variant, const Key& key) {
+std::optional<Exceptions::Match> Exceptions::match(const Variant& variant, const Key& key,
+                                                   const std::vector<std::uint32_t>& passed) {
     const auto holds = [](const std::vector<std::uint32_t>& sorted, std::uint32_t value) {
         return std::ranges::binary_search(sorted, value);
     };
@@ -49,21 +53,47 @@ std::optional<Exceptions::Match> Exceptions::match(const Variant& variant, const
     if (variant.hasTo && (variant.toPins.empty() ? !holds(variant.toClocks, key.capture)
                                                  : !holds(endVariants_[key.end], number)))
         return std::nullopt;
-    Match match{&variant, {{}}};
-    for (const std::vector<std::uint32_t>& group : variant.atoms) {
-        std::vector<std::vector<std::uint32_t>> longer;
-        for (const std::uint32_t atom : group) {
-            if (!isPassed(atom, key.atoms))
+    const auto isEdge = [](Transition edge, bool rise) {
+        return edge == Transition::any || (edge == Transition::rise) == rise;
+    };
+    if (!isEdge(variant.fromEdge, key.launchRise) || !isEdge(variant.toEdge, key.captureRise))
+        return std::nullopt;
+    // Of each combination the last point's place is the first that it can be at.
+    struct Way {
+        std::vector<std::uint32_t> atoms;
+        unsigned place = 0;
+    };
+    std::vector<Way> ways(1);
+    for (std::size_t at = 0; at < variant.atoms.size(); ++at) {
+        std::vector<Way> longer;
+        for (const std::uint32_t atom : variant.atoms[at]) {
+            if (!holds(passed, atom))
                 continue;
-            for (const std::vector<std::uint32_t>& passed : match.passed)
-                if (passed.empty() || isInOrder(passed.back(), atom)) {
-                    longer.push_back(passed);
-                    longer.back().push_back(atom);
-                }
+            const unsigned places = placesAt(variant, at, atom);
+            for (const Way& way : ways) {
+                const bool stays = !way.atoms.empty() && way.atoms.back() == atom;
+                const unsigned open = stays ? places & ~(2 * way.place - 1) : places;
+                if (open == 0 || (!stays && !way.atoms.empty() && !isInOrder(way.atoms.back(), atom)))
+                    continue;
+                longer.push_back({way.atoms, open & (~open + 1)});
+                longer.back().atoms.push_back(atom);
+            }
         }
-        match.passed = std::move(longer);
+        ways = std::move(longer);
     }
-    return match.passed.empty() ? std::nullopt : std::optional(std::move(match));
+    if (ways.empty())
+        return std::nullopt;
+    Match match{&variant, {}};
+    for (Way& way : ways)
+        match.passed.push_back(std::move(way.atoms));
+    return match;
+}
+
+// Where about its node the objects of a group stand; of one group alone it does not matter.
+unsigned Exceptions::placesAt(const Variant& variant, std::size_t group, std::uint32_t atom) const {
+    const Places& places = variant.places[group];
+    const auto found = places.find(atoms_[atom].nodes.front());
+    return found == places.end() ? pinPlace : found->second;
 }
 
 std::vector<std::uint32_t> Exceptions::survivors(const std::vector<Match>& matches, Kind kind, bool setup) {
@@ -100,17 +130,40 @@ std::vector<std::uint32_t> Exceptions::survivors(const std::vector<Match>& match
     return exceptions;
 }
 
-Requirement Exceptions::decide(const Key& key) {
-    std::vector<Match> matches;
-    const auto consider = [&](std::uint32_t variant) {
-        if (std::optional<Match> found = match(variants_[variant], key))
-            matches.push_back(std::move(*found));
-    };
-    std::ranges::for_each(unpinned_, consider);
-    std::ranges::for_each(startVariants_[key.start], consider);
+// Those of the variants without any points that hold between two clocks.
+const std::vector<std::uint32_t>& Exceptions::betweenClocks(std::uint32_t launch, std::uint32_t capture) {
+    const auto [place, isNew] = betweenClocks_.try_emplace({launch, capture});
+    if (isNew)
+        for (const std::uint32_t number : unpinned_) {
+            const Variant& variant = variants_[number];
+            if ((!variant.hasFrom || std::ranges::binary_search(variant.fromClocks, launch)) &&
+                (!variant.hasTo || std::ranges::binary_search(variant.toClocks, capture)))
+                place->second.push_back(number);
+        }
+    return place->second;
+}
+
+// The variants that may cover the paths of a key, each once, in order.
+std::vector<std::uint32_t> Exceptions::candidates(const Key& key, const std::vector<std::uint32_t>& passed) {
+    std::vector<std::uint32_t> found = betweenClocks(key.launch, key.capture);
+    found.insert(found.end(), startVariants_[key.start].begin(), startVariants_[key.start].end());
     for (const std::uint32_t variant : endVariants_[key.end])
         if (variants_[variant].fromPins.empty())
-            consider(variant);
+            found.push_back(variant);
+    for (const std::uint32_t atom : passed)
+        found.insert(found.end(), unpinnedThrough_[atom].begin(), unpinnedThrough_[atom].end());
+    std::ranges::sort(found);
+    const auto rest = std::ranges::unique(found);
+    found.erase(rest.begin(), rest.end());
+    return found;
+}
+
+Requirement Exceptions::decide(const Key& key) {
+    const std::vector<std::uint32_t> passed = passedAtoms(key);
+    std::vector<Match> matches;
+    for (const std::uint32_t variant : candidates(key, passed))
+        if (std::optional<Match> found = match(variants_[variant], key, passed))
+            matches.push_back(std::move(*found));
     Requirement requirement;
     if (matches.empty())
         return requirement;
@@ -174,19 +227,22 @@ void Exceptions::account(const std::vector<Match>& matches, const Requirement& r
         const Sdc::Exception& stated = this->stated(exception);
         Use& use = uses_[exception];
         use.matchesPath = true;
+        const auto standBehind = [&](std::uint32_t governing) {
+            if (governing != none && governing != exception)
+                use.overruledBy.insert(governing);
+        };
         if (stated.kind == Kind::pathGroup) {
-            use.governs |= requirement.group == exception;
-            if (requirement.group != exception)
-                use.overruledBy.insert(requirement.group);
+            standBehind(requirement.group);
+            if (requirement.falseSetup && requirement.falseHold) {
+                standBehind(requirement.setupException);
+                standBehind(requirement.holdException);
+            }
             continue;
         }
-        for (const bool setup : {true, false}) {
-            const std::uint32_t governing = setup ? requirement.setupException : requirement.holdException;
-            if (governing == exception)
-                use.governs = true;
-            else if ((setup ? stated.setup : stated.hold) && governing != none)
-                use.overruledBy.insert(governing);
-        }
+        if (stated.setup)
+            standBehind(requirement.setupException);
+        if (stated.hold)
+            standBehind(requirement.holdException);
     }
 }
 

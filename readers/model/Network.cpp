@@ -1,3 +1,4 @@
+// The network out of the design: nodes, what is taken out, arcs merged and linked, loops broken.
 #include "Network.h"
 
 #include <algorithm>
@@ -32,6 +33,10 @@ Network::Network(const Design& design, const Sdc::Constraints& constraints,
     : design_(design) {
     makeNodes();
     constant_.assign(size(), false);
+    if (!constraints.caseValues.empty())
+        diagnostics.note(constraints.place(constraints.caseValues.front().origin),
+                         "set_case_analysis: constants stop at the pins that they are given for, since what "
+                         "cells make of them is not known");
     for (const Sdc::CaseValue& value : constraints.caseValues)
         constant_[sinkOf(value.pin)] = constant_[sourceOf(value.pin)] = true;
     clockSource_.assign(size(), false);

@@ -117,6 +117,12 @@ struct Exception {
     std::string text; // the command's words, shortened, for reports
 };
 
+// One of which a list came out empty, so that it holds for nothing.
+struct SkippedException {
+    std::size_t position = 0; // how many of the others stand before it
+    Exception exception;      // without its points
+};
+
 // Arcs to take out.
 struct Disable {
     Object object;                           // cell, pin or port
@@ -139,6 +145,7 @@ struct Constraints {
     std::vector<PortDelay> portDelays;
     std::vector<ClockGroups> clockGroups;
     std::vector<Exception> exceptions; // in the order of the commands
+    std::vector<SkippedException> skippedExceptions;
     std::vector<Disable> disables;
     std::vector<CaseValue> caseValues;
     std::vector<Origin> pllClocks; // each derive_pll_clocks

@@ -65,9 +65,15 @@ void readAllPoints(Session& session, const Arguments& arguments, Exception& exce
 }
 
 void add(Session& session, const Arguments& arguments, Exception exception) {
-    readAllPoints(session, arguments, exception);
     exception.origin = session.tcl.origin();
     exception.text = describe(session, arguments.words());
+    const Exception bare = exception;
+    try {
+        readAllPoints(session, arguments, exception);
+    } catch (const NoObjects&) {
+        session.result.skippedExceptions.push_back({session.result.exceptions.size(), bare});
+        throw;
+    }
     session.result.exceptions.push_back(std::move(exception));
 }
 
@@ -121,6 +127,8 @@ void groupPath(Session& session, Words words) {
     const Arguments arguments(syntax, words);
     arguments.needsOne({"-name", "-default"});
     arguments.atMostOne({"-name", "-default"});
+    if (arguments.has("-weight") || arguments.has("-critical_range"))
+        session.note("group_path: -weight and -critical_range are accepted, and not applied");
     Exception exception;
     exception.kind = Exception::Kind::pathGroup;
     exception.group = arguments.has("-default") ? "default" : arguments.text("-name");

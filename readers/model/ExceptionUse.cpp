@@ -1,0 +1,127 @@
+// Why an exception covers no path of the analysis: whether there would be some between clocks that
+// set_clock_groups separates.
+#include "Exceptions.h"
+
+#include <algorithm>
+
+namespace Readers::Model {
+
+namespace {
+
+// So many arcs are passed for all exceptions together; for what is left it stays open.
+constexpr std::uint64_t walkLimit = 200'000'000;
+
+void addOnce(std::vector<std::uint32_t>& values, std::uint32_t value) {
+    if (std::ranges::find(values, value) == values.end())
+        values.push_back(value);
+}
+
+bool names(const std::vector<std::uint32_t>& sorted, std::uint32_t value) {
+    return sorted.empty() || std::ranges::binary_search(sorted, value);
+}
+
+} // namespace
+
+void Exceptions::findCut(const TimingModel& model) {
+    if (constraints_.clockGroups.empty())
+        return;
+    std::uint64_t passed = 0;
+    for (const Variant& variant : variants_)
+        if (!uses_[variant.exception].matchesPath && passed < walkLimit)
+            findCut(model, variant, passed);
+}
+
+// The statement that separates two clocks.
+std::optional<std::uint32_t> Exceptions::cutting(std::uint32_t launch, std::uint32_t capture) const {
+    for (std::uint32_t number = 0; number < constraints_.clockGroups.size(); ++number) {
+        const auto& groups = constraints_.clockGroups[number].groups;
+        const auto groupOf = [&](std::uint32_t clock) {
+            const auto found = std::ranges::find_if(groups, [&](const std::vector<std::uint32_t>& group) {
+                return std::ranges::find(group, clock) != group.end();
+            });
+            return found - groups.begin();
+        };
+        const auto none = static_cast<std::ptrdiff_t>(groups.size());
+        const auto from = groupOf(launch), to = groupOf(capture);
+        if (from != to && (groups.size() == 1 || (from != none && to != none)))
+            return number;
+    }
+    return std::nullopt;
+}
+
+std::vector<std::uint32_t> Exceptions::launchClocks(const TimingModel& model, const Start& start) const {
+    if (start.kind == Start::Kind::reg)
+        return model.clocksAt(start.pin);
+    std::vector<std::uint32_t> clocks;
+    if (start.delay && start.delay->clock)
+        clocks.push_back(*start.delay->clock);
+    for (std::uint32_t clock = 0; start.kind == Start::Kind::clockSource && clock < clocks_.size(); ++clock)
+        if (std::ranges::find(clocks_[clock].targets, network_.sourceOf(start.pin)) !=
+            clocks_[clock].targets.end())
+            clocks.push_back(clock);
+    return clocks;
+}
+
+// The nodes that paths of a launch clock reach from the variant's start points and through its points.
+std::vector<bool> Exceptions::walkVariant(const TimingModel& model, const Variant& variant,
+                                          std::uint32_t launch, std::uint64_t& passed) const {
+    std::vector<std::uint32_t> open;
+    passed += model.starts().size() + model.ends().size();
+    for (const Start& start : model.starts()) {
+        const std::vector<std::uint32_t> clocks = launchClocks(model, start);
+        if (!names(variant.fromPins, start.pin) || std::ranges::find(clocks, launch) == clocks.end())
+            continue;
+        if (start.kind != Start::Kind::reg)
+            open.push_back(network_.sourceOf(start.pin));
+        else
+            for (const std::uint32_t number : network_.out(network_.sinkOf(start.pin)))
+                if (const Arc& arc = network_.arcs()[number]; arc.kind == ArcKind::launch)
+                    open.push_back(arc.to);
+    }
+    std::vector<bool> reached;
+    for (std::size_t stage = 0; stage <= variant.throughs.size(); ++stage) {
+        reached.assign(network_.size(), false);
+        for (const std::uint32_t node : open)
+            reached[node] = true;
+        while (!open.empty()) {
+            const std::uint32_t node = open.back();
+            open.pop_back();
+            for (const std::uint32_t number : network_.out(node)) {
+                const Arc& arc = network_.arcs()[number];
+                ++passed;
+                if (arc.kind == ArcKind::through && !reached[arc.to]) {
+                    reached[arc.to] = true;
+                    open.push_back(arc.to);
+                }
+            }
+        }
+        if (stage < variant.throughs.size())
+            std::ranges::copy_if(variant.throughs[stage], std::back_inserter(open),
+                                 [&](std::uint32_t node) { return reached[node]; });
+    }
+    return reached;
+}
+
+void Exceptions::findCut(const TimingModel& model, const Variant& variant, std::uint64_t& passed) {
+    std::vector<std::uint32_t>& cut = uses_[variant.exception].cutByGroups;
+    for (std::uint32_t launch = 0; launch < clocks_.size(); ++launch) {
+        if (clocks_[launch].removed || !names(variant.fromClocks, launch) || passed > walkLimit)
+            continue;
+        const std::vector<bool> reached = walkVariant(model, variant, launch, passed);
+        for (const End& end : model.ends()) {
+            if (!names(variant.toPins, end.pin) || !reached[network_.sinkOf(end.pin)])
+                continue;
+            std::vector<std::uint32_t> captures;
+            if (!end.isPort())
+                captures = model.clocksAt(end.clockPin);
+            else if (end.delay && end.delay->clock)
+                captures.push_back(*end.delay->clock);
+            for (const std::uint32_t capture : captures)
+                if (names(variant.toClocks, capture))
+                    if (const auto groups = cutting(launch, capture))
+                        addOnce(cut, *groups);
+        }
+    }
+}
+
+} // namespace Readers::Model

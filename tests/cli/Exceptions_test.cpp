@@ -1,0 +1,296 @@
+// What the report says of exceptions, what is refused, and what multicycles make of achieved periods.
+//
+//   din -> r0/D   r0/Q -> g/A  g/Z -> r1/D   r1/Q -> dout   s/Q -> t/D
+//
+// r0, r1 and s are clocked by a (period 10), t by b (period 10) and by c, a clock on no register of its own.
+// From Q to D it takes 3 ns, from din and to dout 1 ns; checks take nothing.
+#include "cli/Session.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include <unistd.h>
+
+namespace {
+
+std::string cell(const std::string& type, const std::string& name) {
+    if (type == "BUF")
+        return "(CELL (CELLTYPE \"BUF\") (INSTANCE " + name + ") (DELAY (ABSOLUTE (IOPATH A Z (1)))))\n";
+    return "(CELL (CELLTYPE \"DFF\") (INSTANCE " + name +
+           ") (DELAY (ABSOLUTE (IOPATH (posedge CLK) Q (1)))) (TIMINGCHECK (SETUPHOLD D (posedge CLK) (0) "
+           "(0))))\n";
+}
+
+std::string sdfOf(const std::string& wires, const std::string& cells) {
+    return "(DELAYFILE (SDFVERSION \"3.0\") (DESIGN \"top\") (DIVIDER /) (TIMESCALE 1ns)\n"
+           "(CELL (CELLTYPE \"top\") (INSTANCE) (DELAY (ABSOLUTE\n" +
+           wires + ")))\n" + cells + ")\n";
+}
+
+const std::string& smallSdf() {
+    static const std::string text =
+        sdfOf("(INTERCONNECT a r0/CLK (0)) (INTERCONNECT a r1/CLK (0)) (INTERCONNECT a s/CLK (0))\n"
+              "(INTERCONNECT b t/CLK (0)) (INTERCONNECT din r0/D (1)) (INTERCONNECT r0/Q g/A (1))\n"
+              "(INTERCONNECT g/Z r1/D (0)) (INTERCONNECT r1/Q dout (0)) (INTERCONNECT s/Q t/D (2))\n",
+              cell("DFF", "r0") + cell("DFF", "r1") + cell("DFF", "s") + cell("DFF", "t") + cell("BUF", "g"));
+    return text;
+}
+
+constexpr const char* clocks = "create_clock -period 10 a; create_clock -period 10 b; "
+                               "set_input_delay 0 -clock a din; set_output_delay 0 -clock a dout\n";
+
+class Exceptions : public testing::Test {
+protected:
+    Exceptions()
+        : folder_(std::filesystem::temp_directory_path() / ("exceptions-" + std::to_string(getpid()))) {
+        std::filesystem::create_directories(folder_);
+    }
+    ~Exceptions() override { std::filesystem::remove_all(folder_); }
+
+    // The lines after that of the clocks, from line 2 on.
+    Report::Report run(const std::string& lines, const std::string& sdf = smallSdf()) {
+        std::ofstream(folder_ / "d.sdf") << sdf;
+        std::ofstream(folder_ / "d.sdc") << clocks << lines << "\n";
+        Cli::Options options;
+        options.sdf = (folder_ / "d.sdf").string();
+        options.sdc = {(folder_ / "d.sdc").string()};
+        return Cli::Session().run(options);
+    }
+    // What is said of the constraints: warnings and notes by line, and at last what ends the run.
+    std::string messages(const std::string& lines, const std::string& sdf = smallSdf()) {
+        std::string text;
+        const auto add = [&](const Readers::Place& place, const std::string& message) {
+            text += (text.empty() ? "" : "\n") + std::to_string(place.line) + ": " + message;
+        };
+        try {
+            for (const Readers::Diagnostic& diagnostic : run(lines, sdf).diagnostics)
+                add(diagnostic.place,
+                    std::string(Readers::toString(diagnostic.severity)) + ": " + diagnostic.text);
+        } catch (const Readers::BadInput& error) {
+            const std::string whole = error.what();
+            text += (text.empty() ? "" : "\n") + whole.substr(whole.find("d.sdc:") + 6);
+        }
+        return text;
+    }
+
+private:
+    std::filesystem::path folder_;
+};
+
+std::string table(const Report::Report& report) {
+    std::string text;
+    for (const Report::ExceptionUse& use : report.exceptions) {
+        text += (text.empty() ? "" : "; ") + std::to_string(use.exception.line) + " " + use.exception.kind +
+                " " + std::to_string(use.setupEndpoints) + " " + std::to_string(use.holdEndpoints) + " " +
+                std::to_string(use.paths) + " " + use.status;
+        for (const unsigned line : use.overruledBy)
+            text += " " + std::to_string(line);
+    }
+    return text;
+}
+
+struct Row {
+    const char *lines, *expected;
+};
+
+// By line: kind, end points of setup and of hold, reported paths, status, overruling lines.
+TEST_F(Exceptions, Table) {
+    const std::vector<Row> rows = {
+        {"", ""},
+        {"set_false_path -to r1", "2 false_path 1 1 0 governs"},
+        {"set_false_path -setup -to {r0 r1}", "2 false_path 2 0 0 governs"},
+        {"set_multicycle_path 2 -from [get_clocks a]", "2 multicycle_path 4 4 8 governs"},
+        {"set_multicycle_path 2 -setup -from r0\nset_multicycle_path 1 -hold -from r0",
+         "2 multicycle_path 1 0 1 governs; 3 multicycle_path 0 1 1 governs"},
+        {"set_max_delay 5 -to dout", "2 max_delay 1 0 1 governs"},
+        {"group_path -name mine -to {r1 dout}", "2 path_group 2 2 4 governs"},
+        {"group_path -name mine -to r1\nset_false_path -from r0",
+         "2 path_group 0 0 0 always overruled 3; 3 false_path 1 1 0 governs"},
+        // Names that are not there, and lists that are empty.
+        {"set_false_path -from [get_cells -quiet nothing] -to r1\nset_false_path -to r1\nset_max_delay 3 -to "
+         "x",
+         "2 false_path 0 0 0 matches nothing; 3 false_path 1 1 0 governs; 4 max_delay 0 0 0 matches nothing"},
+        // Objects between which there is no path, in the wrong order, or without a clock.
+        {"set_false_path -from r1 -to r0", "2 false_path 0 0 0 matches no path"},
+        {"set_false_path -through g/Z -through g/A", "2 false_path 0 0 0 matches no path"},
+        {"set_false_path -from s -through g/Z", "2 false_path 0 0 0 matches no path"},
+        {"create_clock -name c -period 5\nset_false_path -from [get_clocks c]",
+         "3 false_path 0 0 0 matches no path"},
+        // Others come before it on all of its paths, or on some.
+        {"set_multicycle_path 2 -to r1\nset_false_path -from [get_clocks a]",
+         "2 multicycle_path 0 0 0 always overruled 3; 3 false_path 4 4 0 governs"},
+        {"set_max_delay 5 -to r1\nset_max_delay 6 -to r1",
+         "2 max_delay 0 0 0 always overruled 3; 3 max_delay 1 0 1 governs"},
+        {"set_max_delay 5 -to {r0 r1}\nset_max_delay 6 -to r1",
+         "2 max_delay 1 0 1 governs; 3 max_delay 1 0 1 governs"},
+        {"set_multicycle_path 2 -setup -to {r0 r1}\nset_max_delay 6 -to r0\nset_max_delay 7 -to "
+         "r1\nset_min_delay 0 "
+         "-to {r0 r1}",
+         "2 multicycle_path 0 0 0 always overruled 3 4; 3 max_delay 1 0 1 governs; 4 max_delay 1 0 1 "
+         "governs; "
+         "5 min_delay 0 2 2 governs"},
+        // Clock groups take the paths away.
+        {"set_clock_groups -asynchronous -group a -group b\nset_max_delay 5 -from s -to t",
+         "3 max_delay 0 0 0 always overruled 2"},
+        {"set_max_delay 5 -from [get_clocks a] -to [get_clocks b]\nset_clock_groups -exclusive -group b",
+         "2 max_delay 0 0 0 always overruled 3"},
+        {"set_clock_groups -asynchronous -group a -group b\nset_false_path -from r0 -to t",
+         "3 false_path 0 0 0 matches no path"},
+        {"set_clock_groups -asynchronous -group a -group b\nset_false_path -from {r0 s}",
+         "3 false_path 1 1 0 governs"},
+        // Edges of clocks.
+        {"set_false_path -rise_from [get_clocks a] -to r1", "2 false_path 1 1 0 governs"},
+        {"set_false_path -fall_from [get_clocks a] -to r1", "2 false_path 0 0 0 matches no path"},
+    };
+    for (const Row& row : rows)
+        EXPECT_EQ(table(run(row.lines)), row.expected) << row.lines;
+}
+
+TEST_F(Exceptions, Messages) {
+    const std::vector<Row> rows = {
+        {"set_false_path", "2: error: set_false_path: needs -from, -through or -to"},
+        {"set_false_path -to r1 -fast", "2: error: set_false_path: unknown option '-fast'"},
+        {"set_multicycle_path -to r1",
+         "2: error: set_multicycle_path: expected a whole number, found nothing"},
+        {"set_multicycle_path two -to r1",
+         "2: error: set_multicycle_path: expected a whole number, found 'two'"},
+        {"set_multicycle_path 2 -start -end -to r1",
+         "2: error: set_multicycle_path: only one of -start or -end can be given"},
+        {"set_max_delay 3 -from r0 -rise_from r1",
+         "2: error: set_max_delay: only one of -from, -rise_from or -fall_from can be given"},
+        {"set_max_delay 3 -to [get_nets g/Z]",
+         "2: error: set_max_delay: -to: expected a clock, port, cell or pin, found the net 'g/Z'"},
+        {"set_max_delay 3 -from g/Z",
+         "2: error: set_max_delay: -from 'g/Z' is no start point, which would cut the "
+         "paths there; expected a clock, a register or its clock pin, or an input port"},
+        {"set_min_delay 3 -to g/A",
+         "2: error: set_min_delay: -to 'g/A' is no end point, which would cut the paths "
+         "there; expected a clock, a register or its data pin, or an output port"},
+        {"set_false_path -from g/Z",
+         "2: warning: set_false_path: -from 'g/Z' is no start point: taken as -through"},
+        {"set_multicycle_path 2 -to g",
+         "2: warning: set_multicycle_path: -to 'g' is no end point: taken as -through"},
+        {"set_false_path -from [get_cells none]",
+         "2: warning: get_cells: no cell matches 'none'\n2: warning: set_false_path: -from: no objects: the "
+         "command has no effect"},
+        {"set_false_path -from [list]",
+         "2: warning: set_false_path: -from: no objects: the command has no effect"},
+        {"set_false_path -rise_to r1",
+         "2: note: set_false_path: edges of data are not told apart: taken for rising "
+         "and falling ones"},
+        {"set_false_path -rise_to [get_clocks b]", ""},
+        {"group_path -name x -weight 2 -to r1",
+         "2: note: group_path: -weight and -critical_range are accepted, and "
+         "not applied"},
+        {"set_case_analysis 1 g/A",
+         "2: note: set_case_analysis: constants stop at the pins that they are given for, "
+         "since what cells make of them is not known"},
+    };
+    for (const Row& row : rows)
+        EXPECT_EQ(messages(row.lines), row.expected) << row.lines;
+}
+
+// A row of gates, each with an exception through it: a path passes them all, so that each needs a class.
+TEST_F(Exceptions, MoreThanThereAreClassesFor) {
+    constexpr int gates = 66;
+    std::string wires = "(INTERCONNECT a r0/CLK (0)) (INTERCONNECT a r1/CLK (0))\n", cells, lines;
+    std::string last = "r0/Q";
+    for (int gate = 0; gate < gates; ++gate) {
+        const std::string name = "g" + std::to_string(gate);
+        wires += "(INTERCONNECT " + last + " " + name + "/A (0))\n";
+        cells += cell("BUF", name);
+        lines += "set_multicycle_path 2 -through " + name + "/Z\n";
+        last = name + "/Z";
+    }
+    wires += "(INTERCONNECT " + last +
+             " r1/D (0))\n"
+             "(INTERCONNECT b t/CLK (0)) (INTERCONNECT din r0/D (0)) (INTERCONNECT r1/Q dout (0))\n";
+    cells += cell("DFF", "r0") + cell("DFF", "r1") + cell("DFF", "t");
+    EXPECT_EQ(
+        messages(lines, sdfOf(wires, cells)),
+        "2: error: the exceptions need 66 classes of paths, and there are 64: 0 for start points, the others "
+        "for -through points. Most of these, 66, lie before 'r1/D': those of lines 2, 3, 4, 5, 6, 7, 8, 9, "
+        "10, "
+        "11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21 and 46 more; expected fewer -through points: -to with "
+        "the "
+        "end points that are meant, one point for a stage in place of one for each cell in it, or -from and "
+        "-to");
+}
+
+// Gates side by side are told apart by seven classes, also where all lead to one end point; every second one
+// has a cycle more.
+TEST_F(Exceptions, ManyThroughPointsShareClasses) {
+    constexpr int gates = 100;
+    std::string wires = "(INTERCONNECT a r0/CLK (0)) (INTERCONNECT a r1/CLK (0))\n", lines;
+    std::string cells = "(CELL (CELLTYPE \"WIDE\") (INSTANCE w) (DELAY (ABSOLUTE\n", buffers;
+    for (int gate = 0; gate < gates; ++gate) {
+        const std::string number = std::to_string(gate);
+        wires += "(INTERCONNECT r0/Q g" + number + "/A (0)) (INTERCONNECT g" + number + "/Z w/I" + number +
+                 " (0))\n";
+        cells += "(IOPATH I" + number + " Z (0." + std::to_string(100 + gate) + "))\n";
+        buffers += cell("BUF", "g" + number);
+        lines += "set_max_delay " + std::to_string(gate % 2 == 0 ? 4 : 5) + " -through g" + number + "/Z\n";
+    }
+    wires += "(INTERCONNECT w/Z r1/D (0)) (INTERCONNECT b t/CLK (0)) (INTERCONNECT din r0/D (0)) "
+             "(INTERCONNECT r1/Q dout (0))\n";
+    cells += ")))\n" + buffers + cell("DFF", "r0") + cell("DFF", "r1") + cell("DFF", "t");
+    const Report::Report report = run(lines, sdfOf(wires, cells));
+    const auto end = std::ranges::find(report.endpoints, "r1/D", &Report::Endpoint::pin);
+    ASSERT_NE(end, report.endpoints.end());
+    // The slowest of the tighter half, g98: 1 from r0, 1 through it, 0.198 through w, of 4.
+    EXPECT_EQ(end->setupSlack, 4000 - 2198);
+    ASSERT_TRUE(end->setupException);
+    EXPECT_EQ(end->setupException->line, 100U);
+    EXPECT_EQ(std::ranges::count(report.exceptions, "governs", &Report::ExceptionUse::status), gates);
+}
+
+// The period at which setup would just be met: a path of n cycles needs an n-th of its time.
+TEST_F(Exceptions, AchievedPeriods) {
+    struct Case {
+        const char* lines;
+        Report::MaybeTime period; // of a
+    };
+    // Without exceptions r0 to r1 needs 3 ns; din to r0 and r1 to dout 1.
+    const std::vector<Case> cases = {
+        {"", 3000},
+        {"set_multicycle_path 2 -to r1", 1500},
+        {"set_multicycle_path 2 -setup -to r1\nset_multicycle_path 1 -hold -to r1", 1500},
+        {"set_multicycle_path 2 -start -to r1", 1500},
+        {"set_multicycle_path 7 -to r1", 1000},
+        {"set_false_path -to r1", 1000},
+        {"set_max_delay 2 -to r1", 1000},
+        {"set_clock_uncertainty 1 -setup a", 4000},
+        {"set_clock_uncertainty 1 -setup a\nset_multicycle_path 4 -to r1", 2000},
+        {"set_multicycle_path 0 -to r1", 1000},
+    };
+    for (const Case& row : cases) {
+        const Report::Report report = run(row.lines);
+        const auto clock = std::ranges::find(report.clocks, "a", &Report::Clock::name);
+        ASSERT_NE(clock, report.clocks.end());
+        EXPECT_EQ(clock->achievedPeriod, row.period) << row.lines;
+    }
+}
+
+TEST_F(Exceptions, PathGroups) {
+    const std::vector<std::pair<const char*, const char*>> rows = {
+        {"", "a"},
+        {"group_path -name mine -to r1", "mine"},
+        {"group_path -name mine -from [get_clocks a]\ngroup_path -name yours -through g/Z", "yours"},
+        {"group_path -name mine -to r1\ngroup_path -name yours -to {r0 r1}", "yours"},
+        {"group_path -default -to r1", "default"},
+    };
+    for (const auto& [lines, group] : rows) {
+        std::vector<std::string> groups;
+        for (const Report::Path& path : run(lines).paths)
+            if (path.endpoint == "r1/D")
+                groups.push_back(path.group);
+        EXPECT_EQ(groups, std::vector<std::string>(2, group)) << lines;
+    }
+}
+
+} // namespace
