@@ -89,9 +89,7 @@ std::string compared(const std::optional<Brute::SideResult>& expected, const std
 }
 
 // What a run differs in from the reference; empty where it agrees.
-std::string difference(const Folder& folder, std::uint64_t seed, Brute::ExceptionMode mode) {
-    Brute::Shape shape;
-    shape.exceptions = mode;
+std::string difference(const Folder& folder, std::uint64_t seed, Brute::Shape shape) {
     const std::array delays = {Brute::DelayMode::minmax, Brute::DelayMode::minimum, Brute::DelayMode::typical,
                                Brute::DelayMode::maximum};
     const std::array named = {Cli::Delays::minmax, Cli::Delays::min, Cli::Delays::typ, Cli::Delays::max};
@@ -147,17 +145,44 @@ std::string difference(const Folder& folder, std::uint64_t seed, Brute::Exceptio
     return text.empty() ? text : "seed " + std::to_string(seed) + " (" + netlist + ")\n" + text + sdc;
 }
 
-void compareMany(std::uint64_t designs, Brute::ExceptionMode mode) {
+// shapeOf: the shape for a seed.
+template <class ShapeOf>
+void compareShapes(std::uint64_t designs, ShapeOf shapeOf) {
     const Folder folder;
     const std::uint64_t first = number("VORLEN_SEED", 1);
     const std::uint64_t count = number("VORLEN_DESIGNS", designs);
     std::cout << "seeds " << first << " to " << first + count - 1 << "\n";
     std::size_t bad = 0;
     for (std::uint64_t seed = first; seed < first + count && bad < 3; ++seed) {
-        const std::string text = difference(folder, seed, mode);
+        const std::string text = difference(folder, seed, shapeOf(seed));
         EXPECT_EQ(text, "");
         bad += !text.empty();
     }
+}
+
+void compareMany(std::uint64_t designs, Brute::ExceptionMode mode) {
+    compareShapes(designs, [&](std::uint64_t) {
+        Brute::Shape shape;
+        shape.exceptions = mode;
+        return shape;
+    });
+}
+
+// 65 exceptions and more, so that no class can stand for one of them. False paths and delays are rare, since
+// they would leave nothing for others to govern.
+Brute::Shape manyExceptions(std::uint64_t seed) {
+    constexpr std::array most = {130, 130, 130, 260, 260, 500, 500, 1000, 1000, 2000};
+    Brute::Shape shape;
+    shape.minimumExceptions = 65;
+    shape.maximumExceptions = most[seed % most.size()];
+    shape.kinds = {1, 200, 4, 4};
+    shape.maximumPaths = 3000;
+    shape.minimumRegisters = 10;
+    shape.maximumRegisters = 40;
+    shape.minimumGates = 80;
+    shape.maximumGates = 180;
+    shape.throughPercent = seed % 3 == 0 ? 35 : 70;
+    return shape;
 }
 
 TEST(Command, RandomDesignsAgree) { compareMany(2500, Brute::ExceptionMode::without); }
@@ -167,5 +192,7 @@ TEST(Command, RandomDesignsWithOneExceptionAPathAgree) { compareMany(2500, Brute
 TEST(Command, RandomDesignsWithOverlappingExceptionsAgree) {
     compareMany(5000, Brute::ExceptionMode::overlapping);
 }
+
+TEST(Command, RandomDesignsWithManyExceptionsAgree) { compareShapes(200, manyExceptions); }
 
 } // namespace

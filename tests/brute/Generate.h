@@ -7,6 +7,7 @@
 
 #include "Design.h"
 
+#include <array>
 #include <cstdint>
 
 namespace Brute {
@@ -19,9 +20,12 @@ enum class ExceptionMode {
 
 struct Shape {
     int minimumRegisters = 2, maximumRegisters = 12;
-    int maximumGates = 25;
+    int minimumGates = 0, maximumGates = 25;
     int maximumClocks = 4;
-    int maximumExceptions = 12;
+    int minimumExceptions = 1, maximumExceptions = 12;
+    // How often each kind is drawn: false path, multicycle, maximum and minimum delay.
+    std::array<int, 4> kinds{3, 4, 2, 1};
+    int throughPercent = 35; // of the exceptions
     int maximumPaths = 2000;
     ExceptionMode exceptions = ExceptionMode::overlapping;
     bool pads = true;      // cells between ports and the rest, of which no delay is written

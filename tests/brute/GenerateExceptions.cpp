@@ -3,6 +3,8 @@
 #include "Analyse.h"
 
 #include <algorithm>
+#include <array>
+#include <numeric>
 
 namespace Brute {
 
@@ -30,14 +32,18 @@ public:
     void run() {
         if (shape_.exceptions == ExceptionMode::without || paths_.empty())
             return;
-        const int wanted = random_.between(1, shape_.maximumExceptions);
-        for (int n = 0; n < wanted && hasRoom(); ++n)
+        const int wanted = random_.between(shape_.minimumExceptions, shape_.maximumExceptions);
+        // Not every try gives one; where many are asked for they are needed.
+        constexpr int patience = 20;
+        const int least = shape_.minimumExceptions > 1 ? shape_.minimumExceptions : 0;
+        for (int n = 0; hasRoom() && (n < wanted || isBelow(least)) && n < patience * wanted; ++n)
             tryOne();
         std::ranges::stable_partition(
             d_.exceptions, [](const Exception& e) { return e.kind == Kind::multicycle && !e.setup; });
     }
 
 private:
+    bool isBelow(int count) const { return static_cast<int>(d_.exceptions.size()) < count; }
     bool hasRoom() const { return static_cast<int>(d_.exceptions.size()) < shape_.maximumExceptions; }
 
     std::optional<bool> start() {
@@ -137,7 +143,7 @@ private:
         if (random_.chance(55))
             for (int n = random_.chance(70) ? 1 : random_.between(2, 3); n > 0; --n)
                 addOnce(e.to, toObject());
-        if (random_.chance(35))
+        if (random_.chance(shape_.throughPercent))
             through(e);
         if (!delay && random_.chance(5)) {
             if (const std::optional<Object> o = middlePin(); o && random_.chance(50))
@@ -179,12 +185,18 @@ private:
 
     // --- Exceptions ----------------------------------------------------------------------------------------
 
+    Kind drawKind() {
+        static constexpr std::array all{Kind::falsePath, Kind::multicycle, Kind::maximumDelay,
+                                        Kind::minimumDelay};
+        int draw = random_.between(0, std::accumulate(shape_.kinds.begin(), shape_.kinds.end(), 0) - 1);
+        std::size_t kind = 0;
+        while (draw >= shape_.kinds[kind])
+            draw -= shape_.kinds[kind++];
+        return all[kind];
+    }
+
     void tryOne() {
-        const int draw = random_.between(0, 9);
-        const Kind kind = draw < 3   ? Kind::falsePath
-                          : draw < 7 ? Kind::multicycle
-                          : draw < 9 ? Kind::maximumDelay
-                                     : Kind::minimumDelay;
+        const Kind kind = drawKind();
         Exception e = objects(kind);
         if (shape_.exceptions == ExceptionMode::overlapping && !d_.exceptions.empty() && random_.chance(25)) {
             const Exception& old = random_.of(d_.exceptions); // the same objects again
@@ -224,7 +236,9 @@ private:
 
     // Whether the exceptions from the given one on leave nothing open, and name no path of others where that
     // is asked.
-    bool fits(std::size_t first) const {
+    bool fits(std::size_t first) {
+        if (shape_.exceptions == ExceptionMode::overlapping)
+            return leaveNothingOpen(first);
         for (const Naming& n : namings(d_, clocks_, paths_, options_)) {
             bool mine = false, others = false;
             for (int e : n.exceptions)
@@ -236,6 +250,24 @@ private:
                     return false;
         }
         return true;
+    }
+
+    // The others are put aside meanwhile: they have no part in it.
+    bool leaveNothingOpen(std::size_t first) {
+        const auto isDelay = [](const Exception& e) {
+            return e.kind == Kind::maximumDelay || e.kind == Kind::minimumDelay;
+        };
+        if (std::none_of(d_.exceptions.begin() + static_cast<std::ptrdiff_t>(first), d_.exceptions.end(),
+                         isDelay))
+            return true;
+        std::vector<Exception> all = d_.exceptions;
+        d_.exceptions.erase(d_.exceptions.begin(), d_.exceptions.begin() + static_cast<std::ptrdiff_t>(first));
+        bool open = false;
+        for (const Naming& n : namings(d_, clocks_, paths_, options_))
+            for (int e : n.exceptions)
+                open = open || isOpen(d_.exceptions[at(e)], n);
+        d_.exceptions = std::move(all);
+        return !open;
     }
 
     bool isOpen(const Exception& e, const Naming& n) const {

@@ -233,7 +233,7 @@ private:
     }
 
     void gates() {
-        const int count = random_.between(0, shape_.maximumGates);
+        const int count = random_.between(shape_.minimumGates, shape_.maximumGates);
         for (int i = 0; i < count; ++i) {
             const int inputs = random_.between(1, 3);
             std::vector<int> from;

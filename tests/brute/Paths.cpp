@@ -114,8 +114,11 @@ std::vector<Entry> portEntries(const Design& design, const Clocks& clocks, int p
     std::vector<Entry> entries;
     for (const PortDelay* d : commands) {
         const int clock = d->clock == none ? none : clocks.liveOf[at(d->clock)];
-        if (d->clock != none && clock == none)
-            continue; // lost with its clock
+        if (d->clock != none && clock == none) { // lost with its clock, but not before it replaced others
+            if (!d->add)
+                entries.clear();
+            continue;
+        }
         const auto same = [&](const Entry& e) { return e.clock == clock && e.fall == d->fall; };
         if (!d->add)
             std::erase_if(entries, [&](const Entry& e) { return !same(e); });
