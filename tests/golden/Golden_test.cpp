@@ -10,6 +10,8 @@
 //
 // The run goes in a copy of the folder, so that names in messages are short. VORLEN_UPDATE=1 in the
 // environment rewrites what must come of it, but for slacks.csv.
+#include "../report/SchemaValidator.h"
+
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
@@ -206,6 +208,11 @@ TEST_P(Golden, IsAsExpected) {
         EXPECT_FALSE(fs::exists(folder / "report.json")) << "expected a report.json";
     }
     EXPECT_EQ(work.names(), names) << "a run leaves nothing else behind";
+    if (json.starts_with('{')) {
+        const ReportTests::SchemaValidator schema(
+            nlohmann::json::parse(textOf(fs::path(VORLEN_DOCS_DIR) / "report.schema.json")));
+        EXPECT_EQ(schema.validate(nlohmann::json::parse(json)), std::vector<std::string>());
+    }
     if (fs::exists(folder / "slacks.csv")) {
         EXPECT_EQ(difference(slacksOfTable(folder / "slacks.csv"), slacksOfReport(json)), "");
     }
