@@ -36,6 +36,21 @@ void onInterrupt(int) {
     _exit(interrupted);
 }
 
+// What else ends the process takes the begun file away too.
+void onEnd(int signal) {
+    Output::abandon();
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+}
+
+// A limit of the files' size is told as any other failure to write.
+void handleSignals() {
+    std::signal(SIGINT, onInterrupt);
+    std::signal(SIGTERM, onEnd);
+    std::signal(SIGHUP, onEnd);
+    std::signal(SIGXFSZ, SIG_IGN);
+}
+
 // A file that is opened must not take the place of a standard stream that was closed: what is meant for that
 // would go into the file. In its place stands one that refuses to be written.
 void keepStandardStreams() {
@@ -87,7 +102,7 @@ int main(int argc, char** argv) {
     const Invocation invocation = parse(argc, argv, std::cout, std::cerr);
     if (invocation.exit)
         return *invocation.exit;
-    std::signal(SIGINT, onInterrupt);
+    handleSignals();
     Session session;
     try {
         return analyze(invocation.options, session);

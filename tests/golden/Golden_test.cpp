@@ -98,12 +98,12 @@ struct Outcome {
 };
 
 // Through a shell, so that a case can send its output elsewhere.
-Outcome run(const fs::path& folder, const std::string& args) {
+Outcome run(const fs::path& folder, const std::string& args, const std::string& before = {}) {
     const Folder streams;
     const std::string out = (streams.path() / "out").string(), err = (streams.path() / "err").string();
-    const std::string command = "cd '" + folder.string() + "' && { env -u NO_COLOR -u COLUMNS LC_ALL=C '" +
-                                VORLEN_COMMAND_FILE "' " + args + "; } >'" + out + "' 2>'" + err +
-                                "' </dev/null";
+    const std::string command = "cd '" + folder.string() + "' && { " + before +
+                                "env -u NO_COLOR -u COLUMNS LC_ALL=C '" + VORLEN_COMMAND_FILE "' " + args +
+                                "; } >'" + out + "' 2>'" + err + "' </dev/null";
     const int status = std::system(command.c_str());
     return {textOf(out), textOf(err), WIFEXITED(status) ? WEXITSTATUS(status) : -1};
 }
@@ -257,6 +257,20 @@ INSTANTIATE_TEST_SUITE_P(Designs, Examples,
                              return std::string(row.param.name) + "_" + row.param.clocks;
                          });
 
+// --- A file that may not grow ---
+
+TEST(Output, ThatDoesNotFitLeavesTheOldFile) {
+    const Folder work;
+    fs::copy(cases / "common" / "pair.sdf", work.path());
+    write(work.path() / "report.json", "as it was");
+    const Outcome outcome =
+        run(work.path(), "analyze --sdf pair.sdf --quiet --json report.json", "ulimit -f 1; ");
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_EQ(outcome.errors, "report.json: error: cannot write: File too large\n");
+    EXPECT_EQ(textOf(work.path() / "report.json"), "as it was");
+    EXPECT_EQ(work.names(), (std::set<std::string>{"pair.sdf", "report.json"}));
+}
+
 // --- Ctrl-C ---
 
 // A run that waits for the bytes of one of its inputs, so that what happens then is no matter of speed.
@@ -279,12 +293,17 @@ protected:
         close(pipe_);
         pipe_ = -1;
     }
-    // The exit status after a SIGINT, and how long it took.
-    int interrupt(std::chrono::milliseconds& took) {
-        const auto start = std::chrono::steady_clock::now();
-        kill(child_, SIGINT);
+    // What waitpid() tells after a signal.
+    int end(int signal) const {
+        kill(child_, signal);
         int status = 0;
         EXPECT_EQ(waitpid(child_, &status, 0), child_);
+        return status;
+    }
+    // The exit status after a SIGINT, and how long it took.
+    int interrupt(std::chrono::milliseconds& took) const {
+        const auto start = std::chrono::steady_clock::now();
+        const int status = end(SIGINT);
         took =
             std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start);
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
@@ -335,6 +354,13 @@ TEST_F(Interruption, OfAScriptWithoutEndLeavesTheOldFile) {
     EXPECT_LT(took, patience);
     EXPECT_EQ(textOf(folder_.path() / "report.json"), "as it was");
     EXPECT_EQ(folder_.names(), (std::set<std::string>{"pair.sdf", "report.json", "slow.sdc", "stderr"}));
+}
+
+TEST_F(Interruption, ByOtherSignalsLeavesNoFileEither) {
+    begin("slow.sdf", {"analyze", "--sdf", "slow.sdf", "--json", "report.json"});
+    const int status = end(SIGTERM);
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM) << status;
+    EXPECT_EQ(folder_.names(), (std::set<std::string>{"slow.sdf", "stderr"}));
 }
 
 // 300 clocks on one port are 90,000 pairs: seconds of analysis.
