@@ -6,6 +6,8 @@
 //   mixed    ten false paths to one multicycle: cells, pins, lists and globs, overlapping, both sides named
 //   one side every one with -from or -to alone, so that its paths may end or start anywhere
 //   through  every false path with a gate of its own as -through
+//   wide     as mixed, of globs that take 1,000 registers on one side and up to 11,000 on the other; not so
+//   many
 // Every run is a process of its own, so that the peak of its memory is its own too. An argument chooses one
 // kind, a second one the number of exceptions.
 #include "../cli/Session.h"
@@ -100,7 +102,7 @@ void writeSdf(const std::string& path) {
     out << ")\n";
 }
 
-enum class Kind { mixed, oneSide, through };
+enum class Kind { mixed, oneSide, through, wide };
 
 // One end of an exception near a place: a cell, a pin, a list or a glob of ten registers.
 std::string end(std::mt19937& random, unsigned near, const char* pin) {
@@ -133,6 +135,11 @@ void writeSdc(const std::string& path, Kind kind, unsigned count) {
         }
         out << (number % 11 == 10 ? "set_multicycle_path " + std::to_string(2 + random() % 3) + " -setup"
                                   : std::string("set_false_path"));
+        if (kind == Kind::wide) {
+            out << " -from [get_cells row" << below(random, 100) << "?_r*] -to [get_cells row"
+                << below(random, 100) << "*_r*]\n";
+            continue;
+        }
         const bool both = kind == Kind::mixed;
         const bool from = both || random() % 2 == 0;
         if (from)
@@ -182,12 +189,14 @@ void run(const Folder& folder, Kind kind, const char* name, unsigned count) {
 int main(int argc, char** argv) {
     const Folder folder;
     writeSdf(folder / "d.sdf");
-    const std::pair<Kind, const char*> kinds[] = {
-        {Kind::mixed, "mixed"}, {Kind::oneSide, "one side"}, {Kind::through, "through"}};
+    const std::pair<Kind, const char*> kinds[] = {{Kind::mixed, "mixed"},
+                                                  {Kind::oneSide, "one side"},
+                                                  {Kind::through, "through"},
+                                                  {Kind::wide, "wide"}};
     std::printf("%u registers, %u gates\n", registers, registers * gatesOfRegister);
     for (const auto& [kind, name] : kinds)
         for (const unsigned count : {10U, 100U, 1'000U, 11'000U})
-            if ((argc < 2 || std::strcmp(argv[1], name) == 0) &&
+            if ((kind != Kind::wide || count <= 1'000) && (argc < 2 || std::strcmp(argv[1], name) == 0) &&
                 (argc < 3 || static_cast<unsigned>(std::atoi(argv[2])) == count))
                 run(folder, kind, name, count);
     return 0;

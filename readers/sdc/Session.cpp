@@ -44,7 +44,8 @@ std::string kindNames(Kinds kinds) {
 }
 
 void removeDuplicates(std::vector<Object>& objects) {
-    if (objects.size() < 2)
+    // What a pattern finds is in order.
+    if (std::ranges::adjacent_find(objects, std::greater_equal{}) == objects.end())
         return;
     std::unordered_set<std::uint64_t> seen;
     seen.reserve(objects.size());
