@@ -8,8 +8,8 @@ namespace Readers::Model {
 
 namespace {
 
-// So many arcs are passed for all exceptions together; for what is left it stays open.
-constexpr std::uint64_t walkLimit = 200'000'000;
+// So many arcs and points are passed for all exceptions together; for what is left it stays open.
+constexpr std::uint64_t walkLimit = 50'000'000;
 
 void addOnce(std::vector<std::uint32_t>& values, std::uint32_t value) {
     if (std::ranges::find(values, value) == values.end())
@@ -22,13 +22,40 @@ bool names(const std::vector<std::uint32_t>& sorted, std::uint32_t value) {
 
 } // namespace
 
+// Start and end points by their pins, and how many arcs and points were passed so far.
+struct Exceptions::CutSearch {
+    explicit CutSearch(const TimingModel& theModel) : model(theModel) {
+        for (const Start& start : model.starts())
+            starts[start.pin].push_back(&start);
+        for (const End& end : model.ends())
+            ends[end.pin].push_back(&end);
+    }
+
+    // Those of the pins; of all where there are none.
+    template <class Point, class Use>
+    void forEach(const std::unordered_map<std::uint32_t, std::vector<const Point*>>& points,
+                 const std::vector<std::uint32_t>& pins, Use use) const {
+        for (const std::uint32_t pin : pins)
+            if (const auto found = points.find(pin); found != points.end())
+                std::ranges::for_each(found->second, use);
+        if (pins.empty())
+            for (const auto& [pin, own] : points)
+                std::ranges::for_each(own, use);
+    }
+
+    const TimingModel& model;
+    std::unordered_map<std::uint32_t, std::vector<const Start*>> starts;
+    std::unordered_map<std::uint32_t, std::vector<const End*>> ends;
+    std::uint64_t passed = 0;
+};
+
 void Exceptions::findCut(const TimingModel& model) {
     if (constraints_.clockGroups.empty())
         return;
-    std::uint64_t passed = 0;
+    CutSearch search(model);
     for (const Variant& variant : variants_)
-        if (!uses_[variant.exception].matchesPath && passed < walkLimit)
-            findCut(model, variant, passed);
+        if (!uses_[variant.exception].matchesPath)
+            findCut(search, variant);
 }
 
 // The statement that separates two clocks.
@@ -62,22 +89,27 @@ std::vector<std::uint32_t> Exceptions::launchClocks(const TimingModel& model, co
     return clocks;
 }
 
-// The nodes that paths of a launch clock reach from the variant's start points and through its points.
-std::vector<bool> Exceptions::walkVariant(const TimingModel& model, const Variant& variant,
-                                          std::uint32_t launch, std::uint64_t& passed) const {
-    std::vector<std::uint32_t> open;
-    passed += model.starts().size() + model.ends().size();
-    for (const Start& start : model.starts()) {
-        const std::vector<std::uint32_t> clocks = launchClocks(model, start);
-        if (!names(variant.fromPins, start.pin) || std::ranges::find(clocks, launch) == clocks.end())
-            continue;
-        if (start.kind != Start::Kind::reg)
-            open.push_back(network_.sourceOf(start.pin));
+std::vector<std::uint32_t> Exceptions::startNodes(const CutSearch& search, const Variant& variant,
+                                                  std::uint32_t launch) const {
+    std::vector<std::uint32_t> nodes;
+    search.forEach(search.starts, variant.fromPins, [&](const Start* start) {
+        const std::vector<std::uint32_t> clocks = launchClocks(search.model, *start);
+        if (std::ranges::find(clocks, launch) == clocks.end())
+            return;
+        if (start->kind != Start::Kind::reg)
+            nodes.push_back(network_.sourceOf(start->pin));
         else
-            for (const std::uint32_t number : network_.out(network_.sinkOf(start.pin)))
+            for (const std::uint32_t number : network_.out(network_.sinkOf(start->pin)))
                 if (const Arc& arc = network_.arcs()[number]; arc.kind == ArcKind::launch)
-                    open.push_back(arc.to);
-    }
+                    nodes.push_back(arc.to);
+    });
+    return nodes;
+}
+
+// The nodes that paths of a launch clock reach from the variant's start points and through its points.
+std::vector<bool> Exceptions::walkVariant(CutSearch& search, const Variant& variant,
+                                          std::uint32_t launch) const {
+    std::vector<std::uint32_t> open = startNodes(search, variant, launch);
     std::vector<bool> reached;
     for (std::size_t stage = 0; stage <= variant.throughs.size(); ++stage) {
         reached.assign(network_.size(), false);
@@ -88,7 +120,7 @@ std::vector<bool> Exceptions::walkVariant(const TimingModel& model, const Varian
             open.pop_back();
             for (const std::uint32_t number : network_.out(node)) {
                 const Arc& arc = network_.arcs()[number];
-                ++passed;
+                ++search.passed;
                 if (arc.kind == ArcKind::through && !reached[arc.to]) {
                     reached[arc.to] = true;
                     open.push_back(arc.to);
@@ -102,25 +134,28 @@ std::vector<bool> Exceptions::walkVariant(const TimingModel& model, const Varian
     return reached;
 }
 
-void Exceptions::findCut(const TimingModel& model, const Variant& variant, std::uint64_t& passed) {
+void Exceptions::findCut(CutSearch& search, const Variant& variant) {
     std::vector<std::uint32_t>& cut = uses_[variant.exception].cutByGroups;
+    const std::uint64_t points = (variant.fromPins.empty() ? search.starts.size() : variant.fromPins.size()) +
+                                 (variant.toPins.empty() ? search.ends.size() : variant.toPins.size());
     for (std::uint32_t launch = 0; launch < clocks_.size(); ++launch) {
-        if (clocks_[launch].removed || !names(variant.fromClocks, launch) || passed > walkLimit)
+        if (clocks_[launch].removed || !names(variant.fromClocks, launch) || search.passed > walkLimit)
             continue;
-        const std::vector<bool> reached = walkVariant(model, variant, launch, passed);
-        for (const End& end : model.ends()) {
-            if (!names(variant.toPins, end.pin) || !reached[network_.sinkOf(end.pin)])
-                continue;
+        search.passed += points;
+        const std::vector<bool> reached = walkVariant(search, variant, launch);
+        search.forEach(search.ends, variant.toPins, [&](const End* end) {
+            if (!reached[network_.sinkOf(end->pin)])
+                return;
             std::vector<std::uint32_t> captures;
-            if (!end.isPort())
-                captures = model.clocksAt(end.clockPin);
-            else if (end.delay && end.delay->clock)
-                captures.push_back(*end.delay->clock);
+            if (!end->isPort())
+                captures = search.model.clocksAt(end->clockPin);
+            else if (end->delay && end->delay->clock)
+                captures.push_back(*end->delay->clock);
             for (const std::uint32_t capture : captures)
                 if (names(variant.toClocks, capture))
                     if (const auto groups = cutting(launch, capture))
                         addOnce(cut, *groups);
-        }
+        });
     }
 }
 

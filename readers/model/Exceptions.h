@@ -156,10 +156,12 @@ private:
     std::vector<std::uint32_t> survivors(const std::vector<Match>& matches, Sdc::Exception::Kind kind,
                                          bool setup);
     void account(const std::vector<Match>& matches, const Requirement& requirement);
+    struct CutSearch; // in ExceptionUse.cpp
+    void findCut(CutSearch& search, const Variant& variant);
+    std::vector<std::uint32_t> startNodes(const CutSearch& search, const Variant& variant,
+                                          std::uint32_t launch) const;
+    std::vector<bool> walkVariant(CutSearch& search, const Variant& variant, std::uint32_t launch) const;
     std::vector<std::uint32_t> launchClocks(const TimingModel& model, const Start& start) const;
-    void findCut(const TimingModel& model, const Variant& variant, std::uint64_t& passed);
-    std::vector<bool> walkVariant(const TimingModel& model, const Variant& variant, std::uint32_t launch,
-                                  std::uint64_t& passed) const;
     std::optional<std::uint32_t> cutting(std::uint32_t launch, std::uint32_t capture) const;
     const Sdc::Exception& stated(std::uint32_t exception) const { return constraints_.exceptions[exception]; }
     Place placeOf(std::uint32_t exception) const;
