@@ -109,12 +109,14 @@ private:
 } // namespace
 
 struct Source::State {
-    explicit State(const std::string& name) : path(name), file(name) {
-        if (!file.isOpen())
+    explicit State(const std::string& name) : path(name) {
+        file.emplace(name);
+        if (!file->isOpen())
             fail("cannot open: ", errno);
-        if (file.isFolder())
+        if (file->isFolder())
             fail("cannot open: ", EISDIR);
     }
+    State(const std::string& name, std::string_view bytes) : path(name), memory(bytes) {}
 
     [[noreturn]] void fail(const char* what, int reason) const {
         throw BadInput({path}, what + std::string(std::strerror(reason)));
@@ -122,11 +124,21 @@ struct Source::State {
 
     // Bytes as they are on disk; every one of them passes here once.
     std::size_t readRaw(char* buffer, std::size_t size) {
-        const ssize_t got = file.read(buffer, size);
+        const std::size_t count = file ? readFile(buffer, size) : readMemory(buffer, size);
+        sum.add(buffer, count);
+        return count;
+    }
+
+    std::size_t readFile(char* buffer, std::size_t size) const {
+        const ssize_t got = file->read(buffer, size);
         if (got < 0)
             fail("cannot read: ", errno);
-        const auto count = static_cast<std::size_t>(got);
-        sum.add(buffer, count);
+        return static_cast<std::size_t>(got);
+    }
+
+    std::size_t readMemory(char* buffer, std::size_t size) {
+        const std::size_t count = memory.copy(buffer, size);
+        memory.remove_prefix(count);
         return count;
     }
 
@@ -213,7 +225,8 @@ struct Source::State {
     }
 
     const std::string& path;
-    File file;
+    std::optional<File> file; // without it the bytes are those in memory
+    std::string_view memory;  // what is left of them
     Sha256 sum;
     std::string digest; // empty as long as the sum goes on
     std::array<char, blockSize> block;
@@ -225,6 +238,9 @@ struct Source::State {
 };
 
 Source::Source(std::string path) : path_(std::move(path)), state_(std::make_unique<State>(path_)) {}
+
+Source::Source(std::string path, std::string_view bytes)
+    : path_(std::move(path)), state_(std::make_unique<State>(path_, bytes)) {}
 
 Source::~Source() = default;
 

@@ -1,5 +1,5 @@
 // An input file as a stream of bytes: plain, or compressed by gzip (told by its first bytes, not by its
-// name).
+// name). Bytes in memory can stand for a file.
 //
 // The file is read once, in blocks, and its SHA-256 (of the bytes as they are on disk) is known at the end.
 // Memory is a few blocks, whatever the file's size.
@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace Readers {
 
@@ -16,6 +17,8 @@ class Source {
 public:
     // Throws BadInput where the file cannot be opened ("cannot open: <reason>").
     explicit Source(std::string path);
+    // The bytes, which must outlive the source, as the content of a file of that name. None is looked for.
+    Source(std::string path, std::string_view bytes);
     ~Source();
     Source(const Source&) = delete;
     Source& operator=(const Source&) = delete;

@@ -196,4 +196,22 @@ TEST(Source, SumsADamagedStreamToo) {
     EXPECT_EQ(source.sha256(), Source(file.path()).sha256());
 }
 
+// Bytes in memory are read, summed and refused like those of a file.
+TEST(Source, TakesBytesInMemoryForAFile) {
+    for (const std::string_view bytes : {text, member, std::string_view()}) {
+        const InputFile file(bytes);
+        Source fromFile(file.path()), fromMemory("no/such/file", bytes);
+        EXPECT_EQ(fromMemory.readAll(), fromFile.readAll());
+        EXPECT_EQ(fromMemory.sha256(), fromFile.sha256());
+        EXPECT_EQ(fromMemory.path(), "no/such/file");
+    }
+    Source cut("no/such/file", member.substr(0, 20));
+    try {
+        cut.readAll();
+        ADD_FAILURE() << "read to its end";
+    } catch (const BadInput& error) {
+        EXPECT_EQ(std::string(error.what()), "no/such/file: error: gzip stream ends too early");
+    }
+}
+
 } // namespace
