@@ -1,0 +1,137 @@
+// The same files give the same bytes: in one process and in another, whatever the memory looks like, and
+// however many runs came before.
+#include "Generate.h"
+#include "Write.h"
+
+#include "cli/Session.h"
+#include "report/Json.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// The files of some designs. They go with the object.
+class Designs {
+public:
+    Designs() : folder_((fs::temp_directory_path() / "vorlen-same.XXXXXX").string()) {
+        EXPECT_NE(mkdtemp(folder_.data()), nullptr) << folder_;
+    }
+    ~Designs() { fs::remove_all(folder_); }
+    Designs(const Designs&) = delete;
+    Designs& operator=(const Designs&) = delete;
+
+    Cli::Options add(std::uint64_t seed) const {
+        Brute::Shape shape;
+        shape.exceptions = Brute::ExceptionMode::overlapping;
+        const Brute::Design design = Brute::generate(seed, shape);
+        Cli::Options options;
+        options.sdf = write(seed, "sdf", Brute::writeSdf(design));
+        options.sdc = {write(seed, "sdc", Brute::writeSdc(design))};
+        options.netlist = write(seed, "json", Brute::writeJson(design));
+        options.exceptions = options.unconstrained = true;
+        options.perEndpoint = 3;
+        return options;
+    }
+    std::string path(const std::string& name) const { return folder_ + "/" + name; }
+
+private:
+    std::string write(std::uint64_t seed, const char* kind, const std::string& text) const {
+        const std::string file = path("d" + std::to_string(seed) + "." + kind);
+        std::ofstream(file) << text;
+        return file;
+    }
+
+    std::string folder_;
+};
+
+std::string jsonOf(const Cli::Options& options) {
+    std::ostringstream json;
+    Report::writeJson(Cli::Session().run(options), json);
+    return json.str();
+}
+
+// Leaves the heap full of holes, so that what is made next lies in no order. The rest goes with the object.
+class Litter {
+public:
+    explicit Litter(unsigned seed) {
+        std::mt19937 random(seed);
+        constexpr std::size_t blocks = 50'000, largest = 600;
+        for (std::size_t i = 0; i < blocks; ++i)
+            blocks_.push_back(std::make_unique<char[]>(1 + random() % largest));
+        std::shuffle(blocks_.begin(), blocks_.end(), random);
+        blocks_.resize(blocks / 2);
+    }
+
+private:
+    std::vector<std::unique_ptr<char[]>> blocks_;
+};
+
+constexpr std::array<std::uint64_t, 8> seeds{1, 2, 3, 5, 8, 13, 21, 34};
+
+TEST(Determinism, ASecondRunGivesTheSameBytes) {
+    const Designs designs;
+    for (const std::uint64_t seed : seeds) {
+        const Cli::Options options = designs.add(seed);
+        const std::string json = jsonOf(options);
+        EXPECT_NE(json.find("\"endpoints\""), std::string::npos);
+        EXPECT_EQ(jsonOf(options), json) << "seed " << seed;
+    }
+}
+
+TEST(Determinism, OtherAddressesGiveTheSameBytes) {
+    const Designs designs;
+    for (const std::uint64_t seed : seeds) {
+        const Cli::Options options = designs.add(seed);
+        const std::string json = jsonOf(options);
+        for (unsigned order = 1; order <= 5; ++order) {
+            const Litter litter(order);
+            EXPECT_EQ(jsonOf(options), json) << "seed " << seed << ", order " << order;
+        }
+    }
+}
+
+TEST(Determinism, TheHundredAndFirstRunGivesTheSameBytes) {
+    const Designs designs;
+    const Cli::Options first = designs.add(seeds[0]);
+    const std::string json = jsonOf(first);
+    constexpr std::uint64_t others = 99;
+    for (std::uint64_t seed = 100; seed < 100 + others; ++seed)
+        jsonOf(designs.add(seed));
+    EXPECT_EQ(jsonOf(first), json);
+}
+
+// The program, which begins with empty hands, and this process.
+TEST(Determinism, TheProgramGivesTheSameBytes) {
+    const Designs designs;
+    for (const std::uint64_t seed : seeds) {
+        const Cli::Options options = designs.add(seed);
+        for (const char* name : {"first.json", "second.json"}) {
+            const std::string json = designs.path(name);
+            const std::string command =
+                std::string(VORLEN_COMMAND_FILE) + " analyze --sdf " + options.sdf + " --sdc " +
+                options.sdc.front() + " --netlist " + *options.netlist +
+                " --exceptions --unconstrained --per-endpoint 3 --allow-violations --json " + json +
+                " > /dev/null 2> /dev/null";
+            ASSERT_EQ(std::system(command.c_str()), 0) << command;
+            std::ifstream in(json, std::ios::binary);
+            const std::string bytes{std::istreambuf_iterator<char>(in), {}};
+            EXPECT_EQ(bytes, jsonOf(options)) << "seed " << seed;
+        }
+    }
+}
+
+} // namespace
