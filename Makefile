@@ -1,8 +1,9 @@
 # make demo    builds the command and reports the timing of a routed design
 # make test    builds and runs all tests, plain and under the sanitizers
-# Both install what they need on Debian 12. CONTRIBUTING.md has the rest.
+# make fuzz    feeds hostile inputs to the readers and the engine, each for FUZZ_SECONDS (60)
+# The first two install what they need on Debian 12. CONTRIBUTING.md has the rest.
 
-.PHONY: demo test bench format coverage setup clean
+.PHONY: demo test fuzz bench format coverage setup clean
 
 demo: setup
 	cmake --preset dev
@@ -12,6 +13,11 @@ demo: setup
 
 test: setup
 	cmake/test.sh dev asan
+
+fuzz: setup
+	@command -v clang++-16 >/dev/null || { echo "make fuzz: clang 16 is not installed (apt-get install clang-16 libclang-rt-16-dev)"; exit 1; }
+	cmake --preset fuzz
+	cmake --build --preset fuzz --target fuzz
 
 bench: setup
 	cmake --preset release

@@ -14,6 +14,11 @@ using Pelko::ClockMode;
 using Pelko::Pole;
 
 std::uint64_t Dice::next() {
+    if (!bytes_.empty()) {
+        const std::uint8_t byte = bytes_.front();
+        bytes_ = bytes_.subspan(1);
+        return byte;
+    }
     std::uint64_t z = state_ += 0x9E3779B97F4A7C15U;
     z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9U;
     z = (z ^ (z >> 27)) * 0x94D049BB133111EBU;
@@ -334,8 +339,7 @@ void GraphBuilder::makePole(PlannedPole& planned) {
 
 // --- The design ------------------------------------------------------------------------------------------------
 
-RandomDesign::RandomDesign(std::uint64_t seed, const Knobs& knobs)
-    : model_("top"), dice_(seed), knobs_(knobs) {
+RandomDesign::RandomDesign(const Dice& dice, const Knobs& knobs) : model_("top"), dice_(dice), knobs_(knobs) {
     drawDelays(drawPolesAndArcs());
     drawClocks();
     if (knobs_.ioConstraints)

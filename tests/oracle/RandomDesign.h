@@ -11,6 +11,7 @@
 #include "Pelko/Model.h"
 
 #include <cstdint>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -37,10 +38,12 @@ struct Knobs {
     bool brokenContract = true;
 };
 
-// A random sequence that depends on nothing but its seed.
+// A random sequence that depends on nothing but its seed; or on bytes, one a number as long as there are any.
 class Dice {
 public:
     explicit Dice(std::uint64_t seed) : state_(seed * 0x9E3779B97F4A7C15U + 0x632BE59BD9B4E019U) {}
+    // The bytes must outlive the dice.
+    explicit Dice(std::span<const std::uint8_t> bytes) : Dice(std::uint64_t{0}) { bytes_ = bytes; }
 
     std::uint64_t next();
     unsigned below(std::size_t bound) { return static_cast<unsigned>(next() % bound); }
@@ -62,13 +65,15 @@ public:
 
 private:
     std::uint64_t state_;
+    std::span<const std::uint8_t> bytes_;
 };
 
 class RandomDesign {
 public:
     // There must be no other model. Mutes the library and switches the debug mode as the design says, until
     // it ends.
-    explicit RandomDesign(std::uint64_t seed, const Knobs& knobs = {});
+    explicit RandomDesign(std::uint64_t seed, const Knobs& knobs = {}) : RandomDesign(Dice(seed), knobs) {}
+    explicit RandomDesign(const Dice& dice, const Knobs& knobs = {});
     RandomDesign(const RandomDesign&) = delete;
     RandomDesign& operator=(const RandomDesign&) = delete;
     ~RandomDesign();

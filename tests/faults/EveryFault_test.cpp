@@ -1,0 +1,267 @@
+// A fault at every place of a launch where the host can raise one: at each processing of events, each object
+// that a listener hears of, each call of an adjuster. The launch ends with its report, the database is as
+// usable as before, the next launch gives what a first one gives, and nothing leaks.
+//
+// VORLEN_SEED chooses other designs.
+#include "../oracle/RandomDesign.h"
+#include "../oracle/Snapshot.h"
+#include "Allocator.h"
+#include "Builder.h"
+
+#include "Vorlen/Tool.h"
+
+#include <QAbstractEventDispatcher>
+#include <QTime>
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <functional>
+#include <memory>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr unsigned long designCount = 12;
+
+unsigned long firstSeed() {
+    const char* text = std::getenv("VORLEN_SEED");
+    return text && *text ? std::strtoul(text, nullptr, 10) : 1;
+}
+
+// Designs that keep the contract, and begin as their first launch finds them.
+oracle::Knobs knobs() {
+    oracle::Knobs knobs;
+    knobs.throwing = false;
+    knobs.earlierResults = false;
+    knobs.domainsOnly = false;
+    knobs.brokenContract = false;
+    return knobs;
+}
+
+// A fault that is armed while it lives, and comes at the n-th opportunity.
+class Fault {
+public:
+    virtual ~Fault() = default;
+    virtual bool hasCome() const = 0;
+};
+using Arm = std::function<std::unique_ptr<Fault>(unsigned long number)>;
+
+std::string marks() {
+    std::string text;
+    for (const std::string& name : Support::marked())
+        text += name + " ";
+    return text;
+}
+
+struct Seen {
+    bool completed = false;
+    std::string console, state, marks;
+};
+
+// What a host does to launch as if for the first time: results go, and what no clearing of results undoes.
+// Domains that are there would be taken as they are, also those of a domain phase that was cut short, and
+// arcs that a launch has cut stay out of the next one's walks.
+class Beginning {
+public:
+    Beginning() {
+        for (Pelko::Edge* edge : Pelko::cell->getEdges())
+            if (edge->isActive())
+                active_.push_back(edge);
+    }
+    void restore() const {
+        Pelko::analyzer->clearResults();
+        while (!Pelko::analyzer->getDomains().isEmpty())
+            Pelko::analyzer->getDomains().getFirst()->destroy();
+        for (Pelko::Edge* edge : active_)
+            edge->activate();
+    }
+
+private:
+    std::vector<Pelko::Edge*> active_;
+};
+
+Seen launch(Vorlen::Tool& tool, oracle::ConsoleRecorder& console) {
+    Seen seen;
+    seen.completed = tool.launch();
+    seen.console = console.take();
+    seen.state = oracle::stateOfModel();
+    seen.marks = marks();
+    return seen;
+}
+
+[[noreturn]] void fail() { throw std::runtime_error("whatever"); }
+
+unsigned long adjustmentsLeft = 0; // until one fails; 0: none does
+
+// Every exception has an adjuster, without a record of what it did.
+void prepare() {
+    Pelko::application->setBatch(true);
+    Pelko::analyzer->setVerbose(false);
+    for (Pelko::CPath* path : Pelko::analyzer->getCPaths())
+        path->setAdjuster([](const Pelko::Subdomain&, bool longest) {
+            if (adjustmentsLeft != 0 && --adjustmentsLeft == 0)
+                fail();
+            return Pelko::Delay(longest ? -1 : 1);
+        });
+}
+
+Seen firstLaunch(unsigned long seed) {
+    oracle::RandomDesign design(seed, knobs());
+    prepare();
+    const Support::ToolPointer tool = Support::makeTool();
+    oracle::ConsoleRecorder console;
+    return launch(*tool, console);
+}
+
+// The lines that report errors, without their indentation: in debug mode phases indent.
+std::string errorsIn(const std::string& console) {
+    std::string errors;
+    std::istringstream lines(console);
+    for (std::string line; std::getline(lines, line);)
+        if (line.starts_with("error"))
+            errors += line.substr(line.find(']') + 2) + "\n";
+    return errors;
+}
+
+// One launch with the n-th fault, and one after it. False where there is no n-th opportunity.
+bool survives(unsigned long seed, unsigned long number, const Arm& arm, const std::string& report,
+              const Seen& expected) {
+    oracle::RandomDesign design(seed, knobs());
+    prepare();
+    const Beginning beginning;
+    const Support::ToolPointer tool = Support::makeTool();
+    oracle::ConsoleRecorder console;
+    std::unique_ptr<Fault> fault = arm(number);
+    Seen seen;
+    seen.completed = tool->launch();
+    const bool hasCome = fault->hasCome();
+    fault.reset();
+    seen.console = console.take();
+    if (!hasCome) {
+        EXPECT_TRUE(seen.completed);
+        return false;
+    }
+    EXPECT_FALSE(seen.completed);
+    EXPECT_EQ(errorsIn(seen.console), report);
+    // The last phase marks the poles of failing arcs; all others clean up behind them.
+    if (const std::string left = marks(); !left.empty()) {
+        EXPECT_EQ(left, expected.marks);
+    }
+    prepare();
+    beginning.restore();
+    seen = launch(*tool, console);
+    EXPECT_TRUE(seen.completed);
+    EXPECT_EQ(seen.console, expected.console);
+    EXPECT_EQ(oracle::firstDifference(seen.state, expected.state), "");
+    return true;
+}
+
+// All faults of one design, until there is no further place for one.
+unsigned long everyFault(unsigned long seed, const Arm& arm, const std::string& report) {
+    const Seen expected = firstLaunch(seed);
+    EXPECT_TRUE(expected.completed);
+    std::size_t before = Faults::liveBlocks();
+    unsigned long number = 1;
+    while (survives(seed, number, arm, report, expected) && !testing::Test::HasFailure()) {
+        if (number > 1) { // what is made once in a process is there now
+            EXPECT_EQ(Faults::liveBlocks(), before);
+        }
+        before = Faults::liveBlocks();
+        ++number;
+    }
+    return number - 1;
+}
+
+void onDesigns(const Arm& arm, const std::string& report, unsigned long leastFaults) {
+    unsigned long faults = 0;
+    const unsigned long first = firstSeed();
+    for (unsigned long seed = first; seed < first + designCount && !testing::Test::HasFailure(); ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        faults += everyFault(seed, arm, report);
+    }
+    std::cout << faults << " faults\n";
+    EXPECT_GE(faults, leastFaults);
+}
+
+constexpr const char* strange = "Analyzing aborted [something strange...] (Tool, launch, 495)\n";
+
+// --- The user stops the run ---
+
+// Lets every pump process events, and asks for the stop that the n-th one hears.
+class Stop final : public Fault {
+public:
+    explicit Stop(unsigned long number) : number_(number) {
+        Pelko::application->setBatch(false);
+        makeDue();
+        connection_ = QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake,
+                                       [this] { onPump(); });
+        if (number_ == 1)
+            Pelko::application->requestStop();
+    }
+    ~Stop() override {
+        QObject::disconnect(connection_);
+        Pelko::application->cancelStop();
+    }
+    bool hasCome() const override { return pumps_ + 1 >= number_ && !Pelko::application->isStopRequested(); }
+
+private:
+    static void makeDue() {
+        constexpr int hour = 3'600'000; // ms
+        Pelko::application->getEventTimer() = QTime::currentTime().addMSecs(-hour);
+    }
+    void onPump() {
+        makeDue();
+        if (++pumps_ + 1 == number_)
+            Pelko::application->requestStop();
+    }
+
+    unsigned long number_, pumps_ = 0;
+    QMetaObject::Connection connection_;
+};
+
+TEST(EveryFault, Interruption) {
+    onDesigns([](unsigned long number) { return std::make_unique<Stop>(number); },
+              "Analyzing aborted [stopped by the user]\n", 100);
+}
+
+// --- The host throws ---
+
+// Throws when the n-th object comes or goes.
+class ListenerFails final : public Fault, private Pelko::ObjectListener {
+public:
+    explicit ListenerFails(unsigned long number) : left_(number) { Pelko::Object::addListener(this); }
+    ~ListenerFails() override { Pelko::Object::removeListener(this); }
+    bool hasCome() const override { return left_ == 0; }
+
+private:
+    void onCreated(Pelko::Object*) override { count(); }
+    void onDestroyed(Pelko::Object*) override { count(); }
+    void count() {
+        if (left_ != 0 && --left_ == 0)
+            fail();
+    }
+
+    unsigned long left_;
+};
+
+TEST(EveryFault, Listener) {
+    onDesigns([](unsigned long number) { return std::make_unique<ListenerFails>(number); }, strange, 100);
+}
+
+// The n-th call of an adjuster throws.
+class AdjusterFails final : public Fault {
+public:
+    explicit AdjusterFails(unsigned long number) { adjustmentsLeft = number; }
+    ~AdjusterFails() override { adjustmentsLeft = 0; }
+    bool hasCome() const override { return adjustmentsLeft == 0; }
+};
+
+TEST(EveryFault, Adjuster) {
+    onDesigns([](unsigned long number) { return std::make_unique<AdjusterFails>(number); }, strange, 10);
+}
+
+} // namespace

@@ -1,0 +1,44 @@
+// What the netlist readers' fuzzers ask of a netlist that was read: it hangs together, and makes a design.
+#pragma once
+
+#include "readers/design/Annotate.h"
+
+#include <stdexcept>
+
+namespace Fuzz {
+
+// A property does not hold. Nothing catches it: the input is a finding.
+class Broken : public std::logic_error {
+public:
+    using std::logic_error::logic_error;
+};
+
+inline void require(bool holds, const char* what) {
+    if (!holds)
+        throw Broken(what);
+}
+
+inline void checkNetlist(const Readers::Netlist& netlist) {
+    const auto isNet = [&](std::uint32_t net) { return net == Readers::none || net < netlist.nets.size(); };
+    for (const auto& port : netlist.ports)
+        require(isNet(port.net), "a port's net is one");
+    std::uint64_t pins = 0;
+    for (const auto& cell : netlist.cells) {
+        require(cell.firstPin == pins, "cells' pins stand behind each other");
+        pins += cell.pinCount;
+    }
+    require(pins == netlist.pins.size(), "every pin is of a cell");
+    for (const auto& pin : netlist.pins)
+        require(isNet(pin.net), "a pin's net is one");
+}
+
+// A design of the netlist's connections, without any delay.
+inline void makeDesign(const Readers::Netlist& netlist) {
+    Readers::Design design;
+    Readers::Diagnostics diagnostics;
+    Readers::Annotator annotator(design, &netlist, {}, "fuzz.sdf", diagnostics);
+    annotator.finish();
+    require(design.pins.size() <= netlist.pins.size() + netlist.ports.size(), "no pins come from nowhere");
+}
+
+} // namespace Fuzz

@@ -1,0 +1,22 @@
+// Any bytes as a Verilog netlist: read, or refused with BadInput. A netlist that was read hangs together.
+#include "Netlists.h"
+#include "readers/netlist/Verilog.h"
+
+#include <cstddef>
+#include <cstdint>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    constexpr const char* name = "fuzz.v";
+    Readers::Source source(name, std::string_view(reinterpret_cast<const char*>(data), size));
+    Readers::Diagnostics diagnostics;
+    try {
+        const Readers::Netlist netlist = Readers::readVerilog(source, "", diagnostics);
+        Fuzz::checkNetlist(netlist);
+        Fuzz::makeDesign(netlist);
+    } catch (const Readers::BadInput& bad) {
+        Fuzz::require(bad.diagnostic().place.file == name, "a refusal names the file");
+    }
+    return 0;
+}

@@ -1,0 +1,89 @@
+// The files of a large design, written piece by piece, and a run on them. They go with the object.
+//
+// All delays are in ps. Registers are of type DFF (C, D, Q): 100 from a rising C to Q, setup 50, hold 20.
+#pragma once
+
+#include "../faults/Allocator.h"
+#include "cli/Session.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <string>
+
+namespace Scale {
+
+constexpr long clockToOutput = 100, setup = 50, hold = 20;
+
+class Files {
+public:
+    Files() : folder_((std::filesystem::temp_directory_path() / "vorlen-scale.XXXXXX").string()) {
+        EXPECT_NE(mkdtemp(folder_.data()), nullptr) << folder_;
+    }
+    ~Files() { std::filesystem::remove_all(folder_); }
+    Files(const Files&) = delete;
+    Files& operator=(const Files&) = delete;
+
+    void wire(const std::string& from, const std::string& to, long delay = 0) {
+        wires_ += "(INTERCONNECT " + from + " " + to + " (" + std::to_string(delay) + "))\n";
+    }
+    void flipFlop(const std::string& name) {
+        cells_ += "(CELL (CELLTYPE \"DFF\") (INSTANCE " + name +
+                  ") (DELAY (ABSOLUTE (IOPATH (posedge C) Q (" + std::to_string(clockToOutput) +
+                  ")))) (TIMINGCHECK (SETUPHOLD D (posedge C) (" + std::to_string(setup) + ") (" +
+                  std::to_string(hold) + "))))\n";
+    }
+    // A cell with arcs from each input to Z.
+    void gate(const std::string& name, const std::vector<std::string>& inputs, long delay) {
+        cells_ += "(CELL (CELLTYPE \"GATE\") (INSTANCE " + name + ") (DELAY (ABSOLUTE\n";
+        for (const std::string& input : inputs)
+            cells_ += "(IOPATH " + input + " Z (" + std::to_string(delay) + "))\n";
+        cells_ += ")))\n";
+    }
+    void constrain(const std::string& command) { constraints_ += command + "\n"; }
+
+    // The report, with the memory that it took at most in `peak`.
+    Report::Report run() {
+        Cli::Options options;
+        options.sdf =
+            write("d.sdf", "(DELAYFILE (SDFVERSION \"3.0\") (DESIGN \"top\") (DIVIDER /) (TIMESCALE "
+                           "1ps)\n(CELL (CELLTYPE \"top\") (INSTANCE) (DELAY (ABSOLUTE\n" +
+                               wires_ + ")))\n" + cells_ + ")\n");
+        options.sdc = {write("d.sdc", constraints_)};
+        wires_ = cells_ = constraints_ = {};
+        const std::size_t before = Faults::liveBytes();
+        Faults::startPeak();
+        Report::Report report = Cli::Session().run(options);
+        peak = Faults::peakBytes() - before;
+        return report;
+    }
+    std::size_t peak = 0; // bytes
+
+private:
+    std::string write(const char* name, const std::string& text) const {
+        const std::string file = folder_ + "/" + name;
+        std::ofstream(file) << text;
+        return file;
+    }
+
+    std::string folder_, wires_, cells_, constraints_;
+};
+
+struct Slacks {
+    Report::MaybeTime setup, hold;
+
+    bool operator==(const Slacks&) const = default;
+};
+
+// By the end point's name.
+inline std::map<std::string, Slacks> slacksOf(const Report::Report& report) {
+    std::map<std::string, Slacks> slacks;
+    for (const Report::Endpoint& endpoint : report.endpoints)
+        slacks[endpoint.pin] = {endpoint.setupSlack, endpoint.holdSlack};
+    return slacks;
+}
+
+} // namespace Scale
