@@ -161,7 +161,7 @@ protected:
 
 private:
     bool propagateArrivals();
-    void updateArrivals(unsigned slot);
+    void updateArrivals(unsigned slot, bool isLive);
     bool propagateRequired();
     bool updateRequired(unsigned slot, const std::vector<std::uint8_t>& kinds);
     bool launchesFromInputs() const;

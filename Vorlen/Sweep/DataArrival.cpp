@@ -71,6 +71,8 @@ class ArrivalShift {
 public:
     ArrivalShift(const Edge& edge, bool isCheck)
         : early_(int(edge.getMinDelay())), late_(int(edge.getMaxDelay())), isCheck_(isCheck) {}
+    ArrivalShift(const detail::Cone::Delays& delays, bool isCheck)
+        : early_(delays.minimum), late_(delays.maximum), isCheck_(isCheck) {}
 
     void operator()(detail::ClassTiming& timing) const {
         timing.minimum =
@@ -189,20 +191,29 @@ bool Sweep::propagateArrivals() {
     data->arrivals.reach(cone.getSlotCount());
     data->required.reach(cone.getSlotCount());
     detail::WalkPump pump;
+    bool isLive = cone.hasHeardEvents();
     const detail::LargeVector<detail::Slot>& order = cone.getOrder();
     for (std::size_t place = order.size(); place-- > 0;) {
         if (place >= detail::Cone::ahead)
-            cone.prefetch(order[place - detail::Cone::ahead]);
-        updateArrivals(order[place]);
-        if (pump() && !cone.isCurrent()) {
+            cone.prefetchArcs(order[place - detail::Cone::ahead]);
+        if (place >= detail::Cone::nearAhead)
+            cone.prefetchSources(order[place - detail::Cone::nearAhead], data->arrivals);
+        updateArrivals(order[place], isLive);
+        if (!pump())
+            continue;
+        isLive = true;
+        if (!cone.isCurrent()) {
             *data = {};
             return false;
         }
     }
+    cone.dropDelays();
     return true;
 }
 
-void Sweep::updateArrivals(detail::Slot slot) {
+// `isLive`: arcs are read from the design, since host events may have changed them. Otherwise that is not
+// needed but for their classes, which only matter to arrivals that have some.
+void Sweep::updateArrivals(detail::Slot slot, bool isLive) {
     const detail::Cone& cone = data->cone;
     const unsigned flags = cone.getFlags(slot);
     if ((flags & detail::Cone::Closed) != 0)
@@ -222,8 +233,14 @@ void Sweep::updateArrivals(detail::Slot slot) {
     const detail::Cone::Arcs arcs = cone.getArcs(slot);
     for (std::uint32_t arc = arcs.begin; arc != arcs.end; ++arc) {
         const detail::Slot source = cone.getSource(arc);
+        if (source == detail::noSlot || !arrivals.contains(source))
+            continue;
+        if (!isLive && arrivals.isPlain(source)) {
+            arrivals.fold(arrivals, source, slot, cut, 0, open, ArrivalShift(cone.getDelays(arc), isCheck));
+            continue;
+        }
         const Edge* edge = cone.getEdge(arc);
-        if (source != detail::noSlot && arrivals.contains(source) && edge->isActive())
+        if (edge->isActive())
             arrivals.fold(arrivals, source, slot, cut, edge->getPseudoMask().getBits(), open,
                           ArrivalShift(*edge, isCheck));
     }

@@ -151,7 +151,7 @@ std::vector<std::uint8_t> kindsOf(const detail::DataTimes& data) {
     std::vector<std::uint8_t> kinds(poles.size());
     for (detail::Slot slot = 0; slot < poles.size(); ++slot) {
         if (slot + ahead < poles.size())
-            detail::prefetchObject(poles[slot + ahead]);
+            detail::prefetchPole(poles[slot + ahead]);
         if (!data.arrivals.contains(slot))
             continue;
         const Pole* pole = poles[slot];
@@ -187,7 +187,9 @@ bool Sweep::propagateRequired() {
     const detail::LargeVector<detail::Slot>& order = cone.getOrder();
     for (std::size_t place = 0; place < order.size(); ++place) {
         if (place + detail::Cone::ahead < order.size())
-            cone.prefetch(order[place + detail::Cone::ahead]);
+            cone.prefetchDesign(order[place + detail::Cone::ahead]);
+        if (place + detail::Cone::nearAhead < order.size())
+            cone.prefetchSources(order[place + detail::Cone::nearAhead], data->required);
         const detail::Slot slot = order[place];
         if ((kinds[slot] & Reached) == 0)
             continue;

@@ -213,6 +213,13 @@ void Sweep::tagSlacks() {
     detail::FanReader<detail::Direction::Outgoing> reader;
     for (std::size_t place = 0; place < poles.size(); ++place) {
         reader.advance(poles, place);
+        reader.forEachEndAt(place + reader.farAhead,
+                            [this](const Pelko::Pole* pole) { data->cone.prefetchSlot(pole); });
+        reader.forEachEndAt(place + reader.nearAhead, [this](const Pelko::Pole* pole) {
+            data->required.prefetch(data->cone.find(pole));
+        });
+        if (place + reader.nearAhead < poles.size())
+            data->arrivals.prefetch(data->cone.find(poles[place + reader.nearAhead]));
         const ClassTimings arrivals = data->getArrivals(poles[place]);
         if (data->hasArrivals(poles[place]))
             for (Edge* edge : poles[place]->getOutgoingEdges())

@@ -14,14 +14,7 @@ using Pelko::Delay;
 
 namespace {
 
-bool touchesFailure(const Pelko::Edges& edges) {
-    for (const Pelko::Edge* edge : edges) {
-        const Delay slack = edge->getSlack();
-        if (slack.isDefined() && int(slack) <= int(Delay(0)))
-            return true;
-    }
-    return false;
-}
+bool isFailure(const Delay& slack) { return slack.isDefined() && int(slack) <= int(Delay(0)); }
 
 // A path that only starts at a clock pole does not cross one.
 bool crossClock(const Ruvex::Collection<Pelko::Path*>& paths) {
@@ -35,9 +28,11 @@ bool crossClock(const Ruvex::Collection<Pelko::Path*>& paths) {
 } // namespace
 
 void Tool::epilog() {
-    for (Pelko::Pole* pole : Pelko::cell->getPoles())
-        if (touchesFailure(pole->getIncomingEdges()) || touchesFailure(pole->getOutgoingEdges()))
-            pole->mark();
+    for (const Pelko::Edge* edge : Pelko::cell->getEdges())
+        if (isFailure(edge->getSlack())) {
+            edge->getSource()->mark();
+            edge->getTarget()->mark();
+        }
     for (const Pelko::Domain* domain : Pelko::analyzer->getDomains())
         if (crossClock(domain->getLongestPaths()) || crossClock(domain->getShortestPaths()))
             Ruvex::console.remark(domain->getAlias() + detail::messages::intermediateClock, "");

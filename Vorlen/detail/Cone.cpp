@@ -39,12 +39,14 @@ bool Cone::read(const std::vector<Pelko::Pole*>& ends, IsStart isStart) {
         if (place == smallCone)
             reserveAll();
         reader.advance(poles_, place);
+        reader.forEachEndAt(place + reader.farAhead, [this](const Pelko::Pole* pole) { prefetchSlot(pole); });
         addArcs(poles_[place], isStart);
         if (!pump())
             continue;
         if (shape_ != getShape())
             return false;
         reader.forget(place + 1);
+        hasHeardEvents_ = true;
     }
     begins_.push_back(static_cast<std::uint32_t>(edges_.size()));
     return isRead_ = sort();
@@ -58,6 +60,7 @@ void Cone::reserveAll() {
     uses_.reserve(shape_.poleCount);
     edges_.reserve(shape_.edgeCount);
     sources_.reserve(shape_.edgeCount);
+    delays_.reserve(shape_.edgeCount);
 }
 
 void Cone::addArcs(Pelko::Pole* pole, IsStart isStart) {
@@ -76,6 +79,7 @@ void Cone::addArcs(Pelko::Pole* pole, IsStart isStart) {
         const Slot source = edge->isActive() ? obtain(edge->getSource()) : noSlot;
         edges_.push_back(edge);
         sources_.push_back(source);
+        delays_.push_back({int(edge->getMinDelay()), int(edge->getMaxDelay())});
         if (source == noSlot)
             continue;
         uses_.resize(poles_.size(), 0);
@@ -108,8 +112,6 @@ Cone::Shape Cone::getShape() {
             Pelko::cell->getEdges().getCount()};
 }
 
-void Cone::prefetchPole(Slot slot) const { prefetchObject(poles_[slot]); }
-
-void Cone::prefetchArc(std::uint32_t arc) const { prefetchObject(edges_[arc]); }
+void Cone::prefetchArc(std::uint32_t arc) const { prefetchEdge(edges_[arc]); }
 
 } // namespace Vorlen::detail

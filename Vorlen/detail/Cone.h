@@ -7,7 +7,8 @@
 //
 // Beside that, a cone gives slots to poles one by one, for walks that do without an order.
 //
-// Cost: 4 bytes a pole of the design; 17 bytes a pole of the cone, 12 an arc.
+// Cost: 4 bytes a pole of the design; 17 bytes a pole of the cone, 12 an arc, and 8 more
+// while its delays are kept.
 #pragma once
 
 #include "Pelko/Edge.h"
@@ -23,7 +24,8 @@ namespace Vorlen::detail {
 class Cone {
 public:
     // How far ahead of a walk in order it pays to prefetch.
-    static constexpr std::size_t ahead = 10;
+    static constexpr std::size_t ahead = 16;
+    static constexpr std::size_t nearAhead = 6;
 
     // What a pole was when it was read.
     enum Flag : std::uint8_t {
@@ -39,6 +41,7 @@ public:
         return index < slots_.size() ? slots_[index] - 1 : noSlot; // 0 becomes none
     }
     Slot obtain(Pelko::Pole* pole);
+    void prefetchSlot(const Pelko::Pole* pole) const { __builtin_prefetch(slots_.data() + pole->getIndex()); }
     const LargeVector<Pelko::Pole*>& getPoles() const { return poles_; } // by slot
     std::size_t getSlotCount() const { return poles_.size(); }
     // The poles of all slots, in stamp order.
@@ -73,9 +76,28 @@ public:
     // No slot for an arc that was not active.
     Slot getSource(std::uint32_t arc) const { return sources_[arc]; }
 
-    // Fetches the arcs, and their target, ahead.
-    void prefetch(Slot slot) const {
-        prefetchPole(slot);
+    // The delays as they were read, until they are dropped. Host events since may have changed them.
+    struct Delays {
+        int minimum;
+        int maximum;
+    };
+    Delays getDelays(std::uint32_t arc) const { return delays_[arc]; }
+    bool hasHeardEvents() const { return hasHeardEvents_; }
+    void dropDelays() { delays_ = {}; }
+
+    // Fetches what is read of a slot ahead: what the cone holds; the arcs of the design, and the pole.
+    void prefetchArcs(Slot slot) const {
+        __builtin_prefetch(sources_.data() + begins_[slot]);
+        __builtin_prefetch(delays_.data() + begins_[slot]);
+    }
+    // What a table by slot holds about the sources of the arcs.
+    template <class Table>
+    void prefetchSources(Slot slot, const Table& table) const {
+        for (std::uint32_t arc = begins_[slot]; arc != begins_[slot + 1]; ++arc)
+            if (sources_[arc] != noSlot)
+                table.prefetch(sources_[arc]);
+    }
+    void prefetchDesign(Slot slot) const {
         for (std::uint32_t arc = begins_[slot]; arc != begins_[slot + 1]; ++arc)
             prefetchArc(arc);
     }
@@ -93,7 +115,6 @@ private:
     static constexpr std::size_t smallCone = 16384; // poles
 
     void reserveAll();
-    void prefetchPole(Slot slot) const;
     void prefetchArc(std::uint32_t arc) const;
     void addArcs(Pelko::Pole* pole, IsStart isStart);
     bool sort();
@@ -104,10 +125,12 @@ private:
     LargeVector<std::uint32_t> begins_; // by slot, and one more
     LargeVector<Pelko::Edge*> edges_;
     LargeVector<Slot> sources_;
+    LargeVector<Delays> delays_;
     LargeVector<std::uint32_t> uses_; // arcs out of a slot that are still to be passed; empty once sorted
     LargeVector<Slot> order_;
     Shape shape_;
     bool isRead_ = false;
+    bool hasHeardEvents_ = false;
 };
 
 } // namespace Vorlen::detail

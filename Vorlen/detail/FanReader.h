@@ -14,11 +14,21 @@
 
 namespace Vorlen::detail {
 
-// Hints for both cache lines of an object of the database.
-inline void prefetchObject(const void* object) {
+// Hints, made for the layout of the in-memory model: what a walk reads of an arc lies in its middle; a pole's
+// fans, kinds and index lie in its second line, its masks in the first.
+inline void prefetchEdge(const Pelko::Edge* edge) {
+    constexpr std::ptrdiff_t source = 16;
+    constexpr std::ptrdiff_t active = 53;
+    __builtin_prefetch(reinterpret_cast<const char*>(edge) + source);
+    __builtin_prefetch(reinterpret_cast<const char*>(edge) + active);
+}
+inline void prefetchEnd(const Pelko::Pole* pole) {
     constexpr std::ptrdiff_t line = 64;
-    __builtin_prefetch(object);
-    __builtin_prefetch(static_cast<const char*>(object) + line);
+    __builtin_prefetch(reinterpret_cast<const char*>(pole) + line);
+}
+inline void prefetchPole(const Pelko::Pole* pole) {
+    __builtin_prefetch(pole);
+    prefetchEnd(pole);
 }
 
 enum class Direction { Incoming, Outgoing };
@@ -36,7 +46,7 @@ public:
     // Asked for one place after another, before anything at it is read.
     void advance(const LargeVector<Pelko::Pole*>& poles, std::size_t place) {
         for (; poles_ < std::min(poles.size(), place + aheadOfPoles); ++poles_)
-            prefetchObject(poles[poles_]);
+            prefetchPole(poles[poles_]);
         for (; fans_ < std::min(poles.size(), place + aheadOfFans); ++fans_) {
             const auto memory = fanOf(poles[fans_]).getMemory();
             // A wide fan is read in order anyway.
@@ -48,11 +58,25 @@ public:
         for (; edges_ < std::min(poles.size(), place + aheadOfEdges); ++edges_)
             for (Pelko::Edge* const* edge = fanAt(edges_).begin; edge != fanAt(edges_).end; ++edge)
                 if (*edge)
-                    prefetchObject(*edge);
+                    prefetchEdge(*edge);
         for (; ends_ < std::min(poles.size(), place + aheadOfEnds); ++ends_)
             for (Pelko::Edge* const* edge = fanAt(ends_).begin; edge != fanAt(ends_).end; ++edge)
                 if (*edge)
-                    prefetchObject(farEnd(*edge));
+                    direction == Direction::Incoming ? prefetchEnd(farEnd(*edge))
+                                                     : prefetchPole(farEnd(*edge));
+    }
+
+    // Calls `visit` with the poles at the far ends of the arcs at a place that lies some steps ahead, where
+    // they are on the way already: for what is fetched by them.
+    static constexpr std::size_t farAhead = 8;
+    static constexpr std::size_t nearAhead = 4;
+    template <class Visit>
+    void forEachEndAt(std::size_t place, Visit visit) {
+        if (place >= ends_)
+            return;
+        for (Pelko::Edge* const* edge = fanAt(place).begin; edge != fanAt(place).end; ++edge)
+            if (*edge)
+                visit(farEnd(*edge));
     }
 
     // After the design may have changed: nothing that was read of it is used again.

@@ -59,8 +59,17 @@ public:
         }
     }
 
+    // Of a slot within reach, or of none.
+    void prefetch(Slot slot) const {
+        __builtin_prefetch(states_.data() + slot);
+        __builtin_prefetch(first_.data() + slot);
+    }
+
     // Every slot asked for lies within reach.
     bool contains(Slot slot) const { return slot < states_.size() && states_[slot] != Absent; }
+
+    // Whether the map holds the one class of no exception.
+    bool isPlain(Slot slot) const { return states_[slot] == One && first_[slot].key == 0; }
 
     // The classes of a slot in ascending order of keys; empty where there is no map.
     ClassTimings get(Slot slot) const {

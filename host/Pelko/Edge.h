@@ -74,19 +74,20 @@ private:
     void link();
     void unlink();
 
+    // What walks read lies together: in most arcs, in one line of the cache.
     Pole* source_;
     Pole* target_;
     unsigned long maskBits_ = 0;
-    unsigned long weight_ = 0;
     int minDelay_;
     int maxDelay_;
     int slack_ = Delay::undefinedValue;
-    std::uint32_t index_ = 0;
-    std::uint32_t sourcePosition_ = 0; // in the source's outgoing fan
-    std::uint32_t targetPosition_ = 0; // in the target's incoming fan
-    std::uint32_t references_ = 0;     // reported paths
     std::uint8_t minDutyCycle_ = 100;
     bool active_ = true;
+    std::uint32_t references_ = 0; // reported paths
+    std::uint32_t index_ = 0;
+    unsigned long weight_ = 0;
+    std::uint32_t sourcePosition_ = 0; // in the source's outgoing fan
+    std::uint32_t targetPosition_ = 0; // in the target's incoming fan
 };
 
 } // namespace Pelko
