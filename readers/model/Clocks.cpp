@@ -1,3 +1,5 @@
+// Clocks in units: what the constraints say of them, how far they reach, and what generated ones take from their
+// masters.
 #include "Clocks.h"
 
 #include <algorithm>
