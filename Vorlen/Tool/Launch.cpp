@@ -111,7 +111,11 @@ public:
                 Sweep::abandon(sweep);
     }
 
-    Sweep* add(Pelko::Subdomain* subdomain) { return sweeps_.emplace_back(Sweep::create(subdomain)); }
+    // The place comes first: for want of memory for it, no sweep is left behind.
+    Sweep* add(Pelko::Subdomain* subdomain) {
+        Sweep*& place = sweeps_.emplace_back(nullptr);
+        return place = Sweep::create(subdomain);
+    }
 
     template <class Finish>
     void finishEach(Finish finish) {

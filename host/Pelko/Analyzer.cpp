@@ -141,8 +141,10 @@ Domain* Analyzer::getDomain(Pole* launchRoot, Pole* latchRoot) const {
 }
 
 void Analyzer::add(Domain* domain) {
-    domain->place_ = domains_.insert(domains_.end(), domain);
+    std::list<Domain*> made{domain}; // what may fail comes before what is to be seen
     domainsByRoots_.emplace(std::pair(domain->launchRoot_, domain->latchRoot_), domain);
+    domain->place_ = made.begin();
+    domains_.splice(domains_.end(), made);
 }
 
 void Analyzer::remove(Domain* domain) {

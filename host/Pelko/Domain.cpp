@@ -14,10 +14,11 @@ Domain* Domain::create(Pole* launchRoot, Pole* latchRoot) {
     Ruvex::require<Ruvex::FactoryFailed>(analyzer, "Domain", "create", 1, "Null analyzer");
     Ruvex::require<Ruvex::FactoryFailed>(!analyzer->getDomain(launchRoot, latchRoot), "Domain", "create", 2,
                                          "Domain exists already");
-    auto* domain = new Domain(analyzer, launchRoot, latchRoot);
+    std::unique_ptr<Domain> created(new Domain(analyzer, launchRoot, latchRoot));
+    analyzer->add(created.get());
+    Domain* domain = created.release();
     Reference::add(launchRoot);
     Reference::add(latchRoot);
-    analyzer->add(domain);
     domain->postCreate();
     return domain;
 }

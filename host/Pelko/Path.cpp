@@ -40,10 +40,11 @@ Path* Path::create(Subdomain* subdomain, bool longest, const Edges& edges, const
         require(chain.empty() || chain.back()->getTarget() == edge->getSource(), 3, "Broken path");
         chain.push_back(edge);
     }
-    auto* path = new Path(subdomain, longest, std::move(chain), latch, launch, adjust);
+    std::unique_ptr<Path> created(new Path(subdomain, longest, std::move(chain), latch, launch, adjust));
+    (longest ? subdomain->longestPaths_ : subdomain->shortestPaths_).insert(created.get());
+    Path* path = created.release();
     for (Edge* edge : path->edges_)
         ++edge->references_;
-    (longest ? subdomain->longestPaths_ : subdomain->shortestPaths_).insert(path);
     path->postCreate();
     return path;
 }

@@ -13,8 +13,9 @@ Subdomain* Subdomain::create(Domain* domain, const ClockMode& launchMode, const 
     Ruvex::require<Ruvex::FactoryFailed>(domain, "Subdomain", "create", 1, "Null domain");
     Ruvex::require<Ruvex::FactoryFailed>(!domain->getSubdomain(launchMode, latchMode), "Subdomain", "create",
                                          2, "Subdomain exists already");
-    auto* subdomain = new Subdomain(domain, launchMode, latchMode);
-    subdomain->place_ = domain->subdomains_.insert(domain->subdomains_.end(), subdomain);
+    std::unique_ptr<Subdomain> created(new Subdomain(domain, launchMode, latchMode));
+    created->place_ = domain->subdomains_.insert(domain->subdomains_.end(), created.get());
+    Subdomain* subdomain = created.release();
     subdomain->postCreate();
     return subdomain;
 }

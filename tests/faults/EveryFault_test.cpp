@@ -1,6 +1,6 @@
-// A fault at every place of a launch where the host can raise one: at each processing of events, each object
-// that a listener hears of, each call of an adjuster. The launch ends with its report, the database is as
-// usable as before, the next launch gives what a first one gives, and nothing leaks.
+// A fault at every place of a launch where one can be: at each processing of events, each object that a
+// listener hears of, each call of an adjuster, each allocation. The launch ends with its report, the database
+// is as usable as before, the next launch gives what a first one gives, and nothing leaks.
 //
 // VORLEN_SEED chooses other designs.
 #include "../oracle/RandomDesign.h"
@@ -262,6 +262,20 @@ public:
 
 TEST(EveryFault, Adjuster) {
     onDesigns([](unsigned long number) { return std::make_unique<AdjusterFails>(number); }, strange, 10);
+}
+
+// --- There is no memory ---
+
+// The n-th allocation fails. Armed when it is made, so its own comes before.
+class NoMemory final : public Fault {
+public:
+    explicit NoMemory(unsigned long number) { Faults::failAllocation(number); }
+    ~NoMemory() override { Faults::failAllocation(0); }
+    bool hasCome() const override { return Faults::hasFailed(); }
+};
+
+TEST(EveryFault, Allocation) {
+    onDesigns([](unsigned long number) { return std::make_unique<NoMemory>(number); }, strange, 1000);
 }
 
 } // namespace

@@ -39,6 +39,8 @@ LeafSet::~LeafSet() {
 void LeafSet::add(Pole* pole) {
     if (!order_.empty() && order_.back() == pole)
         return;
+    if (order_.size() == order_.capacity())
+        order_.reserve(std::max<std::size_t>(4, 2 * order_.size()));
     if (!members_.insert(pole).second)
         return;
     Reference::add(pole);
