@@ -3,11 +3,16 @@
 //
 // An arc is entered only while its slack, plain or under some exception, is below the bound; the bound drops
 // to the slack of the least critical kept path once enough are kept. The worst leaves come first, to make the
-// bound tight early. That bound is the only pruning: on reconvergent logic with many equally bad paths the
-// search is exponential.
+// bound tight early. On reconvergent logic whose paths come in an unlucky order that is not enough: there may
+// be exponentially many, each a little worse than the last. So a search that has made far more paths than it
+// keeps finds out how bad the last one to be kept is (Sweep/WorstPaths.h), and goes on below that. It keeps
+// the same paths in the same order. Where that cannot be found out, as with exceptions, whose record of the
+// worst path is that of all paths made, the search stays as it is.
 //
 // The search keeps its own stack. What a recursive step would keep in its variables, a frame keeps.
 #include "Vorlen/Sweep/Sides.h"
+#include "Vorlen/Sweep/WorstPaths.h"
+#include "Vorlen/detail/DataTimes.h"
 #include "Vorlen/detail/EventPump.h"
 
 #include <map>
@@ -39,7 +44,9 @@ public:
         : sweep_(sweep), subdomain_(*sweep.getSubdomain()), bound_(bound), count_(count) {}
 
     // From the launch leaves, the worst first.
-    void run() {
+    void run(const detail::DataTimes& data) {
+        data_ = &data;
+        patience_ = leastPatience + data.cone.getSlotCount() / polesPerPath;
         for (const auto& [slack, leaves] : rankLeaves())
             for (Pole* leaf : leaves) {
                 Delay arrival = Delay::getUndefined();
@@ -93,6 +100,12 @@ private:
         std::size_t end;
     };
 
+    // How many paths a search makes before it asks how bad the last one to be kept is: as many as take about
+    // the time of asking, and some more for each that is kept.
+    static constexpr std::size_t leastPatience = 1024; // paths
+    static constexpr std::size_t polesPerPath = 8;
+    static constexpr unsigned long patiencePerKeptPath = 4;
+
     // The arrival that a leaf launches with: that of its own opening classes.
     bool findArrival(Pole* leaf, Delay& arrival) const {
         TimingMap arrivals;
@@ -128,11 +141,13 @@ private:
         state.mask |= pole->getOpeningPseudoMask();
         const Delay limit = currentLimit();
         const std::size_t begin = fan_.size();
-        if (pole->isTerminal())
+        if (pole->isTerminal()) {
             report(pole, state, limit);
-        else
+            tightenBound();
+        } else {
             for (Edge* edge : pole->getOutgoingEdges())
                 fan_.push_back(edge);
+        }
         frames_.push_back(
             {pole, maskAtEntry, state.mask.getBits(), int(state.arrival), limit, begin, fan_.size()});
         return true;
@@ -218,6 +233,7 @@ private:
             return;
         Pelko::Path* path =
             Side::createPath(&subdomain_, Ruvex::ListCollection<Edge*>(state.edges), latch, launch, adjust);
+        ++made_;
         path->setConstrainedPath(governing);
         const Delay slack = path->getSlack();
         if (governing)
@@ -233,10 +249,47 @@ private:
         (slack < last->getSlack() ? last : path)->destroy();
     }
 
+    // Asked for once, when the search has lost its patience.
+    void tightenBound() {
+        if (!data_ || made_ < patience_)
+            return;
+        const unsigned long kept = Side::pathsOf(subdomain_).getCount();
+        if (kept < count_ || made_ < patience_ + patiencePerKeptPath * kept)
+            return;
+        const detail::DataTimes& data = *std::exchange(data_, nullptr);
+        std::vector<PathStart> starts;
+        for (Pole* leaf : subdomain_.getLaunchLeaves())
+            if (Delay arrival = Delay::getUndefined(); findArrival(leaf, arrival) && arrival.isDefined())
+                starts.push_back({leaf, arrival});
+        const std::vector<RankedPath> worst = WorstPaths<Side>(data, starts).find(currentLimit(), count_);
+        Delay last = Delay::getMinimum();
+        for (const RankedPath& path : worst) {
+            const Delay slack = askForSlack(path.edges);
+            if (slack < path.slack || !slack.isOrdinary())
+                return;
+            last = std::max(last, slack);
+        }
+        if (!worst.empty())
+            bound_ = std::min(bound_, last + Delay(1));
+    }
+
+    // What the host says that a path's slack is.
+    Delay askForSlack(const EdgeList& edges) {
+        Pelko::Path* path =
+            Side::createPath(&subdomain_, Ruvex::ListCollection<Edge*>(edges),
+                             latchClock(edges.back()->getTarget()), launchClock(edges), Delay(0));
+        const Delay slack = path->getSlack();
+        path->destroy();
+        return slack;
+    }
+
     Sweep& sweep_;
     Pelko::Subdomain& subdomain_;
+    const detail::DataTimes* data_ = nullptr; // until the bound has been asked for; null: it is not
     Delay bound_;
     unsigned long count_;
+    unsigned long made_ = 0;
+    unsigned long patience_ = 0;
     std::vector<Frame> frames_;
     std::vector<Edge*> fan_;
     detail::WalkPump pump_;
@@ -244,22 +297,22 @@ private:
 
 // The bound is exclusive: one more than the requested maximum, so that a path of just that slack is kept.
 template <class Side>
-void search(Sweep& sweep, const Delay& maximumSlack, unsigned long count) {
+void search(Sweep& sweep, const detail::DataTimes& data, const Delay& maximumSlack, unsigned long count) {
     detail::require(maximumSlack.isDefined(), Side::undefinedSlack);
     if (count == 0)
         return;
     Search<Side>(sweep, maximumSlack == Delay::getMaximum() ? maximumSlack : maximumSlack + Delay(1), count)
-        .run();
+        .run(data);
 }
 
 } // namespace
 
 void Sweep::searchLongestPaths(Delay maximumSlack, unsigned long count) {
-    search<LongSide>(*this, maximumSlack, count);
+    search<LongSide>(*this, *data, maximumSlack, count);
 }
 
 void Sweep::searchShortestPaths(Delay maximumSlack, unsigned long count) {
-    search<ShortSide>(*this, maximumSlack, count);
+    search<ShortSide>(*this, *data, maximumSlack, count);
 }
 
 void Sweep::searchLongestPaths(Pole* pole, PseudoMask& mask, PoleSet& path, EdgeList& edges, Delay& arrival,
