@@ -207,17 +207,19 @@ Values launchReference(const RandomLogicParameters& parameters) {
     return values;
 }
 
-// 40 stages of two ways each: 2^40 paths, with equal delays or random ones. The order in which every path is
-// worse than the one before is ladder_bench's: it gives up in time.
-enum class Ladder { Equal, Random };
+// 40 stages of two ways each: 2^40 paths. Their delays are equal, random, or such that every path is worse
+// than the one before.
+enum class Ladder { Equal, Random, WorstOrder };
 
-std::pair<int, int> delaysOfStage(Ladder ladder, std::uint64_t& state) {
+std::pair<int, int> delaysOfStage(Ladder ladder, unsigned stagesBehind, std::uint64_t& state) {
     const auto draw = [&state] {
         state = state * 6364136223846793005UL + 1442695040888963407UL;
         return static_cast<int>((state >> 33) % 1'000);
     };
     if (ladder == Ladder::Equal)
         return {10, 10};
+    if (ladder == Ladder::WorstOrder)
+        return {1, 1 + (1 << std::min(stagesBehind, 24U))};
     const int first = 1 + draw();
     return {first, 1 + draw()};
 }
@@ -237,7 +239,7 @@ Values climb(Ladder ladder) {
         Pole* first = Pole::create(model.getCell());
         Pole* second = Pole::create(model.getCell());
         Pole* join = Pole::create(model.getCell());
-        const auto [firstDelay, secondDelay] = delaysOfStage(ladder, state);
+        const auto [firstDelay, secondDelay] = delaysOfStage(ladder, stages - 1 - stage, state);
         Edge::create(here, first, Delay(firstDelay), Delay(firstDelay));
         Edge::create(here, second, Delay(secondDelay), Delay(secondDelay));
         Edge::create(first, join, Delay(1), Delay(1));
@@ -285,6 +287,7 @@ std::vector<Measurement> getMeasurements() {
         {"launch 1e7 arcs, engine", [=] { return launchEngine(arcs7); }},
         {"ladder of 40 stages, equal", [] { return climb(Ladder::Equal); }},
         {"ladder of 40 stages, random", [] { return climb(Ladder::Random); }},
+        {"ladder of 40 stages, worst order", [] { return climb(Ladder::WorstOrder); }},
     };
 }
 

@@ -74,7 +74,7 @@ private:
 
     static constexpr std::uint32_t none = ~std::uint32_t{0};
     static constexpr std::size_t maximumSteps = std::size_t{1} << 23;
-    static constexpr int farthest = 1 << 29;
+    static constexpr int farthest = 1 << 30; // the difference of two such times is an ordinary one
 
     struct Step {
         Edge* edge;
