@@ -252,14 +252,20 @@ void Sweep::arrivalAnalyze(Pole* pole, PoleSet& path) {
 }
 
 void Sweep::updateDataATMapMap(Pole* pole) {
-    if (!subdomain->getLaunchLeaves().contains(pole))
-        return;
     TimingMap start;
     if (!subdomain->getLaunchRoot()) {
+        if (!subdomain->getLaunchLeaves().contains(pole))
+            return;
         start[0] = Timing(Delay(0), Delay(0));
     } else {
-        if (!hasLaunchTimingMap(pole, start))
+        const auto launch = launchATMapMap.find(pole); // only launch leaves have one
+        if (launch == launchATMapMap.end())
             return;
+        if (detail::isPlain(launch->second) && !pole->isInput() && pole->getOpeningPseudoMask().isEmpty()) {
+            data->arrivals.assign(data->obtain(pole), launch->second.begin()->second);
+            return;
+        }
+        start = launch->second;
         sensibilize(PseudoMask(0), start);
         Pelko::IOConstraint io;
         if (pole->isInput() && analyzer->hasInputConstraint(pole, io))

@@ -113,11 +113,19 @@ void Sweep::updateDataRTMapMap(Pole* pole) {
         required[0] = Timing(subdomain->getSetupRelation(), -subdomain->getHoldRelation());
     } else {
         Pole* leaf = pole->isOutput() ? pole : pole->getClockPole();
-        TimingMap latch;
-        if (!subdomain->getLatchLeaves().contains(leaf) || !hasLatchTimingMap(leaf, latch))
+        const auto latch = latchATMapMap.find(leaf); // only latch leaves have one
+        if (latch == latchATMapMap.end())
             return;
-        required[0] = Timing(subdomain->getSetupRelation() + latch[0].getMinimumDelay(),
-                             -subdomain->getHoldRelation() + latch[0].getMaximumDelay());
+        const auto entry = latch->second.find(0);
+        const Timing clock = entry == latch->second.end() ? Timing::getUndefined() : entry->second;
+        const Timing asked(subdomain->getSetupRelation() + clock.getMinimumDelay(),
+                           -subdomain->getHoldRelation() + clock.getMaximumDelay());
+        if (!pole->isOutput() && pole->getClosingPseudoMask().isEmpty()) {
+            data->required.assign(data->obtain(pole), asked);
+            data->hasAnyRequired = true;
+            return;
+        }
+        required[0] = asked;
         Pelko::IOConstraint io;
         if (pole->isOutput() && analyzer->hasOutputConstraint(pole, io))
             minusDelay(io.getMinimum(), io.getMaximum(), required);

@@ -157,21 +157,25 @@ public:
             for (CPath* cpath : analyzer->getCPaths(constrained))
                 exceptions_.push_back({cpath, cpath->getPseudoMask().getBits(), {}});
         constrained_ = constrained.getBits();
+        opensClasses_ = !analyzer->getCPaths().isEmpty();
     }
 
     // The maximum where there is none.
     Delay find(ClassTimings arrivals, const Edge& edge) {
-        Delay best = Delay::getMaximum();
         const detail::Slot target = data_.cone.find(edge.getTarget());
-        if (!data_.required.contains(target))
-            return best;
+        return data_.required.contains(target) ? find(arrivals, data_.required.get(target), edge)
+                                               : Delay::getMaximum();
+    }
+    Delay find(ClassTimings arrivals, ClassTimings required, const Edge& edge) {
+        Delay best = Delay::getMaximum();
         const auto keep = [&best](const Delay& slack) {
             if (slack.isDefined() && slack < best)
                 best = slack;
         };
-        const ClassTimings required = data_.required.get(target);
         for (const ClassTiming& each : arrivals) {
-            const unsigned long classes = classesAt(edge, each.key);
+            // Without exceptions no pole opens a class, and none is read for it.
+            const unsigned long classes =
+                opensClasses_ ? classesAt(edge, each.key) : each.key & edge.getPseudoMask().getBits();
             const Delay arrival(each.maximum);
             keep(plainSlack<LongSide>(required, classes, falseMask_, arrival, edge));
             if ((each.key & constrained_) == 0)
@@ -201,14 +205,49 @@ private:
     const Pelko::Subdomain* subdomain_;
     unsigned long falseMask_;
     unsigned long constrained_ = 0;
+    bool opensClasses_ = false;
     std::vector<Exception> exceptions_;
 };
 
+// The arcs into poles that have required times: into one after another in the order in which the cone was
+// read, so that of the design only the arcs are read.
+void tagInConeOrder(const detail::DataTimes& data, WorstSlacks& slacks, unsigned long dutyCycle) {
+    const detail::Cone& cone = data.cone;
+    const auto tag = [&](Edge* edge, detail::Slot source, ClassTimings required) {
+        if (source == detail::noSlot) // the arc was not active
+            source = cone.find(edge->getSource());
+        if (data.arrivals.contains(source))
+            tagEdge(*edge, slacks.find(data.arrivals.get(source), required, *edge), dutyCycle);
+    };
+    const auto slotCount = static_cast<detail::Slot>(cone.getSlotCount());
+    for (detail::Slot slot = 0; slot < slotCount; ++slot) {
+        if (slot + detail::Cone::ahead < slotCount)
+            cone.prefetchDesign(slot + detail::Cone::ahead);
+        if (slot + detail::Cone::nearAhead < slotCount)
+            cone.prefetchSources(slot + detail::Cone::nearAhead, data.arrivals);
+        if (!data.required.contains(slot))
+            continue;
+        const ClassTimings required = data.required.get(slot);
+        if ((cone.getFlags(slot) & (detail::Cone::Start | detail::Cone::Closed)) != 0) {
+            for (Edge* edge : cone.getPoles()[slot]->getIncomingEdges())
+                tag(edge, detail::noSlot, required);
+            continue;
+        }
+        const detail::Cone::Arcs arcs = cone.getArcs(slot);
+        for (std::uint32_t arc = arcs.begin; arc != arcs.end; ++arc)
+            tag(cone.getEdge(arc), cone.getSource(arc), required);
+    }
+}
+
 } // namespace
 
+// An arc into a pole without required times has the maximum as its slack. That is never written, but it is
+// compared with what is there; so such arcs count where a host has written just that.
 void Sweep::tagSlacks() {
     const unsigned long dutyCycle = dutyCycleOf(*subdomain);
     WorstSlacks slacks(*data, subdomain);
+    if (data->cone.isWhole() && !Edge::_hasMaximumSlack)
+        return tagInConeOrder(*data, slacks, dutyCycle);
     const detail::LargeVector<Pelko::Pole*> poles = data->cone.getSortedPoles();
     detail::FanReader<detail::Direction::Outgoing> reader;
     for (std::size_t place = 0; place < poles.size(); ++place) {

@@ -4,11 +4,13 @@
 #include "Vorlen/detail/FanReader.h"
 
 #include <algorithm>
+#include <numeric>
 
 namespace Vorlen::detail {
 
-Slot Cone::obtain(Pelko::Pole* pole) {
-    const std::size_t index = pole->getIndex();
+Slot Cone::obtain(Pelko::Pole* pole) { return obtain(pole, pole->getIndex()); }
+
+Slot Cone::obtain(Pelko::Pole* pole, std::size_t index) {
     if (index >= slots_.size())
         slots_.resize(std::max<std::size_t>(Pelko::cell->getPoleBound(), index + 1), 0);
     Slot& slot = slots_[index];
@@ -33,13 +35,15 @@ bool Cone::read(const std::vector<Pelko::Pole*>& ends, IsStart isStart) {
     shape_ = getShape();
     for (Pelko::Pole* end : ends)
         obtain(end);
-    FanReader<Direction::Incoming> reader;
+    FanReader<Direction::Incoming, false> reader;
     WalkPump pump;
     for (std::size_t place = 0; place < poles_.size(); ++place) {
         if (place == smallCone)
             reserveAll();
         reader.advance(poles_, place);
-        reader.forEachEndAt(place + reader.farAhead, [this](const Pelko::Pole* pole) { prefetchSlot(pole); });
+        reader.forEachEdgeAt(place + reader.farAhead, [this](const Pelko::Edge* edge) {
+            __builtin_prefetch(slots_.data() + edge->getSourceIndex());
+        });
         addArcs(poles_[place], isStart);
         if (!pump())
             continue;
@@ -76,7 +80,7 @@ void Cone::addArcs(Pelko::Pole* pole, IsStart isStart) {
     if ((flags & (Start | Closed)) != 0)
         return;
     for (Pelko::Edge* edge : pole->getIncomingEdges()) {
-        const Slot source = edge->isActive() ? obtain(edge->getSource()) : noSlot;
+        const Slot source = edge->isActive() ? obtain(edge->getSource(), edge->getSourceIndex()) : noSlot;
         edges_.push_back(edge);
         sources_.push_back(source);
         delays_.push_back({int(edge->getMinDelay()), int(edge->getMaxDelay())});
@@ -87,24 +91,47 @@ void Cone::addArcs(Pelko::Pole* pole, IsStart isStart) {
     }
 }
 
-// A pole follows once all that it drives have gone before. What is left over at the end lies on a loop, or
-// behind one.
+// By level, the length of the longest way to an end, and within a level by slot: so walks in order pass over
+// what lies by slot as nearly from front to back as the arcs allow. A pole is reached once all that it drives
+// have been; what is left over at the end lies on a loop, or behind one.
 bool Cone::sort() {
     uses_.resize(poles_.size(), 0);
     order_.reserve(poles_.size());
+    LargeVector<std::uint32_t> levels;
+    levels.resize(poles_.size(), 0);
     for (Slot slot = 0; slot < uses_.size(); ++slot)
         if (uses_[slot] == 0)
             order_.push_back(slot);
     for (std::size_t place = 0; place < order_.size(); ++place) {
         if (place + ahead < order_.size())
             __builtin_prefetch(&sources_[0] + begins_[order_[place + ahead]]);
-        const Arcs arcs = getArcs(order_[place]);
-        for (std::uint32_t arc = arcs.begin; arc != arcs.end; ++arc)
-            if (const Slot source = sources_[arc]; source != noSlot && --uses_[source] == 0)
+        const Slot slot = order_[place];
+        const Arcs arcs = getArcs(slot);
+        for (std::uint32_t arc = arcs.begin; arc != arcs.end; ++arc) {
+            const Slot source = sources_[arc];
+            if (source == noSlot)
+                continue;
+            levels[source] = std::max(levels[source], levels[slot] + 1);
+            if (--uses_[source] == 0)
                 order_.push_back(source);
+        }
     }
     uses_ = {};
-    return order_.size() == poles_.size();
+    if (order_.size() != poles_.size())
+        return false;
+    sortByLevel(levels);
+    return true;
+}
+
+void Cone::sortByLevel(const LargeVector<std::uint32_t>& levels) {
+    if (order_.empty())
+        return;
+    std::vector<std::uint32_t> places(levels[order_.back()] + std::size_t{2}, 0); // where each level begins
+    for (const std::uint32_t level : levels)
+        ++places[level + 1];
+    std::partial_sum(places.begin(), places.end(), places.begin());
+    for (Slot slot = 0; slot < levels.size(); ++slot)
+        order_[places[levels[slot]]++] = slot;
 }
 
 Cone::Shape Cone::getShape() {

@@ -60,6 +60,8 @@ public:
     // Whether it was read, and the design has the same poles and arcs still. Delays and classes of arcs, and
     // which are active, may have changed.
     bool isCurrent() const { return isRead_ && shape_ == getShape(); }
+    // Whether, besides, all its slots are those of poles that it has read.
+    bool isWhole() const { return isCurrent() && order_.size() == poles_.size(); }
 
     // Every pole before its drivers.
     const LargeVector<Slot>& getOrder() const { return order_; }
@@ -114,10 +116,12 @@ private:
 
     static constexpr std::size_t smallCone = 16384; // poles
 
+    Slot obtain(Pelko::Pole* pole, std::size_t index);
     void reserveAll();
     void prefetchArc(std::uint32_t arc) const;
     void addArcs(Pelko::Pole* pole, IsStart isStart);
     bool sort();
+    void sortByLevel(const LargeVector<std::uint32_t>& levels);
 
     LargeVector<Slot> slots_; // by pole index: the slot plus one, or 0
     LargeVector<Pelko::Pole*> poles_;

@@ -14,14 +14,9 @@
 
 namespace Vorlen::detail {
 
-// Hints, made for the layout of the in-memory model: what a walk reads of an arc lies in its middle; a pole's
-// fans, kinds and index lie in its second line, its masks in the first.
-inline void prefetchEdge(const Pelko::Edge* edge) {
-    constexpr std::ptrdiff_t source = 16;
-    constexpr std::ptrdiff_t active = 53;
-    __builtin_prefetch(reinterpret_cast<const char*>(edge) + source);
-    __builtin_prefetch(reinterpret_cast<const char*>(edge) + active);
-}
+// Hints, made for the layout of the in-memory model: an arc is one line; a pole's arcs in, masks, kinds and
+// index lie in its second line, its arcs out in the first.
+inline void prefetchEdge(const Pelko::Edge* edge) { __builtin_prefetch(edge); }
 inline void prefetchEnd(const Pelko::Pole* pole) {
     constexpr std::ptrdiff_t line = 64;
     __builtin_prefetch(reinterpret_cast<const char*>(pole) + line);
@@ -33,7 +28,8 @@ inline void prefetchPole(const Pelko::Pole* pole) {
 
 enum class Direction { Incoming, Outgoing };
 
-template <Direction direction>
+// `readsEnds`: whether the poles at the far ends are fetched too.
+template <Direction direction, bool readsEnds = true>
 class FanReader {
 public:
     static Pelko::Pole* farEnd(const Pelko::Edge* edge) {
@@ -46,7 +42,7 @@ public:
     // Asked for one place after another, before anything at it is read.
     void advance(const LargeVector<Pelko::Pole*>& poles, std::size_t place) {
         for (; poles_ < std::min(poles.size(), place + aheadOfPoles); ++poles_)
-            prefetchPole(poles[poles_]);
+            direction == Direction::Incoming ? prefetchEnd(poles[poles_]) : prefetchPole(poles[poles_]);
         for (; fans_ < std::min(poles.size(), place + aheadOfFans); ++fans_) {
             const auto memory = fanOf(poles[fans_]).getMemory();
             // A wide fan is read in order anyway.
@@ -59,11 +55,12 @@ public:
             for (Pelko::Edge* const* edge = fanAt(edges_).begin; edge != fanAt(edges_).end; ++edge)
                 if (*edge)
                     prefetchEdge(*edge);
+        if constexpr (!readsEnds)
+            return;
         for (; ends_ < std::min(poles.size(), place + aheadOfEnds); ++ends_)
             for (Pelko::Edge* const* edge = fanAt(ends_).begin; edge != fanAt(ends_).end; ++edge)
                 if (*edge)
-                    direction == Direction::Incoming ? prefetchEnd(farEnd(*edge))
-                                                     : prefetchPole(farEnd(*edge));
+                    prefetchEnd(farEnd(*edge));
     }
 
     // Calls `visit` with the poles at the far ends of the arcs at a place that lies some steps ahead, where
@@ -77,6 +74,16 @@ public:
         for (Pelko::Edge* const* edge = fanAt(place).begin; edge != fanAt(place).end; ++edge)
             if (*edge)
                 visit(farEnd(*edge));
+    }
+
+    // The same with the arcs, which come earlier.
+    template <class Visit>
+    void forEachEdgeAt(std::size_t place, Visit visit) {
+        if (place >= edges_)
+            return;
+        for (Pelko::Edge* const* edge = fanAt(place).begin; edge != fanAt(place).end; ++edge)
+            if (*edge)
+                visit(*edge);
     }
 
     // After the design may have changed: nothing that was read of it is used again.

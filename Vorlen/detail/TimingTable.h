@@ -49,6 +49,9 @@ private:
 
 using ClassTimings = std::span<const ClassTiming>;
 
+// Whether the map has just the class of no exception.
+inline bool isPlain(const TimingMap& map) { return map.size() == 1 && map.begin()->first == 0; }
+
 class TimingTable {
 public:
     // Makes room for slots below the bound.
@@ -99,7 +102,13 @@ public:
         return obtainFurther(slot, key);
     }
 
-    // Replaces the map.
+    // Replaces the map | by one of the class of no exception.
+    void assign(Slot slot, const Timing& timing) {
+        drop(slot);
+        ClassTiming& entry = obtain(slot, 0);
+        entry.minimum = int(timing.getMinimumDelay());
+        entry.maximum = int(timing.getMaximumDelay());
+    }
     void assign(Slot slot, const TimingMap& map) {
         drop(slot);
         touch(slot);

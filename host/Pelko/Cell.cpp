@@ -27,12 +27,18 @@ Poles Cell::getAuxiliaryPoles(const Pin* pin) const { return pin ? pin->getAuxil
 void Cell::reserve(std::size_t poles, std::size_t edges) {
     poles_.getObjects().reserve(poles);
     edges_.getObjects().reserve(edges);
+    edgeDetails_.reserve(edges);
 }
 
 void Cell::add(Pole* pole, const std::string& name) {
     pole->index_ = poles_.add(pole);
     if (!name.empty())
         names_.emplace(pole->index_, name);
+}
+
+std::uint32_t Cell::add(Edge* edge) {
+    edgeDetails_.resize(edges_.getBound() + std::size_t{1});
+    return edges_.add(edge);
 }
 
 void Cell::remove(Pole* pole) {

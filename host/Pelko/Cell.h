@@ -19,6 +19,18 @@ namespace Pelko {
 class Module;
 class Pin;
 
+namespace detail {
+
+// Of an arc, what is seldom read.
+struct EdgeDetails {
+    unsigned long weight = 0;
+    std::uint32_t sourcePosition = 0; // in the source's outgoing fan
+    std::uint32_t targetPosition = 0; // in the target's incoming fan
+    std::uint32_t references = 0;     // reported paths
+};
+
+} // namespace detail
+
 class PELKO_API Cell : public Object {
 public:
     // FactoryFailed: "Empty cell name".
@@ -80,6 +92,7 @@ private:
     };
 
     void add(Pole* pole, const std::string& name);
+    std::uint32_t add(Edge* edge);
     void remove(Pole* pole);
     const std::string* findName(const Pole* pole) const;
 
@@ -87,6 +100,7 @@ private:
     std::unique_ptr<Module> module_;
     Table<Pole> poles_;
     Table<Edge> edges_;
+    std::vector<detail::EdgeDetails> edgeDetails_;         // by index
     std::unordered_map<std::uint32_t, std::string> names_; // of the poles that have one, by index
     unsigned analyzers_ = 0;
 };

@@ -10,16 +10,21 @@ namespace Pelko {
 
 namespace {
 
-detail::Pool<sizeof(Edge), alignof(Edge)> pool;
+constexpr std::size_t line = 64; // of the cache
+static_assert(sizeof(Edge) == line);
+detail::Pool<sizeof(Edge), line> pool;
 
 } // namespace
+
+bool Edge::_hasMaximumSlack = false;
 
 void* Edge::operator new(std::size_t) { return pool.take(); }
 
 void Edge::operator delete(void* place) { pool.release(place); }
 
 Edge::Edge(Pole* source, Pole* target, const Delay& minimum, const Delay& maximum)
-    : source_(source), target_(target), minDelay_(int(minimum)), maxDelay_(int(maximum)) {}
+    : source_(source), target_(target), minDelay_(int(minimum)), maxDelay_(int(maximum)),
+      sourceIndex_(source->getIndex()) {}
 
 void Edge::preCreate(const Pole* source, const Pole* target) {
     const auto require = [](bool condition, unsigned line, const char* message) {
@@ -41,25 +46,31 @@ Edge* Edge::create(Pole* source, Pole* target, const Delay& minimum, const Delay
 }
 
 void Edge::link() {
-    sourcePosition_ = source_->outgoing_.push(
-        this, [](Edge* edge, std::uint32_t position) { edge->sourcePosition_ = position; });
-    targetPosition_ = target_->incoming_.push(
-        this, [](Edge* edge, std::uint32_t position) { edge->targetPosition_ = position; });
-    index_ = source_->getCell()->edges_.add(this);
+    index_ = source_->getCell()->add(this);
+    getDetails().sourcePosition = source_->outgoing_.push(
+        this, [](Edge* edge, std::uint32_t position) { edge->getDetails().sourcePosition = position; });
+    getDetails().targetPosition = target_->incoming_.push(
+        this, [](Edge* edge, std::uint32_t position) { edge->getDetails().targetPosition = position; });
 }
 
 void Edge::unlink() {
-    source_->outgoing_.remove(sourcePosition_);
-    target_->incoming_.remove(targetPosition_);
+    source_->outgoing_.remove(getDetails().sourcePosition);
+    target_->incoming_.remove(getDetails().targetPosition);
     source_->getCell()->edges_.remove(index_);
 }
+
+detail::EdgeDetails& Edge::getDetails() const { return source_->getCell()->edgeDetails_[index_]; }
 
 void Edge::preDestroy() {
     Object::preDestroy();
     unlink();
 }
 
-bool Edge::isDestroyable() const { return references_ == 0; }
+bool Edge::isDestroyable() const { return getDetails().references == 0; }
+
+unsigned long Edge::getWeight() const { return getDetails().weight; }
+
+void Edge::setWeight(unsigned long weight) { getDetails().weight = weight; }
 
 void Edge::setMinDutyCycle(unsigned long percentage) {
     Ruvex::require<Ruvex::InvalidRequest>(percentage <= 100, "Edge", "setMinDutyCycle", 6,
@@ -69,7 +80,7 @@ void Edge::setMinDutyCycle(unsigned long percentage) {
 
 void Edge::clearResults() {
     maskBits_ = 0;
-    weight_ = 0;
+    setWeight(0);
     slack_ = Delay::undefinedValue;
     minDutyCycle_ = 100;
 }
@@ -90,7 +101,7 @@ Ruvex::Record* Edge::_getRecord() const {
     record->add("Active", new Ruvex::StandardSlot<unsigned long>(active_));
     record->add("PseudoMask", getPseudoMask()._getSlot());
     record->add("Slack", getSlack()._getSlot());
-    record->add("Weight", new Ruvex::StandardSlot<unsigned long>(weight_));
+    record->add("Weight", new Ruvex::StandardSlot<unsigned long>(getWeight()));
     record->add("MinDutyCycle", new Ruvex::StandardSlot<unsigned long>(minDutyCycle_));
     return record.release();
 }

@@ -4,7 +4,7 @@
 // the hold value as its minimum and the setup value as its maximum. Delays are stored raw, and returned by
 // value.
 //
-// Cost: 80 bytes an arc and its two places in fan arrays; creation looks for a second arc in the shorter of
+// Cost: 88 bytes an arc and its two places in fan arrays; creation looks for a second arc in the shorter of
 // the two fans; every other operation is O(1).
 #pragma once
 
@@ -12,6 +12,10 @@
 #include "Pelko/Pole.h"
 
 namespace Pelko {
+
+namespace detail {
+struct EdgeDetails;
+}
 
 class PELKO_API Edge : public Object {
 public:
@@ -38,9 +42,12 @@ public:
 
     // The worst slack, undefined until written.
     Delay getSlack() const { return Delay(slack_); }
-    void setSlack(const Delay& slack) { slack_ = int(slack); }
-    unsigned long getWeight() const { return weight_; }
-    void setWeight(unsigned long weight) { weight_ = weight; }
+    void setSlack(const Delay& slack) {
+        slack_ = int(slack);
+        _hasMaximumSlack = _hasMaximumSlack || slack_ == Delay::maximumValue;
+    }
+    unsigned long getWeight() const;
+    void setWeight(unsigned long weight);
     // A percentage, 100 until written. InvalidRequest beyond 100: "Duty cycle above 100".
     unsigned long getMinDutyCycle() const { return minDutyCycle_; }
     void setMinDutyCycle(unsigned long percentage);
@@ -48,8 +55,13 @@ public:
     // Forgets slack, weight, duty cycle and classes. The active flag and the delays stay.
     void clearResults();
 
+    // Whether an arc, of any cell, was ever given the maximum special for its slack. No analysis writes it.
+    static bool _hasMaximumSlack;
+
     // Below Cell::getEdgeBound(), in order of creation; not given to another arc later.
     std::uint32_t getIndex() const { return index_; }
+    // The source's index: a walk that keeps what it knows by index need not read the source for it.
+    std::uint32_t getSourceIndex() const { return sourceIndex_; }
 
     std::string getClass() const override;
     // "source -> target"
@@ -73,21 +85,19 @@ private:
     static void preCreate(const Pole* source, const Pole* target);
     void link();
     void unlink();
+    detail::EdgeDetails& getDetails() const;
 
-    // What walks read lies together: in most arcs, in one line of the cache.
+    // An arc is one line of the cache. What walks do not read lies in the cell, by index.
     Pole* source_;
     Pole* target_;
     unsigned long maskBits_ = 0;
     int minDelay_;
     int maxDelay_;
     int slack_ = Delay::undefinedValue;
+    std::uint32_t index_ = 0;
+    std::uint32_t sourceIndex_;
     std::uint8_t minDutyCycle_ = 100;
     bool active_ = true;
-    std::uint32_t references_ = 0; // reported paths
-    std::uint32_t index_ = 0;
-    unsigned long weight_ = 0;
-    std::uint32_t sourcePosition_ = 0; // in the source's outgoing fan
-    std::uint32_t targetPosition_ = 0; // in the target's incoming fan
 };
 
 } // namespace Pelko

@@ -2,6 +2,7 @@
 
 #include "Pelko/Analyzer.h"
 #include "Pelko/CPath.h"
+#include "Pelko/Cell.h"
 #include "Pelko/Domain.h"
 #include "Pelko/Edge.h"
 #include "Pelko/Subdomain.h"
@@ -44,7 +45,7 @@ Path* Path::create(Subdomain* subdomain, bool longest, const Edges& edges, const
     (longest ? subdomain->longestPaths_ : subdomain->shortestPaths_).insert(created.get());
     Path* path = created.release();
     for (Edge* edge : path->edges_)
-        ++edge->references_;
+        ++edge->getDetails().references;
     path->postCreate();
     return path;
 }
@@ -53,7 +54,7 @@ void Path::preDestroy() {
     Object::preDestroy();
     (longest_ ? subdomain_->longestPaths_ : subdomain_->shortestPaths_).erase(this);
     for (Edge* edge : edges_)
-        --edge->references_;
+        --edge->getDetails().references;
     setConstrainedPath(nullptr);
 }
 

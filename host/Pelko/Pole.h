@@ -147,14 +147,15 @@ private:
     static Edges viewOf(const detail::Fan& fan);
     static void replace(Pole*& field, Pole* value, const Pole* self);
 
+    // A pole is two lines of the cache; what walks read against the arcs lies in the second.
     Cell* cell_;
     Pin* pin_;
-    Pole* clockPole_ = nullptr;
     Pole* mainPole_ = nullptr;
+    detail::Fan outgoing_;
+    Pole* clockPole_ = nullptr;
+    detail::Fan incoming_;
     unsigned long openingBits_ = 0;
     unsigned long closingBits_ = 0;
-    detail::Fan incoming_;
-    detail::Fan outgoing_;
     std::uint32_t index_ = 0;
     std::uint32_t markEpoch_ = 0;
     std::uint32_t references_ = 0;

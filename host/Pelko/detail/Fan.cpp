@@ -4,8 +4,7 @@ namespace Pelko::detail {
 
 namespace {
 
-// Capacities 2, 4, 8 and 16 are pooled; they hold nearly all the fans of a design.
-Pool<2 * sizeof(Edge*), alignof(Edge*)> pool2;
+// Capacities 4, 8 and 16 are pooled; they hold nearly all the fans of a design.
 Pool<4 * sizeof(Edge*), alignof(Edge*)> pool4;
 Pool<8 * sizeof(Edge*), alignof(Edge*)> pool8;
 Pool<16 * sizeof(Edge*), alignof(Edge*)> pool16;
@@ -14,8 +13,6 @@ Pool<16 * sizeof(Edge*), alignof(Edge*)> pool16;
 
 Edge** FanStore::take(std::uint32_t capacity) {
     switch (capacity) {
-    case 2:
-        return static_cast<Edge**>(pool2.take());
     case 4:
         return static_cast<Edge**>(pool4.take());
     case 8:
@@ -29,8 +26,6 @@ Edge** FanStore::take(std::uint32_t capacity) {
 
 void FanStore::release(Edge** array, std::uint32_t capacity) {
     switch (capacity) {
-    case 2:
-        return pool2.release(array);
     case 4:
         return pool4.release(array);
     case 8:

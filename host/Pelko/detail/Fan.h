@@ -1,13 +1,12 @@
 // The arcs into or out of one pole: an array of pointers, in order of creation.
 //
-// One arc is kept in place; more live in arrays of 2^n pointers, whose places are pooled. Ending an arc
+// Two arcs are kept in place; more live in arrays of 2^n pointers, whose places are pooled. Ending an arc
 // leaves a hole (null), so that it costs O(1) and no running walk loses its place; holes are closed when the
 // array next grows. Each arc knows its position, so that the array tells it when it moves.
 #pragma once
 
 #include "Pelko/detail/Pool.h"
 
-#include <bit>
 #include <cstdint>
 #include <cstring>
 
@@ -17,7 +16,7 @@ class Edge;
 
 namespace Pelko::detail {
 
-// Arrays of 2^n pointers, from 2 up; small ones from pools, large ones from the heap.
+// Arrays of 2^n pointers, from 4 up; small ones from pools, large ones from the heap.
 class FanStore {
 public:
     static Edge** take(std::uint32_t capacity);
@@ -30,47 +29,51 @@ public:
     Fan(const Fan&) = delete;
     Fan& operator=(const Fan&) = delete;
     ~Fan() {
-        if (capacity_ > 1)
-            FanStore::release(many_, capacity_);
+        if (!isInPlace())
+            FanStore::release(many_, getCapacity());
     }
 
-    Edge* const* begin() const { return capacity_ > 1 ? many_ : &one_; }
+    Edge* const* begin() const { return isInPlace() ? few_ : many_; }
     Edge* const* end() const { return begin() + size_; }
-    std::uint32_t getCount() const { return live_; }
+    std::uint32_t getCount() const { return size_ - holes_; }
 
     // Appends an arc and gives its position. `moved(arc, position)` is called for every arc that closing
     // holes moves.
     template <class Moved>
     std::uint32_t push(Edge* edge, Moved moved) {
-        if (size_ == capacity_) {
-            if (size_ - live_ > size_ / 2)
+        if (size_ == getCapacity()) {
+            if (holes_ > size_ / 2)
                 closeHoles(moved);
             else
                 grow();
         }
         data()[size_] = edge;
-        ++live_;
         return size_++;
     }
 
     void remove(std::uint32_t position) {
         data()[position] = nullptr;
-        --live_;
-        while (size_ > 0 && !data()[size_ - 1])
+        ++holes_;
+        while (size_ > 0 && !data()[size_ - 1]) {
             --size_;
+            --holes_;
+        }
     }
 
 private:
-    Edge** data() { return capacity_ > 1 ? many_ : &one_; }
+    static constexpr unsigned inPlaceBits = 1;
+
+    bool isInPlace() const { return capacityBits_ == inPlaceBits; }
+    std::uint32_t getCapacity() const { return std::uint32_t{1} << capacityBits_; }
+    Edge** data() { return isInPlace() ? few_ : many_; }
 
     void grow() {
-        const std::uint32_t wider = capacity_ * 2;
-        Edge** array = FanStore::take(wider);
+        Edge** array = FanStore::take(getCapacity() * 2);
         std::memcpy(array, begin(), size_ * sizeof(Edge*));
-        if (capacity_ > 1)
-            FanStore::release(many_, capacity_);
+        if (!isInPlace())
+            FanStore::release(many_, getCapacity());
         many_ = array;
-        capacity_ = wider;
+        ++capacityBits_;
     }
 
     template <class Moved>
@@ -82,15 +85,16 @@ private:
                 moved(edge, kept++);
             }
         size_ = kept;
+        holes_ = 0;
     }
 
     union {
-        Edge* one_ = nullptr;
+        Edge* few_[2] = {};
         Edge** many_;
     };
     std::uint32_t size_ = 0; // holes included
-    std::uint32_t live_ = 0;
-    std::uint32_t capacity_ = 1;
+    std::uint32_t holes_ : 27 = 0;
+    std::uint32_t capacityBits_ : 5 = inPlaceBits;
 };
 
 } // namespace Pelko::detail

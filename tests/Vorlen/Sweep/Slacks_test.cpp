@@ -254,6 +254,7 @@ struct Tagging {
     explicit Tagging(int delay, ClockMode::Code launch = rising, ClockMode::Code latch = rising)
         : edge(design.connect(in, out, 0, delay)), subdomain(design.addSubdomain(clk, clk, launch, latch)) {
         capture(subdomain);
+        Edge::_hasMaximumSlack = false;
     }
     void capture(Pelko::Subdomain* captured) const {
         captured->captureLaunch(in);
@@ -389,33 +390,51 @@ TEST(TagSlacks, SubdomainsOneAfterAnother) {
 }
 
 TEST(TagSlacks, TagsEveryArcBehindAReachedPole) {
-    Builder design;
-    Pole* clk = design.addClockSource("clk", 100);
-    const Register a = design.addRegister("a", clk, rising, 5);
-    const Register b = design.addRegister("b", clk, rising, 5, 1, 2);
-    design.connect(a.output, b.data, 10, 20);
-    // Arcs to a pole without a required time, from one without arrival, and one that no walk follows.
-    design.connect(a.output, design.addPole("floating"), 1, 1);
-    design.connect(design.addPole("quiet"), b.data, 1, 1);
-    design.connect(a.clock, b.data, 0, 90)->disactivate();
-    Pelko::Subdomain* subdomain = design.addSubdomain(clk, clk);
-    subdomain->captureLaunch(a.clock);
-    subdomain->captureLatch(b.clock);
-    subdomain->setSetupRelation(Delay(100));
-    subdomain->setHoldRelation(Delay(0));
-    const SweepPointer sweep(Sweep::create(subdomain));
-    sweep->clockAnalyze();
-    sweep->arrivalAnalyze();
-    sweep->requireAnalyze();
-    sweep->tagSlacks();
-    std::map<std::string, int> slacks;
-    for (const Edge* edge : Pelko::cell->getEdges())
-        if (edge->getSlack().isDefined())
-            slacks[edge->getAlias()] = int(edge->getSlack());
-    EXPECT_EQ(slacks, (std::map<std::string, int>{{"a/C -> a/Q", 73},
-                                                  {"a/Q -> b/D", 73},
-                                                  {"b/D -> b/check", 73},
-                                                  {"a/C -> b/D", 8}})); // tagged, active or not
+    // Arcs are visited by way of their targets, or by way of their sources where an arc may have the maximum.
+    for (const bool bySource : {false, true}) {
+        SCOPED_TRACE(bySource ? "by source" : "by target");
+        Builder design;
+        Pole* clk = design.addClockSource("clk", 100);
+        const Register a = design.addRegister("a", clk, rising, 5);
+        const Register b = design.addRegister("b", clk, rising, 5, 1, 2);
+        const Register c = design.addRegister("c", clk, rising, 5);
+        design.connect(a.output, b.data, 10, 20);
+        design.connect(c.output, b.data, 10, 30);
+        // Arcs to a pole without a required time, from one without arrival, one that no walk follows, and one
+        // into a pole that launches, which the clock reaches by that way too, 55 late.
+        Edge* floating = design.connect(a.output, design.addPole("floating"), 1, 1);
+        design.connect(design.addPole("quiet"), b.data, 1, 1);
+        design.connect(a.clock, b.data, 0, 90)->disactivate();
+        design.connect(a.output, c.clock, 1, 50);
+        Pelko::Subdomain* subdomain = design.addSubdomain(clk, clk, rising, falling);
+        analyzer->setDutyRatio(clk, 40);
+        subdomain->captureLaunch(a.clock);
+        subdomain->captureLaunch(c.clock);
+        subdomain->captureLatch(b.clock);
+        subdomain->setSetupRelation(Delay(100));
+        subdomain->setHoldRelation(Delay(0));
+        Edge::_hasMaximumSlack = false;
+        if (bySource)
+            floating->setSlack(Delay::getMaximum());
+        const SweepPointer sweep(Sweep::create(subdomain));
+        sweep->clockAnalyze();
+        sweep->arrivalAnalyze();
+        sweep->requireAnalyze();
+        sweep->tagSlacks();
+        std::map<std::string, int> slacks;
+        for (const Edge* edge : Pelko::cell->getEdges())
+            if (edge->getSlack().isDefined() && edge != floating)
+                slacks[edge->getAlias()] = int(edge->getSlack());
+        EXPECT_EQ(slacks, (std::map<std::string, int>{{"a/C -> a/Q", 8},
+                                                      {"a/Q -> b/D", 73},
+                                                      {"a/Q -> c/C", 8},
+                                                      {"b/D -> b/check", 8},
+                                                      {"c/C -> c/Q", 8},
+                                                      {"c/Q -> b/D", 8},
+                                                      {"a/C -> b/D", 8}})); // tagged, active or not
+        // The slack of an arc without one is the maximum, which the one that is there equals.
+        EXPECT_EQ(floating->getMinDutyCycle(), bySource ? 40UL : 100UL);
+    }
 }
 
 TEST(TagSlacks, ExceptionsAreTimedPlainlyAndOneByOne) {
