@@ -24,9 +24,10 @@ struct ClockSide {
     }
 };
 
+// `stem`: the roots behind the pole where it is a clock pole; null for none.
 // Critical: "<pole> has not clock mode!".
-ClockSide launchSideOf(const StemPoleSetMap& clockStems, Pelko::Pole* launch);
-ClockSide latchSideOf(const StemPoleSetMap& clockStems, Pelko::Pole* latch);
+ClockSide launchSideOf(const PoleSet* stem, Pelko::Pole* launch);
+ClockSide latchSideOf(const PoleSet* stem, Pelko::Pole* latch);
 
 // Every subdomain of a pair, by its roots and modes, in order of creation.
 template <class Visit>

@@ -21,22 +21,26 @@ using Pelko::Pole;
 
 namespace {
 
-ClockSide clockSide(const StemPoleSetMap& clockStems, Pole* pole, detail::Fault withoutMode) {
+const PoleSet* stemOf(const StemPoleSetMap& clockStems, Pole* pole) {
+    const auto stem = clockStems.find(pole);
+    return stem == clockStems.end() ? nullptr : &stem->second;
+}
+
+ClockSide clockSide(const PoleSet* stem, Pole* pole, detail::Fault withoutMode) {
     ClockSide side;
     side.mode = pole->getClockMode();
     if (side.mode.getCode() == ClockMode::None)
         detail::raise(withoutMode, pole->getName());
-    const auto stem = clockStems.find(pole);
     side.hasRoot = false;
-    side.stem = stem == clockStems.end() ? nullptr : &stem->second;
+    side.stem = stem;
     return side;
 }
 
 } // namespace
 
-ClockSide latchSideOf(const StemPoleSetMap& clockStems, Pole* latch) {
+ClockSide latchSideOf(const PoleSet* stem, Pole* latch) {
     if (latch->isClock()) {
-        ClockSide side = clockSide(clockStems, latch, detail::Fault::LatchWithoutClockMode);
+        ClockSide side = clockSide(stem, latch, detail::Fault::LatchWithoutClockMode);
         if (latch->isCaptureInverted())
             side.mode = side.mode.getCode() == ClockMode::Rising ? ClockMode::Falling : ClockMode::Rising;
         return side;
@@ -50,9 +54,9 @@ ClockSide latchSideOf(const StemPoleSetMap& clockStems, Pole* latch) {
     return side;
 }
 
-ClockSide launchSideOf(const StemPoleSetMap& clockStems, Pole* launch) {
+ClockSide launchSideOf(const PoleSet* stem, Pole* launch) {
     if (launch->isClock())
-        return clockSide(clockStems, launch, detail::Fault::LaunchWithoutClockMode);
+        return clockSide(stem, launch, detail::Fault::LaunchWithoutClockMode);
     ClockSide side;
     Pelko::IOConstraint constraint;
     if (Pelko::analyzer->hasInputConstraint(launch, constraint)) {
@@ -102,8 +106,8 @@ void Tool::updateDomains() {
 }
 
 void Tool::createDomains(const StemPoleSetMap& clockStems, Pole* launch, Pole* latch) {
-    const ClockSide latchSide = latchSideOf(clockStems, latch);
-    const ClockSide launchSide = launchSideOf(clockStems, launch);
+    const ClockSide latchSide = latchSideOf(stemOf(clockStems, latch), latch);
+    const ClockSide launchSide = launchSideOf(stemOf(clockStems, launch), launch);
     forEachSubdomain(
         launchSide, latchSide,
         [&](Pole* launchRoot, Pole* latchRoot, const ClockMode& launchMode, const ClockMode& latchMode) {

@@ -27,7 +27,23 @@ bool lacksMode(const Pole* pole) {
 
 } // namespace
 
+namespace {
+
+// Whether one root, the same, and one edge make the sides up: that much is seen at once.
+bool areAlike(const ClockSide& a, const ClockSide& b) {
+    return a.mode == b.mode && a.stem && b.stem && a.stem->size() == 1 && b.stem->size() == 1 &&
+           *a.stem->begin() == *b.stem->begin();
+}
+
+} // namespace
+
 unsigned Pairing::Classes::getNumber(const ClockSide& side) {
+    if (last < sides.size() && areAlike(sides[last], side))
+        return last;
+    return last = lookUp(side);
+}
+
+unsigned Pairing::Classes::lookUp(const ClockSide& side) {
     Key key{side.mode.getCode(), {}};
     side.forEachRoot([&key](Pole* root) { key.second.push_back(root); });
     const auto [place, isNew] = numbers.emplace(std::move(key), static_cast<unsigned>(sides.size()));
@@ -56,6 +72,13 @@ bool Pairing::goesOnFromEnds() const {
 }
 
 bool Pairing::classify() {
+    PoleMap<const PoleSet*> stems; // the same as in order, found at once
+    for (const auto& [pole, stem] : clockStems_)
+        stems[pole] = &stem;
+    const auto stemOf = [&stems](const Pole* pole) {
+        const auto stem = stems.find(pole);
+        return stem == stems.end() ? nullptr : stem->second;
+    };
     for (Slot slot = 0; slot < cone_.getSlotCount(); ++slot) {
         if ((cone_.getFlags(slot) & (detail::Cone::Start | detail::Cone::Closed)) != detail::Cone::Start)
             continue;
@@ -63,7 +86,7 @@ bool Pairing::classify() {
         if (lacksMode(pole))
             return false;
         launchSlots_.push_back(slot);
-        launchClasses_.push_back(launches_.getNumber(launchSideOf(clockStems_, pole)));
+        launchClasses_.push_back(launches_.getNumber(launchSideOf(stemOf(pole), pole)));
         if (launches_.sides.size() > mostClasses)
             return false;
     }
@@ -71,7 +94,8 @@ bool Pairing::classify() {
         latchPoles_.push_back(cone_.getPoles()[end]->getMainPole());
         if (lacksMode(latchPoles_.back()))
             return false;
-        latchClasses_.push_back(latches_.getNumber(latchSideOf(clockStems_, latchPoles_.back())));
+        latchClasses_.push_back(
+            latches_.getNumber(latchSideOf(stemOf(latchPoles_.back()), latchPoles_.back())));
         if (latches_.sides.size() > mostClasses)
             return false;
     }

@@ -45,6 +45,7 @@ private:
         using Key = std::pair<int, std::vector<Pelko::Pole*>>; // mode and roots
 
         unsigned getNumber(const ClockSide& side);
+        unsigned lookUp(const ClockSide& side);
         void place(std::size_t slots) {
             words = (sides.size() + 63) / 64;
             bits.assign(slots * words, 0);
@@ -61,6 +62,7 @@ private:
 
         std::vector<ClockSide> sides; // by number
         std::map<Key, unsigned> numbers;
+        unsigned last = 0; // what was asked for last
         std::size_t words = 0;
         detail::LargeVector<Word> bits; // by slot
     };
