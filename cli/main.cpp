@@ -1,12 +1,12 @@
 // The command `vorlen`: options in, a report out, and the exit status that says how it went.
 #include "../report/Json.h"
 #include "../report/Text.h"
+#include "Ending.h"
 #include "Output.h"
 #include "Progress.h"
 #include "Session.h"
 #include "Terminal.h"
 
-#include <csignal>
 #include <iostream>
 #include <optional>
 
@@ -21,34 +21,6 @@ void print(const Readers::Diagnostics& diagnostics, bool quiet) {
     for (const Readers::Diagnostic& diagnostic : diagnostics.all())
         if (!quiet || diagnostic.severity == Readers::Severity::error)
             std::cerr << toString(diagnostic) << '\n';
-}
-
-// Where nothing would heed the request, and when it is made again, the process ends here: nothing is written
-// yet but a file that has not taken its place.
-void onInterrupt(int) {
-    static volatile std::sig_atomic_t requests = 0;
-    requests = requests + 1;
-    if (requestStop() && requests == 1)
-        return;
-    Output::abandon();
-    constexpr std::string_view text = "vorlen: interrupted\n";
-    [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
-    _exit(interrupted);
-}
-
-// What else ends the process takes the begun file away too.
-void onEnd(int signal) {
-    Output::abandon();
-    std::signal(signal, SIG_DFL);
-    std::raise(signal);
-}
-
-// A limit of the files' size is told as any other failure to write.
-void handleSignals() {
-    std::signal(SIGINT, onInterrupt);
-    std::signal(SIGTERM, onEnd);
-    std::signal(SIGHUP, onEnd);
-    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 // A file that is opened must not take the place of a standard stream that was closed: what is meant for that
@@ -104,6 +76,7 @@ int main(int argc, char** argv) {
         return *invocation.exit;
     handleSignals();
     Session session;
+    session.limits.giveUp = endBadScript;
     try {
         return analyze(invocation.options, session);
     } catch (const Readers::BadInput& bad) {
