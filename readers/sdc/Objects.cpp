@@ -36,6 +36,11 @@ void copyHandle(Tcl_Obj* from, Tcl_Obj* to) {
 
 const Tcl_ObjType handleType = {"sdc object", nullptr, copyHandle, writeText, nullptr};
 
+const Tcl_ObjType* listType() {
+    static const Tcl_ObjType* const type = Tcl_GetObjType("list");
+    return type;
+}
+
 std::optional<Object> parseHandle(std::string_view text) {
     const std::size_t colon = text.find(':');
     if (!text.starts_with('@') || colon == std::string_view::npos)
@@ -79,11 +84,19 @@ std::optional<Object> toObject(Tcl_Obj* value) {
     return parseHandle({text, static_cast<std::size_t>(length)});
 }
 
+bool holdsHandles(Tcl_Obj* value) {
+    if (value->typePtr == listType()) {
+        Tcl_Obj* first = nullptr;
+        Tcl_ListObjIndex(nullptr, value, 0, &first);
+        return first != nullptr && first->typePtr == &handleType;
+    }
+    return value->typePtr == &handleType;
+}
+
 std::vector<Tcl_Obj*> elementsOf(Tcl_Obj* value) {
     if (value->typePtr == &handleType)
         return {value};
-    static const Tcl_ObjType* const listType = Tcl_GetObjType("list");
-    if (value->typePtr != listType) {
+    if (value->typePtr != listType()) {
         const std::string_view text = Tcl_GetString(value);
         const bool word = text.find_first_of(" \t\n\r") == std::string_view::npos && !text.starts_with('{');
         if (word && !text.empty())
