@@ -101,16 +101,22 @@ int Interpreter::call(ClientData data, Tcl_Interp* tcl, int count, Tcl_Obj* cons
     Interpreter& self = *command.interpreter;
     try {
         Tcl_ResetResult(tcl);
-        command.handler(Words(words, static_cast<std::size_t>(count)));
+        return self.carryOut(command.handler, Words(words, static_cast<std::size_t>(count)));
+    } catch (...) {
+        self.internal_ = std::current_exception();
+        Tcl_SetObjResult(tcl, Tcl_NewStringObj("internal error", -1));
+        return TCL_ERROR;
+    }
+}
+
+int Interpreter::carryOut(const Handler& handler, Words words) {
+    try {
+        handler(words);
         return TCL_OK;
     } catch (const Raised&) {
         return TCL_ERROR;
     } catch (const CommandError& error) {
-        return self.fail(error.what(), self.place());
-    } catch (...) {
-        self.internal_ = std::current_exception();
-        // A file that cannot be read to its end fails before it is on the stack.
-        return self.fail("internal error", self.stack_.empty() ? Place{} : self.place());
+        return fail(error.what(), place()); // for which there may be no memory
     }
 }
 

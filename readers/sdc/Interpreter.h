@@ -90,6 +90,7 @@ private:
     struct Raised {};
 
     static int call(ClientData data, Tcl_Interp* tcl, int count, Tcl_Obj* const words[]);
+    int carryOut(const Handler& handler, Words words);
     int fail(std::string_view text, const Place& place);
 
     void confine();

@@ -3,8 +3,8 @@
 
 #include <array>
 #include <charconv>
+#include <cstdio>
 #include <cstring>
-#include <string>
 
 namespace Readers::Sdc {
 
@@ -21,12 +21,15 @@ Object unpacked(const Tcl_Obj* value) {
     return {static_cast<ObjectKind>(bits & 7), static_cast<std::uint32_t>(bits >> 3)};
 }
 
+// Called by Tcl: nothing may be thrown.
 void writeText(Tcl_Obj* value) {
     const Object object = unpacked(value);
-    const std::string text = "@" + std::string(kindName(object.kind)) + ":" + std::to_string(object.index);
-    value->bytes = Tcl_Alloc(static_cast<unsigned>(text.size() + 1));
-    std::memcpy(value->bytes, text.c_str(), text.size() + 1);
-    value->length = static_cast<int>(text.size());
+    std::array<char, 32> text{};
+    const int size =
+        std::snprintf(text.data(), text.size(), "@%s:%u", kindName(object.kind).data(), object.index);
+    value->bytes = Tcl_Alloc(static_cast<unsigned>(size + 1));
+    std::memcpy(value->bytes, text.data(), static_cast<std::size_t>(size + 1));
+    value->length = size;
 }
 
 void copyHandle(Tcl_Obj* from, Tcl_Obj* to) {
