@@ -1,4 +1,4 @@
-// Signals, and the end in the middle of a script.
+// Signals, no memory, and the end in the middle of a script.
 #include "Ending.h"
 
 #include "../readers/sdc/Watch.h"
@@ -9,6 +9,7 @@
 
 #include <array>
 #include <csignal>
+#include <new>
 
 #include <unistd.h>
 
@@ -74,6 +75,10 @@ void handleSignals() {
     std::signal(SIGABRT, onEnd);
     handleFaults();
     std::signal(SIGXFSZ, SIG_IGN); // a limit of the files' size is told as any other failure to write
+}
+
+void handleLackOfMemory() {
+    std::set_new_handler([] { end("vorlen: error: out of memory", internalError); });
 }
 
 void endBadScript(std::string_view line) noexcept { end(line, badInput); }
