@@ -68,9 +68,7 @@ CannotWrite::CannotWrite(const std::string& file, int errorNumber)
 // A buffer before a file descriptor. The first error is kept, and ends all writing.
 class Output::Descriptor : public std::streambuf {
 public:
-    explicit Descriptor(int descriptor) : descriptor_(descriptor) {
-        setp(buffer_.data(), buffer_.data() + buffer_.size());
-    }
+    Descriptor() { setp(buffer_.data(), buffer_.data() + buffer_.size()); }
     ~Descriptor() override {
         if (descriptor_ >= 0)
             ::close(descriptor_);
@@ -78,6 +76,7 @@ public:
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
 
+    void hold(int descriptor) noexcept { descriptor_ = descriptor; }
     int error() const { return error_; }
     bool flush() { return sync() == 0; }
     bool synchronize() { return check(fsync(descriptor_)); }
@@ -112,21 +111,33 @@ private:
         return error_ == 0;
     }
 
-    int descriptor_;
+    int descriptor_ = -1;
     int error_ = 0;
     std::array<char, bufferSize> buffer_{};
 };
 
-Output::Output(std::string path) : path_(std::move(path)) {
+Output::Output(std::string path) : path_(std::move(path)), descriptor_(std::make_unique<Descriptor>()) {
     open();
     stream_.rdbuf(descriptor_.get());
 }
 
-Output::~Output() {
-    if (temporary_.empty())
+Output::~Output() = default;
+
+Output::Temporary::~Temporary() {
+    if (name_.empty())
         return;
     begun = nullptr;
-    unlink(temporary_.c_str());
+    unlink(name_.c_str());
+}
+
+void Output::Temporary::hold(std::string name) noexcept {
+    name_ = std::move(name);
+    begun = name_.c_str();
+}
+
+void Output::Temporary::release() noexcept {
+    begun = nullptr;
+    name_.clear();
 }
 
 void Output::abandon() noexcept {
@@ -158,7 +169,7 @@ void Output::open() {
                                        : ::open(path_.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
     if (descriptor < 0)
         throw CannotWrite(path_, errno);
-    descriptor_ = std::make_unique<Descriptor>(descriptor);
+    descriptor_->hold(descriptor);
 }
 
 // A file that replaces another one keeps its permissions.
@@ -174,16 +185,11 @@ void Output::openBeside(const std::string& target, unsigned mode, bool exists) {
     }
     if (descriptor < 0)
         throw CannotWrite(path_, errno);
-    descriptor_ = std::make_unique<Descriptor>(descriptor);
-    temporary_ = name;
+    descriptor_->hold(descriptor);
+    temporary_.hold(std::move(name));
     target_ = target;
-    begun = temporary_.c_str();
-    if (exists && fchmod(descriptor, mode) != 0) {
-        const int error = errno;
-        begun = nullptr;
-        unlink(temporary_.c_str());
-        throw CannotWrite(path_, error);
-    }
+    if (exists && fchmod(descriptor, mode) != 0)
+        throw CannotWrite(path_, errno);
 }
 
 void Output::commit() {
@@ -194,10 +200,9 @@ void Output::commit() {
         throw CannotWrite(path_, descriptor.error() != 0 ? descriptor.error() : EIO);
     if (target_.empty())
         return;
-    if (std::rename(temporary_.c_str(), target_.c_str()) != 0)
+    if (std::rename(temporary_.name().c_str(), target_.c_str()) != 0)
         throw CannotWrite(path_, errno);
-    begun = nullptr;
-    temporary_.clear();
+    temporary_.release();
 }
 
 } // namespace Cli

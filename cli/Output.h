@@ -43,13 +43,28 @@ public:
 
 private:
     class Descriptor;
+    // The file that has not taken its place; it goes with its object, also where the constructor fails.
+    class Temporary {
+    public:
+        Temporary() = default;
+        ~Temporary();
+        Temporary(const Temporary&) = delete;
+        Temporary& operator=(const Temporary&) = delete;
+
+        void hold(std::string name) noexcept;
+        void release() noexcept;
+        const std::string& name() const { return name_; }
+
+    private:
+        std::string name_; // empty: none there
+    };
 
     void open();
     void openBeside(const std::string& target, unsigned mode, bool exists);
 
     std::string path_;
-    std::string target_;    // where the file will stand; empty: written directly
-    std::string temporary_; // empty: none there
+    std::string target_; // where the file will stand; empty: written directly
+    Temporary temporary_;
     std::unique_ptr<Descriptor> descriptor_;
     std::ostream stream_{nullptr};
 };

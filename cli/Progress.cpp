@@ -4,6 +4,7 @@
 #include "Terminal.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 
 #include <unistd.h>
@@ -17,6 +18,11 @@ constexpr std::size_t usualColumns = 80;
 constexpr std::string_view erase = "\r\x1b[K";
 constexpr std::string_view ellipsis = "...";
 constexpr unsigned all = 100;
+
+// Where a line is shown, for abandon(); or none.
+constexpr int none = -1;
+std::atomic<int> shownOn = none;
+static_assert(std::atomic<int>::is_always_lock_free);
 
 bool continuesCodePoint(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
 
@@ -83,10 +89,17 @@ void Progress::clear() {
     if (!visible_)
         return;
     visible_ = false;
+    shownOn = none;
     write(erase);
 }
 
+void Progress::abandon() noexcept {
+    if (const int descriptor = shownOn; descriptor != none) [[maybe_unused]]
+        const ssize_t written = ::write(descriptor, erase.data(), erase.size());
+}
+
 void Progress::draw(const std::string& line) {
+    shownOn = descriptor_;
     write(std::string(erase) + line);
     visible_ = true;
 }

@@ -28,6 +28,9 @@ public:
     // Takes the line away; the next show() brings it back. To be called before other output to the terminal.
     void clear();
 
+    // Takes away the line that is shown last, for a process that ends at once. Safe in a signal handler.
+    static void abandon() noexcept;
+
 private:
     void draw(const std::string& line);
     void write(std::string_view bytes);

@@ -119,7 +119,7 @@ void Run::readConstraints() {
     if (options_.sdc.empty())
         return;
     begin("reading the constraints");
-    Readers::Sdc::Reader reader(design_, session_.diagnostics);
+    Readers::Sdc::Reader reader(design_, session_.diagnostics, session_.limits);
     for (const std::string& path : options_.sdc) {
         Readers::Source source(path);
         reader.read(source);

@@ -1,6 +1,7 @@
 // One run of the command, from its files to its report: read, launch, harvest.
 #pragma once
 
+#include "../readers/sdc/Limits.h"
 #include "../report/Report.h"
 #include "Options.h"
 
@@ -25,6 +26,8 @@ struct Stage {
 struct Session {
     // Told of each stage as it begins.
     std::function<void(std::string_view)> onStage = [](std::string_view) {};
+    // For each file of constraints.
+    Readers::Sdc::Limits limits;
     // Diagnostics that were found before a failure.
     Readers::Diagnostics diagnostics;
     std::vector<Stage> stages;

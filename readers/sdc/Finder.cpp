@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <unordered_set>
 
 namespace Readers::Sdc {
 
@@ -15,6 +16,9 @@ constexpr std::size_t npos = std::string_view::npos;
 
 // From so many patterns on it pays to have the names in order.
 constexpr unsigned fewPatterns = 8;
+
+// Beyond that the results of all patterns so far are forgotten.
+constexpr std::size_t mostKnownObjects = 4'000'000;
 
 std::string withoutEscapes(std::string_view text) {
     std::string result;
@@ -129,6 +133,31 @@ bool Finder::findExact(ObjectKind kind, std::string_view pattern, std::vector<Ob
 
 void Finder::find(ObjectKind kind, std::string_view pattern, const FindOptions& options,
                   std::vector<Object>& found) const {
+    if (!options.regexp && !options.hierarchical && !options.ignoreCase && findExact(kind, pattern, found))
+        return;
+    if (kind == ObjectKind::clock) { // they come and go
+        search(kind, pattern, options, found);
+        return;
+    }
+    std::string key = {static_cast<char>('0' + static_cast<int>(kind)), options.regexp ? 'r' : 'g',
+                       options.ignoreCase ? 'i' : '-', options.hierarchical ? 'h' : '-'};
+    key += pattern;
+    auto known = known_.find(key);
+    if (known == known_.end()) {
+        std::vector<Object> objects;
+        search(kind, pattern, options, objects);
+        knownObjects_ += objects.size() + 1;
+        if (knownObjects_ > mostKnownObjects) {
+            known_.clear();
+            knownObjects_ = objects.size() + 1;
+        }
+        known = known_.emplace(std::move(key), std::move(objects)).first;
+    }
+    found.insert(found.end(), known->second.begin(), known->second.end());
+}
+
+void Finder::search(ObjectKind kind, std::string_view pattern, const FindOptions& options,
+                    std::vector<Object>& found) const {
     if (options.regexp) {
         const std::string whole = "^(?:" + std::string(pattern) + ")$";
         Tcl_Obj* const text = Tcl_NewStringObj(whole.c_str(), -1);
@@ -149,8 +178,6 @@ void Finder::find(ObjectKind kind, std::string_view pattern, const FindOptions& 
         Tcl_DecrRefCount(text);
         return;
     }
-    if (!options.hierarchical && !options.ignoreCase && findExact(kind, pattern, found))
-        return;
     const std::size_t slash = kind == ObjectKind::pin ? pattern.rfind('/') : npos;
     const Glob glob(pattern, options.ignoreCase);
     if (glob.isLiteral() && !options.hierarchical)
@@ -159,6 +186,10 @@ void Finder::find(ObjectKind kind, std::string_view pattern, const FindOptions& 
         const bool escaped = slash > 0 && pattern[slash - 1] == '\\';
         findPins(Glob(pattern.substr(0, escaped ? slash - 1 : slash), options.ignoreCase),
                  Glob(pattern.substr(slash + 1), options.ignoreCase), options, found);
+        return;
+    }
+    if (kind == ObjectKind::pin && !isInAPinsOwnName(glob.piece())) {
+        findWholePins(glob, options, found);
         return;
     }
     const Test test = [&glob](std::string_view name) { return glob.matches(name); };
@@ -197,6 +228,39 @@ bool Finder::matches(const Test& test, std::string_view name, const FindOptions&
         if ((name[at] == '/' || name[at] == design_.divider) && test(name.substr(at + 1)))
             return true;
     return false;
+}
+
+bool Finder::isInAPinsOwnName(std::string_view piece) const {
+    if (pinsOwnNames_.empty()) {
+        std::unordered_set<std::uint32_t> known;
+        for (const Design::Pin& pin : design_.pins)
+            if (known.insert(static_cast<std::uint32_t>(pin.name)).second)
+                pinsOwnNames_.push_back(design_.names[pin.name]);
+    }
+    return std::ranges::any_of(pinsOwnNames_,
+                               [piece](std::string_view name) { return name.find(piece) != npos; });
+}
+
+// Pins by their whole names, where a piece of the pattern can only stand in that of the cell: so the cells
+// without it are left out.
+void Finder::findWholePins(const Glob& glob, const FindOptions& options, std::vector<Object>& found) const {
+    const Test test = [&glob](std::string_view name) { return glob.matches(name); };
+    const auto first = static_cast<std::ptrdiff_t>(found.size());
+    std::string name;
+    for (std::uint32_t cell = 0; cell < design_.cells.size(); ++cell) {
+        const std::string_view cellName = design_.cellName(cell);
+        if (cellName.find(glob.piece()) == npos)
+            continue;
+        const bool all = glob.isOpen() && matches(test, cellName, options);
+        for (const std::uint32_t pin : design_.pinsOfCell(cell)) {
+            name = cellName;
+            name += '/';
+            name += design_.names[design_.pins[pin].name];
+            if (all || matches(test, name, options))
+                found.push_back({ObjectKind::pin, pin});
+        }
+    }
+    std::ranges::sort(found.begin() + first, found.end());
 }
 
 void Finder::findPins(const Glob& cells, const Glob& pins, const FindOptions& options,

@@ -1,7 +1,8 @@
 // Finds objects by name or pattern.
 //
 // A pattern is first taken as a name, by hash; only where that finds nothing, and where it has wildcards, are
-// all objects of its kind compared, or, once there were several patterns, those that begin as it does. A
+// all objects of its kind compared, or, once there were several patterns, those that begin as it does. What
+// a pattern found is kept, within bounds, for when it comes again. A
 // pin's pattern is "instance/pin" with the last slash before the pin, and both sides match by themselves;
 // without a slash it is matched against the whole name.
 #pragma once
@@ -50,8 +51,12 @@ public:
 private:
     using Test = std::function<bool(std::string_view)>;
 
+    void search(ObjectKind kind, std::string_view pattern, const FindOptions& options,
+                std::vector<Object>& found) const;
     bool findExactName(ObjectKind kind, const std::string& name, std::vector<Object>& found) const;
     std::uint32_t exactPin(std::string_view name) const;
+    void findWholePins(const Glob& glob, const FindOptions& options, std::vector<Object>& found) const;
+    bool isInAPinsOwnName(std::string_view piece) const;
     void findPins(const Glob& cells, const Glob& pins, const FindOptions& options,
                   std::vector<Object>& found) const;
     void findAll(ObjectKind kind, const Test& test, const std::string& prefix,
@@ -66,7 +71,10 @@ private:
     Tcl_Interp* tcl_;
     std::unordered_map<std::string, std::uint32_t> clockByName_; // those that live
     mutable unsigned patterns_ = 0;
-    mutable std::vector<std::uint32_t> cellsByName_, netsByName_; // in byte order; empty: not yet made
+    mutable std::vector<std::uint32_t> cellsByName_, netsByName_;        // in byte order; empty: not yet made
+    mutable std::unordered_map<std::string, std::vector<Object>> known_; // what patterns have found
+    mutable std::size_t knownObjects_ = 0;
+    mutable std::vector<std::string_view> pinsOwnNames_; // each once; empty: not yet made
 };
 
 } // namespace Readers::Sdc

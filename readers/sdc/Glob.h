@@ -24,6 +24,10 @@ public:
     bool matches(std::string_view text) const;
     // What every text that matches begins with; empty where case does not matter.
     std::string prefix() const;
+    // The longest piece that stands in every text that matches; empty where case does not matter.
+    const std::string& piece() const { return piece_; }
+    // Whatever follows a text that matches, the whole matches too.
+    bool isOpen() const { return !elements_.empty() && elements_.back().kind == Kind::star; }
 
 private:
     enum class Kind : std::uint8_t { character, any, star, set };
@@ -39,11 +43,12 @@ private:
     void addCharacter(char c);
     void add(Kind kind);
     unsigned char folded(unsigned char c) const;
+    std::string longestPiece() const;
     bool accepts(const Element& element, unsigned char c) const;
 
     std::vector<Element> elements_;
     std::vector<Set> sets_;
-    std::string text_;
+    std::string text_, piece_;
     bool ignoreCase_ = false;
     bool literal_ = true;
 };

@@ -6,11 +6,14 @@
 #include <filesystem>
 #include <mutex>
 
+#include <sys/resource.h>
+
 namespace Readers::Sdc {
 
 namespace {
 
 constexpr int deepestBrackets = 5'000; // Tcl's own parser calls itself for each open bracket or brace
+constexpr std::chrono::milliseconds checkInterval{100};
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
 // The text with Unix line ends, and without a byte order mark.
@@ -23,6 +26,14 @@ std::string cleaned(std::string text) {
             text[kept++] = text[at];
     text.resize(kept);
     return text;
+}
+
+// The most that the process has held so far, in MB.
+std::size_t peakMemory() {
+    constexpr long unit = 1024; // the system counts in KB
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return static_cast<std::size_t>(usage.ru_maxrss / unit);
 }
 
 unsigned linesIn(std::string_view text) { return static_cast<unsigned>(std::ranges::count(text, '\n')); }
@@ -67,6 +78,7 @@ Interpreter::Interpreter(Constraints& constraints, const Limits& limits)
     define("proc", [this](Words words) { defineProcedure(words); });
     define("unknown", [this](Words words) { unknown(words); });
     Tcl_SetRecursionLimit(tcl_, limits.depth);
+    Tcl_LimitAddHandler(tcl_, TCL_LIMIT_TIME, &Interpreter::onTime, this, nullptr);
 }
 
 Interpreter::~Interpreter() { Tcl_DeleteInterp(tcl_); }
@@ -89,16 +101,22 @@ int Interpreter::call(ClientData data, Tcl_Interp* tcl, int count, Tcl_Obj* cons
     Interpreter& self = *command.interpreter;
     try {
         Tcl_ResetResult(tcl);
-        command.handler(Words(words, static_cast<std::size_t>(count)));
+        return self.carryOut(command.handler, Words(words, static_cast<std::size_t>(count)));
+    } catch (...) {
+        self.internal_ = std::current_exception();
+        Tcl_SetObjResult(tcl, Tcl_NewStringObj("internal error", -1));
+        return TCL_ERROR;
+    }
+}
+
+int Interpreter::carryOut(const Handler& handler, Words words) {
+    try {
+        handler(words);
         return TCL_OK;
     } catch (const Raised&) {
         return TCL_ERROR;
     } catch (const CommandError& error) {
-        return self.fail(error.what(), self.place());
-    } catch (...) {
-        self.internal_ = std::current_exception();
-        // A file that cannot be read to its end fails before it is on the stack.
-        return self.fail("internal error", self.stack_.empty() ? Place{} : self.place());
+        return fail(error.what(), place()); // for which there may be no memory
     }
 }
 
@@ -110,37 +128,41 @@ int Interpreter::fail(std::string_view text, const Place& place) {
 
 // --- Files ----------------------------------------------------------------------------------------------------------
 
+// How long the file's bytes take to come, through a pipe perhaps, is not the script's matter.
 void Interpreter::run(Source& source) {
-    startLimits();
+    const std::string text = cleaned(source.readAll());
     // Inside of a command of its own, gone before the script sees it: at its outermost level Tcl does not
     // tell a `return` from a command that ends as usual.
     constexpr const char* name = "read constraints";
-    define(name, [this, &source](Words) {
+    define(name, [this, &source, &text](Words) {
         Tcl_DeleteCommand(tcl_, name);
-        if (evaluate(source) != TCL_OK)
+        if (evaluate(source, text) != TCL_OK)
             throw Raised{};
     });
     Tcl_Obj* const word = Tcl_NewStringObj(name, -1);
     Tcl_IncrRefCount(word);
-    const int code = Tcl_EvalObjv(tcl_, 1, &word, TCL_EVAL_GLOBAL);
+    startLimits();
+    int code = TCL_OK;
+    {
+        Watch watch(limits_, source.path());
+        watch_ = &watch;
+        code = Tcl_EvalObjv(tcl_, 1, &word, TCL_EVAL_GLOBAL);
+        watch_ = nullptr;
+    }
     Tcl_DecrRefCount(word);
     if (internal_)
         std::rethrow_exception(internal_);
     if (code == TCL_OK)
         return;
-    const std::string text = Tcl_GetStringResult(tcl_);
-    throw BadInput(markedPlace().value_or(Place{source.path(), 0, 0}), text);
+    const std::string error = Tcl_GetStringResult(tcl_);
+    throw BadInput(markedPlace().value_or(Place{source.path(), 0, 0}), error);
 }
 
 void Interpreter::startLimits() {
-    const auto micros = std::chrono::duration_cast<std::chrono::microseconds>(limits_.time).count();
-    constexpr long second = 1'000'000;
-    Tcl_Time end;
-    Tcl_GetTime(&end);
-    const long total = end.usec + static_cast<long>(micros);
-    end.sec += total / second;
-    end.usec = total % second;
-    Tcl_LimitSetTime(tcl_, &end);
+    end_ = Clock::now() + limits_.time;
+    peakBefore_ = peakMemory();
+    isTooLarge_ = false;
+    setTimeLimit(std::min(limits_.time, checkInterval));
     Tcl_LimitTypeSet(tcl_, TCL_LIMIT_TIME);
 
     Tcl_EvalEx(tcl_, "info cmdcount", -1, TCL_EVAL_GLOBAL);
@@ -148,6 +170,32 @@ void Interpreter::startLimits() {
     Tcl_GetIntFromObj(nullptr, Tcl_GetObjResult(tcl_), &count);
     Tcl_LimitSetCommands(tcl_, count + limits_.commands);
     Tcl_LimitTypeSet(tcl_, TCL_LIMIT_COMMANDS);
+}
+
+// After so long, as Tcl counts.
+void Interpreter::setTimeLimit(std::chrono::milliseconds left) {
+    const auto micros = std::chrono::duration_cast<std::chrono::microseconds>(left).count();
+    constexpr long second = 1'000'000;
+    Tcl_Time end;
+    Tcl_GetTime(&end);
+    const long total = end.usec + static_cast<long>(micros);
+    end.sec += total / second;
+    end.usec = total % second;
+    Tcl_LimitSetTime(tcl_, &end);
+}
+
+// Between commands, where the interval is over: the limit stands unless it is set anew.
+void Interpreter::onTime(ClientData data, Tcl_Interp*) {
+    Interpreter& self = *static_cast<Interpreter*>(data);
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(self.end_ - Clock::now());
+    self.isTooLarge_ = peakMemory() > self.peakBefore_ + self.limits_.memory;
+    if (left > left.zero() && !self.isTooLarge_)
+        self.setTimeLimit(std::min(left, checkInterval));
+}
+
+void Interpreter::tellWatch() {
+    if (watch_ != nullptr && !stack_.empty())
+        watch_->moveTo(files_[stack_.back().index], stack_.back().line);
 }
 
 // The file's number; that of the first time where it is read again.
@@ -161,8 +209,7 @@ std::uint32_t Interpreter::addFile(Source& source) {
     return index;
 }
 
-int Interpreter::evaluate(Source& source) {
-    const std::string text = cleaned(source.readAll());
+int Interpreter::evaluate(Source& source, const std::string& text) {
     File file;
     file.index = addFile(source);
     file.frames = stack_.empty() ? 0 : frameCount(); // Tcl can not be asked where it runs nothing
@@ -174,6 +221,7 @@ int Interpreter::evaluate(Source& source) {
     if (code != TCL_OK)
         markError();
     stack_.pop_back();
+    tellWatch();
     return code;
 }
 
@@ -194,6 +242,7 @@ int Interpreter::evaluateText(const std::string& text) {
         at = command.data() + command.size();
         stack_[depth].line = line;
         stack_[depth].command = command;
+        tellWatch();
         if (parsed != TCL_OK)
             return fail(Tcl_GetStringResult(tcl_), {files_[stack_[depth].index], line, 0});
         const bool empty = parse.numWords == 0;
@@ -230,7 +279,7 @@ void Interpreter::source(Words words) {
             throw CommandError("source: '" + path.string() + "' is being read already");
     try {
         Source nested(whole);
-        if (evaluate(nested) != TCL_OK)
+        if (evaluate(nested, cleaned(nested.readAll())) != TCL_OK)
             throw Raised{};
     } catch (const BadInput& error) {
         throw CommandError("source: '" + path.string() + "': " + error.diagnostic().text);

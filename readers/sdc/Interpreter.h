@@ -11,9 +11,11 @@
 #include "../Source.h"
 #include "Constraints.h"
 #include "Limits.h"
+#include "Watch.h"
 
 #include <tcl.h>
 
+#include <chrono>
 #include <exception>
 #include <functional>
 #include <memory>
@@ -61,6 +63,8 @@ public:
     Tcl_Interp* raw() { return tcl_; }
 
 private:
+    using Clock = std::chrono::steady_clock;
+
     struct Command {
         Interpreter* interpreter = nullptr;
         Handler handler;
@@ -86,6 +90,7 @@ private:
     struct Raised {};
 
     static int call(ClientData data, Tcl_Interp* tcl, int count, Tcl_Obj* const words[]);
+    int carryOut(const Handler& handler, Words words);
     int fail(std::string_view text, const Place& place);
 
     void confine();
@@ -93,11 +98,14 @@ private:
     void defineProcedure(Words words);
     void unknown(Words words);
 
-    int evaluate(Source& source);
+    int evaluate(Source& source, const std::string& text);
     std::uint32_t addFile(Source& source);
     int evaluateText(const std::string& text);
     std::string limitText() const;
     void startLimits();
+    static void onTime(ClientData data, Tcl_Interp* tcl);
+    void setTimeLimit(std::chrono::milliseconds left);
+    void tellWatch();
     Place place(const Origin& origin) const { return {files_[origin.file], origin.line, 0}; }
 
     int frameCount();
@@ -114,6 +122,10 @@ private:
     Tcl_CmdInfo infoFrame_{}, proc_{};
     std::vector<std::unique_ptr<Command>> commands_;
     std::vector<File> stack_;
+    Watch* watch_ = nullptr;                                // while files are evaluated
+    Clock::time_point end_;                                 // of the time for the file
+    std::size_t peakBefore_ = 0;                            // of the process's memory, in MB
+    bool isTooLarge_ = false;                               // that is what ends the script
     std::unordered_map<std::string, Procedure> procedures_; // by full name
     std::exception_ptr internal_;                           // thrown by a command, on its way past Tcl
 };

@@ -2,13 +2,25 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
+#include <string_view>
 
 namespace Readers::Sdc {
+
+// Prints the line to standard error and ends the process with status 2.
+[[noreturn]] void endProcess(std::string_view line) noexcept;
 
 struct Limits {
     std::chrono::milliseconds time{10'000}; // for one file with all that it sources
     int commands = 50'000'000;              // likewise
     int depth = 1'000;                      // of commands in commands
+    std::size_t memory = 4'000;             // MB, of the process, that one file with all that it sources adds
+
+    // The time limit is looked at between commands. A single one that goes on for so long beyond it, and one
+    // that Tcl gives up by ending the process, cannot be left: the process ends by this call, which is told
+    // the error's line and must not return. It may come on another thread, while that of the script goes on.
+    std::chrono::milliseconds grace{2'000};
+    void (*giveUp)(std::string_view line) noexcept = endProcess;
 };
 
 } // namespace Readers::Sdc

@@ -152,7 +152,7 @@ Origin Interpreter::origin() {
 void Interpreter::markError() {
     const File& file = stack_.back();
     if (Tcl_LimitExceeded(tcl_) != 0) {
-        fail("the script ran for more than " + limitText(), {files_[file.index], file.line, 0});
+        fail(limitText(), {files_[file.index], file.line, 0});
     } else if (!markedPlace()) {
         const std::string text = Tcl_GetStringResult(tcl_);
         fail(text, place(errorOrigin()));
@@ -161,9 +161,10 @@ void Interpreter::markError() {
 
 std::string Interpreter::limitText() const {
     if (Tcl_LimitTypeExceeded(tcl_, TCL_LIMIT_TIME) == 0)
-        return std::to_string(limits_.commands) + " commands";
-    const Decimal seconds{limits_.time.count(), -3};
-    return seconds.toString() + " s";
+        return "the script ran for more than " + std::to_string(limits_.commands) + " commands";
+    if (isTooLarge_)
+        return "the script took more than " + std::to_string(limits_.memory) + " MB of memory";
+    return overTime(limits_);
 }
 
 // Tcl's trace has the innermost text first. A body's first line is taken as that of the command which has the

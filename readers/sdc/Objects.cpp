@@ -3,8 +3,8 @@
 
 #include <array>
 #include <charconv>
+#include <cstdio>
 #include <cstring>
-#include <string>
 
 namespace Readers::Sdc {
 
@@ -21,12 +21,15 @@ Object unpacked(const Tcl_Obj* value) {
     return {static_cast<ObjectKind>(bits & 7), static_cast<std::uint32_t>(bits >> 3)};
 }
 
+// Called by Tcl: nothing may be thrown.
 void writeText(Tcl_Obj* value) {
     const Object object = unpacked(value);
-    const std::string text = "@" + std::string(kindName(object.kind)) + ":" + std::to_string(object.index);
-    value->bytes = Tcl_Alloc(static_cast<unsigned>(text.size() + 1));
-    std::memcpy(value->bytes, text.c_str(), text.size() + 1);
-    value->length = static_cast<int>(text.size());
+    std::array<char, 32> text{};
+    const int size =
+        std::snprintf(text.data(), text.size(), "@%s:%u", kindName(object.kind).data(), object.index);
+    value->bytes = Tcl_Alloc(static_cast<unsigned>(size + 1));
+    std::memcpy(value->bytes, text.data(), static_cast<std::size_t>(size + 1));
+    value->length = size;
 }
 
 void copyHandle(Tcl_Obj* from, Tcl_Obj* to) {
@@ -35,6 +38,11 @@ void copyHandle(Tcl_Obj* from, Tcl_Obj* to) {
 }
 
 const Tcl_ObjType handleType = {"sdc object", nullptr, copyHandle, writeText, nullptr};
+
+const Tcl_ObjType* listType() {
+    static const Tcl_ObjType* const type = Tcl_GetObjType("list");
+    return type;
+}
 
 std::optional<Object> parseHandle(std::string_view text) {
     const std::size_t colon = text.find(':');
@@ -79,11 +87,19 @@ std::optional<Object> toObject(Tcl_Obj* value) {
     return parseHandle({text, static_cast<std::size_t>(length)});
 }
 
+bool holdsHandles(Tcl_Obj* value) {
+    if (value->typePtr == listType()) {
+        Tcl_Obj* first = nullptr;
+        Tcl_ListObjIndex(nullptr, value, 0, &first);
+        return first != nullptr && first->typePtr == &handleType;
+    }
+    return value->typePtr == &handleType;
+}
+
 std::vector<Tcl_Obj*> elementsOf(Tcl_Obj* value) {
     if (value->typePtr == &handleType)
         return {value};
-    static const Tcl_ObjType* const listType = Tcl_GetObjType("list");
-    if (value->typePtr != listType) {
+    if (value->typePtr != listType()) {
         const std::string_view text = Tcl_GetString(value);
         const bool word = text.find_first_of(" \t\n\r") == std::string_view::npos && !text.starts_with('{');
         if (word && !text.empty())

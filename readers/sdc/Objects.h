@@ -23,6 +23,10 @@ Tcl_Obj* newCollection(const std::vector<Object>& objects);
 // The object behind the value, where it is a handle. Indices are not checked.
 std::optional<Object> toObject(Tcl_Obj* value);
 
+// A handle, or a list that begins with one. Asked where the value's text, which may be long, is best not
+// made.
+bool holdsHandles(Tcl_Obj* value);
+
 // The elements of a list of handles, names or patterns. One word without spaces is one element, whatever
 // brackets and backslashes it has; so is a text that is no list. Valid as long as the value is not changed.
 std::vector<Tcl_Obj*> elementsOf(Tcl_Obj* value);

@@ -1,6 +1,8 @@
 // Reading a command's words by its syntax.
 #include "Options.h"
 
+#include "Objects.h"
+
 #include <algorithm>
 #include <charconv>
 
@@ -33,6 +35,11 @@ bool looksLikeOption(std::string_view word) {
            ((word[1] >= 'a' && word[1] <= 'z') || word[1] == '_' || (word[1] >= 'A' && word[1] <= 'Z'));
 }
 
+// The word's text where it may be an option; that of objects never is.
+std::string_view possibleOption(Tcl_Obj* word) {
+    return holdsHandles(word) ? std::string_view() : Tcl_GetString(word);
+}
+
 } // namespace
 
 std::optional<Decimal> toDecimal(Tcl_Obj* value) { return Decimal::parse(Tcl_GetString(value)); }
@@ -53,10 +60,10 @@ Arguments::Arguments(const Syntax& syntax, Words words)
     if (command_.starts_with("::"))
         command_.erase(0, 2);
     for (std::size_t at = 1; at < words.size(); ++at) {
-        const std::string_view word = Tcl_GetString(words[at]);
+        const std::string_view word = possibleOption(words[at]);
         if (!looksLikeOption(word)) {
             if (arguments_.size() == syntax.arguments.size())
-                fail("unexpected argument '" + std::string(word) + "'");
+                fail("unexpected argument '" + std::string(Tcl_GetString(words[at])) + "'");
             check("", syntax.arguments[arguments_.size()], words[at]);
             arguments_.push_back(words[at]);
             continue;
@@ -66,7 +73,7 @@ Arguments::Arguments(const Syntax& syntax, Words words)
             fail(std::string(option.name) + " is given twice");
         Tcl_Obj* value = words[at];
         if (option.takes != Takes::nothing) {
-            value = at + 1 < words.size() && !isOption(Tcl_GetString(words[at + 1])) ? words[++at] : nullptr;
+            value = at + 1 < words.size() && !isOption(possibleOption(words[at + 1])) ? words[++at] : nullptr;
             check(option.name, option.takes, value);
         }
         given_.push_back({option.name, value});

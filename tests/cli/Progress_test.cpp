@@ -156,6 +156,19 @@ TEST(Progress, goneAtTheEnd) {
     EXPECT_EQ(terminal.received(), "|a ...|");
 }
 
+TEST(Progress, abandoned) {
+    Terminal terminal;
+    Progress progress(terminal.descriptor(), true);
+    Progress::abandon();
+    EXPECT_EQ(terminal.received(), "");
+    progress.show("a");
+    Progress::abandon();
+    EXPECT_EQ(terminal.received(), "|a ...|");
+    progress.clear();
+    Progress::abandon();
+    EXPECT_EQ(terminal.received(), "|");
+}
+
 TEST(Progress, neverWhereItIsNotWanted) {
     Terminal terminal;
     {

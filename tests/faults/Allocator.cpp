@@ -17,6 +17,8 @@ void countDown() {
     if (untilFailure == 0 || --untilFailure != 0)
         return;
     failed = true;
+    if (const std::new_handler handler = std::get_new_handler())
+        handler();
     throw std::bad_alloc();
 }
 

@@ -5,7 +5,8 @@
 
 namespace Faults {
 
-// The n-th allocation from now on (counted from 1) throws std::bad_alloc, once. 0: none does.
+// The n-th allocation from now on (counted from 1) fails, once: by the new handler if there is one, and
+// std::bad_alloc. 0: none does.
 void failAllocation(unsigned long number);
 // Whether that allocation has come.
 bool hasFailed();

@@ -5,12 +5,23 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 
 namespace {
 
 using namespace Readers::Sdc;
 
-constexpr Limits limits{.time = std::chrono::milliseconds(200), .commands = 20'000, .depth = 100};
+// The grace is that of a machine under load and sanitizers: a single command that takes longer is a finding.
+constexpr Limits limits{.time = std::chrono::milliseconds(200),
+                        .commands = 20'000,
+                        .depth = 100,
+                        .memory = 500,
+                        .grace = std::chrono::minutes(2),
+                        .giveUp = [](std::string_view line) noexcept {
+                            std::fprintf(stderr, "%.*s\n", static_cast<int>(line.size()), line.data());
+                            std::abort();
+                        }};
 
 void check(const Constraints& constraints) {
     const Readers::Design& design = Support::smallDesign();

@@ -271,6 +271,25 @@ TEST(Output, ThatDoesNotFitLeavesTheOldFile) {
     EXPECT_EQ(work.names(), (std::set<std::string>{"pair.sdf", "report.json"}));
 }
 
+// --- A script that wants too much ---
+
+#ifndef __SANITIZE_ADDRESS__ // which takes more address space than any limit leaves
+TEST(Script, WhoseValueOutgrowsTheMemoryLeavesTheOldFile) {
+    const Folder work;
+    fs::copy(cases / "common" / "pair.sdf", work.path());
+    write(work.path() / "large.sdc", "set x a\nwhile 1 {\n  append x $x\n}\n");
+    write(work.path() / "report.json", "as it was");
+    const Outcome outcome =
+        run(work.path(), "analyze --sdf pair.sdf --sdc large.sdc --json report.json", "ulimit -v 600000; ");
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_EQ(outcome.errors,
+              "large.sdc:2: error: the script is given up: unable to realloc 268435457 bytes\n");
+    EXPECT_EQ(outcome.output, "");
+    EXPECT_EQ(textOf(work.path() / "report.json"), "as it was");
+    EXPECT_EQ(work.names(), (std::set<std::string>{"large.sdc", "pair.sdf", "report.json"}));
+}
+#endif
+
 // --- Ctrl-C ---
 
 // A run that waits for the bytes of one of its inputs, so that what happens then is no matter of speed.
@@ -354,6 +373,19 @@ TEST_F(Interruption, OfAScriptWithoutEndLeavesTheOldFile) {
     EXPECT_LT(took, patience);
     EXPECT_EQ(textOf(folder_.path() / "report.json"), "as it was");
     EXPECT_EQ(folder_.names(), (std::set<std::string>{"pair.sdf", "report.json", "slow.sdc", "stderr"}));
+}
+
+TEST_F(Interruption, OfACommandWithoutEndLeavesNoFile) {
+    fs::copy(cases / "common" / "pair.sdf", folder_.path());
+    begin("slow.sdc", {"analyze", "--sdf", "pair.sdf", "--sdc", "slow.sdc", "--json", "report.json"});
+    feed("expr {10 ** 100000000}\n");
+    std::this_thread::sleep_for(
+        std::chrono::milliseconds(200)); // else the signal may come before the command
+    std::chrono::milliseconds took{};
+    EXPECT_EQ(interrupt(took), interrupted);
+    EXPECT_LT(took, patience);
+    EXPECT_EQ(textOf(folder_.path() / "stderr"), "vorlen: interrupted\n");
+    EXPECT_EQ(folder_.names(), (std::set<std::string>{"pair.sdf", "slow.sdc", "stderr"}));
 }
 
 TEST_F(Interruption, ByOtherSignalsLeavesNoFileEither) {

@@ -1,0 +1,156 @@
+// The whole command on a small design, with an allocation failing, one after the other: it says so in one
+// line, ends with its status, and leaves no file but a whole report. Where it is thrown instead, as in a
+// program that reads files by the library, nothing is kept.
+//
+// Each run is a process of its own, as the command is.
+#include "../../cli/Command.h"
+#include "../../cli/Ending.h"
+#include "Allocator.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr unsigned long enough = 500; // of a run's allocations, for a test that tests something
+
+class OutOfMemory : public testing::Test {
+protected:
+    // What a run tells of itself.
+    struct Told {
+        bool ended = false;   // the command came back
+        bool failed = false;  // there were so many allocations
+        std::size_t kept = 0; // of them
+    };
+
+    OutOfMemory()
+        : folder_(testing::TempDir() + "vorlen_memory_XXXXXX"),
+          told_(static_cast<Told*>(
+              mmap(nullptr, sizeof(Told), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0))) {
+        EXPECT_NE(mkdtemp(folder_.data()), nullptr);
+        const std::string example = VORLEN_EXAMPLES_DIR "/two_regs/two_regs";
+        options_.sdf = example + ".sdf";
+        options_.sdc = {example + ".sdc"};
+        options_.netlist = example + ".routed.json";
+        options_.json = folder_ + "/report.json";
+        options_.quiet = true;
+        options_.allowViolations = true;
+    }
+    ~OutOfMemory() override {
+        munmap(told_, sizeof(Told));
+        fs::remove_all(folder_);
+    }
+
+    std::string write(const char* name, const char* text) const {
+        std::ofstream(folder_ + "/" + name) << text;
+        return folder_ + "/" + name;
+    }
+
+    // Its status; -1 where it did not end by itself.
+    int run(unsigned long failing) const {
+        *told_ = {};
+        const pid_t child = fork();
+        if (child == 0) {
+            redirect(STDOUT_FILENO, "/dev/null");
+            redirect(STDERR_FILENO, "/dev/null");
+            if (isThrown_)
+                Cli::runCommand(options_); // what is made at the first use is there
+            else
+                Cli::handleLackOfMemory();
+            redirect(STDERR_FILENO, messageFile().c_str());
+            const std::size_t before = Faults::liveBlocks();
+            Faults::failAllocation(failing);
+            const Cli::ExitStatus status = Cli::runCommand(options_);
+            *told_ = {true, Faults::hasFailed(), Faults::liveBlocks() - before};
+            _exit(status);
+        }
+        int status = 0;
+        EXPECT_EQ(waitpid(child, &status, 0), child);
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+    static std::string textOf(const std::string& file) {
+        std::ifstream in(file);
+        return {std::istreambuf_iterator<char>(in), {}};
+    }
+    std::string messages() const { return textOf(messageFile()); }
+    std::ptrdiff_t files() const {
+        return std::distance(fs::directory_iterator(folder_), fs::directory_iterator());
+    }
+
+    // Every so many-th allocation fails. How many did; each as it must.
+    unsigned long failEach(unsigned long step) const {
+        unsigned long failures = 0;
+        for (unsigned long number = 1; !HasFailure(); number += step) {
+            SCOPED_TRACE("allocation " + std::to_string(number));
+            const std::ptrdiff_t before = files();
+            const int status = run(number);
+            if (told_->ended && !told_->failed) {
+                std::cout << failures << " failures of " << number << " allocations\n";
+                break;
+            }
+            EXPECT_EQ(status, Cli::internalError);
+            EXPECT_EQ(messages(), "vorlen: error: out of memory\n");
+            if (fs::exists(*options_.json)) { // when the text for the terminal failed
+                EXPECT_EQ(textOf(*options_.json), report_);
+                fs::remove(*options_.json);
+            }
+            EXPECT_EQ(files(), before);
+            EXPECT_EQ(told_->kept, 0U);
+            ++failures;
+        }
+        return failures;
+    }
+
+    Cli::Options options_;
+    std::string report_;    // the whole one
+    bool isThrown_ = false; // else it ends the process
+
+private:
+    static void redirect(int standard, const char* path) {
+        dup2(open(path, O_WRONLY | O_CREAT | O_TRUNC, S_IRUSR | S_IWUSR), standard);
+    }
+    std::string messageFile() const { return folder_ + "/messages"; }
+
+    std::string folder_;
+
+protected:
+    Told* told_;
+};
+
+TEST_F(OutOfMemory, IsALineAndAStatusWhereverItComes) {
+    write("messages", "");
+    ASSERT_EQ(run(~0UL), Cli::timingMet) << messages();
+    report_ = textOf(*options_.json);
+    fs::remove(*options_.json);
+    EXPECT_GT(failEach(3), enough);
+}
+
+TEST_F(OutOfMemory, KeepsNothingOfWhatIsRead) {
+    isThrown_ = true;
+    options_.sdc = {write("script.sdc", "proc show {things} {\n"
+                                        "  foreach thing $things { puts $thing }\n"
+                                        "}\n"
+                                        "create_clock -period 5 [get_ports clk]\n"
+                                        "show [get_pins *r0*/*]\n"
+                                        "catch { set_false_path }\n"
+                                        "set_false_path -from [get_cells *r0*] -to [all_clocks]\n"
+                                        "source more.sdc\n")};
+    const std::string moreSdc = write("more.sdc", "if 1 {\n  foo\n}\n");
+    ASSERT_EQ(run(0), Cli::badInput);
+    EXPECT_EQ(messages(), moreSdc + ":2: error: unknown command 'foo'\n");
+    EXPECT_EQ(told_->kept, 0U);
+    EXPECT_GT(failEach(1), enough);
+}
+
+} // namespace

@@ -1,0 +1,188 @@
+// The finder against the plainest search there is: every name of the kind by the pattern.
+#include "readers/sdc/Finder.h"
+
+#include "readers/sdc/Interpreter.h"
+#include "readers/sdc/Objects.h"
+#include "readers/sdc/Options.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <random>
+
+namespace {
+
+using Readers::Design;
+using namespace Readers::Sdc;
+
+using Random = std::mt19937;
+
+std::string word(Random& random, std::string_view letters, unsigned longest) {
+    std::string text;
+    for (auto left = 1 + random() % longest; left != 0; --left)
+        text += letters[random() % letters.size()];
+    return text;
+}
+
+// Cells' pins come in any order, as the connections of an SDF name them.
+Design makeDesign(Random& random) {
+    Design design;
+    for (int i = 0; i < 60; ++i) {
+        const std::uint32_t cell =
+            design.addCell(design.names.add(word(random, "abc/", 7)), design.names.add("T"));
+        design.addPin(cell, design.names.add(word(random, "abQ", 3)));
+    }
+    for (int i = 0; i < 120; ++i)
+        design.addPin(static_cast<std::uint32_t>(random() % design.cells.size()),
+                      design.names.add(word(random, "abQ", 3)));
+    design.addPin(Readers::none, design.names.add("abc"));
+    for (int i = 0; i < 30; ++i)
+        design.addNet(design.names.add(word(random, "abc/", 7)));
+    design.index();
+    design.classify();
+    return design;
+}
+
+bool matchesAtAnyLevel(const Glob& glob, std::string_view name, bool hierarchical) {
+    if (glob.matches(name))
+        return true;
+    for (std::size_t at = 0; hierarchical && at + 1 < name.size(); ++at)
+        if (name[at] == '/' && glob.matches(name.substr(at + 1)))
+            return true;
+    return false;
+}
+
+std::vector<Object> searchPlainly(const Design& design, ObjectKind kind, const std::string& pattern,
+                                  const FindOptions& options) {
+    const std::size_t slash = kind == ObjectKind::pin ? pattern.rfind('/') : std::string::npos;
+    const Glob whole(pattern), cells(pattern.substr(0, slash)),
+        pins(slash == std::string::npos ? "" : pattern.substr(slash + 1));
+    std::vector<Object> found;
+    const auto count = kind == ObjectKind::pin    ? design.pins.size()
+                       : kind == ObjectKind::cell ? design.cells.size()
+                                                  : design.nets.size();
+    for (std::uint32_t index = 0; index < count; ++index) {
+        if (kind == ObjectKind::pin && design.isPortOfTop(index))
+            continue;
+        const std::string name = kind == ObjectKind::pin    ? design.pinName(index)
+                                 : kind == ObjectKind::cell ? std::string(design.cellName(index))
+                                                            : std::string(design.netName(index));
+        const std::size_t last = name.rfind('/');
+        const bool matches = slash == std::string::npos
+                                 ? matchesAtAnyLevel(whole, name, options.hierarchical)
+                                 : matchesAtAnyLevel(cells, name.substr(0, last), options.hierarchical) &&
+                                       pins.matches(name.substr(last + 1));
+        if (matches)
+            found.push_back({kind, index});
+    }
+    return found;
+}
+
+// With a slash, pins come cell by cell.
+std::vector<Object> sorted(std::vector<Object> objects) {
+    std::ranges::sort(objects);
+    return objects;
+}
+
+TEST(SdcFinder, AgreesWithThePlainestSearch) {
+    constexpr unsigned seed = 2026;
+    SCOPED_TRACE(seed);
+    Random random(seed);
+    int matched = 0;
+    for (int round = 0; round < 20; ++round) {
+        const Design design = makeDesign(random);
+        const std::vector<Clock> clocks;
+        const Finder finder(design, clocks, nullptr);
+        for (int i = 0; i < 500; ++i) {
+            constexpr std::array kinds = {ObjectKind::pin, ObjectKind::pin, ObjectKind::cell,
+                                          ObjectKind::net};
+            const ObjectKind kind = kinds[random() % kinds.size()];
+            // A star, so that it is not taken as a name.
+            const std::string pattern = word(random, "ab/*?cQ", 4) + "*" + word(random, "ab/*?cQ", 4);
+            const FindOptions options{.hierarchical = random() % 4 == 0};
+            const std::vector<Object> expected = searchPlainly(design, kind, pattern, options);
+            for (const char* time : {"first", "second"}) {
+                std::vector<Object> found;
+                finder.find(kind, pattern, options, found);
+                EXPECT_EQ(sorted(found), expected) << pattern << ", asked for the " << time << " time";
+                if (pattern.find('/') == std::string::npos) {
+                    EXPECT_TRUE(std::ranges::is_sorted(found)) << pattern;
+                }
+            }
+            matched += !expected.empty();
+        }
+    }
+    EXPECT_GT(matched, 2'000);
+}
+
+TEST(SdcFinder, KeepsWhatEachQueryFoundApart) {
+    Random random(1);
+    Design design;
+    const std::uint32_t cell = design.addCell(design.names.add("u/abc"), design.names.add("T"));
+    design.addPin(cell, design.names.add("Q"));
+    design.addNet(design.names.add("abc"));
+    design.index();
+    design.classify();
+    std::vector<Clock> clocks;
+    Finder finder(design, clocks, nullptr);
+    const auto count = [&](ObjectKind kind, const char* pattern, const FindOptions& options) {
+        std::vector<Object> found;
+        finder.find(kind, pattern, options, found);
+        return found.size();
+    };
+    for (int time = 0; time < 2; ++time) {
+        EXPECT_EQ(count(ObjectKind::cell, "ab*", {}), 0U);
+        EXPECT_EQ(count(ObjectKind::cell, "ab*", {.hierarchical = true}), 1U);
+        EXPECT_EQ(count(ObjectKind::cell, "AB*", {.hierarchical = true}), 0U);
+        EXPECT_EQ(count(ObjectKind::cell, "AB*", {.ignoreCase = true, .hierarchical = true}), 1U);
+        EXPECT_EQ(count(ObjectKind::net, "ab*", {}), 1U);
+        EXPECT_EQ(count(ObjectKind::pin, "*ab*", {}), 1U);
+        EXPECT_EQ(count(ObjectKind::clock, "ab*", {}), 0U);
+    }
+    clocks.emplace_back().name = "abc"; // clocks come at any time
+    EXPECT_EQ(count(ObjectKind::clock, "ab*", {}), 1U);
+    clocks[0].removed = true;
+    EXPECT_EQ(count(ObjectKind::clock, "ab*", {}), 0U);
+}
+
+TEST(SdcGlob, KnowsAPieceOfWhatMatches) {
+    const struct {
+        const char *pattern, *piece;
+        bool open;
+    } rows[] = {
+        {"", "", false},         {"*", "", true},
+        {"abc", "abc", false},   {"a*bcd*ef", "bcd", false},
+        {"*ab?cd*", "ab", true}, {"a[xy]bc*", "bc", true},
+        {"a\\*b*", "a*b", true}, {"in[*]", "in[", false},
+    };
+    for (const auto& row : rows) {
+        const Glob glob(row.pattern);
+        EXPECT_EQ(glob.piece(), row.piece) << row.pattern;
+        EXPECT_EQ(glob.isOpen(), row.open) << row.pattern;
+    }
+    EXPECT_EQ(Glob("abc*", true).piece(), "");
+}
+
+// A long list of objects that a command gets is not written out.
+TEST(SdcArguments, DoNotAskForTheTextOfObjects) {
+    Constraints constraints;
+    const Interpreter tcl(constraints, {}); // makes Tcl's types known
+    static const Syntax syntax{{{"-from", Takes::objects}, {"-to", Takes::objects}}, {Takes::objects}};
+    const auto collection = [] { return newCollection({{ObjectKind::pin, 1}, {ObjectKind::pin, 2}}); };
+    Tcl_Obj* const words[] = {Tcl_NewStringObj("command", -1), Tcl_NewStringObj("-from", -1),   collection(),
+                              Tcl_NewStringObj("-to", -1),     newHandle({ObjectKind::pin, 3}), collection()};
+    for (Tcl_Obj* word : words)
+        Tcl_IncrRefCount(word);
+    const Arguments arguments(syntax, words);
+    EXPECT_EQ(arguments.find("-from"), words[2]);
+    EXPECT_EQ(arguments.find("-to"), words[4]);
+    EXPECT_EQ(arguments.argument(0), words[5]);
+    for (const std::size_t objects : {2, 4, 5})
+        EXPECT_EQ(words[objects]->bytes, nullptr) << objects;
+    EXPECT_STREQ(Tcl_GetString(words[2]), "@pin:1 @pin:2");
+    for (Tcl_Obj* word : words)
+        Tcl_DecrRefCount(word);
+}
+
+} // namespace
