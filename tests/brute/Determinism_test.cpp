@@ -1,10 +1,13 @@
-// The same files give the same bytes: in one process and in another, whatever the memory looks like, and
-// however many runs came before.
+// The same files give the same bytes: in one process and in another, whatever the memory looks like, however
+// many runs came before, and however the program was compiled. digests.txt keeps what every build must say;
+// VORLEN_UPDATE=1 in the environment writes it anew.
 #include "Generate.h"
 #include "Write.h"
 
 #include "cli/Session.h"
 #include "report/Json.h"
+
+#include <QCryptographicHash>
 
 #include <gtest/gtest.h>
 
@@ -34,9 +37,10 @@ public:
     Designs(const Designs&) = delete;
     Designs& operator=(const Designs&) = delete;
 
-    Cli::Options add(std::uint64_t seed) const {
+    Cli::Options add(std::uint64_t seed,
+                     Brute::ExceptionMode mode = Brute::ExceptionMode::overlapping) const {
         Brute::Shape shape;
-        shape.exceptions = Brute::ExceptionMode::overlapping;
+        shape.exceptions = mode;
         const Brute::Design design = Brute::generate(seed, shape);
         Cli::Options options;
         options.sdf = write(seed, "sdf", Brute::writeSdf(design));
@@ -47,6 +51,13 @@ public:
         return options;
     }
     std::string path(const std::string& name) const { return folder_ + "/" + name; }
+    // The text without the folder, whose name is another one in each run.
+    std::string withoutFolder(std::string text) const {
+        const std::string prefix = path("");
+        for (std::size_t at = text.find(prefix); at != std::string::npos; at = text.find(prefix, at))
+            text.erase(at, prefix.size());
+        return text;
+    }
 
 private:
     std::string write(std::uint64_t seed, const char* kind, const std::string& text) const {
@@ -132,6 +143,50 @@ TEST(Determinism, TheProgramGivesTheSameBytes) {
             EXPECT_EQ(bytes, jsonOf(options)) << "seed " << seed;
         }
     }
+}
+
+// --- Builds ---
+
+// The reports of a run of designs by one digest: "overlapping 1-10 5d41...".
+std::string digestOf(const char* name, Brute::ExceptionMode mode, std::uint64_t first, std::uint64_t last) {
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    const Designs designs;
+    for (std::uint64_t seed = first; seed <= last; ++seed) {
+        const std::string json = designs.withoutFolder(jsonOf(designs.add(seed, mode)));
+        EXPECT_NE(json.find("\"endpoints\""), std::string::npos);
+        hash.addData(json.data(), static_cast<int>(json.size()));
+    }
+    return std::string(name) + " " + std::to_string(first) + "-" + std::to_string(last) + " " +
+           hash.result().toHex().toStdString();
+}
+
+std::vector<std::string> linesOf(const fs::path& file) {
+    std::vector<std::string> lines;
+    std::ifstream in(file);
+    for (std::string line; std::getline(in, line);)
+        lines.push_back(line);
+    return lines;
+}
+
+TEST(Determinism, EveryBuildGivesTheSameBytes) {
+    using Brute::ExceptionMode;
+    constexpr std::uint64_t designs = 50, perRow = 10;
+    const std::pair<const char*, ExceptionMode> modes[] = {{"without", ExceptionMode::without},
+                                                           {"single", ExceptionMode::single},
+                                                           {"overlapping", ExceptionMode::overlapping}};
+    std::vector<std::string> rows;
+    for (const auto& [name, mode] : modes)
+        for (std::uint64_t first = 1; first <= designs; first += perRow)
+            rows.push_back(digestOf(name, mode, first, first + perRow - 1));
+    const fs::path stored = VORLEN_DIGESTS_FILE;
+    const char* update = std::getenv("VORLEN_UPDATE");
+    if (update && std::string(update) == "1") {
+        std::ofstream out(stored);
+        for (const std::string& row : rows)
+            out << row << '\n';
+        GTEST_SKIP() << "written: " << stored;
+    }
+    EXPECT_EQ(rows, linesOf(stored));
 }
 
 } // namespace
