@@ -15,6 +15,7 @@
 #include "Vorlen/detail/FanReader.h"
 #include "Vorlen/detail/Faults.h"
 #include "Vorlen/detail/Walk.h"
+#include "Vorlen/detail/Work.h"
 
 #include <vector>
 
@@ -174,9 +175,11 @@ std::vector<std::uint8_t> kindsOf(const detail::DataTimes& data) {
             kind |= Masked;
         kinds[slot] = static_cast<std::uint8_t>(kind);
         if ((data.cone.getFlags(slot) & detail::Cone::Start) != 0)
-            for (const Edge* edge : pole->getIncomingEdges())
+            for (const Edge* edge : pole->getIncomingEdges()) {
+                detail::visitArcs(1);
                 if (edge->isActive() && data.hasArrivals(edge->getSource()))
                     return {};
+            }
     }
     return kinds;
 }

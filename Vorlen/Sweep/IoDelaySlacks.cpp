@@ -3,6 +3,7 @@
 // subdomains.
 #include "Vorlen/Sweep/Sides.h"
 #include "Vorlen/detail/DataTimes.h"
+#include "Vorlen/detail/Work.h"
 
 namespace Vorlen {
 
@@ -48,6 +49,7 @@ private:
 
 void Sweep::iodelaySlackAnalyze() {
     const auto addEdge = [this](PortSlacks& slacks, Edge* edge) {
+        detail::visitArcs(1);
         slacks.add(*this, edge, data->getArrivals(edge->getSource()));
     };
     if (subdomain->getLaunchRoot())

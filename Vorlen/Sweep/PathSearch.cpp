@@ -14,6 +14,7 @@
 #include "Vorlen/Sweep/WorstPaths.h"
 #include "Vorlen/detail/DataTimes.h"
 #include "Vorlen/detail/EventPump.h"
+#include "Vorlen/detail/Work.h"
 
 #include <map>
 #include <vector>
@@ -123,6 +124,7 @@ private:
             Delay arrival = Delay::getUndefined();
             if (findArrival(leaf, arrival))
                 for (Edge* edge : leaf->getOutgoingEdges()) {
+                    detail::visitArcs(1);
                     const Delay slack = Side::calculateSlack(sweep_, edge, PseudoMask(), arrival, nullptr);
                     if (slack.isDefined() && (!best.isDefined() || slack < best))
                         best = slack;
@@ -147,6 +149,7 @@ private:
         } else {
             for (Edge* edge : pole->getOutgoingEdges())
                 fan_.push_back(edge);
+            detail::visitArcs(fan_.size() - begin);
         }
         frames_.push_back(
             {pole, maskAtEntry, state.mask.getBits(), int(state.arrival), limit, begin, fan_.size()});

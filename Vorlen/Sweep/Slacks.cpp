@@ -6,6 +6,7 @@
 #include "Vorlen/Sweep/Sides.h"
 #include "Vorlen/detail/DataTimes.h"
 #include "Vorlen/detail/FanReader.h"
+#include "Vorlen/detail/Work.h"
 
 #include <optional>
 #include <vector>
@@ -261,8 +262,10 @@ void Sweep::tagSlacks() {
             data->arrivals.prefetch(data->cone.find(poles[place + reader.nearAhead]));
         const ClassTimings arrivals = data->getArrivals(poles[place]);
         if (data->hasArrivals(poles[place]))
-            for (Edge* edge : poles[place]->getOutgoingEdges())
+            for (Edge* edge : poles[place]->getOutgoingEdges()) {
+                detail::visitArcs(1);
                 tagEdge(*edge, slacks.find(arrivals, *edge), dutyCycle);
+            }
     }
 }
 

@@ -12,6 +12,7 @@
 
 #include "Vorlen/Sweep/Sides.h"
 #include "Vorlen/detail/DataTimes.h"
+#include "Vorlen/detail/Work.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -123,10 +124,12 @@ private:
                 return false;
         if (pole->isTerminal())
             return true;
-        for (const Edge* edge : pole->getOutgoingEdges())
+        for (const Edge* edge : pole->getOutgoingEdges()) {
+            detail::visitArcs(1);
             if (edge->isActive() && data_.hasRequired(edge->getTarget()) &&
                 (pole->isCheck() || !isBoundedBelow(edge, required)))
                 return false;
+        }
         return true;
     }
 
@@ -139,6 +142,7 @@ private:
 
     void extend(Pole* pole, const Delay& arrival, std::uint32_t previous) {
         for (Edge* edge : pole->getOutgoingEdges()) {
+            detail::visitArcs(1);
             if (!edge->isActive() || !data_.hasRequired(edge->getTarget()))
                 continue;
             const Delay slack = Side::slack(requiredAt(edge->getTarget()), Side::dataTime(arrival, edge));

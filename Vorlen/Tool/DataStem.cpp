@@ -15,6 +15,7 @@
 #include "Vorlen/detail/Messages.h"
 #include "Vorlen/detail/StemMemo.h"
 #include "Vorlen/detail/Walk.h"
+#include "Vorlen/detail/Work.h"
 
 #include <algorithm>
 #include <utility>
@@ -75,9 +76,11 @@ bool isEndPoint(const Pelko::Pole* pole) { return pole->isOutput() || pole->isCh
 
 // Whether a later walk may still come back over an arc from this pole, and merge its stem.
 bool isPassedOn(const Pelko::Pole* pole) {
-    for (const Pelko::Edge* edge : pole->getOutgoingEdges())
+    for (const Pelko::Edge* edge : pole->getOutgoingEdges()) {
+        detail::visitArcs(1);
         if (edge->isActive())
             return true;
+    }
     return false;
 }
 

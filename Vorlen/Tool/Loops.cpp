@@ -5,6 +5,7 @@
 #include "Pelko/Edge.h"
 #include "Vorlen/Tool.h"
 #include "Vorlen/detail/Faults.h"
+#include "Vorlen/detail/Work.h"
 
 #include <iterator>
 
@@ -44,6 +45,7 @@ void Tool::loopCutting(Pelko::Pole* pole) {
         const auto lower = std::next(upper);
         if (lower == loopStack_.end())
             return;
+        detail::visitArcs(1);
         const bool isMerge = !Ruvex::TailCollection<Pelko::Edge*>((*lower)->getIncomingEdges()).isEmpty();
         if (!isMerge) {
             (*upper)->unmark();

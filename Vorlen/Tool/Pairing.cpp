@@ -3,6 +3,7 @@
 #include "Pelko/Analyzer.h"
 #include "Pelko/Subdomain.h"
 #include "Vorlen/detail/EventPump.h"
+#include "Vorlen/detail/Work.h"
 
 #include <algorithm>
 #include <limits>
@@ -65,6 +66,7 @@ bool Pairing::read(const std::vector<Pole*>& ends, detail::Cone::IsStart isLaunc
 
 // End points have the first slots.
 bool Pairing::goesOnFromEnds() const {
+    detail::visitArcs(cone_.getArcCount());
     for (std::uint32_t arc = 0; arc < cone_.getArcCount(); ++arc)
         if (cone_.getSource(arc) < endCount_)
             return true;

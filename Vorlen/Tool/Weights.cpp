@@ -6,6 +6,7 @@
 #include "Pelko/Cell.h"
 #include "Vorlen/Tool.h"
 #include "Vorlen/detail/Walk.h"
+#include "Vorlen/detail/Work.h"
 
 #include <algorithm>
 #include <queue>
@@ -103,6 +104,7 @@ std::vector<unsigned long> storeRawWeights(const PoleCountMap& forward, const Po
     std::vector<unsigned long> weights;
     for (const auto& [pole, starts] : forward)
         for (Edge* edge : pole->getOutgoingEdges()) {
+            detail::visitArcs(1);
             if (!isWithin(edge, threshold))
                 continue;
             const auto ends = backward.find(edge->getTarget());

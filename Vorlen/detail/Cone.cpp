@@ -2,6 +2,7 @@
 
 #include "Pelko/Cell.h"
 #include "Vorlen/detail/FanReader.h"
+#include "Vorlen/detail/Work.h"
 
 #include <algorithm>
 #include <numeric>
@@ -89,6 +90,7 @@ void Cone::addArcs(Pelko::Pole* pole, IsStart isStart) {
         uses_.resize(poles_.size(), 0);
         ++uses_[source];
     }
+    visitArcs(edges_.size() - begins_.back());
 }
 
 // By level, the length of the longest way to an end, and within a level by slot: so walks in order pass over

@@ -15,6 +15,7 @@
 #include "Vorlen/detail/EventPump.h"
 #include "Vorlen/detail/LargeVector.h"
 #include "Vorlen/detail/TimingTable.h"
+#include "Vorlen/detail/Work.h"
 
 #include <cstdint>
 #include <vector>
@@ -72,7 +73,10 @@ public:
         std::uint32_t begin;
         std::uint32_t end;
     };
-    Arcs getArcs(Slot slot) const { return {begins_[slot], begins_[slot + 1]}; }
+    Arcs getArcs(Slot slot) const {
+        visitArcs(begins_[slot + 1] - begins_[slot]);
+        return {begins_[slot], begins_[slot + 1]};
+    }
     std::uint32_t getArcCount() const { return static_cast<std::uint32_t>(edges_.size()); }
     Pelko::Edge* getEdge(std::uint32_t arc) const { return edges_[arc]; }
     // No slot for an arc that was not active.

@@ -34,6 +34,7 @@ void FanIn::read(Slot slot) {
 }
 
 void FanIn::reread(Place begin, Place end) {
+    visitArcs(end - begin);
     for (Place place = begin; place != end; ++place) {
         const Pelko::Edge* edge = edges_[place];
         if (!edge->isActive())

@@ -10,6 +10,7 @@
 #pragma once
 
 #include "Pelko/Edge.h"
+#include "Vorlen/detail/Work.h"
 
 #include <cstdint>
 #include <limits>
@@ -39,6 +40,7 @@ public:
     Fan open(Slot slot) {
         if (fans_[slot].epoch != epoch_)
             read(slot);
+        visitArcs(fans_[slot].end - fans_[slot].begin);
         return fans_[slot];
     }
     Pelko::Edge* getEdge(Place place) const { return edges_[place]; }

@@ -1,5 +1,7 @@
 #include "Vorlen/detail/StemMemo.h"
 
+#include "Vorlen/detail/Work.h"
+
 #include <algorithm>
 #include <iterator>
 
@@ -20,15 +22,18 @@ bool StemUse::isNeeded(const Pelko::Pole* source, const Pelko::Edge* except) {
     const auto memory = fan.getMemory();
     const auto width = static_cast<std::size_t>(memory.end - memory.begin);
     if (!memory.isOffered || width <= wideFan) {
-        for (const Pelko::Edge* edge : fan)
+        for (const Pelko::Edge* edge : fan) {
+            visitArcs(1);
             if (leadsOn(edge, except))
                 return true;
+        }
         return false;
     }
     std::size_t& start = found_[source];
     for (std::size_t step = 0; step < width; ++step) {
         const std::size_t index = start + step < width ? start + step : start + step - width;
         const Pelko::Edge* edge = memory.begin[index];
+        visitArcs(1);
         if (edge && leadsOn(edge, except)) {
             start = index;
             return true;

@@ -13,6 +13,7 @@
 #pragma once
 
 #include "Pelko/Edge.h"
+#include "Vorlen/detail/Work.h"
 
 #include <exception>
 #include <vector>
@@ -64,6 +65,7 @@ private:
             __builtin_prefetch(edge);
             edges_.push_back(edge);
         }
+        visitArcs(edges_.size() - begin);
         frames_.push_back({pole, via, begin, edges_.size()});
     }
 
