@@ -186,7 +186,10 @@ TEST(Determinism, EveryBuildGivesTheSameBytes) {
             out << row << '\n';
         GTEST_SKIP() << "written: " << stored;
     }
-    EXPECT_EQ(rows, linesOf(stored));
+    const std::vector<std::string> expected = linesOf(stored);
+    ASSERT_EQ(rows.size(), expected.size());
+    for (std::size_t row = 0; row < rows.size(); ++row)
+        EXPECT_EQ(rows[row], expected[row]);
 }
 
 } // namespace

@@ -4,15 +4,16 @@
 #pragma once
 
 #include "../faults/Allocator.h"
+#include "Vorlen/detail/Work.h"
 #include "cli/Session.h"
-
-#include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace Scale {
 
@@ -21,16 +22,19 @@ constexpr long clockToOutput = 100, setup = 50, hold = 20;
 class Files {
 public:
     Files() : folder_((std::filesystem::temp_directory_path() / "vorlen-scale.XXXXXX").string()) {
-        EXPECT_NE(mkdtemp(folder_.data()), nullptr) << folder_;
+        if (!mkdtemp(folder_.data()))
+            throw std::runtime_error("no folder " + folder_);
     }
     ~Files() { std::filesystem::remove_all(folder_); }
     Files(const Files&) = delete;
     Files& operator=(const Files&) = delete;
 
     void wire(const std::string& from, const std::string& to, long delay = 0) {
+        ++arcs;
         wires_ += "(INTERCONNECT " + from + " " + to + " (" + std::to_string(delay) + "))\n";
     }
     void flipFlop(const std::string& name) {
+        arcs += 2;
         cells_ += "(CELL (CELLTYPE \"DFF\") (INSTANCE " + name +
                   ") (DELAY (ABSOLUTE (IOPATH (posedge C) Q (" + std::to_string(clockToOutput) +
                   ")))) (TIMINGCHECK (SETUPHOLD D (posedge C) (" + std::to_string(setup) + ") (" +
@@ -38,6 +42,7 @@ public:
     }
     // A cell with arcs from each input to Z.
     void gate(const std::string& name, const std::vector<std::string>& inputs, long delay) {
+        arcs += inputs.size();
         cells_ += "(CELL (CELLTYPE \"GATE\") (INSTANCE " + name + ") (DELAY (ABSOLUTE\n";
         for (const std::string& input : inputs)
             cells_ += "(IOPATH " + input + " Z (" + std::to_string(delay) + "))\n";
@@ -45,7 +50,8 @@ public:
     }
     void constrain(const std::string& command) { constraints_ += command + "\n"; }
 
-    // The report, with the memory that it took at most in `peak`.
+    // The report, with the memory that it took at most in `peak`, and the arcs that the engine looked at in
+    // `visits`.
     Report::Report run() {
         Cli::Options options;
         options.sdf =
@@ -56,11 +62,15 @@ public:
         wires_ = cells_ = constraints_ = {};
         const std::size_t before = Faults::liveBytes();
         Faults::startPeak();
+        const std::uint64_t visitsBefore = Vorlen::detail::visitedArcs;
         Report::Report report = Cli::Session().run(options);
         peak = Faults::peakBytes() - before;
+        visits = Vorlen::detail::visitedArcs - visitsBefore;
         return report;
     }
+    std::size_t arcs = 0; // of the design
     std::size_t peak = 0; // bytes
+    std::uint64_t visits = 0;
 
 private:
     std::string write(const char* name, const std::string& text) const {
@@ -78,9 +88,10 @@ struct Slacks {
     bool operator==(const Slacks&) const = default;
 };
 
-// By the end point's name.
-inline std::map<std::string, Slacks> slacksOf(const Report::Report& report) {
-    std::map<std::string, Slacks> slacks;
+using SlacksByEnd = std::map<std::string, Slacks>; // by the end point's name
+
+inline SlacksByEnd slacksOf(const Report::Report& report) {
+    SlacksByEnd slacks;
     for (const Report::Endpoint& endpoint : report.endpoints)
         slacks[endpoint.pin] = {endpoint.setupSlack, endpoint.holdSlack};
     return slacks;

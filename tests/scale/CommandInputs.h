@@ -1,0 +1,19 @@
+// Large inputs of the command, each with the slacks that must come of it.
+#pragma once
+
+#include "Files.h"
+
+namespace Scale {
+
+// Ten thousand exceptions, one a path.
+SlacksByEnd writeExceptions(Files& files);
+// A thousand clocks, ten pairs of which meet.
+SlacksByEnd writeClocks(Files& files);
+// An end point of a hundred thousand launch points.
+SlacksByEnd writeWideEnd(Files& files);
+// A clock tree of a hundred thousand leaves, a shift register along them.
+SlacksByEnd writeClockTree(Files& files);
+// Gates that all lead to all others.
+void writeLoop(Files& files, std::size_t gates);
+
+} // namespace Scale

@@ -1,0 +1,29 @@
+// Large graphs for the engine: a million poles behind each other, beside each other, in a ring, and
+// components in which all leads to all.
+#pragma once
+
+#include "Builder.h"
+
+#include <vector>
+
+namespace Scale {
+
+// What a launch must find: the latest and the shortest arrival in one subdomain.
+struct Arrivals {
+    Pelko::Pole* launchRoot;
+    Pelko::Pole* latchRoot;
+    int shortest;
+    int latest;
+};
+
+struct EngineInput {
+    const char* name;
+    Arrivals (*build)(Support::Builder& design);
+    // Bounds for each arc: arcs looked at in all phases together, and bytes at the peak.
+    unsigned visits;
+    unsigned bytes;
+};
+
+extern const std::vector<EngineInput> engineInputs;
+
+} // namespace Scale
