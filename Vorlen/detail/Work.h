@@ -12,15 +12,13 @@
 namespace Vorlen::detail {
 
 #ifdef VORLEN_COUNT_WORK
-
 inline std::uint64_t visitedArcs = 0;
-
-inline void visitArcs(std::size_t arcs) { visitedArcs += arcs; }
-
-#else
-
-inline void visitArcs(std::size_t) {}
-
 #endif
+
+inline void visitArcs([[maybe_unused]] std::size_t arcs) {
+#ifdef VORLEN_COUNT_WORK
+    visitedArcs += arcs;
+#endif
+}
 
 } // namespace Vorlen::detail
