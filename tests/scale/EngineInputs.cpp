@@ -1,5 +1,10 @@
 #include "EngineInputs.h"
 
+#include "Pelko/Net.h"
+#include "Pelko/Pin.h"
+
+#include <algorithm>
+
 namespace Scale {
 
 namespace {
@@ -27,8 +32,9 @@ Registers addRegisters(Builder& design) {
 // --- Length ---
 
 // The exceptions are of no kind: each costs a walk, and changes no slack.
-template <int exceptions>
+template <int exceptions, bool isWeighted = false>
 Arrivals addDataChain(Builder& design) {
+    Pelko::analyzer->setWeightTagging(isWeighted);
     const Registers made = addRegisters(design);
     design.connect(design.addChain(made.from.output, million), made.to.data);
     for (int i = 0; i < exceptions; ++i)
@@ -44,6 +50,25 @@ Arrivals addClockChain(Builder& design) {
     design.connect(design.addChain(clk, million), to.clock);
     design.connect(from.output, to.data, 7, 9);
     return {clk, clk, 7 - static_cast<int>(million) - 1, 9 - static_cast<int>(million) - 1};
+}
+
+// From a waveform generator back to the PLL that drives it.
+Arrivals addFeedbackChain(Builder& design) {
+    const Registers made = addRegisters(design);
+    design.connect(made.from.output, made.to.data, 7, 9);
+    Pelko::Module* module = Pelko::cell->getModule();
+    Pelko::WFG* generator = Pelko::WFG::create(module, "generator");
+    generator->setPLLFeedback(true);
+    Pole* source = Pole::create(Pelko::cell, Pelko::Pin::create(generator, "ZO"));
+    source->setClockSource(true);
+    Pelko::PLL* pll = Pelko::PLL::create(module, "pll");
+    pll->setFeedbackCompensation(true);
+    Pole* feedback = Pole::create(Pelko::cell, Pelko::Pin::create(pll, "FBK"));
+    Pelko::Net* net = Pelko::Net::create(module, "oscillator");
+    Pelko::Pin::create(pll, "VCO", Pelko::Pin::Direction::Driver)->connect(net);
+    Pelko::Pin::create(generator, "I")->connect(net);
+    design.connect(design.addChain(source, million), feedback);
+    return {made.clk, made.clk, 7, 9};
 }
 
 // A ring is entered at its first pole, and left at its first, where it is cut, or at its last, where it has
@@ -107,19 +132,47 @@ Arrivals addComponent(Builder& design) {
     return {made.clk, made.clk, 2 + 5, 3 + 7};
 }
 
+// --- Paths ---
+
+// Forty stages, each of which doubles the paths; the later a stage, the less its two ways differ, and the
+// shorter way comes first. So nearly every path of 2^40 is a little worse than the one before it.
+Arrivals addLadder(Builder& design) {
+    constexpr int stages = 40;
+    Pelko::analyzer->setPathCount(1000);
+    Pole* here = design.addInput("in");
+    int latest = 1;
+    for (int stage = 0; stage < stages; ++stage) {
+        const int extra = 1 << std::min(stages - 1 - stage, 24);
+        Pole* first = design.addPole();
+        Pole* second = design.addPole();
+        Pole* join = design.addPole();
+        design.connect(here, first);
+        design.connect(here, second, 1, 1 + extra);
+        design.connect(first, join);
+        design.connect(second, join);
+        latest += 2 + extra;
+        here = join;
+    }
+    design.connect(here, design.addOutput("out"));
+    return {nullptr, nullptr, 2 * stages + 1, latest};
+}
+
 } // namespace
 
 const std::vector<EngineInput> engineInputs{
     {"a chain of data", addDataChain<0>, 15, 200},
     {"a chain of data under 60 exceptions", addDataChain<60>, 75, 200},
+    {"a chain of data with weights", addDataChain<0, true>, 19, 200},
+    {"a chain of feedback", addFeedbackChain, 2, 100},
     {"a chain of clock", addClockChain, 4, 260},
     {"a ring that is cut", addRing<true>, 4, 100},
     {"a ring that stays", addRing<false>, 11, 200},
     {"a clock net", addClockNet, 5, 240},
-    {"a data net", addDataNet, 13, 90},
+    {"a data net", addDataNet, 14, 90},
     {"a gate", addGate, 19, 120},
     {"every pole to every other one", addComponent<1000, 999>, 6, 80},
     {"a ring with chords", addComponent<500'000, 2>, 8, 80},
+    {"a ladder of 2^40 paths", addLadder, 300, 25'000},
 };
 
 } // namespace Scale

@@ -1,5 +1,6 @@
-// A million arcs in one piece, in every way that a walk finds hard: a launch ends, finds the arrivals, looks
-// at each arc a bounded number of times, and takes a bounded number of bytes for each.
+// A million arcs in one piece, in every way that a walk finds hard, and a ladder of paths: a launch ends,
+// finds the arrivals, looks at each arc a bounded number of times, and takes a bounded number of bytes for
+// each.
 #include "../faults/Allocator.h"
 #include "EngineInputs.h"
 #include "Recorder.h"
@@ -25,7 +26,6 @@ TEST_P(EngineScale, Launch) {
     Support::Builder design;
     const Scale::Arrivals expected = input.build(design);
     const std::size_t arcs = Pelko::cell->getEdges().getCount();
-    EXPECT_GE(arcs, 990'000U);
 
     const Support::ToolPointer tool = Support::makeTool();
     const Support::Recorder console;
