@@ -230,8 +230,10 @@ void tagInConeOrder(const detail::DataTimes& data, WorstSlacks& slacks, unsigned
             continue;
         const ClassTimings required = data.required.get(slot);
         if ((cone.getFlags(slot) & (detail::Cone::Start | detail::Cone::Closed)) != 0) {
-            for (Edge* edge : cone.getPoles()[slot]->getIncomingEdges())
+            for (Edge* edge : cone.getPoles()[slot]->getIncomingEdges()) {
+                detail::visitArcs(1);
                 tag(edge, detail::noSlot, required);
+            }
             continue;
         }
         const detail::Cone::Arcs arcs = cone.getArcs(slot);
