@@ -205,6 +205,10 @@ const Row errors[] = {
     {"create_generated_clock -source clk -duty_cycle 100 r0/Q",
      "x.sdc:1: error: create_generated_clock: -duty_cycle: expected a percentage between 0 and 100, found "
      "'100'\n"},
+    {"create_generated_clock -source clk -phase 360.1 r0/Q",
+     "x.sdc:1: error: create_generated_clock: -phase: expected degrees from -360 to 360, found '360.1'\n"},
+    {"create_generated_clock -source clk -phase -1e30 r0/Q",
+     "x.sdc:1: error: create_generated_clock: -phase: expected degrees from -360 to 360, found '-1e30'\n"},
     {"set_clock_groups -group a", "x.sdc:1: error: set_clock_groups: needs -asynchronous, "
                                   "-logically_exclusive, -physically_exclusive or -exclusive\n"},
     {"set_clock_groups -asynchronous", "x.sdc:1: error: set_clock_groups: needs -group\n"},
