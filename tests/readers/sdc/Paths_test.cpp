@@ -83,6 +83,8 @@ const Row others[] = {
     {"set_disable_timing -from A -to Z [get_cells l0]", "disable cell l0 from A to Z\n"},
     {"set_disable_timing {rst r0/Q}", "disable rst\ndisable r0/Q\n"},
     {"set_disable_timing -from Y l0", "unmatched 1\n"},
+    {"set_disable_timing -to Y {l0 r0}; set_disable_timing -to Q {l0 r0}",
+     "disable cell r0 to Q\nunmatched 3\n"},
     {"set_case_analysis 0 rst; set_case_analysis 1 {a r0/D}; set_case_analysis one rst",
      "case rst 1\ncase a 1\ncase r0/D 1\n"},
 };
