@@ -9,6 +9,7 @@
 #include <csignal>
 #include <iostream>
 #include <optional>
+#include <sstream>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -78,6 +79,15 @@ void write(const Report::Report& report, const Options& options, std::optional<O
     text.commit();
 }
 
+// Help or the version. A usage error leaves nothing to print here, and no need of standard output.
+void print(const std::string& answer) {
+    if (answer.empty())
+        return;
+    Output output("-");
+    output.stream() << answer;
+    output.commit();
+}
+
 ExitStatus analyze(const Options& options, Session& session) {
     std::optional<Output> json;
     if (options.json)
@@ -99,12 +109,15 @@ ExitStatus analyze(const Options& options, Session& session) {
 
 int main(int argc, char** argv) {
     keepStandardStreams();
-    const Invocation invocation = parse(argc, argv, std::cout, std::cerr);
-    if (invocation.exit)
-        return *invocation.exit;
+    std::ostringstream answer;
+    const Invocation invocation = parse(argc, argv, answer, std::cerr);
     handleSignals();
     Session session;
     try {
+        if (invocation.exit) {
+            print(answer.str());
+            return *invocation.exit;
+        }
         return analyze(invocation.options, session);
     } catch (const Readers::BadInput& bad) {
         print(session.diagnostics, invocation.options.quiet);
