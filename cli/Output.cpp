@@ -108,7 +108,7 @@ protected:
 private:
     bool check(int result) {
         if (result != 0 && error_ == 0)
-            error_ = errno;
+            error_ = errno; // GCOVR_EXCL_LINE: of a disk that fails late
         return error_ == 0;
     }
 
@@ -179,10 +179,12 @@ void Output::openBeside(const std::string& target, unsigned mode, bool exists) {
     target_ = target;
     begun = temporary_.c_str();
     if (exists && fchmod(descriptor, mode) != 0) {
+        // GCOVR_EXCL_START: of a file system without permissions
         const int error = errno;
         begun = nullptr;
         unlink(temporary_.c_str());
         throw CannotWrite(path_, error);
+        // GCOVR_EXCL_STOP
     }
 }
 
