@@ -209,6 +209,22 @@ TEST(Session, AClockWithoutAPeriodHasNoPulses) {
     EXPECT_EQ(report.pulseChecks[0].slack, 200);
 }
 
+// Of one edge and of any edge: one arc with the delays of both.
+TEST(Session, TwoArcsFromAClockToAnOutput) {
+    const Folder folder;
+    std::string sdf(smallSdf);
+    const std::string arc = "(IOPATH (posedge C) Q (400))";
+    sdf.insert(sdf.find(arc) + arc.size(), " (IOPATH C Q (300:350:600))");
+    Cli::Options options;
+    options.sdf = folder.write("d.sdf", sdf);
+    options.sdc = {folder.write("d.sdc", "create_clock -period 10 [get_ports clk]\n")};
+    const Report::Report report = Cli::Session().run(options);
+    ASSERT_EQ(report.endpoints.size(), 1U);
+    EXPECT_EQ(report.endpoints[0].pin, "s/D");
+    EXPECT_EQ(report.endpoints[0].setupSlack, 10000 - 600 - 10 - 5);
+    EXPECT_EQ(report.endpoints[0].holdSlack, 300 + 10 - 5);
+}
+
 TEST(Session, NamesTheFirstRootsWithoutAClock) {
     std::string wires, cells;
     for (int i = 0; i < 22; ++i) {
