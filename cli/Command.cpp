@@ -79,17 +79,42 @@ ExitStatus analyzeOrRefuse(const Options& options) {
     }
 }
 
-} // namespace
-
-ExitStatus runCommand(const Options& options) noexcept {
+// What no input leads to.
+ExitStatus giveUp() noexcept {
     try {
-        return analyzeOrRefuse(options);
+        throw;
     } catch (const std::bad_alloc&) {
         std::cerr << "vorlen: error: out of memory\n";
     } catch (const std::exception& failure) {
         std::cerr << "vorlen: internal error: " << failure.what() << '\n';
     }
     return internalError;
+}
+
+} // namespace
+
+ExitStatus runCommand(const Options& options) noexcept {
+    try {
+        return analyzeOrRefuse(options);
+    } catch (...) {
+        return giveUp();
+    }
+}
+
+ExitStatus printAnswer(const std::string& answer, ExitStatus status) noexcept {
+    if (answer.empty())
+        return status;
+    try {
+        Output output("-");
+        output.stream() << answer;
+        output.commit();
+        return status;
+    } catch (const CannotWrite& failure) {
+        std::cerr << failure.what() << '\n';
+        return badInput;
+    } catch (...) {
+        return giveUp();
+    }
 }
 
 } // namespace Cli

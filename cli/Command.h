@@ -10,4 +10,8 @@ namespace Cli {
 // file is begun after it.
 ExitStatus runCommand(const Options& options) noexcept;
 
+// Help or the version, on standard output: the status, or that of an output that cannot be written. A usage
+// error leaves nothing to print there, and no need of standard output.
+ExitStatus printAnswer(const std::string& answer, ExitStatus status) noexcept;
+
 } // namespace Cli

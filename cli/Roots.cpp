@@ -71,7 +71,7 @@ Readers::Sdc::Constraints clocksAtRoots(const Readers::Design& design, Readers::
 
 void warnOfUnclocked(const Readers::Design& design, const Readers::Model::Network& network,
                      const Readers::Model::TimingModel& model, Readers::Diagnostics& diagnostics) {
-    std::size_t named = 0, pins = 0;
+    std::size_t named = 0;
     const auto roots = rootsBehind(design, network, model.unclocked());
     for (const auto& [root, count] : roots) {
         if (named++ == namedRoots) {
@@ -79,7 +79,6 @@ void warnOfUnclocked(const Readers::Design& design, const Readers::Model::Networ
                                         " more roots of clock pins have no clock");
             return;
         }
-        pins += count;
         const std::string behind = std::to_string(count) + (count == 1 ? " clock pin" : " clock pins") +
                                    " behind '" + design.pinName(root) + "'";
         diagnostics.warning({},

@@ -3,6 +3,7 @@
 #include "Ending.h"
 
 #include <iostream>
+#include <sstream>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -22,9 +23,10 @@ void keepStandardStreams() {
 int main(int argc, char** argv) {
     keepStandardStreams();
     Cli::handleLackOfMemory();
-    const Cli::Invocation invocation = Cli::parse(argc, argv, std::cout, std::cerr);
-    if (invocation.exit)
-        return *invocation.exit;
+    std::ostringstream answer;
+    const Cli::Invocation invocation = Cli::parse(argc, argv, answer, std::cerr);
     Cli::handleSignals();
+    if (invocation.exit)
+        return Cli::printAnswer(answer.str(), *invocation.exit);
     return Cli::runCommand(invocation.options);
 }

@@ -62,17 +62,17 @@ class Sha256 {
 public:
     Sha256() : context_(EVP_MD_CTX_new()) {
         if (!context_ || EVP_DigestInit_ex(context_.get(), EVP_sha256(), nullptr) != 1)
-            throw std::runtime_error("SHA-256 is not available");
+            throw std::runtime_error("SHA-256 is not available"); // GCOVR_EXCL_LINE: OpenSSL has it
     }
     void add(const char* bytes, std::size_t size) {
         if (EVP_DigestUpdate(context_.get(), bytes, size) != 1)
-            throw std::runtime_error("SHA-256 failed");
+            throw std::runtime_error("SHA-256 failed"); // GCOVR_EXCL_LINE: a context that began does not fail
     }
     std::string finish() {
         std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
         unsigned size = 0;
         if (EVP_DigestFinal_ex(context_.get(), digest.data(), &size) != 1)
-            throw std::runtime_error("SHA-256 failed");
+            throw std::runtime_error("SHA-256 failed"); // GCOVR_EXCL_LINE: as above
         constexpr std::string_view hexadecimal = "0123456789abcdef";
         std::string text;
         for (const unsigned char byte : std::span(digest).first(size)) {
@@ -94,7 +94,7 @@ class Inflater {
 public:
     Inflater() {
         if (inflateInit2(&stream_, gzipWindow) != Z_OK)
-            throw std::runtime_error("the inflater does not start");
+            throw std::runtime_error("the inflater does not start"); // GCOVR_EXCL_LINE: for want of memory
     }
     ~Inflater() { inflateEnd(&stream_); }
     Inflater(const Inflater&) = delete;

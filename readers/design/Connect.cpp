@@ -145,6 +145,12 @@ void Annotator::joinPad(std::uint32_t padPin, const std::vector<std::uint8_t>& u
     const auto isSaid = [&](std::uint32_t pin) {
         return (uses[pin] & (arcFrom | arcTo | checked | checking)) != 0 || touched_.contains(pin);
     };
+    // A cell between two ports comes here with either pin.
+    const auto join = [&](std::uint32_t from, std::uint32_t to) {
+        const auto next = static_cast<std::uint32_t>(design_.arcs.size());
+        if (arcs_.try_emplace(Key{from, to, Transition::any}, next).second)
+            addBareArc(from, to, false);
+    };
     const std::uint32_t cell = design_.pins[padPin].cell;
     const bool buffer = design_.names[design_.pins[padPin].name] == bufferPad;
     if (!buffer && isSaid(padPin))
@@ -155,10 +161,10 @@ void Annotator::joinPad(std::uint32_t padPin, const std::vector<std::uint8_t>& u
             continue;
         if (design_.pins[pin].direction == Direction::output && receives(padPin) &&
             (!buffer || isIn(name, bufferOutputs)))
-            addBareArc(padPin, pin, false);
+            join(padPin, pin);
         if (design_.pins[pin].direction == Direction::input && drives(padPin) &&
             (!buffer || isIn(name, bufferInputs)))
-            addBareArc(pin, padPin, false);
+            join(pin, padPin);
     }
 }
 

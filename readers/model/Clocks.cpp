@@ -1,8 +1,9 @@
-// Clocks in units: what the constraints say of them, how far they reach, and what generated ones take from their
-// masters.
+// Clocks in units: what the constraints say of them, how far they reach, and what generated ones take from
+// their masters.
 #include "Clocks.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <unordered_map>
 
 namespace Readers::Model {
@@ -274,6 +275,11 @@ void Clocks::shapeGenerated(Clock& clock, const Clock& master, const Sdc::Genera
     const auto masterEdge = [&](int number) { // counted from 1, rises and falls in turn
         return (number % 2 == 1 ? master.rise : master.fall) + (number - 1) / 2 * master.period;
     };
+    const auto requireFit = [&](Time time, const char* what) {
+        if (std::abs(time) > largestTime)
+            throw BadInput(place, "the " + std::string(what) + " of '" + clock.name +
+                                      "' does not fit the engine's integers");
+    };
     const Time factor = generated.factor;
     if (generated.kind == edges) {
         Time at[3];
@@ -285,9 +291,11 @@ void Clocks::shapeGenerated(Clock& clock, const Clock& master, const Sdc::Genera
         clock.rise = at[0];
         clock.fall = at[1];
         clock.period = at[2] - at[0];
+        requireFit(clock.period, "period");
     } else {
         const bool divide = generated.kind == Sdc::GeneratedClock::Kind::divide;
         clock.period = divide ? master.period * factor : divided(master.period, factor);
+        requireFit(clock.period, "period");
         clock.rise = master.rise;
         if (divide && factor > 1)
             clock.fall =
@@ -310,8 +318,8 @@ void Clocks::shapeGenerated(Clock& clock, const Clock& master, const Sdc::Genera
         shift += divided(clock.period * *phase, 360'000'000);
     clock.rise += shift;
     clock.fall += shift;
-    if (clock.period > largestTime)
-        throw BadInput(place, "the period of '" + clock.name + "' does not fit the engine's integers");
+    requireFit(clock.rise, "waveform");
+    requireFit(clock.fall, "waveform");
     if (clock.period <= 0 || clock.high() <= 0 || clock.high() >= clock.period)
         throw BadInput(place, "create_generated_clock: '" + clock.name +
                                   "' gets no waveform: expected a rise and a fall within one period");

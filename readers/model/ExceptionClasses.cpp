@@ -240,9 +240,7 @@ void Exceptions::refuse(unsigned classes) const {
 // --- The constrained paths ---
 
 void Exceptions::makeClasses(TimingModel& model) {
-    startClasses_ = binaryDigits(startVariants_.size() - 1);
-    if (startClasses_ > classLimit)
-        throw BadInput({}, "the exceptions name too many different start points");
+    startClasses_ = binaryDigits(startVariants_.size() - 1); // pins have 32 bits, so no more than those
     layAtoms();
     makeStartClasses(model);
     for (std::uint32_t number = 0; number < layers_.size(); ++number)

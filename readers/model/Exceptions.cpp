@@ -116,17 +116,10 @@ void Exceptions::resolve(std::uint32_t exception) {
     std::ranges::move(variants, std::back_inserter(variants_));
 }
 
+// Of what stands at the end of a path, but for clocks.
 std::string Exceptions::nameOf(const Sdc::Object& object) const {
-    switch (object.kind) {
-    case ObjectKind::clock:
-        return clocks_[object.index].name;
-    case ObjectKind::cell:
-        return std::string(design_.cellName(object.index));
-    case ObjectKind::net:
-        return std::string(design_.netName(object.index));
-    default:
-        return design_.pinName(object.index);
-    }
+    return object.kind == ObjectKind::cell ? std::string(design_.cellName(object.index))
+                                           : design_.pinName(object.index);
 }
 
 // The variants of a side: its clocks, its start or end points, its registers through an output, and what is

@@ -91,8 +91,7 @@ private:
     std::vector<std::uint32_t> parents_;
     std::vector<NetName> best_; // of a root: its best name so far
     std::vector<PortTable> portTables_;
-    std::vector<bool> connected_; // the ports of the instance at hand
-    std::string path_;            // of the instance at hand, with a '/' behind
+    std::string path_; // of the instance at hand, with a '/' behind
     std::string scratch_;
 };
 
@@ -175,7 +174,6 @@ void Flattener::walk(std::uint32_t top) {
             continue;
         }
         Frame child{type, 0, path_.size(), std::vector<std::uint32_t>(modules_.all[type].nets.size(), none)};
-        connected_.assign(modules_.all[type].ports.size(), false);
         for (std::uint32_t i = 0; i < cell.connectionCount; ++i)
             bind(frame, cell, module.connections[cell.firstConnection + i], type, i, child);
         path_.append(names_[cell.name]).append(1, '/');
@@ -191,10 +189,6 @@ void Flattener::bind(const Frame& above, const Module::Cell& cell, const Module:
     const Module& child = modules_.all[type];
     const std::uint32_t found = findPort(type, cell, connection, position);
     const Module::Port& port = child.ports[found];
-    if (connected_[found])
-        throw BadInput(place(cell), "port '" + std::string(names_[port.name]) + "' of cell '" +
-                                        std::string(names_[cell.name]) + "' is connected twice");
-    connected_[found] = true;
     checkWidth(cell, connection, port);
     for (std::uint32_t i = 0; i < std::min(connection.bits.count, port.bits.count); ++i) {
         const std::uint32_t outer = parent.bits[connection.bits.first + i];

@@ -52,7 +52,7 @@ struct Module {
         BitRange bits = {};
     };
     struct Connection {
-        Name name = noName; // of the port
+        Name name = noName; // of the port; a cell names none twice
         Direction direction = Direction::unknown;
         BitRange bits = {}; // nets, or none where there is none
     };

@@ -162,15 +162,16 @@ void VerilogLexer::readBased() {
         return c != endOfText && some.find(static_cast<char>(c)) != std::string_view::npos;
     };
     ++next_;
-    if (isAt("sS"))
+    const bool isSigned = isAt("sS");
+    if (isSigned)
         ++next_;
     if (isAt("bBoOdDhH")) {
         ++next_;
         skipWhile([](unsigned char c) { return c == ' ' || c == '\t'; });
-        if (!is(peek(), baseDigit))
+        if (!is(peek(), baseDigit) || isAt("_"))
             fail("expected a number's digits");
         skipWhile([](unsigned char c) { return is(c, baseDigit); });
-    } else if (isAt("01xXzZ"))
+    } else if (!isSigned && isAt("01xXzZ"))
         ++next_;
     else
         fail("expected a base b, o, d or h behind the apostrophe");

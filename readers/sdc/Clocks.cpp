@@ -214,6 +214,8 @@ void readShape(const Session& session, const Arguments& arguments, GeneratedCloc
     generated.invert = arguments.has("-invert");
     generated.offset = session.time(arguments.decimal("-offset").value_or(Decimal()));
     generated.phase = arguments.decimal("-phase").value_or(Decimal());
+    if (isLess(generated.phase, Decimal::of(-360)) || isLess(Decimal::of(360), generated.phase))
+        arguments.failValue("-phase", "degrees from -360 to 360", arguments.find("-phase"));
 }
 
 void createGeneratedClock(Session& session, Words words) {

@@ -210,7 +210,7 @@ std::optional<Place> Interpreter::markedPlace() {
     int count = 0;
     const char** parts = nullptr;
     if (Tcl_SplitList(nullptr, code.c_str(), &count, &parts) != TCL_OK)
-        return std::nullopt;
+        return std::nullopt; // GCOVR_EXCL_LINE: a script can set no error code that is no list
     std::optional<Place> place;
     if (count == 3 && std::string_view(parts[0]) == placeCode)
         place = Place{parts[1], toNumber(parts[2]), 0};

@@ -241,10 +241,10 @@ void Lexer::name(NameText& into, std::string_view expected) {
     while (peek() == '[');
 }
 
+// At its first quote.
 void Lexer::quoted(std::string& into) {
     into.clear();
-    if (!take('"'))
-        fail("'\"'");
+    skip();
     for (;;) {
         if (atEnd() || (isControl(*at_) && *at_ != '\t'))
             fail("'\"'");

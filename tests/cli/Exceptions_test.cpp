@@ -111,6 +111,9 @@ TEST_F(Exceptions, Table) {
         {"group_path -name mine -to {r1 dout}", "2 path_group 2 2 4 governs"},
         {"group_path -name mine -to r1\nset_false_path -from r0",
          "2 path_group 0 0 0 always overruled 3; 3 false_path 1 1 0 governs"},
+        // Through a register's clock pin: all that it launches.
+        {"set_false_path -through r0/CLK", "2 false_path 1 1 0 governs"},
+        {"set_max_delay 5 -from r0 -through r0/CLK -to r1", "2 max_delay 1 0 1 governs"},
         // Names that are not there, and lists that are empty.
         {"set_false_path -from [get_cells -quiet nothing] -to r1\nset_false_path -to r1\nset_max_delay 3 -to "
          "x",
@@ -173,6 +176,10 @@ TEST_F(Exceptions, Messages) {
          "there; expected a clock, a register or its data pin, or an output port"},
         {"set_false_path -from g/Z",
          "2: warning: set_false_path: -from 'g/Z' is no start point: taken as -through"},
+        {"group_path -name x -from g/Z",
+         "2: warning: group_path: -from 'g/Z' is no start point: taken as -through"},
+        {"group_path -name x -rise_to r1",
+         "2: note: group_path: edges of data are not told apart: taken for rising and falling ones"},
         {"set_multicycle_path 2 -to g",
          "2: warning: set_multicycle_path: -to 'g' is no end point: taken as -through"},
         {"set_false_path -from [get_cells none]",
@@ -247,6 +254,47 @@ TEST_F(Exceptions, ManyThroughPointsShareClasses) {
     ASSERT_TRUE(end->setupException);
     EXPECT_EQ(end->setupException->line, 100U);
     EXPECT_EQ(std::ranges::count(report.exceptions, "governs", &Report::ExceptionUse::status), gates);
+}
+
+// What arrives at a pin that goes both ways passes it, and so does what it drives.
+TEST_F(Exceptions, ThroughAPinThatGoesBothWays) {
+    const std::string sdf =
+        sdfOf("(INTERCONNECT a r0/CLK (0)) (INTERCONNECT a s/CLK (0)) (INTERCONNECT a r1/CLK (0))\n"
+              "(INTERCONNECT b t/CLK (0)) (INTERCONNECT din r0/D (0)) (INTERCONNECT r1/Q dout (0))\n"
+              "(INTERCONNECT r0/Q p/A (0)) (INTERCONNECT p/IO r1/D (0))\n"
+              "(INTERCONNECT s/Q p/IO (0)) (INTERCONNECT p/Y t/D (0))\n",
+              cell("DFF", "r0") + cell("DFF", "r1") + cell("DFF", "s") + cell("DFF", "t") +
+                  "(CELL (CELLTYPE \"PAD\") (INSTANCE p) (DELAY (ABSOLUTE (IOPATH A IO (1)) "
+                  "(IOPATH IO Y (1)))))\n");
+    EXPECT_EQ(table(run("set_false_path -through p/IO", sdf)), "2 false_path 2 2 0 governs");
+    EXPECT_EQ(table(run("set_false_path -from r0 -through p/IO", sdf)), "2 false_path 1 1 0 governs");
+    EXPECT_EQ(table(run("set_false_path -from s -through p/IO", sdf)), "2 false_path 1 1 0 governs");
+}
+
+// Registers with early and with late clocks, too many to be told apart, lead to one end point.
+TEST_F(Exceptions, LatenciesThatCannotBeIgnored) {
+    const auto wide = [](int registers) {
+        std::string wires =
+            "(INTERCONNECT b t/CLK (0)) (INTERCONNECT w/Z t/D (0)) (INTERCONNECT din r0/D (0)) "
+            "(INTERCONNECT r0/Q dout (0))\n";
+        std::string inputs, cells;
+        for (int i = 0; i < registers; ++i) {
+            const std::string number = std::to_string(i);
+            wires += "(INTERCONNECT a r" + number + "/CLK (" + std::to_string(i % 2) + ")) (INTERCONNECT r" +
+                     number + "/Q w/I" + number + " (0))\n";
+            inputs += "(IOPATH I" + number + " Z (1))\n";
+            cells += cell("DFF", "r" + number);
+        }
+        return sdfOf(wires, "(CELL (CELLTYPE \"WIDE\") (INSTANCE w) (DELAY (ABSOLUTE\n" + inputs + ")))\n" +
+                                cells + cell("DFF", "t"));
+    };
+    const std::string ignoring = "set_max_delay 5 -to t -ignore_clock_latency";
+    EXPECT_EQ(messages(ignoring, wide(499)), "");
+    EXPECT_EQ(
+        messages(ignoring, wide(500)),
+        "2: error: -ignore_clock_latency: the clock reaches the start points at different times; expected "
+        "-from with registers or ports, or an ideal clock");
+    EXPECT_EQ(messages(ignoring + "\nset_clock_latency 1 a", wide(500)), "");
 }
 
 // The period at which setup would just be met: a path of n cycles needs an n-th of its time.

@@ -3,6 +3,9 @@
 
 #include "report/Json.h"
 
+#include "Pelko/Domain.h"
+
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -126,6 +129,121 @@ TEST(Session, GivesTheSameReportAgain) {
     other.netlist.reset();
     EXPECT_NE(whole(other), first);
     EXPECT_EQ(whole(options), first);
+}
+
+// Two registers on one clock; the first one's pin needs a high time.
+constexpr std::string_view smallSdf = R"((DELAYFILE (SDFVERSION "3.0") (DIVIDER /) (TIMESCALE 1ps)
+ (CELL (CELLTYPE "top") (INSTANCE) (DELAY (ABSOLUTE
+  (INTERCONNECT clk r/C (0)) (INTERCONNECT clk s/C (0)) (INTERCONNECT r/Q s/D (10)))))
+ (CELL (CELLTYPE "R") (INSTANCE r) (DELAY (ABSOLUTE (IOPATH (posedge C) Q (400))))
+  (TIMINGCHECK (WIDTH (posedge C) (100))))
+ (CELL (CELLTYPE "R") (INSTANCE s) (DELAY (ABSOLUTE (IOPATH (posedge C) Q (400))))
+  (TIMINGCHECK (SETUPHOLD D (posedge C) (5) (5))))))";
+
+TEST(Session, ThrowsWhereTheEngineGivesUp) {
+    struct Refusing : Pelko::ObjectListener {
+        Refusing() { Pelko::Object::addListener(this); }
+        ~Refusing() override { Pelko::Object::removeListener(this); }
+        void onCreated(Pelko::Object* object) override {
+            if (dynamic_cast<Pelko::Domain*>(object))
+                throw Ruvex::Exception("no room");
+        }
+    };
+    const Folder folder;
+    Cli::Options options;
+    options.sdf = folder.write("d.sdf", smallSdf);
+    const std::string expected = whole(options);
+    {
+        const Refusing refusing;
+        EXPECT_THAT([&] { Cli::Session().run(options); },
+                    testing::ThrowsMessage<std::logic_error>("the analysis was given up: no room"));
+    }
+    EXPECT_EQ(whole(options), expected);
+}
+
+// In a process of its own: a stop is for good. It exits as the command would where one stage had begun.
+TEST(Session, AStopEndsTheNextStage) {
+    const Folder folder;
+    Cli::Options options;
+    options.sdf = folder.write("d.sdf", smallSdf);
+    const auto stopAtTheFirstStage = [&] {
+        Cli::Session session;
+        int stages = 0;
+        session.onStage = [&stages](std::string_view) {
+            ++stages;
+            if (Cli::requestStop()) // nothing hears it while inputs are read
+                std::exit(Cli::internalError);
+        };
+        try {
+            session.run(options);
+        } catch (const Cli::Interrupted&) {
+            std::exit(stages == 1 ? Cli::interrupted : Cli::internalError);
+        }
+        std::exit(Cli::timingMet);
+    };
+    EXPECT_EXIT(stopAtTheFirstStage(), testing::ExitedWithCode(Cli::interrupted), "");
+}
+
+TEST(Session, NamesTheFirstPairsWithoutAShortCommonPeriod) {
+    const Folder folder;
+    Cli::Options options;
+    options.sdf = folder.write("d.sdf", smallSdf);
+    options.sdc = {folder.write("d.sdc", "foreach p {10.007 10.009 10.037 10.039 10.061 10.067 10.069} {\n"
+                                         "  create_clock -add -name c$p -period $p [get_ports clk]\n}\n")};
+    const std::vector<Readers::Diagnostic> said = Cli::Session().run(options).diagnostics;
+    ASSERT_EQ(said.size(), 21U);
+    EXPECT_EQ(toString(said.front()), options.sdc[0] +
+                                          ":2: note: the common period of 'c10.007' and 'c10.009' has more "
+                                          "than 1000 edges of the faster clock: only these are compared");
+    EXPECT_EQ(toString(said.back()), "note: 1 more pairs of clocks have no short common period");
+}
+
+TEST(Session, AClockWithoutAPeriodHasNoPulses) {
+    const Folder folder;
+    Cli::Options options;
+    options.sdf = folder.write("d.sdf", smallSdf);
+    EXPECT_EQ(Cli::Session().run(options).pulseChecks.size(), 0U);
+    options.sdc = {folder.write("d.sdc", "create_clock -period 1 -waveform {0 0.3} [get_ports clk]\n")};
+    const Report::Report report = Cli::Session().run(options);
+    ASSERT_EQ(report.pulseChecks.size(), 1U);
+    EXPECT_EQ(report.pulseChecks[0].slack, 200);
+}
+
+// Of one edge and of any edge: one arc with the delays of both.
+TEST(Session, TwoArcsFromAClockToAnOutput) {
+    const Folder folder;
+    std::string sdf(smallSdf);
+    const std::string arc = "(IOPATH (posedge C) Q (400))";
+    sdf.insert(sdf.find(arc) + arc.size(), " (IOPATH C Q (300:350:600))");
+    Cli::Options options;
+    options.sdf = folder.write("d.sdf", sdf);
+    options.sdc = {folder.write("d.sdc", "create_clock -period 10 [get_ports clk]\n")};
+    const Report::Report report = Cli::Session().run(options);
+    ASSERT_EQ(report.endpoints.size(), 1U);
+    EXPECT_EQ(report.endpoints[0].pin, "s/D");
+    EXPECT_EQ(report.endpoints[0].setupSlack, 10000 - 600 - 10 - 5);
+    EXPECT_EQ(report.endpoints[0].holdSlack, 300 + 10 - 5);
+}
+
+TEST(Session, NamesTheFirstRootsWithoutAClock) {
+    std::string wires, cells;
+    for (int i = 0; i < 22; ++i) {
+        const std::string number = std::to_string(i);
+        wires += "(INTERCONNECT p" + number + " r" + number + "/C (0))";
+        cells += "(CELL (CELLTYPE \"R\") (INSTANCE r" + number +
+                 ") (DELAY (ABSOLUTE (IOPATH (posedge C) Q (1)))))\n";
+    }
+    const Folder folder;
+    Cli::Options options;
+    options.sdf =
+        folder.write("d.sdf", "(DELAYFILE (SDFVERSION \"3.0\") (TIMESCALE 1ps) (CELL (CELLTYPE \"top\") "
+                              "(INSTANCE) (DELAY (ABSOLUTE " +
+                                  wires + ")))\n" + cells + ")");
+    options.sdc = {folder.write("d.sdc", "create_clock -name v -period 10\n")};
+    const std::vector<Readers::Diagnostic> said = Cli::Session().run(options).diagnostics;
+    ASSERT_EQ(said.size(), 21U);
+    EXPECT_EQ(toString(said.front()), "warning: no clock reaches 1 clock pin behind 'p0'");
+    EXPECT_EQ(toString(said.back()), "warning: 2 more roots of clock pins have no clock");
 }
 
 TEST(Session, TellsItsStages) {

@@ -1,6 +1,14 @@
 // The analyzer: settings, clocks, clock groups, port constraints and slacks, with their refusals.
 #include "ModelTest.h"
+#include "Recorder.h"
 #include "Refused.h"
+
+#include "Pelko/Issue.h"
+
+#include "Ruvex/Record.h"
+
+#include <memory>
+#include <sstream>
 
 namespace HostTest {
 
@@ -53,6 +61,40 @@ TEST_F(AnalyzerTest, Settings) {
     }
     expectRefused({"limit", [] { analyzer->setPathLimit(Delay(U)); }, invalidRequest, "Undefined path limit",
                    place("setPathLimit", 2)});
+}
+
+TEST_F(AnalyzerTest, Record) {
+    EXPECT_EQ(analyzer->_getRecord(), nullptr) << "only for debugging";
+    const Support::DebugMode debug(true);
+    addSubdomain(a_, b_);
+    FPath::create({{a_}, {out_}})->setAlias("cut");
+    analyzer->setPathCount(3);
+    analyzer->setMulticyclePathMask(PseudoMask(5));
+    std::ostringstream text;
+    std::unique_ptr<Ruvex::Record>(analyzer->_getRecord())->print(text, 0);
+    EXPECT_EQ(text.str(), "Analyzer top\n"
+                          "  [Analyzer]\n"
+                          "  AnalysisMode: Exhaustive\n"
+                          "  PathCount: 3\n"
+                          "  PathLimit: maximum\n"
+                          "  FalsePathMask: {}\n"
+                          "  MaxdelayPathMask: {}\n"
+                          "  MindelayPathMask: {}\n"
+                          "  MulticyclePathMask: {1 3}\n"
+                          "  [Domains]\n"
+                          "  Domain: Domain a -> b\n"
+                          "  [Constrained paths]\n"
+                          "  CPath: FPath cut\n");
+}
+
+// What has no rules of its own, and what has no slot.
+TEST_F(AnalyzerTest, IsNoIssue) {
+    Issue issue;
+    analyzer->check(issue);
+    EXPECT_TRUE(issue.isEmpty());
+    EXPECT_EQ(IOConstraint()._getSlot(), nullptr);
+    EXPECT_EQ(analyzer->getCPaths(PseudoMask(1))._getLabel(), "Class collection");
+    EXPECT_EQ(analyzer->getCPaths(PseudoMask(1)).getLocator()._getLabel(), "Class locator");
 }
 
 // --- Clocks ------------------------------------------------------------------------------------------------------------------

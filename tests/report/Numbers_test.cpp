@@ -92,6 +92,7 @@ TEST(Numbers, fmaxMhz) {
         {3000000, -12, "0.333333"}, {600000000, -12, "0.00166667"},
         {128, -12, "7812.5"},       {8, -12, "125000"},
         {64, -13, "156250"},        {100000000000000000, -12, "0.00000000001"},
+        {100000001, -15, "10"}, // 9.9999999, which becomes longer
     };
     for (const Row& row : rows)
         EXPECT_EQ(Report::fmaxMhz(row.period, row.scale), row.expected) << row.period << " at " << row.scale;

@@ -495,6 +495,25 @@ TEST(DataArrival, EitherCheckBitMakesACheck) {
     }
 }
 
+// Nor does anything arrive there.
+TEST(DataArrival, AMarkedPoleIsNotEnteredByTheWholePhase) {
+    Bench bench;
+    Pole* launch = bench.addLaunch("a");
+    Pole* q = bench.add("q", launch, 1, 2);
+    Pole* d = bench.add("d", bench.add("r", launch, 10, 20), 100, 200);
+    bench.design.connect(q, d, 1, 999);
+    bench.addCheck("z/check", bench.addLatch("z"), d, 0, 0);
+    const SweepPointer sweep(Sweep::create(bench.subdomain));
+    sweep->clockAnalyze();
+    q->mark();
+    sweep->arrivalAnalyze();
+    EXPECT_EQ(arrivalsOf(*sweep), (Table{{"a", {{0, {0, 0}}}},
+                                         {"r", {{0, {10, 20}}}},
+                                         {"d", {{0, {110, 220}}}},
+                                         {"z/check", {{0, {110, 220}}}}}));
+    EXPECT_EQ(marked(), Names{});
+}
+
 TEST(DataArrival, SeedsLaunchLeaves) {
     const struct {
         const char* what;

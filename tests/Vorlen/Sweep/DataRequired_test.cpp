@@ -454,6 +454,47 @@ TEST(DataRequired, OneStepFillsTheFanOut) {
     analyzer->unmark();
 }
 
+// Nor what lies behind it.
+TEST(DataRequired, AMarkedPoleIsNotEnteredByTheWholePhase) {
+    Bench bench;
+    Pole* launch = bench.addLaunch("a");
+    Pole* q = bench.add("q", launch, 1, 1);
+    bench.addCheck("y", q, 0, 0);
+    bench.addCheck("z", bench.add("r", launch, 2, 3), 0, 0);
+    const SweepPointer sweep(Sweep::create(bench.subdomain));
+    sweep->clockAnalyze();
+    sweep->arrivalAnalyze();
+    q->mark();
+    sweep->requireAnalyze();
+    EXPECT_EQ(requirementsOf(*sweep),
+              (Table{{"z", {{0, {1000, -50}}}}, {"r", {{0, {1000, -50}}}}, {"a", {{0, {997, -52}}}}}));
+    EXPECT_EQ(marked(), Names{});
+}
+
+// The requirement of an end point replaces what came from behind it, however many classes that had.
+TEST(DataRequired, OneStepAtAnEndPointReplaces) {
+    Bench bench;
+    Pole* s = bench.addOutput("s", bench.addLaunch("a"), 1, 1);
+    Pole* y = bench.addCheck("y", s, 0, 0);
+    Pole* z = bench.addCheck("z", s, 0, 0);
+    close(y, 1);
+    close(z, 2);
+    y->getIncomingEdge(s)->sensitize(PseudoMask(1));
+    z->getIncomingEdge(s)->sensitize(PseudoMask(2));
+    const SweepPointer sweep(Sweep::create(bench.subdomain));
+    sweep->clockAnalyze();
+    sweep->arrivalAnalyze();
+    for (Pole* check : {y, z}) {
+        sweep->updateDataRTMapMap(check);
+        sweep->updateDataRTMapMap(check->getIncomingEdge(s));
+    }
+    EXPECT_EQ(requirementsOf(*sweep)["s"], (Entries{{1, {1000, -50}}, {2, {1000, -50}}}));
+    for (int again = 0; again < 2; ++again) {
+        sweep->updateDataRTMapMap(s);
+        EXPECT_EQ(requirementsOf(*sweep)["s"], (Entries{{0, {1000, -50}}}));
+    }
+}
+
 TEST(DataRequired, RefusesALaunchLeafThatIsNoPort) {
     for (const bool hasArrival : {false, true}) {
         Bench bench(false, true);

@@ -416,6 +416,36 @@ TEST(PathSearch, AFalsePathEndsWhereItCloses) {
         }
 }
 
+// The required times do not know of an end that came later. The search does not pass it, and leaves its state
+// as if it had not tried.
+TEST(PathSearch, AFalsePathThatClosesOnlyNow) {
+    for (const bool longest : {false, true}) {
+        SCOPED_TRACE(sides[longest]);
+        Network network({{"i", "m", 1, 3}, {"m", "o1", 1, 3}, {"m", "n", 2, 1}, {"n", "o2", 1, 3}});
+        CPath::create({{network.find("i")}, {}})->setPseudoMask(PseudoMask(1));
+        analyzer->setFalsePathMask(PseudoMask(1));
+        const SweepPointer sweep = network.propagate();
+        CPath::create({{}, {network.find("n")}})->setPseudoMask(PseudoMask(1));
+        Network::search(*sweep, longest, maximum, unlimited);
+        EXPECT_EQ(network.kept(longest), Names{"i > m > o1: 98"});
+
+        PseudoMask mask(3);
+        PoleSet path;
+        EdgeList edges;
+        Delay arrival(longest ? 1 : -1);
+        if (longest)
+            sweep->searchLongestPaths(network.find("m"), mask, path, edges, arrival, Delay(maximum),
+                                      unlimited);
+        else
+            sweep->searchShortestPaths(network.find("m"), mask, path, edges, arrival, Delay(maximum),
+                                       unlimited);
+        EXPECT_EQ(network.kept(longest), (Names{"i > m > o1: 98", "m > o1: 99"}));
+        EXPECT_EQ(mask.getBits(), 3U);
+        EXPECT_EQ(int(arrival), longest ? 1 : -1);
+        EXPECT_TRUE(path.empty() && edges.empty());
+    }
+}
+
 // An exception of a network: its kind, its ends, its class, and what it adds to a slack.
 enum class Kind { MaxDelay, MinDelay, Multicycle, Other };
 struct Exception {

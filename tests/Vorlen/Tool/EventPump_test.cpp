@@ -3,11 +3,13 @@
 #include "Recorder.h"
 #include "Thrown.h"
 
+#include "Pelko/CPath.h"
 #include "Pelko/Path.h"
 #include "Vorlen/Sweep.h"
 
 #include <gtest/gtest.h>
 
+#include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QEvent>
 #include <QTime>
@@ -340,6 +342,92 @@ TEST_F(EventPump, AfterASweep) {
     EXPECT_EQ(sweeps.live, 0);
     EXPECT_EQ(paths.created, 1) << "of the first sweep";
     expectCompletes();
+}
+
+// --- Events that change the design ---
+
+// Host events are due whenever a run asks. At one processing of them a pole comes, far from all paths.
+class Disturbance {
+public:
+    Disturbance(Builder& design, int at)
+        : connection_(QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake,
+                                       [this, &design, at] {
+                                           if (++count_ == at)
+                                               design.addPole();
+                                           setElapsed(hour);
+                                       })) {
+        setElapsed(hour);
+    }
+    ~Disturbance() { QObject::disconnect(connection_); }
+    Disturbance(const Disturbance&) = delete;
+    Disturbance& operator=(const Disturbance&) = delete;
+    int getCount() const { return count_; }
+
+private:
+    int count_ = 0;
+    QMetaObject::Connection connection_;
+};
+
+struct Result {
+    Names subdomains, paths, arcs;
+    int processed = 0; // events, so often
+};
+
+// Of a design in which data goes a long way, so that host events come in the middle of it.
+Result launchDisturbed(int at) {
+    Builder design;
+    application->setBatch(false);
+    Pole* clk = design.addClockSource("clk", 1000);
+    const Register a = design.addRegister("a", clk), b = design.addRegister("b", clk),
+                   c = design.addRegister("c", clk, Support::falling), d = design.addRegister("d", clk);
+    Pole* stem = design.addChain(a.output, 300);
+    design.connect(stem, b.data, 2, 5);
+    design.connect(stem, c.data, 3, 4);
+    design.connect(design.addChain(c.output, 10), d.data, 1, 1);
+    Pelko::FPath::create({{a.clock}, {c.check}});
+    Pelko::MPath::create({{a.clock}, {b.check}}, 2);
+    const Support::ToolPointer tool = Support::makeTool();
+    const Disturbance disturbance(design, at);
+    EXPECT_TRUE(tool->launch());
+    EXPECT_EQ(marked(), Names{});
+
+    Result result;
+    result.processed = disturbance.getCount();
+    for (const Pelko::Domain* domain : analyzer->getDomains())
+        for (const Pelko::Subdomain* subdomain : domain->getSubdomains()) {
+            std::string text = subdomain->getName() + " " + subdomain->getSAT()._getLabel() + " " +
+                               subdomain->getLAT()._getLabel() + ":";
+            for (const Pole* leaf : subdomain->getLaunchLeaves())
+                text += " " + Support::nameOf(leaf);
+            text += " to";
+            for (const Pole* leaf : subdomain->getLatchLeaves())
+                text += " " + Support::nameOf(leaf);
+            result.subdomains.push_back(text);
+            for (const auto& paths : {subdomain->getLongestPaths(), subdomain->getShortestPaths()})
+                for (const Pelko::Path* path : paths)
+                    result.paths.push_back(path->getSlack()._getLabel() + " " + Support::nameOf(path));
+        }
+    for (const Pelko::Edge* edge : Pelko::cell->getEdges())
+        result.arcs.push_back(edge->getSlack()._getLabel() + " " + edge->getPseudoMask()._getLabel());
+    return result;
+}
+
+// A multicycle halves the latest arrival, and what is false does not arrive. What a phase has read of the
+// design is read anew, and what it has done is not done twice.
+TEST(EventsThatChangeTheDesign, ChangeNoResult) {
+    const Result calm = launchDisturbed(0);
+    EXPECT_EQ(calm.subdomains, (Names{"clk:rising -> clk:rising 302 153: a/C to b/C",
+                                      "clk:rising -> clk:falling undefined undefined: a/C to c/C",
+                                      "clk:falling -> clk:rising 11 11: c/C to d/C"}));
+    EXPECT_EQ(calm.paths, (Names{"1695 a/C -> b/check", "489 c/C -> d/check", "-489 c/C -> d/check"}));
+    EXPECT_GT(calm.processed, 20);
+    for (int at = 1; at <= calm.processed; ++at) {
+        SCOPED_TRACE(at);
+        const Result disturbed = launchDisturbed(at);
+        EXPECT_EQ(disturbed.subdomains, calm.subdomains);
+        EXPECT_EQ(disturbed.paths, calm.paths);
+        EXPECT_EQ(disturbed.arcs, calm.arcs);
+    }
 }
 
 // --- In a long walk ---

@@ -15,6 +15,8 @@
 #include <set>
 #include <stdexcept>
 
+#include <pthread.h>
+
 using Pelko::analyzer;
 using Pelko::Delay;
 using Pelko::Object;
@@ -113,6 +115,31 @@ protected:
     Pole* clk_ = nullptr;
     Register a_{}, b_{};
 };
+
+// --- A thread that is cancelled ---
+
+// The cancellation goes on through the launch, which ends its sweeps and reports nothing.
+TEST_F(LaunchFaults, ACancelledThreadEnds) {
+    addDesign();
+    const SweepCounter sweeps;
+    const Saboteur<Vorlen::Sweep> saboteur(Saboteur<Vorlen::Sweep>::Created, 2, [] {
+        pthread_cancel(pthread_self());
+        pthread_testcancel();
+    });
+    pthread_t thread{};
+    const auto launch = [](void* tool) -> void* {
+        static_cast<Vorlen::Tool*>(tool)->launch();
+        return nullptr;
+    };
+    ASSERT_EQ(pthread_create(&thread, nullptr, launch, tool_.get()), 0);
+    void* result = nullptr;
+    ASSERT_EQ(pthread_join(thread, &result), 0);
+    EXPECT_EQ(result, PTHREAD_CANCELED);
+    EXPECT_EQ(sweeps.getCreated(), 2U);
+    EXPECT_EQ(sweeps.getLive(), 0U);
+    EXPECT_EQ(console_.getLines(), Lines{});
+    expectCompletes();
+}
 
 // --- What is reported ---
 

@@ -218,6 +218,10 @@ TEST(Annotate, CountsWhatTheNetlistDoesNotHave) {
          "2:53: warning: 2 delays between pins that the netlist does not connect, first 'r/Q to s/C'\n"},
         {wires("(INTERCONNECT x/Q s/D (4))"),
          "2:53: warning: 1 delays and checks of pins that the netlist does not have, first 'x/Q'\n"},
+        {cell("DFF", "r", "", "(SETUP D (posedge G) (4)) (WIDTH G (1))"),
+         "2:50: warning: 2 delays and checks of pins that the netlist does not have, first 'r/G'\n"},
+        {wires("(PORT r/E (4)) (NETDELAY r/E (4))"),
+         "2:53: warning: 2 delays and checks of pins that the netlist does not have, first 'r/E'\n"},
         {wires("(IOPATH clk q (4))"), "2:53: warning: 1 cell delays of the top itself, first 'clk'\n"},
         {wires("(INTERCONNECT r/Q s/D (4))"), ""},
     };

@@ -49,6 +49,17 @@ TEST(Connect, MakesWiresOfTheNetlist) {
          cell("B", "b", "(PORT A (4))") + cell("B", "b", "(PORT A (2))", "", "INCREMENT") +
              cell("B", "b", "(IOPATH A Y (1))"),
          "b/A > b/Y 1 1\na ~ b/A 6 6\nb/Y ~ y ?\n", "a in, y out"},
+        // The later of two replaces, an increment adds; without a value there is none.
+        {"a<n1 y>n2 b:B(A<n1 Y>n2)",
+         wires("(INTERCONNECT a b/A (3)) (INTERCONNECT a b/A (5)) (INTERCONNECT b/Y y (1))") +
+             cell("top", "", "(INTERCONNECT b/Y y (2))", "", "INCREMENT") +
+             cell("B", "b", "(IOPATH A Y (1))"),
+         "b/A > b/Y 1 1\na ~ b/A 5 5\nb/Y ~ y 3 3\n", "a in, y out"},
+        {"a<n1 y>n2 b:B(A<n1 Y>n2)",
+         wires("(NETDELAY n1 ()) (PORT b/A ())") + cell("B", "b", "(DEVICE ()) (IOPATH A Y (1))"),
+         "b/A > b/Y 1 1\na ~ b/A ?\nb/Y ~ y ?\n", "a in, y out"},
+        // A cell without delays between two ports is joined once.
+        {"a<n1 y>n2 b:B(A<n1 Y>n2)", "", "b/A > b/Y ?\na ~ b/A ?\nb/Y ~ y ?\n", "a in, y out"},
         // A port that leads straight to another one; a net that several drive; pins without a net.
         {"a<n1 y>n1", "", "a ~ y ?\n", "a in, y out"},
         {"b:B(A< Y>n1) c:B(A< Y>n1) d:B(A<n1 Y>)", "", "b/Y ~ d/A ?\nc/Y ~ d/A ?\n", ""},

@@ -63,6 +63,8 @@ TEST(Clocks, AreGenerated) {
         {"-period 10", "-multiply_by 2 -duty_cycle 33.3", "5000 {0 1665}"},
         {"-period 10", "-divide_by 1 -phase 90", "10000 {2500 7500}"},
         {"-period 10", "-divide_by 2 -phase -45", "20000 {-2500 7500}"},
+        {"-period 10", "-divide_by 1 -phase 360", "10000 {10000 15000}"},
+        {"-period 10", "-divide_by 1 -phase -360", "10000 {-10000 -5000}"},
         {"-period 10", "-divide_by 1 -offset 1.5", "10000 {1500 6500}"},
         {"-period 10", "-multiply_by 3", "3333 {0 1667}"},
     };
@@ -214,6 +216,16 @@ TEST(Clocks, RefuseWhatGivesNoClock) {
         {"create_clock -name m -period 1000000 [get_ports clk]\n" + generated +
              "-divide_by 2 [get_pins r/Q]\n",
          "2: the period of 'g' does not fit the engine's integers"},
+        // What would not fit 64 bits either.
+        {clk + generated + "-divide_by 2147483647 -duty_cycle 99 [get_pins r/Q]\n",
+         "2: the period of 'g' does not fit the engine's integers"},
+        {clk + generated + "-edges {1 2 2147483647} -phase 360 [get_pins r/Q]\n",
+         "2: the period of 'g' does not fit the engine's integers"},
+        {clk + generated + "-edges {2147483641 2147483642 2147483643} [get_pins r/Q]\n",
+         "2: the waveform of 'g' does not fit the engine's integers"},
+        {"create_clock -name m -period 1000000 [get_ports clk]\n" + generated +
+             "-offset 100000 -phase 360 [get_pins r/Q]\n",
+         "2: the waveform of 'g' does not fit the engine's integers"},
         {clk + "set_clock_latency -source 1e7 [get_clocks m]\n",
          "1: the time 10000000 ns does not fit: expected at most 1073741823 units of 1e-12 s"},
     };

@@ -67,6 +67,10 @@ TEST(VerilogNetlist, ReadsHeadersAndDeclarations) {
          module("parameter A = {1, \";\"}; localparam [1:0] B = 2'b0; defparam u.C = (1);"
                 " specify specparam d = 1; (a => b) = (1, 2); $setup(a, b, 3); endspecify ; wire x;"),
          "m:\nnets: x\n"},
+        {"a string with an escaped quote", module("parameter S = \"a\\\"; wire x;\"; wire y;"),
+         "m:\nnets: y\n"},
+        {"a charge, then what the simulator makes of the vector", module("trireg (small) vectored [1:0] v;"),
+         "m:\nnets: v[0] v[1]\n"},
         {"a primitive is a leaf",
          "primitive p(y, a); output y; input a; table 0 : 1; endtable endprimitive\n" +
              module("p u (.y(a));"),
@@ -230,6 +234,7 @@ TEST(VerilogNetlist, TellsWhatIsWrong) {
         {"module m", "1:9: error: expected ';', found the end of the file"},
         {"module m(a;", "1:11: error: expected ',' or ')', found ';'"},
         {"module m(a,);", "1:12: error: expected a port, found ')'"},
+        {"(* a =\n \"x\ny\" *) module m(3);", "3:16: error: expected a port, found '3'"},
         {"module m(a); endmodule", "1:10: error: port 'a' has no direction"},
         {"module m(a);\n wire a; endmodule", "1:10: error: port 'a' has no direction"},
         {"module m(a, a); input a; endmodule", "1:13: error: port 'a' is there twice"},
@@ -278,6 +283,10 @@ TEST(VerilogNetlist, TellsWhatIsWrong) {
         {module("A u(.p(0'b1));"), "1:18: error: expected a constant, found '0'b1'"},
         {module("A u(.p(4'q1));"), "1:18: error: expected a base b, o, d or h behind the apostrophe"},
         {module("A u(.p(4'b));"), "1:18: error: expected a number's digits"},
+        {module("A u(.p(4'b_1));"), "1:18: error: expected a number's digits"},
+        {module("A u(.p(4'sb_));"), "1:18: error: expected a number's digits"},
+        {module("A u(.p('s1));"), "1:18: error: expected a base b, o, d or h behind the apostrophe"},
+        {module("A u(.p(4'Sx));"), "1:18: error: expected a base b, o, d or h behind the apostrophe"},
         {module("A u(.p(9999999'h0));"), "1:18: error: an expression of more than 1048576 bits"},
         {module("A u(.p(a) .q(b));"), "1:21: error: expected ',' or ')', found '.'"},
         {module("A u(.p(a), b);"), "1:22: error: expected '.' and a pin, found 'b'"},
@@ -363,6 +372,26 @@ TEST(VerilogLexer, BlocksDoNotMatter) {
         EXPECT_EQ(tokens(block), expected) << block;
 }
 
+// Ten of what there is too much of, and then how much more.
+TEST(VerilogNetlist, SaysNoMoreThanCanBeRead) {
+    std::string inner, outer, clashes, ring;
+    for (int i = 0; i < 12; ++i) {
+        const std::string number = std::to_string(i);
+        inner += "L x" + number + "(); ";
+        outer += "L \\u/x" + number + " (); ";
+        if (i < 10)
+            clashes += "warning: more than one of the cells is named 'u/x" + number + "'\n";
+        ring += "module a" + number + "; a" + std::to_string((i + 1) % 12) + " u(); endmodule\n";
+    }
+    const std::string clashing =
+        read("module c; " + inner + "endmodule module m; c u(); " + outer + "endmodule");
+    EXPECT_EQ(clashing.substr(0, clashing.find("m:")),
+              clashes + "warning: 2 more cells have the name of another one\n");
+    EXPECT_EQ(read(ring, "a0"),
+              "12:16: error: a module instantiates itself: 'a0' -> 'a1' -> 'a2' -> 'a3' -> 'a4' -> 'a5' -> "
+              "'a6' -> 'a7' -> 'a8' -> 'a9' -> ... -> 'a0'");
+}
+
 TEST(VerilogNetlist, BearsDepthAndRefusesWhatExplodes) {
     constexpr std::size_t deep = 100'000;
     std::string chain, doubling = "module m0; L u(); endmodule ";
@@ -373,6 +402,12 @@ TEST(VerilogNetlist, BearsDepthAndRefusesWhatExplodes) {
     EXPECT_EQ(read(chain), "error: the hierarchy has 100000 levels, more than 1000");
     EXPECT_EQ(read(chain, "m99001").substr(0, 12), "m99001:\nm100") << "a chain of 999";
     EXPECT_EQ(read(doubling), "error: the flat design would have more than 268435456 cells, pins or nets");
+    const std::string name(5'000, 'n');
+    std::string named = "module m0; L u(); endmodule ";
+    for (std::size_t i = 0; i < 20; ++i)
+        named += "module m" + std::to_string(i + 1) + "; m" + std::to_string(i) + " " + name +
+                 "(), v(); endmodule ";
+    EXPECT_EQ(read(named), "error: the names of the flat design would take more than 8589934592 bytes");
     EXPECT_EQ(read(module("A u(.p(" + std::string(deep, '{') + "a" + std::string(deep, '}') + "));")),
               "m:\nA u p?a\nnets: a\n");
     EXPECT_EQ(read(module("A #" + std::string(deep, '(') + std::string(deep, ')') + " u(.p(a));")),

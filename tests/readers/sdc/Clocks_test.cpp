@@ -152,6 +152,9 @@ const Row messages[] = {
     {TWO_CLOCKS "set_clock_uncertainty 1 -rise_from a -to b",
      "x.sdc:2: warning: set_clock_uncertainty: a clock's edges are not told apart: the value holds for "
      "both\n"},
+    {"create_clock -period 10 [get_nets {led[4]}]",
+     "x.sdc:1: warning: create_clock: nothing drives the net 'led[4]'\n"
+     "x.sdc:1: warning: create_clock: no objects: the command has no effect\n"},
     {"create_clock -period 10 zz", "x.sdc:1: warning: create_clock: no port, pin or net matches 'zz'\n"
                                    "x.sdc:1: warning: create_clock: no objects: the command has no effect\n"},
 };
@@ -205,6 +208,13 @@ const Row errors[] = {
     {"create_generated_clock -source clk -duty_cycle 100 r0/Q",
      "x.sdc:1: error: create_generated_clock: -duty_cycle: expected a percentage between 0 and 100, found "
      "'100'\n"},
+    {"create_generated_clock -source clk -phase 360.1 r0/Q",
+     "x.sdc:1: error: create_generated_clock: -phase: expected degrees from -360 to 360, found '360.1'\n"},
+    {"create_generated_clock -source clk -phase -1e30 r0/Q",
+     "x.sdc:1: error: create_generated_clock: -phase: expected degrees from -360 to 360, found '-1e30'\n"},
+    {"create_generated_clock -source clk -edges {1 3 5} -duty_cycle 40 r0/Q",
+     "x.sdc:1: error: create_generated_clock: -duty_cycle does not go with -edges\n"},
+    {"::create_clock clk", "x.sdc:1: error: create_clock: needs -period\n"},
     {"set_clock_groups -group a", "x.sdc:1: error: set_clock_groups: needs -asynchronous, "
                                   "-logically_exclusive, -physically_exclusive or -exclusive\n"},
     {"set_clock_groups -asynchronous", "x.sdc:1: error: set_clock_groups: needs -group\n"},

@@ -86,6 +86,9 @@ const Row placed[] = {
      "x.sdc:3: error: can't read \"d\": no such variable\n"},
     {"proc p {a} {\n}\nif 1 {\n  p\n}", "x.sdc:4: error: wrong # args: should be \"p a\"\n"},
     {"set s {\n\n\nfoo}\n\neval $s", "x.sdc:6: error: unknown command 'foo'\n"},
+    // The same command stands twice: the one that is closest to where the loop's body failed.
+    {"foreach x 1 {\n  if 0 {\n    set z $w\n  }\n  set y 1\n  set z $w\n}",
+     "x.sdc:6: error: can't read \"w\": no such variable\n"},
     {"set x 1\n\nset y {1", "x.sdc:3: error: missing close-brace\n"},
     {"set x 1\nputs \"a", "x.sdc:2: error: missing \"\n"},
     {"puts [get_ports", "x.sdc:1: error: missing close-bracket\n"},

@@ -57,6 +57,7 @@ const Row exceptions[] = {
     {"set_false_path -from a -to b", "false from {clock a} to {clock b}\n"},
     {"set_false_path -from [get_clocks *] -to [get_ports out]", "false from {clock a, clock b} to {out}\n"},
     {"set_false_path -from [get_ports a]", "false from {a}\n"},
+    {"set_multicycle_path +2 -to out", "multicycle 2 to {out}\n"},
     {"set_false_path -setup -from rst", "false setup from {rst}\n"},
     {"set_false_path -hold -setup -to out", "false setup hold to {out}\n"},
     {"set_false_path -from [get_cells r0] -to r1/D", "false from {cell r0} to {r1/D}\n"},
@@ -83,6 +84,8 @@ const Row others[] = {
     {"set_disable_timing -from A -to Z [get_cells l0]", "disable cell l0 from A to Z\n"},
     {"set_disable_timing {rst r0/Q}", "disable rst\ndisable r0/Q\n"},
     {"set_disable_timing -from Y l0", "unmatched 1\n"},
+    {"set_disable_timing -to Y {l0 r0}; set_disable_timing -to Q {l0 r0}",
+     "disable cell r0 to Q\nunmatched 3\n"},
     {"set_case_analysis 0 rst; set_case_analysis 1 {a r0/D}; set_case_analysis one rst",
      "case rst 1\ncase a 1\ncase r0/D 1\n"},
 };
@@ -177,5 +180,22 @@ const Row errors[] = {
      "x.sdc:2: error: set_disable_timing: -from and -to are pins of a cell; 'r0/Q' is a pin\n"},
 };
 INSTANTIATE_TEST_SUITE_P(Errors, SdcPathMessages, testing::ValuesIn(errors));
+
+// What reports show of a command is cut where it gets long.
+TEST(SdcExceptions, KeepTheirText) {
+    const std::string longName(100, 'n');
+    const std::pair<std::string, std::string> rows[] = {
+        {"set_false_path -from [get_ports {rst in[0] in[1] a b}] -to out",
+         "set_false_path -from {rst in[0] in[1] and 2 more} -to out"},
+        {"set_false_path -to out -comment " + longName, "set_false_path -to out -comment " + longName},
+        {"set_false_path -to out -comment {" + longName + " " + longName + "}",
+         "set_false_path -to out -comment {" + longName + " " + longName.substr(0, 26) + " ..."},
+    };
+    for (const auto& [script, text] : rows) {
+        const Support::Outcome outcome = Support::run(script);
+        ASSERT_EQ(outcome.result.exceptions.size(), 1U) << outcome.allMessages();
+        EXPECT_EQ(outcome.result.exceptions[0].text, text);
+    }
+}
 
 } // namespace

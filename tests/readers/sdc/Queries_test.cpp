@@ -113,6 +113,11 @@ const Row names[] = {
     {"get_cells [get_cells r0]", "r0"},
     {"get_nets m*", "mid"},
     {"get_nets -of_objects l0/A", "mid"},
+    {"get_nets -of_objects [get_cells r0]", "clk a mid"},
+    {"get_cells -of_objects [get_nets mid]", "r0 l0"},
+    {"get_ports -of_objects [get_clocks c]", "clk"},
+    {"get_ports -of_objects [get_ports clk]", "clk"},
+    {"get_pins -of_objects [get_clocks c]", ""},
     {"get_ports -of_objects [get_nets clk]", "clk"},
     {"get_clocks *", "c v"},
     {"get_clocks -of_objects [get_ports clk]", "c"},
@@ -129,6 +134,8 @@ const Row names[] = {
     {"get_pins nope/*", "warning: get_pins: no pin matches 'nope/*'\n"},
     {"get_pins clk", "warning: get_pins: no pin matches 'clk'\n"},
     {"get_ports -exact clk*", "warning: get_ports: no port matches 'clk*'\n"},
+    {"get_ports {@place:1}", "warning: get_ports: no port matches '@place:1'\n"},
+    {"get_ports \"a \\{b\"", "warning: get_ports: no port matches 'a {b'\n"}, // no list
 };
 INSTANTIATE_TEST_SUITE_P(Names, SdcQueries, testing::ValuesIn(names));
 
@@ -160,6 +167,64 @@ const Row collections[] = {
 };
 INSTANTIATE_TEST_SUITE_P(Collections, SdcQueries, testing::ValuesIn(collections));
 
+// --- Attributes -----------------------------------------------------------------------------------------------------
+
+class SdcAttributes : public testing::TestWithParam<Row> {};
+
+TEST_P(SdcAttributes, HaveTheExpectedValue) {
+    const std::string script =
+        "create_clock -name c -period 5 clk; create_clock -name v -period 1 -waveform {0.1 0.3}\n"
+        "create_generated_clock -name g -source clk -divide_by 2 {r0/Q r1/Q}; set_propagated_clock g\n"
+        "puts [get_attribute " +
+        std::string(GetParam().script) + "]";
+    EXPECT_EQ(Support::run(script).allMessages(), "x.sdc:3: " + std::string(GetParam().expected) + "\n")
+        << GetParam().script;
+}
+
+const Row attributes[] = {
+    {"r0/Q name", "note: puts: Q"},
+    {"r0/Q full_name", "note: puts: r0/Q"},
+    {"r0/Q direction", "note: puts: output"},
+    {"bidi direction", "note: puts: inout"},
+    {"r0/Q class", "note: puts: pin"},
+    {"bidi object_class", "note: puts: port"},
+    {"r0/CLK is_clock", "note: puts: true"},
+    {"r0/CLK is_clock_source", "note: puts: false"},
+    {"r0/Q is_clock_source", "note: puts: true"},
+    {"r0/D is_data", "note: puts: true"},
+    {"r0/CLK is_data", "note: puts: false"},
+    {"r0/Q net", "note: puts: mid"},
+    {"l0/Z net_name", "note: puts: "},
+    {"r0/Q cell", "note: puts: r0"},
+    {"r0/Q ref_name", "note: puts: DFF"},
+    {"bidi ref_name", "error: get_attribute: a port has no attribute 'ref_name'"},
+    {"u1/u2/ff name", "note: puts: ff"},
+    {"u1/u2/ff full_name", "note: puts: u1/u2/ff"},
+    {"r0 is_hierarchical", "note: puts: false"},
+    {"r0 zz", "error: get_attribute: a cell has no attribute 'zz'"},
+    {"-quiet r0 zz", "note: puts: "},
+    {"mid name", "note: puts: mid"},
+    {"mid full_name", "note: puts: mid"},
+    {"mid zz", "error: get_attribute: a net has no attribute 'zz'"},
+    {"c name", "note: puts: c"},
+    {"c period", "note: puts: 5"},
+    {"c waveform", "note: puts: 0 2.5"},
+    {"v waveform", "note: puts: 0.1 0.3"},
+    {"g waveform", "note: puts: "},
+    {"g period", "note: puts: "},
+    {"c is_generated", "note: puts: false"},
+    {"g is_generated", "note: puts: true"},
+    {"c is_virtual", "note: puts: false"},
+    {"v is_virtual", "note: puts: true"},
+    {"c is_propagated", "note: puts: false"},
+    {"g propagated_clock", "note: puts: true"},
+    {"g sources", "note: puts: r0/Q r1/Q"},
+    {"v sources", "note: puts: "},
+    {"c zz", "error: get_attribute: a clock has no attribute 'zz'"},
+    {"[get_cells r*] ref_name", "note: puts: DFF DFF"},
+};
+INSTANTIATE_TEST_SUITE_P(Attributes, SdcAttributes, testing::ValuesIn(attributes));
+
 class SdcQueryMessages : public testing::TestWithParam<Row> {};
 
 TEST_P(SdcQueryMessages, AreExact) {
@@ -175,6 +240,23 @@ const Row said[] = {
     {"puts [get_property [get_ports clk] direction]; puts [get_property full_name [get_cells r0]]",
      "x.sdc:1: note: puts: input\nx.sdc:1: note: puts: r0\n"},
     {"set s \"[get_ports rst]\"; puts [get_object_name $s]", "x.sdc:1: note: puts: rst\n"},
+    {"set s [lindex [get_ports rst] 0]; set t $s; append t {}; puts [get_object_name $t]",
+     "x.sdc:1: note: puts: rst\n"},
+    {"puts [sizeof_collection [add_to_collection {rst a} {a b}]]\n"
+     "puts [sizeof_collection [add_to_collection -unique {rst a} {a b}]]",
+     "x.sdc:1: note: puts: 4\nx.sdc:2: note: puts: 3\n"},
+    {"set all [get_ports rst]\nappend_to_collection all {rst a}; puts [sizeof_collection $all]\n"
+     "append_to_collection -unique all a; puts [sizeof_collection $all]",
+     "x.sdc:2: note: puts: 3\nx.sdc:3: note: puts: 2\n"},
+    {"set v(1) 2\nappend_to_collection v a", "x.sdc:2: error: can't set \"v\": variable is array\n"},
+    // From the ninth pattern on names are looked up in order.
+    {"for {set i 0} {$i < 9} {incr i} { get_cells r* }\n"
+     "puts [get_object_name [get_cells r*]]; puts [get_object_name [get_pins u*/Q]]\n"
+     "puts [get_object_name [get_nets cl*]]; get_cells zz*",
+     "x.sdc:2: note: puts: r0 r1\nx.sdc:2: note: puts: u1/u2/ff/Q\nx.sdc:3: note: puts: clk clk2\n"
+     "x.sdc:3: warning: get_cells: no cell matches 'zz*'\n"},
+    {"get_cells -filter {name == \"a}", "x.sdc:1: error: -filter: expected '\"' in 'name == \"a'\n"},
+    {"get_cells -filter \"name == \\{a\"", "x.sdc:1: error: -filter: expected '}' in 'name == {a'\n"},
     {"get_cells -filter {nosuch == 1}", "x.sdc:1: error: -filter: a cell has no attribute 'nosuch'\n"},
     {"get_cells -filter {name ==}", "x.sdc:1: error: -filter: expected a value in 'name =='\n"},
     {"get_cells -filter {(name == a}", "x.sdc:1: error: -filter: expected ')' in '(name == a'\n"},
@@ -208,6 +290,8 @@ TEST(SdcQueries, TakeSlashesForAnotherDivider) {
     const Support::Outcome outcome = Support::run(
         {"set_case_analysis 0 [get_pins u1/u2/D]; set_case_analysis 1 [get_pins u1.u2/D]"}, {}, design);
     EXPECT_EQ(outcome.constraints, "case u1.u2/D 1\n") << outcome.allMessages();
+    EXPECT_EQ(Support::run({"puts [get_attribute u1.u2/D direction]"}, {}, design).allMessages(),
+              "x.sdc:1: note: puts: unknown\n");
 }
 
 TEST(SdcQueries, AreFastOnALargeDesign) {
