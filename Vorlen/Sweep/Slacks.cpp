@@ -161,6 +161,9 @@ public:
         opensClasses_ = !analyzer->getCPaths().isEmpty();
     }
 
+    // Whether the host may be asked on the way, and may end it.
+    bool asksTheHost() const { return !exceptions_.empty(); }
+
     // The maximum where there is none.
     Delay find(ClassTimings arrivals, const Edge& edge) {
         const detail::Slot target = data_.cone.find(edge.getTarget());
@@ -245,11 +248,12 @@ void tagInConeOrder(const detail::DataTimes& data, WorstSlacks& slacks, unsigned
 } // namespace
 
 // An arc into a pole without required times has the maximum as its slack. That is never written, but it is
-// compared with what is there; so such arcs count where a host has written just that.
+// compared with what is there; so such arcs count where a host has written just that. Where an adjustment may
+// throw, the arcs before it are those out of the poles before.
 void Sweep::tagSlacks() {
     const unsigned long dutyCycle = dutyCycleOf(*subdomain);
     WorstSlacks slacks(*data, subdomain);
-    if (data->cone.isWhole() && !Edge::_hasMaximumSlack)
+    if (data->cone.isWhole() && !Edge::_hasMaximumSlack && !slacks.asksTheHost())
         return tagInConeOrder(*data, slacks, dutyCycle);
     const detail::LargeVector<Pelko::Pole*> poles = data->cone.getSortedPoles();
     detail::FanReader<detail::Direction::Outgoing> reader;

@@ -106,7 +106,7 @@ bool Cone::sort() {
             order_.push_back(slot);
     for (std::size_t place = 0; place < order_.size(); ++place) {
         if (place + ahead < order_.size())
-            __builtin_prefetch(&sources_[0] + begins_[order_[place + ahead]]);
+            __builtin_prefetch(sources_.data() + begins_[order_[place + ahead]]);
         const Slot slot = order_[place];
         const Arcs arcs = getArcs(slot);
         for (std::uint32_t arc = arcs.begin; arc != arcs.end; ++arc) {

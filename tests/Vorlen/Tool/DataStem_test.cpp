@@ -50,6 +50,14 @@ TEST_F(DataStem, EmptyDesign) {
     EXPECT_TRUE(analyzer->getDomains().isEmpty());
 }
 
+// More of them than a walk fetches ahead.
+TEST_F(DataStem, EndPointsWithoutArcs) {
+    for (int i = 0; i < 40; ++i)
+        design_.addOutput("o" + std::to_string(i));
+    EXPECT_EQ(run(), Leaves());
+    EXPECT_TRUE(analyzer->getDomains().isEmpty());
+}
+
 TEST_F(DataStem, FanInOfPorts) {
     Pole* a = design_.addInput("a");
     Pole* b = design_.addInput("b");
