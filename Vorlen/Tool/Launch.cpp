@@ -194,8 +194,9 @@ bool runPhases(Tool& tool) {
 }
 
 // What is no exception of the framework becomes one; a thread's cancellation goes on as it is. It has no
-// object, so that the reference which names it is a null one.
-[[gnu::no_sanitize("null")]] bool runGuarded(Tool& tool) {
+// object, so that the reference which names it is a null one; checks for that are off here, and stay so only
+// where the function is not inlined.
+[[gnu::noinline, gnu::no_sanitize("null")]] bool runGuarded(Tool& tool) {
     try {
         return runPhases(tool);
     } catch (const Ruvex::Exception&) {
