@@ -16,7 +16,9 @@
 #include "Vorlen/detail/EventPump.h"
 #include "Vorlen/detail/Work.h"
 
+#include <algorithm>
 #include <map>
+#include <utility>
 #include <vector>
 
 namespace Vorlen {

@@ -92,8 +92,8 @@ private:
         Edge* few_[2] = {};
         Edge** many_;
     };
-    std::uint32_t size_ = 0; // holes included
-    std::uint32_t holes_ : 27 = 0;
+    std::uint32_t size_ = 0;       // holes included
+    std::uint32_t holes_ : 27 = 0; // more would need 2^26 arcs of one pole at once
     std::uint32_t capacityBits_ : 5 = inPlaceBits;
 };
 
