@@ -1,7 +1,8 @@
 // What the constraint files say, as plain data: the state after the last command.
 //
-// Commands that replace or undo one another have done so here; what depends on the design's delays (the master behind
-// a generated clock, the start and end points behind a cell) has not been worked out yet. Times are decimals in ns.
+// Commands that replace or undo one another have done so here; what depends on the design's delays (the
+// master behind a generated clock, the start and end points behind a cell) has not been worked out yet. Times
+// are decimals in ns.
 #pragma once
 
 #include "../Decimal.h"
@@ -39,13 +40,13 @@ struct Object {
 };
 
 struct GeneratedClock {
-    std::uint32_t source = none;               // the pin (or port) of -source
-    std::optional<std::uint32_t> master;       // -master_clock
+    std::uint32_t source = none;         // the pin (or port) of -source
+    std::optional<std::uint32_t> master; // -master_clock
     enum class Kind : std::uint8_t { divide, multiply, edges } kind = Kind::divide;
-    int factor = 1;                            // of divide and multiply
-    std::vector<int> edges;                    // three, counted from 1
-    std::vector<Decimal> edgeShifts;           // none or three
-    std::optional<Decimal> dutyCycle;          // percent
+    int factor = 1;                   // of divide and multiply
+    std::vector<int> edges;           // three, counted from 1
+    std::vector<Decimal> edgeShifts;  // none or three
+    std::optional<Decimal> dutyCycle; // percent
     bool invert = false;
     Decimal offset;
     Decimal phase; // degrees
@@ -56,10 +57,11 @@ struct Clock {
     Origin origin;
     bool removed = false; // replaced by a later one: nothing refers to it
     Decimal period;
-    Decimal rise, fall; // the waveform; a generated clock's is worked out from its master's
+    Decimal rise, fall;                 // the waveform; a generated clock's is worked out from its master's
     std::vector<std::uint32_t> targets; // pins and ports; empty for a virtual clock
     std::optional<GeneratedClock> generated;
-    std::optional<bool> propagated; // what was said last, set_propagated_clock or a network latency; nothing: neither
+    std::optional<bool>
+        propagated; // what was said last, set_propagated_clock or a network latency; nothing: neither
     EarlyLate sourceLatency, networkLatency; // the latter empty once set_propagated_clock came after it
     SetupHold uncertainty;
 };
@@ -94,15 +96,21 @@ struct ClockGroups {
     Origin origin;
 };
 
-// Objects of one option, and the transition that -rise_from and its like ask for. Clocks, ports, cells and pins for
-// from and to; ports, pins, cells and nets for through.
+// Objects of one option, and the transition that -rise_from and its like ask for. Clocks, ports, cells and
+// pins for from and to; ports, pins, cells and nets for through.
 struct Points {
     std::vector<Object> objects; // sorted, each once
     Transition transition = Transition::any;
 };
 
 struct Exception {
-    enum class Kind : std::uint8_t { falsePath, multicycle, maxDelay, minDelay, pathGroup } kind = Kind::falsePath;
+    enum class Kind : std::uint8_t {
+        falsePath,
+        multicycle,
+        maxDelay,
+        minDelay,
+        pathGroup
+    } kind = Kind::falsePath;
     bool setup = true; // the sides it was given for
     bool hold = true;
     bool flagged = false; // -setup or -hold was written; both: a multicycle's count is for each of them
@@ -110,7 +118,7 @@ struct Exception {
     std::optional<bool> start; // -start true, -end false
     Decimal value;
     bool ignoreClockLatency = false;
-    std::string group; // of a path group
+    std::string group;              // of a path group
     std::optional<Points> from, to; // absent: everything
     std::vector<Points> through;
     Origin origin;
@@ -125,8 +133,8 @@ struct SkippedException {
 
 // Arcs to take out.
 struct Disable {
-    Object object;                           // cell, pin or port
-    std::optional<std::string> from, to;     // pin names of a cell
+    Object object;                       // cell, pin or port
+    std::optional<std::string> from, to; // pin names of a cell
     Origin origin;
 };
 

@@ -1,9 +1,10 @@
-// The events of an SDF file, in the order of the file. The parser fires them, a handler builds something of them.
+// The events of an SDF file, in the order of the file. The parser fires them, a handler builds something of
+// them.
 //
-// Texts are without escapes and are valid during the call only. A port path is split where the file's divider last
-// stands unescaped (a slash is taken too where the divider is a dot, for writers that use it for pins whatever the
-// divider is): the instance before it, relative to the cell's, and the pin behind it. Values are in the file's own time
-// unit, as written.
+// Texts are without escapes and are valid during the call only. A port path is split where the file's divider
+// last stands unescaped (a slash is taken too where the divider is a dot, for writers that use it for pins
+// whatever the divider is): the instance before it, relative to the cell's, and the pin behind it. Values are
+// in the file's own time unit, as written.
 #pragma once
 
 #include "../Decimal.h"
@@ -27,8 +28,8 @@ struct Path {
     std::string_view pin;      // with its bit: "in[3]"
 };
 
-// A port with the edge that is asked for: "(posedge clk)" is rise, "(negedge clk)" fall; 01 and its like are any.
-// The condition is there where the port stands in "(COND ...)".
+// A port with the edge that is asked for: "(posedge clk)" is rise, "(negedge clk)" fall; 01 and its like are
+// any. The condition is there where the port stands in "(COND ...)".
 struct Event {
     Path path;
     Transition edge = Transition::any;
@@ -41,7 +42,18 @@ struct Header {
     int scale = -9; // the time unit is 10^scale s
 };
 
-enum class CheckKind : std::uint8_t { setup, hold, setupHold, recovery, removal, recoveryRemoval, skew, width, period, noChange };
+enum class CheckKind : std::uint8_t {
+    setup,
+    hold,
+    setupHold,
+    recovery,
+    removal,
+    recoveryRemoval,
+    skew,
+    width,
+    period,
+    noChange
+};
 
 struct Where {
     unsigned line = 0, column = 0;
@@ -61,7 +73,8 @@ public:
                         bool increment, Where) {
         (void)from, (void)to, (void)values, (void)conditional, (void)increment;
     }
-    virtual void interconnect(const Path& from, const Path& to, std::span<const Value> values, bool increment, Where) {
+    virtual void interconnect(const Path& from, const Path& to, std::span<const Value> values, bool increment,
+                              Where) {
         (void)from, (void)to, (void)values, (void)increment;
     }
     virtual void port(const Path& to, std::span<const Value> values, bool increment, Where) {
@@ -71,15 +84,18 @@ public:
         (void)net, (void)values, (void)increment;
     }
     // Without an output the delay is of all of the cell's outputs.
-    virtual void device(const std::optional<Path>& output, std::span<const Value> values, bool increment, Where) {
+    virtual void device(const std::optional<Path>& output, std::span<const Value> values, bool increment,
+                        Where) {
         (void)output, (void)values, (void)increment;
     }
-    // setup, hold and their like: data, clock, one value. setupHold and recoveryRemoval: two. width and period: the pin
-    // is in `clock`, `data` is empty. skew: both, one value. noChange: both, two.
-    virtual void check(CheckKind, const Event& data, const Event& clock, std::span<const Value> values, Where) {
+    // setup, hold and their like: data, clock, one value. setupHold and recoveryRemoval: two. width and
+    // period: the pin is in `clock`, `data` is empty. skew: both, one value. noChange: both, two.
+    virtual void check(CheckKind, const Event& data, const Event& clock, std::span<const Value> values,
+                       Where) {
         (void)data, (void)clock, (void)values;
     }
-    // Something that is read and has no effect here (PATHPULSE, RETAIN, LABEL, TIMINGENV ...), by its keyword.
+    // Something that is read and has no effect here (PATHPULSE, RETAIN, LABEL, TIMINGENV ...), by its
+    // keyword.
     virtual void ignored(std::string_view keyword, Where) { (void)keyword; }
 };
 

@@ -261,7 +261,8 @@ private:
                          isDelay))
             return true;
         std::vector<Exception> all = d_.exceptions;
-        d_.exceptions.erase(d_.exceptions.begin(), d_.exceptions.begin() + static_cast<std::ptrdiff_t>(first));
+        d_.exceptions.erase(d_.exceptions.begin(),
+                            d_.exceptions.begin() + static_cast<std::ptrdiff_t>(first));
         bool open = false;
         for (const Naming& n : namings(d_, clocks_, paths_, options_))
             for (int e : n.exceptions)

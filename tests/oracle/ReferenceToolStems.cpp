@@ -78,7 +78,8 @@ void ReferenceTool::clockStem(Pole* pole, StemPoleSetMap& work, Pole* root, unsi
 
 // --- Data stems ----------------------------------------------------------------------------------------
 
-// A pair that makes no domain ends the phase, and leaves no marks behind; the walk stays open until the next reset.
+// A pair that makes no domain ends the phase, and leaves no marks behind; the walk stays open until the next
+// reset.
 void ReferenceTool::dataStem(const StemPoleSetMap& clockStems) {
     loopOpen();
     StemPoleSetMap work;
