@@ -159,7 +159,7 @@ void Interpreter::run(Source& source) {
 }
 
 void Interpreter::startLimits() {
-    end_ = Clock::now() + limits_.time;
+    end_ = processorTime(CLOCK_THREAD_CPUTIME_ID) + limits_.time;
     peakBefore_ = peakMemory();
     isTooLarge_ = false;
     setTimeLimit(std::min(limits_.time, checkInterval));
@@ -172,7 +172,7 @@ void Interpreter::startLimits() {
     Tcl_LimitTypeSet(tcl_, TCL_LIMIT_COMMANDS);
 }
 
-// After so long, as Tcl counts.
+// After so long, as Tcl counts: by the clock on the wall.
 void Interpreter::setTimeLimit(std::chrono::milliseconds left) {
     const auto micros = std::chrono::duration_cast<std::chrono::microseconds>(left).count();
     constexpr long second = 1'000'000;
@@ -184,10 +184,12 @@ void Interpreter::setTimeLimit(std::chrono::milliseconds left) {
     Tcl_LimitSetTime(tcl_, &end);
 }
 
-// Between commands, where the interval is over: the limit stands unless it is set anew.
+// Between commands, where the interval is over: the limit stands unless it is set anew. The time that others
+// had the processor is not the script's.
 void Interpreter::onTime(ClientData data, Tcl_Interp*) {
     Interpreter& self = *static_cast<Interpreter*>(data);
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(self.end_ - Clock::now());
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(self.end_ - processorTime(CLOCK_THREAD_CPUTIME_ID));
     self.isTooLarge_ = peakMemory() > self.peakBefore_ + self.limits_.memory;
     if (left > left.zero() && !self.isTooLarge_)
         self.setTimeLimit(std::min(left, checkInterval));

@@ -63,8 +63,6 @@ public:
     Tcl_Interp* raw() { return tcl_; }
 
 private:
-    using Clock = std::chrono::steady_clock;
-
     struct Command {
         Interpreter* interpreter = nullptr;
         Handler handler;
@@ -122,10 +120,10 @@ private:
     Tcl_CmdInfo infoFrame_{}, proc_{};
     std::vector<std::unique_ptr<Command>> commands_;
     std::vector<File> stack_;
-    Watch* watch_ = nullptr;                                // while files are evaluated
-    Clock::time_point end_;                                 // of the time for the file
-    std::size_t peakBefore_ = 0;                            // of the process's memory, in MB
-    bool isTooLarge_ = false;                               // that is what ends the script
+    Watch* watch_ = nullptr;     // while files are evaluated
+    ProcessorTime end_{};        // of the thread, where the time for the file is over
+    std::size_t peakBefore_ = 0; // of the process's memory, in MB
+    bool isTooLarge_ = false;    // that is what ends the script
     std::unordered_map<std::string, Procedure> procedures_; // by full name
     std::exception_ptr internal_;                           // thrown by a command, on its way past Tcl
 };

@@ -11,7 +11,7 @@ namespace Readers::Sdc {
 [[noreturn]] void endProcess(std::string_view line) noexcept;
 
 struct Limits {
-    std::chrono::milliseconds time{10'000}; // for one file with all that it sources
+    std::chrono::milliseconds time{10'000}; // of the processor, for one file with all that it sources
     int commands = 50'000'000;              // likewise
     int depth = 1'000;                      // of commands in commands
     std::size_t memory = 4'000;             // MB, of the process, that one file with all that it sources adds

@@ -13,7 +13,13 @@
 #include <string>
 #include <thread>
 
+#include <ctime>
+
 namespace Readers::Sdc {
+
+// What the processor has spent on a thread.
+using ProcessorTime = std::chrono::nanoseconds;
+ProcessorTime processorTime(clockid_t thread);
 
 class Watch {
 public:
@@ -37,7 +43,8 @@ private:
 
     void (*const giveUp_)(std::string_view line) noexcept;
     const std::string overTime_;
-    const std::chrono::steady_clock::time_point last_;
+    const clockid_t clock_;    // of the thread that is watched
+    const ProcessorTime last_; // by that clock
     const char* const stackEnd_;
     Watch* const outer_;
     std::mutex mutex_; // end() holds it, so that there is one last line

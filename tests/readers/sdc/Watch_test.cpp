@@ -131,7 +131,7 @@ TEST(SdcWatch, LeavesAShortScriptAlone) {
     EXPECT_EQ(Support::run("set x 1\nputs $x", brief).allMessages(), "x.sdc:2: note: puts: 1\n");
 }
 
-// --- Limits that count from when the script is there ----------------------------------------------------------------
+// --- Limits that count what the script itself takes -----------------------------------------------------------------
 
 TEST(SdcLimits, DoNotCountTheWaitForTheFile) {
     const Support::Folder folder;
@@ -147,6 +147,17 @@ TEST(SdcLimits, DoNotCountTheWaitForTheFile) {
     });
     Source source(path);
     EXPECT_NO_THROW(read(source, brief));
+}
+
+// As on a machine with other work, or while the process is suspended.
+TEST(SdcLimits, DoNotCountTheWaitForTheProcessor) {
+    Readers::Sdc::Constraints constraints;
+    Readers::Sdc::Interpreter interpreter(constraints, brief);
+    interpreter.define(
+        "wait", [](Readers::Sdc::Words) { std::this_thread::sleep_for(2 * (brief.time + brief.grace)); });
+    Source source("x.sdc", "for {set i 0} {$i < 1000} {incr i} { set x $i }\nwait\n"
+                           "for {set i 0} {$i < 1000} {incr i} { set x $i }\n");
+    EXPECT_NO_THROW(interpreter.run(source));
 }
 
 TEST(SdcLimits, EndScriptsThatTakeTooMuchMemory) {
