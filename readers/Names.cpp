@@ -11,42 +11,54 @@ namespace {
 
 constexpr std::size_t blockSize = 1 << 16;
 
-std::uint64_t hashOf(std::string_view text) { return std::hash<std::string_view>{}(text); }
+std::uint32_t hashOf(std::string_view text) {
+    const std::uint64_t hash = std::hash<std::string_view>{}(text);
+    return static_cast<std::uint32_t>(hash ^ (hash >> 32));
+}
 
 } // namespace
 
 Names::Names() : slots_(1024) {}
 
-std::size_t Names::slot(std::string_view text, std::uint64_t hash) const {
+std::size_t Names::slot(std::string_view text, std::uint32_t hash) const {
     const std::size_t mask = slots_.size() - 1;
     std::size_t at = hash & mask;
-    while (slots_[at] != 0 && texts_[slots_[at] - 1] != text)
+    while (slots_[at].number != 0 && (slots_[at].hash != hash || texts_[slots_[at].number - 1] != text))
         at = (at + 1) & mask;
     return at;
 }
 
 Name Names::add(std::string_view text) {
-    std::size_t at = slot(text, hashOf(text));
-    if (slots_[at] == 0) {
+    const std::uint32_t hash = hashOf(text);
+    std::size_t at = slot(text, hash);
+    if (slots_[at].number == 0) {
         if ((texts_.size() + 1) * 2 > slots_.size()) {
             grow();
-            at = slot(text, hashOf(text));
+            at = slot(text, hash);
         }
         texts_.push_back(keep(text));
-        slots_[at] = static_cast<std::uint32_t>(texts_.size());
+        slots_[at] = {static_cast<std::uint32_t>(texts_.size()), hash};
     }
-    return Name{slots_[at] - 1};
+    return Name{slots_[at].number - 1};
 }
 
 std::optional<Name> Names::find(std::string_view text) const {
-    const std::uint32_t number = slots_[slot(text, hashOf(text))];
+    const std::uint32_t number = slots_[slot(text, hashOf(text))].number;
     return number == 0 ? std::nullopt : std::optional(Name{number - 1});
 }
 
 void Names::grow() {
-    slots_.assign(slots_.size() * 2, 0);
-    for (std::size_t number = 0; number < texts_.size(); ++number)
-        slots_[slot(texts_[number], hashOf(texts_[number]))] = static_cast<std::uint32_t>(number + 1);
+    LargeVector<Slot> larger(slots_.size() * 2);
+    const std::size_t mask = larger.size() - 1;
+    for (const Slot& slot : slots_) {
+        if (slot.number == 0)
+            continue;
+        std::size_t at = slot.hash & mask;
+        while (larger[at].number != 0)
+            at = (at + 1) & mask;
+        larger[at] = slot;
+    }
+    slots_.swap(larger);
 }
 
 std::string_view Names::keep(std::string_view text) {

@@ -1,6 +1,8 @@
 // Interned names: each different text is kept once and is known by a number.
 #pragma once
 
+#include "LargeTables.h"
+
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -23,12 +25,18 @@ public:
     std::size_t size() const { return texts_.size(); }
 
 private:
-    std::size_t slot(std::string_view text, std::uint64_t hash) const;
+    // A text's place in the table. Its hash comes before the text, which lies elsewhere.
+    struct Slot {
+        std::uint32_t number = 0; // and 1 more; 0: free
+        std::uint32_t hash = 0;
+    };
+
+    std::size_t slot(std::string_view text, std::uint32_t hash) const;
     void grow();
     std::string_view keep(std::string_view text);
 
-    std::vector<std::string_view> texts_;
-    std::vector<std::uint32_t> slots_; // number + 1, or 0 for a free slot; a power of two of them
+    LargeVector<std::string_view> texts_;
+    LargeVector<Slot> slots_; // a power of two of them
     std::vector<std::unique_ptr<char[]>> blocks_;
     std::size_t left_ = 0;
     char* next_ = nullptr;

@@ -43,8 +43,7 @@ std::string shown(const Sdf::Path& path) {
 
 std::size_t Annotator::KeyHash::operator()(const Key& key) const {
     const std::uint64_t ends = (std::uint64_t{key.from} << 32) | key.to;
-    return static_cast<std::size_t>((ends ^ (static_cast<std::uint64_t>(key.edge) << 61)) *
-                                    0x9E3779B97F4A7C15U);
+    return mixed(ends ^ (static_cast<std::uint64_t>(key.edge) << 61));
 }
 
 Annotator::Annotator(Design& design, const Netlist* netlist, const AnnotateOptions& options, std::string file,
@@ -57,6 +56,9 @@ Annotator::Annotator(Design& design, const Netlist* netlist, const AnnotateOptio
 
 void Annotator::takeNetlist(const Netlist& netlist) {
     design_.name = netlist.top;
+    design_.reserve(netlist.pins.size() + netlist.ports.size());
+    arcs_.reserve(netlist.pins.size());
+    wires_.reserve(netlist.pins.size());
     std::vector<Name> renamed(netlist.names.size());
     for (std::size_t name = 0; name < renamed.size(); ++name)
         renamed[name] = design_.names.add(netlist.names[Name{static_cast<std::uint32_t>(name)}]);
@@ -270,7 +272,7 @@ void Annotator::setWire(std::uint32_t from, std::uint32_t to, const Interval& de
     }
     const auto [place, isNew] = wires_.try_emplace(Key{from, to, Transition::any}, delay);
     if (!isNew)
-        update(place->second, delay, increment, where);
+        update(place.value(), delay, increment, where);
 }
 
 void Annotator::interconnect(const Sdf::Path& from, const Sdf::Path& to, std::span<const Sdf::Value> values,

@@ -18,7 +18,6 @@
 #include <cstdint>
 #include <map>
 #include <string>
-#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -131,13 +130,13 @@ private:
     std::vector<std::uint32_t>
         cells_; // that it means: one, or all of its type; empty: the top or an unknown one
     bool atTop_ = false;
-    std::unordered_map<Key, std::uint32_t, KeyHash> arcs_, checks_, pulseChecks_;
+    HashMap<Key, std::uint32_t, KeyHash> arcs_, checks_, pulseChecks_;
     std::vector<DeviceDelay> devices_;
-    std::unordered_set<std::uint32_t> touched_;         // pins of half an arc or check
-    std::unordered_map<Key, Interval, KeyHash> wires_;  // with a netlist: delays of wires, made at the end
-    std::unordered_map<std::uint32_t, Interval> loads_; // PORT delays by pin
-    std::unordered_map<std::uint32_t, Interval> netDelays_; // by net
-    std::vector<bool> conditional_;                         // by arc: given under a condition so far
+    std::unordered_set<std::uint32_t> touched_;  // pins of half an arc or check
+    HashMap<Key, Interval, KeyHash> wires_;      // with a netlist: delays of wires, made at the end
+    HashMap<std::uint32_t, Interval> loads_;     // PORT delays by pin
+    HashMap<std::uint32_t, Interval> netDelays_; // by net
+    std::vector<bool> conditional_;              // by arc: given under a condition so far
     std::map<std::string, Counted> counted_;
     std::uint64_t bareArcs_ = 0;
 };

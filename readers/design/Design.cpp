@@ -36,12 +36,17 @@ std::span<const std::uint32_t> slice(const std::vector<std::uint32_t>& members,
 
 } // namespace
 
+void Design::reserve(std::size_t count) {
+    pins.reserve(count);
+    pinByName_.reserve(count);
+}
+
 std::uint32_t Design::addCell(Name cell, Name type) {
     const auto number = static_cast<std::uint32_t>(cells.size());
-    const auto [place, isNew] = cellByName_.try_emplace(static_cast<std::uint32_t>(cell), number);
-    if (isNew)
-        cells.push_back({cell, type});
-    return place->second;
+    if (!cellByName_.add(cell, number))
+        return cellByName_.find(cell);
+    cells.push_back({cell, type});
+    return number;
 }
 
 std::uint32_t Design::addPin(std::uint32_t cell, Name pin) {
@@ -54,15 +59,15 @@ std::uint32_t Design::addPin(std::uint32_t cell, Name pin) {
 
 std::uint32_t Design::addNet(Name net) {
     const auto number = static_cast<std::uint32_t>(nets.size());
-    const auto [place, isNew] = netByName_.try_emplace(static_cast<std::uint32_t>(net), number);
-    if (isNew)
-        nets.push_back({net});
-    return place->second;
+    if (!netByName_.add(net, number))
+        return netByName_.find(net);
+    nets.push_back({net});
+    return number;
 }
 
 void Design::rename(std::uint32_t cell, Name newName) {
     cells[cell].name = newName;
-    cellByName_.try_emplace(static_cast<std::uint32_t>(newName), cell);
+    cellByName_.add(newName, cell);
 }
 
 void Design::renamePin(std::uint32_t pin, Name newName) {
@@ -83,10 +88,7 @@ void Design::index() {
 
 std::uint32_t Design::findCell(std::string_view cell) const {
     const std::optional<Name> known = names.find(cell);
-    if (!known)
-        return none;
-    const auto found = cellByName_.find(static_cast<std::uint32_t>(*known));
-    return found == cellByName_.end() ? none : found->second;
+    return known ? cellByName_.find(*known) : none;
 }
 
 std::uint32_t Design::findPin(std::uint32_t cell, std::string_view pin) const {
@@ -114,10 +116,7 @@ std::uint32_t Design::findPort(std::string_view port) const {
 
 std::uint32_t Design::findNet(std::string_view net) const {
     const std::optional<Name> known = names.find(net);
-    if (!known)
-        return none;
-    const auto found = netByName_.find(static_cast<std::uint32_t>(*known));
-    return found == netByName_.end() ? none : found->second;
+    return known ? netByName_.find(*known) : none;
 }
 
 std::span<const std::uint32_t> Design::pinsOfCell(std::uint32_t cell) const {

@@ -6,6 +6,8 @@
 #pragma once
 
 #include "../Diagnostics.h"
+#include "../LargeTables.h"
+#include "../NameTable.h"
 #include "../Names.h"
 #include "../netlist/Netlist.h"
 
@@ -14,7 +16,6 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 namespace Readers {
@@ -89,6 +90,7 @@ public:
 
     // --- Building -------------------------------------------------------------------------------------------------
 
+    void reserve(std::size_t pins);
     std::uint32_t addCell(Name name, Name type);
     std::uint32_t addPin(std::uint32_t cell, Name name); // cell none: a port. The known one, or a new one
     std::uint32_t addNet(Name name);
@@ -136,8 +138,8 @@ private:
 
     std::vector<std::uint8_t> edgesOfPins() const;
 
-    std::unordered_map<std::uint32_t, std::uint32_t> cellByName_, netByName_;
-    std::unordered_map<std::uint64_t, std::uint32_t> pinByName_; // cell + 1, name
+    NameTable cellByName_, netByName_;
+    HashMap<std::uint64_t, std::uint32_t> pinByName_; // cell and name
     std::vector<std::uint32_t> cellPins_, cellFirst_, netPins_, netFirst_, ports_;
     std::vector<bool> registers_;
     std::vector<std::uint8_t> roles_;

@@ -120,7 +120,7 @@ void Network::makeArcs(const std::vector<bool>& arcDisabled) {
             addArc(arc);
     }
     // Of arcs between the same nodes and on the same edge, the first takes the delays of all.
-    std::unordered_map<std::uint64_t, std::uint32_t> known;
+    HashMap<std::uint64_t, std::uint32_t> known;
     known.reserve(arcs_.size());
     std::uint32_t kept = 0;
     for (const Arc& arc : arcs_) {

@@ -5,7 +5,7 @@
 #pragma once
 
 #include "../Diagnostics.h"
-#include "NameTable.h"
+#include "../NameTable.h"
 #include "Netlist.h"
 
 #include <cstdint>

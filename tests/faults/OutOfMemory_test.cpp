@@ -22,7 +22,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr unsigned long enough = 500; // of a run's allocations, for a test that tests something
+constexpr unsigned long enough = 400; // of a run's allocations, for a test that tests something
 
 class OutOfMemory : public testing::Test {
 protected:

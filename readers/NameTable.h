@@ -1,7 +1,8 @@
 // A number for some of the names of a Names. Looking up is one step, and so is forgetting all of them.
 #pragma once
 
-#include "Netlist.h"
+#include "LargeTables.h"
+#include "netlist/Netlist.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -33,7 +34,7 @@ private:
         std::uint32_t value = 0;
         std::uint32_t round = 0; // in which it was added
     };
-    std::vector<Entry> entries_; // by name
+    LargeVector<Entry> entries_; // by name
     std::uint32_t round_ = 1;
 };
 
