@@ -15,7 +15,7 @@
 
 using EntryPoint = int(const std::uint8_t* data, std::size_t size);
 
-extern "C" EntryPoint fuzz_sdf, fuzz_json, fuzz_verilog, fuzz_sdc, fuzz_run;
+extern "C" EntryPoint fuzz_sdf, fuzz_json, fuzz_verilog, fuzz_sdc, fuzz_run, fuzz_command;
 
 namespace {
 
@@ -29,7 +29,7 @@ struct Row {
 
 constexpr Row rows[] = {
     {"sdf", fuzz_sdf, 5'000}, {"json", fuzz_json, 20'000}, {"verilog", fuzz_verilog, 20'000},
-    {"sdc", fuzz_sdc, 1'000}, {"run", fuzz_run, 1'000},
+    {"sdc", fuzz_sdc, 1'000}, {"run", fuzz_run, 1'000},    {"command", fuzz_command, 1'000},
 };
 
 unsigned numberFrom(const char* variable, unsigned otherwise) {
