@@ -1,6 +1,7 @@
 // Clock arrival: the walk from the leaves to the root, its seed, the fold of one arc, and the reduction at
 // the leaves.
 #include "Builder.h"
+#include "Sweeps.h"
 
 #include "Vorlen/Sweep.h"
 
@@ -12,62 +13,12 @@ namespace {
 
 using namespace Support;
 using Pelko::analyzer;
-using Pelko::CPath;
 using Pelko::Delay;
 using Pelko::Pole;
 using Pelko::PseudoMask;
 using Vorlen::PoleSet;
 using Vorlen::PoleTimingMap;
 using Vorlen::Sweep;
-using Vorlen::Timing;
-using Vorlen::TimingMap;
-
-// A timing map in integers: {{classes, {minimum, maximum}}, ...}; and those of poles by name.
-using Entries = std::map<unsigned long, std::pair<int, int>>;
-using Table = std::map<std::string, Entries>;
-
-TimingMap mapOf(const Entries& entries) {
-    TimingMap map;
-    for (const auto& [key, bounds] : entries)
-        map[key] = Timing(Delay(bounds.first), Delay(bounds.second));
-    return map;
-}
-
-Entries entriesOf(const TimingMap& map) {
-    Entries entries;
-    for (const auto& [key, timing] : map)
-        entries[key] = {int(timing.getMinimumDelay()), int(timing.getMaximumDelay())};
-    return entries;
-}
-
-Table tableOf(const PoleTimingMap& maps) {
-    Table table;
-    for (const auto& [pole, map] : maps)
-        table[nameOf(pole)] = entriesOf(map);
-    return table;
-}
-
-// What a look-up finds, over all poles.
-Table tableOf(const Sweep& sweep, bool (Sweep::*lookUp)(Pole*, TimingMap&) const) {
-    Table table;
-    for (Pole* pole : Pelko::cell->getPoles())
-        if (TimingMap map; (sweep.*lookUp)(pole, map))
-            table[nameOf(pole)] = entriesOf(map);
-    return table;
-}
-
-struct DestroySweep {
-    void operator()(Sweep* sweep) const { sweep->destroy(); }
-};
-using SweepPointer = std::unique_ptr<Sweep, DestroySweep>;
-
-// The classes that start, or end, at a pole.
-void open(Pole* pole, unsigned long classes) {
-    CPath::create({{pole}, {}})->setPseudoMask(PseudoMask(classes));
-}
-void close(Pole* pole, unsigned long classes) {
-    CPath::create({{}, {pole}})->setPseudoMask(PseudoMask(classes));
-}
 
 // A clock that launches and latches one subdomain. A row builds its clock network and captures the leaves.
 struct Bench {

@@ -1,6 +1,7 @@
 // Data arrival: the seeds at the launch leaves, the fold of one arc, the walk, and what the ends of the paths
 // make of it for the subdomain.
 #include "Builder.h"
+#include "Sweeps.h"
 #include "Thrown.h"
 
 #include "Vorlen/Sweep.h"
@@ -13,87 +14,22 @@ namespace {
 
 using namespace Support;
 using Pelko::analyzer;
-using Pelko::CPath;
-using Pelko::Delay;
 using Pelko::MPath;
 using Pelko::Pole;
 using Pelko::PseudoMask;
 using Vorlen::PoleSet;
 using Vorlen::Sweep;
-using Vorlen::TimingMap;
 
-// A timing map in integers: {{classes, {minimum, maximum}}, ...}; and those of poles by name.
-using Entries = std::map<unsigned long, std::pair<int, int>>;
-using Table = std::map<std::string, Entries>;
+Table arrivalsOf(const Sweep& sweep) { return tableOf(sweep, &Sweep::hasArrivalTimingMap); }
 
-Table arrivalsOf(const Sweep& sweep) {
-    Table table;
-    for (Pole* pole : Pelko::cell->getPoles())
-        if (TimingMap map; sweep.hasArrivalTimingMap(pole, map)) {
-            Entries& entries = table[nameOf(pole)];
-            for (const auto& [key, timing] : map)
-                entries[key] = {int(timing.getMinimumDelay()), int(timing.getMaximumDelay())};
-        }
-    return table;
-}
+struct Bench : SubdomainBench {
+    using SubdomainBench::SubdomainBench;
 
-struct DestroySweep {
-    void operator()(Sweep* sweep) const { sweep->destroy(); }
-};
-using SweepPointer = std::unique_ptr<Sweep, DestroySweep>;
-
-// The classes that start, or end, at a pole.
-void open(Pole* pole, unsigned long classes) {
-    CPath::create({{pole}, {}})->setPseudoMask(PseudoMask(classes));
-}
-void close(Pole* pole, unsigned long classes) {
-    CPath::create({{}, {pole}})->setPseudoMask(PseudoMask(classes));
-}
-
-// The subdomain of one clock, or of ports where the roots are null. A row builds its network and captures the
-// leaves.
-struct Bench {
-    explicit Bench(bool fromClock = true, bool toClock = true)
-        : subdomain(design.addSubdomain(fromClock ? clk : nullptr, toClock ? clk : nullptr)) {}
-
-    Pole* add(const std::string& name, Pole* source, int minDelay, int maxDelay) {
-        Pole* pole = design.addPole(name);
-        design.connect(source, pole, minDelay, maxDelay);
-        return pole;
-    }
-    Pole* addInput(const std::string& name) {
-        Pole* pole = design.addInput(name);
-        subdomain->captureLaunch(pole);
-        return pole;
-    }
-    Pole* addOutput(const std::string& name, Pole* source, int minDelay, int maxDelay) {
-        Pole* pole = design.addOutput(name);
-        design.connect(source, pole, minDelay, maxDelay);
-        subdomain->captureLatch(pole);
-        return pole;
-    }
-    // A launching clock pin, and a latching one with its check.
-    Pole* addLaunch(const std::string& name, int minDelay = 0, int maxDelay = 0) {
-        Pole* pin = design.addClock(name);
-        design.connect(clk, pin, minDelay, maxDelay);
-        subdomain->captureLaunch(pin);
-        return pin;
-    }
-    Pole* addLatch(const std::string& name, int minDelay = 0, int maxDelay = 0) {
-        Pole* pin = design.addClock(name);
-        design.connect(clk, pin, minDelay, maxDelay);
-        subdomain->captureLatch(pin);
-        return pin;
-    }
     Pole* addCheck(const std::string& name, Pole* latch, Pole* data, int hold, int setup) {
         Pole* check = design.addCheck(latch, name);
         design.connect(data, check, hold, setup);
         return check;
     }
-
-    Builder design;
-    Pole* clk = design.addClockSource("clk");
-    Pelko::Subdomain* subdomain;
 };
 
 struct Row {

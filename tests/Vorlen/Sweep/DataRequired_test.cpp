@@ -1,5 +1,6 @@
 // Data required times: the seeds at the end points, the fold of one arc backwards, and the walk.
 #include "Builder.h"
+#include "Sweeps.h"
 #include "Thrown.h"
 
 #include "Vorlen/Sweep.h"
@@ -12,85 +13,26 @@ namespace {
 
 using namespace Support;
 using Pelko::analyzer;
-using Pelko::CPath;
 using Pelko::Delay;
 using Pelko::Pole;
 using Pelko::PseudoMask;
 using Vorlen::PoleSet;
 using Vorlen::Sweep;
-using Vorlen::TimingMap;
 
-// A required map in integers: {{classes, {setup requirement, hold requirement}}, ...}; and those of poles by
-// name.
-using Entries = std::map<unsigned long, std::pair<int, int>>;
-using Table = std::map<std::string, Entries>;
+// {{classes, {setup requirement, hold requirement}}, ...} by pole.
+Table requirementsOf(const Sweep& sweep) { return tableOf(sweep, &Sweep::hasRequireTimingMap); }
 
-Table requirementsOf(const Sweep& sweep) {
-    Table table;
-    for (Pole* pole : Pelko::cell->getPoles())
-        if (TimingMap map; sweep.hasRequireTimingMap(pole, map)) {
-            Entries& entries = table[nameOf(pole)];
-            for (const auto& [key, timing] : map)
-                entries[key] = {int(timing.getMinimumDelay()), int(timing.getMaximumDelay())};
-        }
-    return table;
-}
-
-struct DestroySweep {
-    void operator()(Sweep* sweep) const { sweep->destroy(); }
-};
-using SweepPointer = std::unique_ptr<Sweep, DestroySweep>;
-
-// The classes that start, or end, at a pole.
-void open(Pole* pole, unsigned long classes) {
-    CPath::create({{pole}, {}})->setPseudoMask(PseudoMask(classes));
-}
-void close(Pole* pole, unsigned long classes) {
-    CPath::create({{}, {pole}})->setPseudoMask(PseudoMask(classes));
-}
-
-// The subdomain of one clock, or of ports where the roots are null, with a setup relation of 1000 and a hold
-// relation of 50. A row builds its network and captures the leaves.
-struct Bench {
-    explicit Bench(bool fromClock = true, bool toClock = true)
-        : subdomain(design.addSubdomain(fromClock ? clk : nullptr, toClock ? clk : nullptr)) {
+// With a setup relation of 1000 and a hold relation of 50.
+struct Bench : SubdomainBench {
+    explicit Bench(bool fromClock = true, bool toClock = true) : SubdomainBench(fromClock, toClock) {
         subdomain->setSetupRelation(Delay(1000));
         subdomain->setHoldRelation(Delay(50));
     }
 
-    Pole* add(const std::string& name, Pole* source, int minDelay, int maxDelay) {
-        Pole* pole = design.addPole(name);
-        design.connect(source, pole, minDelay, maxDelay);
-        return pole;
-    }
-    Pole* addInput(const std::string& name) {
-        Pole* pole = design.addInput(name);
-        subdomain->captureLaunch(pole);
-        return pole;
-    }
-    Pole* addOutput(const std::string& name, Pole* source, int minDelay, int maxDelay) {
-        Pole* pole = design.addOutput(name);
-        design.connect(source, pole, minDelay, maxDelay);
-        subdomain->captureLatch(pole);
-        return pole;
-    }
-    // A clock pin, behind the clock by this delay.
-    Pole* addPin(const std::string& name, int minDelay = 0, int maxDelay = 0) {
-        Pole* pin = design.addClock(name);
-        design.connect(clk, pin, minDelay, maxDelay);
-        return pin;
-    }
-    Pole* addLaunch(const std::string& name) {
-        Pole* pin = addPin(name);
-        subdomain->captureLaunch(pin);
-        return pin;
-    }
     // A check at a latching clock pin of its own.
     Pole* addCheck(const std::string& name, Pole* data, int hold, int setup, int minLatch = 0,
                    int maxLatch = 0) {
-        Pole* pin = addPin(name + "/C", minLatch, maxLatch);
-        subdomain->captureLatch(pin);
-        Pole* check = design.addCheck(pin, name);
+        Pole* check = design.addCheck(addLatch(name + "/C", minLatch, maxLatch), name);
         design.connect(data, check, hold, setup);
         return check;
     }
@@ -101,10 +43,6 @@ struct Bench {
         (*sweep.*phase)();
         return sweep;
     }
-
-    Builder design;
-    Pole* clk = design.addClockSource("clk");
-    Pelko::Subdomain* subdomain;
 };
 
 struct Row {

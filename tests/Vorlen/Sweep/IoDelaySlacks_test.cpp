@@ -1,6 +1,7 @@
 // Slacks of ports: what iodelaySlackAnalyze() merges into the analyzer for the inputs that launch a subdomain
 // and the outputs that latch it.
 #include "Builder.h"
+#include "Sweeps.h"
 #include "Thrown.h"
 
 #include "Vorlen/Sweep.h"
@@ -36,11 +37,6 @@ Slacks portSlacks() {
     }
     return slacks;
 }
-
-struct DestroySweep {
-    void operator()(Sweep* sweep) const { sweep->destroy(); }
-};
-using SweepPointer = std::unique_ptr<Sweep, DestroySweep>;
 
 // A subdomain of one clock, or of ports where a root is null, with a setup relation of 100 and a hold
 // relation of 5: the slacks of an arc (a, b) between ports are 100 - b and a + 5.

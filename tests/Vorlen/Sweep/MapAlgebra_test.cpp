@@ -1,5 +1,6 @@
 // The algebra of timing maps: every operation as a table of maps before and after.
 #include "Builder.h"
+#include "Sweeps.h"
 
 #include "Vorlen/Sweep.h"
 
@@ -15,27 +16,6 @@ using Pelko::PseudoMask;
 using Vorlen::Sweep;
 using Vorlen::Timing;
 using Vorlen::TimingMap;
-
-// A timing map in integers: {{classes, {minimum, maximum}}, ...}.
-using Entries = std::map<unsigned long, std::pair<int, int>>;
-
-TimingMap mapOf(const Entries& entries) {
-    TimingMap map;
-    for (const auto& [key, bounds] : entries)
-        map[key] = Timing(Delay(bounds.first), Delay(bounds.second));
-    return map;
-}
-
-Entries entriesOf(const TimingMap& map) {
-    Entries entries;
-    for (const auto& [key, timing] : map)
-        entries[key] = {int(timing.getMinimumDelay()), int(timing.getMaximumDelay())};
-    return entries;
-}
-
-struct DestroySweep {
-    void operator()(Sweep* sweep) const { sweep->destroy(); }
-};
 
 class MapAlgebra : public testing::Test {
 protected:

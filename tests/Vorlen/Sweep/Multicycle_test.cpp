@@ -5,6 +5,7 @@
 // of the model gets there; PureClocksAreOfOneRoot holds the model to it.
 #include "Builder.h"
 #include "Recorder.h"
+#include "Sweeps.h"
 #include "Thrown.h"
 
 #include "Vorlen/Sweep.h"
@@ -24,30 +25,7 @@ using Pelko::MPath;
 using Pelko::Pole;
 using Pelko::PseudoMask;
 using Vorlen::Sweep;
-using Vorlen::Timing;
 using Vorlen::TimingMap;
-
-// A timing map in integers: {{classes, {minimum, maximum}}, ...}.
-using Entries = std::map<unsigned long, std::pair<int, int>>;
-
-TimingMap mapOf(const Entries& entries) {
-    TimingMap map;
-    for (const auto& [key, bounds] : entries)
-        map[key] = Timing(Delay(bounds.first), Delay(bounds.second));
-    return map;
-}
-
-Entries entriesOf(const TimingMap& map) {
-    Entries entries;
-    for (const auto& [key, timing] : map)
-        entries[key] = {int(timing.getMinimumDelay()), int(timing.getMaximumDelay())};
-    return entries;
-}
-
-struct DestroySweep {
-    void operator()(Sweep* sweep) const { sweep->destroy(); }
-};
-using SweepPointer = std::unique_ptr<Sweep, DestroySweep>;
 
 // An exception of a kind, with its value and its classes.
 enum class Kind { Other, False, MaxDelay, MinDelay, Multicycle };

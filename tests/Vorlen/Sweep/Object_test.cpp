@@ -1,6 +1,7 @@
 // The sweep as an object: its creation and end, look-ups, record, names, and the sequence of analyze().
 #include "Builder.h"
 #include "Recorder.h"
+#include "Sweeps.h"
 #include "Thrown.h"
 
 #include "Pelko/Path.h"
@@ -19,11 +20,6 @@ using Pelko::Pole;
 using Vorlen::Sweep;
 using Vorlen::Timing;
 using Vorlen::TimingMap;
-
-struct DestroySweep {
-    void operator()(Sweep* sweep) const { sweep->destroy(); }
-};
-using SweepPointer = std::unique_ptr<Sweep, DestroySweep>;
 
 // Hears of sweeps and reported paths: "+ label" for a new one, "- label" for one that ends.
 class Listener : public Pelko::ObjectListener {

@@ -4,6 +4,7 @@
 // takes d off the setup slack, which starts at 100, and off the hold slack too (its least delay is -d, the
 // hold relation 100). So one table serves both.
 #include "Builder.h"
+#include "Sweeps.h"
 #include "Thrown.h"
 
 #include "Pelko/Path.h"
@@ -30,11 +31,6 @@ using Vorlen::PoleSet;
 using Vorlen::Sweep;
 
 constexpr unsigned long unlimited = ~0UL;
-
-struct DestroySweep {
-    void operator()(Sweep* sweep) const { sweep->destroy(); }
-};
-using SweepPointer = std::unique_ptr<Sweep, DestroySweep>;
 
 // "i > m > o: 60"
 std::string describe(const Path& path) {

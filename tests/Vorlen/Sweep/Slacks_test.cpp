@@ -1,5 +1,6 @@
 // Slacks of arcs: the two calculators, plain and under an exception, and what tagSlacks() writes on the arcs.
 #include "Builder.h"
+#include "Sweeps.h"
 #include "Thrown.h"
 
 #include "Vorlen/Sweep.h"
@@ -21,14 +22,6 @@ using Pelko::Pole;
 using Pelko::PseudoMask;
 using Vorlen::Sweep;
 using Vorlen::TimingMap;
-
-// A required map in integers: {{classes, {setup requirement, hold requirement}}, ...}.
-using Entries = std::map<unsigned long, std::pair<int, int>>;
-
-struct DestroySweep {
-    void operator()(Sweep* sweep) const { sweep->destroy(); }
-};
-using SweepPointer = std::unique_ptr<Sweep, DestroySweep>;
 
 // An arc of delay (1, 3) from s to d, where d asks for what a row says.
 struct Bench {

@@ -3,6 +3,7 @@
 //
 // VORLEN_SEED chooses other random designs.
 #include "Builder.h"
+#include "Sweeps.h"
 
 #include "Pelko/Path.h"
 #include "Vorlen/Sweep.h"
@@ -27,10 +28,6 @@ using Vorlen::Sweep;
 
 constexpr int relation = 1'000'000;
 const char* const sides[] = {"shortest", "longest"};
-
-struct DestroySweep {
-    void operator()(Sweep* sweep) const { sweep->destroy(); }
-};
 
 class PathCounter : public Pelko::ObjectListener {
 public:
