@@ -161,9 +161,9 @@ void Analyzer::addClockGroups(GroupKind kind, const std::vector<std::vector<Pole
             const auto [place, isNew] = statement.groupOf.emplace(root, group);
             require(isNew || place->second == group, "addClockGroups", 5, "Clock in two groups");
         }
-    for (const auto& entry : statement.groupOf)
-        Reference::add(const_cast<Pole*>(entry.first));
     clockGroups_.push_back(std::move(statement));
+    for (const auto& entry : clockGroups_.back().groupOf)
+        Reference::add(const_cast<Pole*>(entry.first));
 }
 
 void Analyzer::clearClockGroups() {
@@ -348,10 +348,14 @@ bool Analyzer::hasOutputConstraint(Pole* pole, IOConstraint& constraint) const {
 }
 
 void Analyzer::replace(ConstraintMap& constraints, Pole* pole, const IOConstraint& constraint) {
-    Reference::add(pole);
+    const auto [place, isNew] = constraints.try_emplace(pole, constraint);
     Reference::add(constraint.getClockRoot());
-    erase(constraints, pole);
-    constraints.emplace(pole, constraint);
+    if (isNew) {
+        Reference::add(pole);
+        return;
+    }
+    Reference::remove(place->second.getClockRoot());
+    place->second = constraint;
 }
 
 void Analyzer::erase(ConstraintMap& constraints, Pole* pole) {

@@ -39,10 +39,13 @@ void CPath::preCreate(const Objects& objects) {
         require(std::find(poles->begin(), poles->end(), nullptr) == poles->end(), "CPath", 2, "Null pole");
 }
 
+// The exception ends where the analyzer cannot take it.
 void CPath::postCreate() {
+    std::unique_ptr<CPath> created(this);
+    analyzer_->add(this);
+    created.release();
     for (const PoleList* poles : {&sources_, &targets_, &bridges_})
         std::for_each(poles->begin(), poles->end(), Reference::add);
-    analyzer_->add(this);
     Object::postCreate();
 }
 

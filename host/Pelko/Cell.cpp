@@ -3,6 +3,7 @@
 #include "Pelko/Edge.h"
 #include "Pelko/Module.h"
 #include "Pelko/Pin.h"
+#include "Pelko/detail/Undo.h"
 #include "Ruvex/Refusal.h"
 
 namespace Pelko {
@@ -31,9 +32,12 @@ void Cell::reserve(std::size_t poles, std::size_t edges) {
 }
 
 void Cell::add(Pole* pole, const std::string& name) {
-    pole->index_ = poles_.add(pole);
+    const std::uint32_t index = poles_.getBound();
     if (!name.empty())
-        names_.emplace(pole->index_, name);
+        names_.emplace(index, name);
+    detail::Undo forgetName([&] { names_.erase(index); });
+    pole->index_ = poles_.add(pole);
+    forgetName.release();
 }
 
 std::uint32_t Cell::add(Edge* edge) {

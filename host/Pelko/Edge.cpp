@@ -1,6 +1,7 @@
 #include "Pelko/Edge.h"
 
 #include "Pelko/Cell.h"
+#include "Pelko/detail/Undo.h"
 #include "Ruvex/Refusal.h"
 #include "Ruvex/StandardSlot.h"
 
@@ -39,18 +40,25 @@ void Edge::preCreate(const Pole* source, const Pole* target) {
 
 Edge* Edge::create(Pole* source, Pole* target, const Delay& minimum, const Delay& maximum) {
     preCreate(source, target);
-    auto* edge = new Edge(source, target, minimum, maximum);
-    edge->link();
+    std::unique_ptr<Edge> created(new Edge(source, target, minimum, maximum));
+    created->link();
+    Edge* edge = created.release();
     edge->postCreate();
     return edge;
 }
 
 void Edge::link() {
-    index_ = source_->getCell()->add(this);
-    getDetails().sourcePosition = source_->outgoing_.push(
+    const std::uint32_t sourcePosition = source_->outgoing_.push(
         this, [](Edge* edge, std::uint32_t position) { edge->getDetails().sourcePosition = position; });
-    getDetails().targetPosition = target_->incoming_.push(
+    detail::Undo leaveSource([&] { source_->outgoing_.remove(sourcePosition); });
+    const std::uint32_t targetPosition = target_->incoming_.push(
         this, [](Edge* edge, std::uint32_t position) { edge->getDetails().targetPosition = position; });
+    detail::Undo leaveTarget([&] { target_->incoming_.remove(targetPosition); });
+    index_ = source_->getCell()->add(this);
+    leaveSource.release();
+    leaveTarget.release();
+    getDetails().sourcePosition = sourcePosition;
+    getDetails().targetPosition = targetPosition;
 }
 
 void Edge::unlink() {

@@ -1,6 +1,7 @@
 #include "Pelko/Instance.h"
 
 #include "Pelko/Module.h"
+#include "Pelko/detail/Undo.h"
 #include "Ruvex/Refusal.h"
 
 namespace Pelko {
@@ -18,9 +19,13 @@ void Instance::preCreate(const Module* module, const std::string& name) {
     require(!module->getInstance(name), 3, "Instance exists already");
 }
 
+// The instance ends where the module cannot take it.
 void Instance::postCreate() {
-    module_->instances_.emplace_back(this);
+    std::unique_ptr<Instance> created(this);
     module_->instancesByName_.emplace(name_, this);
+    detail::Undo forgetName([this] { module_->instancesByName_.erase(name_); });
+    module_->instances_.push_back(std::move(created));
+    forgetName.release();
     Object::postCreate();
 }
 
@@ -33,9 +38,16 @@ Instance* Instance::create(Module* module, const std::string& name) {
 
 PLL* PLL::create(Module* module, const std::string& name) {
     preCreate(module, name);
-    auto* pll = new PLL(module, name);
-    module->plls_.push_back(pll);
+    std::unique_ptr<PLL> created(new PLL(module, name));
+    module->plls_.push_back(created.get());
+    // One that did not come into the module: a listener that throws does not end it.
+    detail::Undo forget([&] {
+        if (!module->getInstance(name))
+            module->plls_.pop_back();
+    });
+    PLL* pll = created.release();
     pll->postCreate();
+    forget.release();
     return pll;
 }
 

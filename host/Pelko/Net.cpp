@@ -1,6 +1,7 @@
 #include "Pelko/Net.h"
 
 #include "Pelko/Module.h"
+#include "Pelko/detail/Undo.h"
 #include "Ruvex/Refusal.h"
 
 namespace Pelko {
@@ -14,9 +15,12 @@ Net* Net::create(Module* module, const std::string& name) {
     require(module, 1, "Null module");
     require(!name.empty(), 2, "Empty net name");
     require(!module->getNet(name), 3, "Net exists already");
-    auto* net = new Net(module, name);
-    module->nets_.emplace_back(net);
+    std::unique_ptr<Net> created(new Net(module, name));
+    Net* net = created.get();
     module->netsByName_.emplace(name, net);
+    detail::Undo forgetName([&] { module->netsByName_.erase(name); });
+    module->nets_.push_back(std::move(created));
+    forgetName.release();
     net->postCreate();
     return net;
 }

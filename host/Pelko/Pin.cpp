@@ -2,6 +2,7 @@
 
 #include "Pelko/Module.h"
 #include "Pelko/Pole.h"
+#include "Pelko/detail/Undo.h"
 #include "Ruvex/Refusal.h"
 
 namespace Pelko {
@@ -23,9 +24,12 @@ Pin* Pin::create(Instance* instance, const std::string& name, Direction directio
     require(instance, 1, "Null instance");
     require(!name.empty(), 2, "Empty pin name");
     require(!instance->getPin(name), 3, "Pin exists already");
-    auto* pin = new Pin(instance->getModule(), instance, name, direction);
-    pin->module_->pins_.emplace_back(pin);
+    std::unique_ptr<Pin> created(new Pin(instance->getModule(), instance, name, direction));
+    Pin* pin = created.get();
     instance->pins_.emplace(name, pin);
+    detail::Undo forgetName([&] { instance->pins_.erase(name); });
+    pin->module_->pins_.push_back(std::move(created));
+    forgetName.release();
     pin->postCreate();
     return pin;
 }
@@ -33,8 +37,9 @@ Pin* Pin::create(Instance* instance, const std::string& name, Direction directio
 Pin* Pin::create(Module* module, const std::string& name, Direction direction) {
     require(module, 4, "Null module");
     require(!name.empty(), 2, "Empty pin name");
-    auto* pin = new Pin(module, nullptr, name, direction);
-    module->pins_.emplace_back(pin);
+    std::unique_ptr<Pin> created(new Pin(module, nullptr, name, direction));
+    Pin* pin = created.get();
+    module->pins_.push_back(std::move(created));
     pin->postCreate();
     return pin;
 }
@@ -44,11 +49,18 @@ std::string Pin::getName() const { return instance_ ? instance_->getName() + "/"
 void Pin::connect(Net* net) {
     Ruvex::require<Ruvex::InvalidRequest>(!net || net->getModule() == module_, "Pin", "connect", 5,
                                           "Net of another module");
-    if (net_ && direction_ == Direction::Receiver)
+    if (direction_ != Direction::Receiver) {
+        net_ = net;
+        return;
+    }
+    std::list<Pin*> receiver; // what may fail comes before what is to be seen
+    if (net)
+        receiver.push_back(this);
+    if (net_)
         net_->receivers_.remove(this);
     net_ = net;
-    if (net_ && direction_ == Direction::Receiver)
-        net_->receivers_.push_back(this);
+    if (net)
+        net->receivers_.splice(net->receivers_.end(), receiver);
 }
 
 void Pin::addPole(Pole* pole) {

@@ -6,6 +6,7 @@
 #include "Pelko/Issue.h"
 #include "Pelko/Net.h"
 #include "Pelko/Pin.h"
+#include "Pelko/detail/Undo.h"
 #include "Ruvex/Refusal.h"
 #include "Ruvex/StandardSlot.h"
 
@@ -33,10 +34,11 @@ Pole::Pole(Cell* owner, Pin* pin) : cell_(owner), pin_(pin) {}
 
 // Everything that a listener may read is there before `postCreate()`.
 Pole* Pole::make(Cell* owner, Pin* pin, const std::string& name, unsigned kinds, ClockMode::Code mode) {
-    auto* pole = new Pole(owner, pin);
-    pole->kinds_ = static_cast<std::uint16_t>(kinds);
-    pole->clockMode_ = mode;
-    owner->add(pole, name);
+    std::unique_ptr<Pole> created(new Pole(owner, pin));
+    created->kinds_ = static_cast<std::uint16_t>(kinds);
+    created->clockMode_ = mode;
+    owner->add(created.get(), name);
+    Pole* pole = created.release();
     if (pin)
         pin->addPole(pole);
     pole->postCreate();
@@ -80,10 +82,13 @@ Pole* Pole::createCheck(Pole* clockPole, const std::string& name) {
     require(clockPole, "createCheck", 4, "Null clock pole");
     require(clockPole->isClock(), "createCheck", 5, "Not a clock pole");
     require(clockPole->getPin(), "createCheck", 6, "Clock pole without a pin");
-    auto* pole = new Pole(clockPole->getCell(), clockPole->getPin());
-    pole->kinds_ = SetupCheck | HoldCheck | Terminal;
-    pole->cell_->add(pole, name);
-    pole->pin_->addAuxiliaryPole(pole);
+    std::unique_ptr<Pole> created(new Pole(clockPole->getCell(), clockPole->getPin()));
+    created->kinds_ = SetupCheck | HoldCheck | Terminal;
+    created->pin_->addAuxiliaryPole(created.get());
+    detail::Undo leavePin([&] { created->pin_->remove(created.get()); });
+    created->cell_->add(created.get(), name);
+    leavePin.release();
+    Pole* pole = created.release();
     pole->setClockPole(clockPole);
     pole->setMainPole(clockPole);
     pole->postCreate();
