@@ -146,6 +146,25 @@ TEST(SdcFinder, KeepsWhatEachQueryFoundApart) {
     EXPECT_EQ(count(ObjectKind::clock, "ab*", {}), 0U);
 }
 
+// What patterns have found is forgotten from four million objects on, and found again.
+TEST(SdcFinder, FindsTheSameWhenItHasForgotten) {
+    constexpr std::size_t cells = 50'000;
+    Design design;
+    const Readers::Name type = design.names.add("T");
+    for (std::size_t i = 0; i < cells; ++i)
+        design.addCell(design.names.add("c" + std::to_string(i)), type);
+    design.index();
+    design.classify();
+    const std::vector<Clock> clocks;
+    const Finder finder(design, clocks, nullptr);
+    for (std::size_t round = 0; round < 2; ++round)
+        for (std::size_t stars = 1; stars <= 90; ++stars) {
+            std::vector<Object> found;
+            finder.find(ObjectKind::cell, std::string(stars, '*'), {}, found);
+            ASSERT_EQ(found.size(), cells) << stars;
+        }
+}
+
 TEST(SdcGlob, KnowsAPieceOfWhatMatches) {
     const struct {
         const char *pattern, *piece;
