@@ -6,8 +6,8 @@
 // range. All of that is looked at, arc by arc, on the design as it is now.
 //
 // Cost: one pass over the arcs of the cone; then, for each path found, its length times the fan-out on the
-// way, in time and memory. It gives up beyond `maximumSteps`. The order among paths of one slack is its own,
-// so it tells how bad the n-th worst path is, but not which one is kept.
+// way, in time and memory. It gives up beyond `maximumSteps`, and where a walk goes round for good. The order
+// among paths of one slack is its own, so it tells how bad the n-th worst path is, but not which one is kept.
 #pragma once
 
 #include "Vorlen/Sweep/Sides.h"
@@ -54,6 +54,8 @@ public:
             const std::uint32_t best = open_.top().step;
             open_.pop();
             const Step step = steps_[best];
+            if (step.length > data_.cone.getPoles().size())
+                return {};
             Pelko::Pole* pole = step.edge->getTarget();
             if (!pole->isTerminal()) {
                 extend(pole, Pelko::Delay(step.arrival), best);
@@ -80,6 +82,7 @@ private:
     struct Step {
         Edge* edge;
         std::uint32_t previous; // none: the edge leaves a launch leaf
+        std::uint32_t length;   // arcs so far
         int arrival;            // behind the edge
         int slack;
     };
@@ -141,6 +144,7 @@ private:
     }
 
     void extend(Pole* pole, const Delay& arrival, std::uint32_t previous) {
+        const std::uint32_t length = 1 + (previous == none ? 0 : steps_[previous].length);
         for (Edge* edge : pole->getOutgoingEdges()) {
             detail::visitArcs(1);
             if (!edge->isActive() || !data_.hasRequired(edge->getTarget()))
@@ -149,7 +153,7 @@ private:
             if (!(slack < bound_))
                 continue;
             open_.push({int(slack), static_cast<std::uint32_t>(steps_.size())});
-            steps_.push_back({edge, previous, int(arrival + Side::delayOf(edge)), int(slack)});
+            steps_.push_back({edge, previous, length, int(arrival + Side::delayOf(edge)), int(slack)});
         }
     }
 
