@@ -136,7 +136,6 @@ private:
     HashMap<Key, Interval, KeyHash> wires_;      // with a netlist: delays of wires, made at the end
     HashMap<std::uint32_t, Interval> loads_;     // PORT delays by pin
     HashMap<std::uint32_t, Interval> netDelays_; // by net
-    std::vector<bool> conditional_;              // by arc: given under a condition so far
     std::map<std::string, Counted> counted_;
     std::uint64_t bareArcs_ = 0;
 };
