@@ -75,6 +75,11 @@ private:
         bool increment;
         Sdf::Where where;
     };
+    // A cell that joins a port: its pins of which the file says nothing, and how many arcs are to join it.
+    struct Pad {
+        std::vector<std::uint32_t> inputs, outputs;
+        std::size_t arcs = 0;
+    };
     // What is told once, with a count, at the end.
     struct Counted {
         std::uint64_t count = 0;
@@ -107,7 +112,8 @@ private:
     void applyDevices();
     void applyDevice(const DeviceDelay& device, const std::vector<Key>& arcs);
     void joinPads();
-    void joinPad(std::uint32_t padPin, const std::vector<std::uint8_t>& uses);
+    bool isBufferPad(std::uint32_t pin) const;
+    void joinPad(std::uint32_t padPin, const Pad& pad);
     void addBareArc(std::uint32_t from, std::uint32_t to, bool wire);
     void makeWire(std::uint32_t from, std::uint32_t to, std::uint32_t net);
     std::vector<std::uint8_t> usesOfPins() const;

@@ -18,6 +18,12 @@ constexpr std::string_view bufferPad = "PACKAGE_PIN";
 constexpr std::array<std::string_view, 1> bufferOutputs = {"D_IN_0"};
 constexpr std::array<std::string_view, 2> bufferInputs = {"D_OUT_0", "OUTPUT_ENABLE"};
 
+// Arcs that pads ask for in one cell, from either end: a small file could ask for more than there is memory
+// for.
+constexpr std::size_t mostJoined = 1'000'000;
+constexpr const char* tooManyJoined =
+    "pins of pads that are not joined: their cell has too many pins without a delay";
+
 } // namespace
 
 void Annotator::finish() {
@@ -127,46 +133,67 @@ void Annotator::inferDirections() {
 
 void Annotator::joinPads() {
     const std::vector<std::uint8_t> uses = usesOfPins();
-    for (const std::uint32_t port : design_.ports()) {
-        if (design_.pins[port].net == none)
-            continue;
-        for (const std::uint32_t pin : design_.pinsOfNet(design_.pins[port].net))
-            if (!design_.isPortOfTop(pin))
-                joinPad(pin, uses);
-    }
+    const auto isSaid = [&](std::uint32_t pin) {
+        return (uses[pin] & (arcFrom | arcTo | checked | checking)) != 0 || touched_.contains(pin);
+    };
+    HashMap<std::uint32_t, Pad> pads; // by cell
+    const auto padOf = [&](std::uint32_t cell) -> Pad& {
+        const auto [place, isNew] = pads.try_emplace(cell);
+        Pad& pad = place.value();
+        for (const std::uint32_t pin : isNew ? design_.pinsOfCell(cell) : std::span<const std::uint32_t>())
+            if (const Design::Pin& of = design_.pins[pin];
+                of.net != none && !isSaid(pin) &&
+                (of.direction == Direction::input || of.direction == Direction::output))
+                (of.direction == Direction::input ? pad.inputs : pad.outputs).push_back(pin);
+        return pad;
+    };
+    const auto forEachPadPin = [&](auto use) {
+        for (const std::uint32_t port : design_.ports()) {
+            if (design_.pins[port].net == none)
+                continue;
+            for (const std::uint32_t pin : design_.pinsOfNet(design_.pins[port].net))
+                if (!design_.isPortOfTop(pin) && (isBufferPad(pin) || !isSaid(pin)))
+                    use(pin, padOf(design_.pins[pin].cell));
+        }
+    };
+    forEachPadPin([this](std::uint32_t pin, Pad& pad) {
+        pad.arcs += (receives(pin) ? pad.outputs.size() : 0) + (drives(pin) ? pad.inputs.size() : 0);
+    });
+    forEachPadPin([this](std::uint32_t pin, const Pad& pad) {
+        if (pad.arcs > mostJoined)
+            count(tooManyJoined, Severity::warning, {}, design_.pinName(pin));
+        else
+            joinPad(pin, pad);
+    });
+}
+
+bool Annotator::isBufferPad(std::uint32_t pin) const {
+    return design_.names[design_.pins[pin].name] == bufferPad;
 }
 
 // Zero arcs between the pad's pin and those of the cell's other pins that have neither arc nor check. Of a
 // buffer with registers in it, only the data pins count: its clocks and enables have no delays where they are
 // not used.
-void Annotator::joinPad(std::uint32_t padPin, const std::vector<std::uint8_t>& uses) {
+void Annotator::joinPad(std::uint32_t padPin, const Pad& pad) {
     const auto isIn = [](std::string_view name, auto names) {
         return std::ranges::find(names, name) != names.end();
     };
-    const auto isSaid = [&](std::uint32_t pin) {
-        return (uses[pin] & (arcFrom | arcTo | checked | checking)) != 0 || touched_.contains(pin);
-    };
+    const auto nameOf = [&](std::uint32_t pin) { return design_.names[design_.pins[pin].name]; };
     // A cell between two ports comes here with either pin.
     const auto join = [&](std::uint32_t from, std::uint32_t to) {
         const auto next = static_cast<std::uint32_t>(design_.arcs.size());
         if (arcs_.try_emplace(Key{from, to, Transition::any}, next).second)
             addBareArc(from, to, false);
     };
-    const std::uint32_t cell = design_.pins[padPin].cell;
-    const bool buffer = design_.names[design_.pins[padPin].name] == bufferPad;
-    if (!buffer && isSaid(padPin))
-        return;
-    for (const std::uint32_t pin : design_.pinsOfCell(cell)) {
-        const std::string_view name = design_.names[design_.pins[pin].name];
-        if (pin == padPin || isSaid(pin) || design_.pins[pin].net == none)
-            continue;
-        if (design_.pins[pin].direction == Direction::output && receives(padPin) &&
-            (!buffer || isIn(name, bufferOutputs)))
-            join(padPin, pin);
-        if (design_.pins[pin].direction == Direction::input && drives(padPin) &&
-            (!buffer || isIn(name, bufferInputs)))
-            join(pin, padPin);
-    }
+    const bool buffer = isBufferPad(padPin);
+    if (receives(padPin))
+        for (const std::uint32_t pin : pad.outputs)
+            if (pin != padPin && (!buffer || isIn(nameOf(pin), bufferOutputs)))
+                join(padPin, pin);
+    if (drives(padPin))
+        for (const std::uint32_t pin : pad.inputs)
+            if (pin != padPin && (!buffer || isIn(nameOf(pin), bufferInputs)))
+                join(pin, padPin);
 }
 
 void Annotator::addBareArc(std::uint32_t from, std::uint32_t to, bool wire) {

@@ -153,6 +153,41 @@ TEST(Connect, JoinsThePinsOfPadsThatHaveNoDelays) {
     check(rows);
 }
 
+// A cell between so many inputs and outputs.
+std::string widePad(std::size_t inputs, std::size_t outputs) {
+    std::string ports, pins;
+    for (std::size_t i = 0; i < inputs + outputs; ++i) {
+        const char* side = i < inputs ? "<n" : ">n";
+        const std::string number = std::to_string(i);
+        ports += "p" + number + side + number + " ";
+        pins += " P" + number + side + number;
+    }
+    return ports + "w:W(" + pins.substr(1) + ")";
+}
+
+TEST(Connect, JoinsWidePadsAndNotTheWidest) {
+    const struct {
+        std::size_t inputs, outputs, arcs;
+        const char* messages;
+    } rows[] = {
+        {50'000, 1, 50'000, ""}, // looks at each input once: each pair of them would take minutes
+        {1, 50'000, 50'000, ""},
+        {1'000, 500, 500'000, ""},
+        {1'000, 501, 0,
+         "warning: 1501 pins of pads that are not joined: their cell has too many pins without a delay, "
+         "first 'w/P0'\n"},
+        {50'000, 50'000, 0,
+         "warning: 100000 pins of pads that are not joined: their cell has too many pins without a delay, "
+         "first 'w/P0'\n"},
+    };
+    for (const auto& row : rows) {
+        const Annotated wide("", widePad(row.inputs, row.outputs));
+        EXPECT_EQ(wide.messages(), row.messages);
+        EXPECT_EQ(wide.design.arcs.size(), row.arcs + row.inputs + row.outputs)
+            << row.inputs << ", " << row.outputs;
+    }
+}
+
 TEST(Connect, CountsArcsWithoutADelay) {
     EXPECT_EQ(Annotated("", "a<n1 y>n3 p:P(PAD<n1 O>n2) q:P(PAD>n3 I<n2)").bareArcs, 5U);
     EXPECT_EQ(Annotated(wires("(INTERCONNECT a y (0))"), "a<n1 y>n1").bareArcs, 0U);
