@@ -18,9 +18,9 @@ constexpr std::string_view bufferPad = "PACKAGE_PIN";
 constexpr std::array<std::string_view, 1> bufferOutputs = {"D_IN_0"};
 constexpr std::array<std::string_view, 2> bufferInputs = {"D_OUT_0", "OUTPUT_ENABLE"};
 
-// Arcs that pads ask for in one cell, from either end: a small file could ask for more than there is memory
-// for.
-constexpr std::size_t mostJoined = 1'000'000;
+// From all inputs of a cell to all its outputs, or from all drivers of a net to all receivers: a small file
+// could ask for more than there is memory for. The arcs of pads are counted from either end.
+constexpr std::size_t mostArcs = 1'000'000;
 constexpr const char* tooManyJoined =
     "pins of pads that are not joined: their cell has too many pins without a delay";
 
@@ -85,10 +85,21 @@ void Annotator::applyDevice(const DeviceDelay& device, const std::vector<Key>& a
     std::ranges::for_each(arcs, set);
     if (!arcs.empty())
         return;
-    const std::span<const std::uint32_t> pins = design_.pinsOfCell(device.cell);
-    for (const std::uint32_t from : pins)
-        for (const std::uint32_t to : pins)
-            if (receives(from) && drives(to) && from != to)
+    std::vector<std::uint32_t> inputs, outputs;
+    for (const std::uint32_t pin : design_.pinsOfCell(device.cell)) {
+        if (receives(pin))
+            inputs.push_back(pin);
+        if (drives(pin) && (device.output == none || pin == device.output))
+            outputs.push_back(pin);
+    }
+    if (inputs.size() * outputs.size() > mostArcs)
+        throw BadInput({file_, device.where.line, device.where.column},
+                       "DEVICE: '" + std::string(design_.cellName(device.cell)) + "' has " +
+                           std::to_string(inputs.size()) + " inputs and " + std::to_string(outputs.size()) +
+                           " outputs: expected delays of its pins");
+    for (const std::uint32_t from : inputs)
+        for (const std::uint32_t to : outputs)
+            if (from != to)
                 set({from, to, Transition::any});
 }
 
@@ -160,7 +171,7 @@ void Annotator::joinPads() {
         pad.arcs += (receives(pin) ? pad.outputs.size() : 0) + (drives(pin) ? pad.inputs.size() : 0);
     });
     forEachPadPin([this](std::uint32_t pin, const Pad& pad) {
-        if (pad.arcs > mostJoined)
+        if (pad.arcs > mostArcs)
             count(tooManyJoined, Severity::warning, {}, design_.pinName(pin));
         else
             joinPad(pin, pad);
@@ -205,12 +216,26 @@ void Annotator::addBareArc(std::uint32_t from, std::uint32_t to, bool wire) {
 
 // From every driver of a net to every receiver, net by net.
 void Annotator::makeWires() {
-    for (std::uint32_t net = 0; net < design_.nets.size(); ++net)
-        for (const std::uint32_t from : design_.pinsOfNet(net))
-            if (drives(from))
-                for (const std::uint32_t to : design_.pinsOfNet(net))
-                    if (to != from && receives(to))
-                        makeWire(from, to, net);
+    std::vector<std::uint32_t> drivers, receivers;
+    for (std::uint32_t net = 0; net < design_.nets.size(); ++net) {
+        drivers.clear();
+        receivers.clear();
+        for (const std::uint32_t pin : design_.pinsOfNet(net)) {
+            if (drives(pin))
+                drivers.push_back(pin);
+            if (receives(pin))
+                receivers.push_back(pin);
+        }
+        if (drivers.size() > 1 && drivers.size() * receivers.size() > mostArcs)
+            throw BadInput({file_, 0, 0}, "the net '" + std::string(design_.netName(net)) + "' leads from " +
+                                              std::to_string(drivers.size()) + " pins to " +
+                                              std::to_string(receivers.size()) +
+                                              ": expected fewer drivers, or fewer receivers");
+        for (const std::uint32_t from : drivers)
+            for (const std::uint32_t to : receivers)
+                if (to != from)
+                    makeWire(from, to, net);
+    }
 }
 
 void Annotator::makeWire(std::uint32_t from, std::uint32_t to, std::uint32_t net) {

@@ -188,6 +188,25 @@ TEST(Connect, JoinsWidePadsAndNotTheWidest) {
     }
 }
 
+// Drivers and receivers of one net.
+std::string wideNet(std::size_t drivers, std::size_t receivers) {
+    std::string text;
+    for (std::size_t i = 0; i < drivers + receivers; ++i)
+        text += (i == 0 ? "c" : " c") + std::to_string(i) + (i < drivers ? ":C(O>n)" : ":C(I<n)");
+    return text;
+}
+
+TEST(Connect, RefusesNetsAndDevicesOfTooManyArcs) {
+    EXPECT_EQ(Annotated("", wideNet(1'000, 1'000)).design.arcs.size(), 1'000'000U);
+    EXPECT_EQ(Annotated("", wideNet(1, 50'000)).design.arcs.size(), 50'000U);
+    EXPECT_EQ(Support::errorOf("", wideNet(1'000, 1'001)),
+              " error: the net 'n' leads from 1000 pins to 1001: expected fewer drivers, or fewer receivers");
+    const std::string device = cell("W", "w", "(DEVICE (5))");
+    EXPECT_EQ(Annotated(device, widePad(1'000, 1'000)).bareArcs, 2'000U);
+    EXPECT_EQ(Support::errorOf(device, widePad(1'000, 1'001)),
+              "2:52: error: DEVICE: 'w' has 1000 inputs and 1001 outputs: expected delays of its pins");
+}
+
 TEST(Connect, CountsArcsWithoutADelay) {
     EXPECT_EQ(Annotated("", "a<n1 y>n3 p:P(PAD<n1 O>n2) q:P(PAD>n3 I<n2)").bareArcs, 5U);
     EXPECT_EQ(Annotated(wires("(INTERCONNECT a y (0))"), "a<n1 y>n1").bareArcs, 0U);
