@@ -46,6 +46,12 @@ int masterEdge(const LiveClock& master, int number) {
     return (number % 2 == 1 ? master.rise : master.fall) + cycle * master.period;
 }
 
+// a / b for positive b to the nearest whole unit; of two as near, the later one.
+int nearest(long a, long b) {
+    const long twice = 2 * a + b;
+    return static_cast<int>(twice >= 0 ? twice / (2 * b) : -((2 * b - 1 - twice) / (2 * b)));
+}
+
 Waveform generatedWaveform(const Generated& g, const LiveClock& master) {
     Waveform w;
     if (g.kind == Generated::Kind::edges) {
@@ -54,17 +60,18 @@ Waveform generatedWaveform(const Generated& g, const LiveClock& master) {
         w.fall = masterEdge(master, g.edges[1]) + shift;
         w.period = masterEdge(master, g.edges[2]) + shift - w.rise;
     } else {
-        w.period = g.kind == Generated::Kind::divide ? master.period * g.factor : master.period / g.factor;
+        w.period =
+            g.kind == Generated::Kind::divide ? master.period * g.factor : nearest(master.period, g.factor);
         w.rise = master.rise;
         w.fall = w.rise + w.period / 2;
         if (g.kind == Generated::Kind::divide && g.factor == 1)
             w.fall = master.fall; // a copy
         if (g.dutyCycle)
-            w.fall = w.rise + static_cast<int>(long{w.period} * *g.dutyCycle / percent);
+            w.fall = w.rise + nearest(long{w.period} * *g.dutyCycle, percent);
     }
     if (g.invert)
         w = {w.period, w.fall, w.rise + w.period};
-    const int shift = g.offset + static_cast<int>(long{w.period} * g.phase / degreesOfPeriod);
+    const int shift = g.offset + nearest(long{w.period} * g.phase, degreesOfPeriod);
     return {w.period, w.rise + shift, w.fall + shift};
 }
 
