@@ -6,6 +6,10 @@ program=$1 corpus=$2
 shift 2
 found=$program.found
 mkdir -p "$found"
-cat /dev/null "$@" > "$program.words"
+words=()
+if [ $# -gt 0 ]; then
+    cat "$@" > "$program.words"
+    words=(-dict="$program.words")
+fi
 exec "$program" -max_total_time="${FUZZ_SECONDS:-60}" -timeout=10 -rss_limit_mb=4096 -max_len=4096 -print_final_stats=1 \
-    -dict="$program.words" -artifact_prefix="$program." "$found" "$corpus"
+    "${words[@]}" -artifact_prefix="$program." "$found" "$corpus"
