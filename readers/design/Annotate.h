@@ -112,6 +112,7 @@ private:
     void applyDevices();
     void applyDevice(const DeviceDelay& device, const std::vector<Key>& arcs);
     void joinPads();
+    bool isFirstOfNet(std::uint32_t port, std::vector<bool>& seen) const;
     bool isBufferPad(std::uint32_t pin) const;
     void joinPad(std::uint32_t padPin, const Pad& pad);
     void addBareArc(std::uint32_t from, std::uint32_t to, bool wire);

@@ -131,8 +131,9 @@ void Annotator::inferDirections() {
         else if (source || sink)
             pin.direction = source && sink ? Direction::inout : source ? Direction::output : Direction::input;
     }
+    std::vector<bool> seen(design_.nets.size()); // the first port of a net decides
     for (const std::uint32_t port : design_.ports()) {
-        if (!design_.isPortOfTop(port) || design_.pins[port].net == none)
+        if (!design_.isPortOfTop(port) || !isFirstOfNet(port, seen))
             continue;
         for (const std::uint32_t pin : design_.pinsOfNet(design_.pins[port].net))
             if (design_.pins[pin].direction == Direction::unknown)
@@ -159,8 +160,9 @@ void Annotator::joinPads() {
         return pad;
     };
     const auto forEachPadPin = [&](auto use) {
+        std::vector<bool> seen(design_.nets.size());
         for (const std::uint32_t port : design_.ports()) {
-            if (design_.pins[port].net == none)
+            if (!isFirstOfNet(port, seen))
                 continue;
             for (const std::uint32_t pin : design_.pinsOfNet(design_.pins[port].net))
                 if (!design_.isPortOfTop(pin) && (isBufferPad(pin) || !isSaid(pin)))
@@ -176,6 +178,15 @@ void Annotator::joinPads() {
         else
             joinPad(pin, pad);
     });
+}
+
+// Whether the port's net was not seen before: many ports may have one net.
+bool Annotator::isFirstOfNet(std::uint32_t port, std::vector<bool>& seen) const {
+    const std::uint32_t net = design_.pins[port].net;
+    if (net == none || seen[net])
+        return false;
+    seen[net] = true;
+    return true;
 }
 
 bool Annotator::isBufferPad(std::uint32_t pin) const {

@@ -12,7 +12,7 @@ namespace Readers::Sdc {
 
 struct Limits {
     std::chrono::milliseconds time{10'000}; // of the processor, for one file with all that it sources
-    int commands = 50'000'000;              // likewise
+    int commands = 50'000'000;              // of it
     int depth = 1'000;                      // of commands in commands
     std::size_t memory = 4'000;             // MB, of the process, that one file with all that it sources adds
 

@@ -215,7 +215,11 @@ std::string outcome(const Cli::Options& options, const Folder& folder) {
         writeText(report, {.listUnconstrained = true, .listExceptions = true}, text);
         return json.str() + text.str();
     } catch (const Readers::BadInput& bad) {
-        require(bad.diagnostic().place.file.starts_with(folder.path()), "a refusal names the file");
+        // Sums of delays are of no place.
+        const Readers::Diagnostic& said = bad.diagnostic();
+        require(said.place.file.starts_with(folder.path()) ||
+                    said.text.starts_with("the delays of a path may"),
+                "a refusal names the file");
         return bad.what();
     }
 }

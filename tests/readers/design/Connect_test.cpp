@@ -196,6 +196,15 @@ std::string wideNet(std::size_t drivers, std::size_t receivers) {
     return text;
 }
 
+// The net's pins are looked at once, not for each of its ports: that would take minutes.
+TEST(Connect, TakesManyPortsOfOneNet) {
+    constexpr std::size_t count = 50'000;
+    std::string text = "c:C(O>n)";
+    for (std::size_t i = 0; i < count; ++i)
+        text += " p" + std::to_string(i) + ">n d" + std::to_string(i) + ":D(I<n)";
+    EXPECT_EQ(Annotated("", text).design.arcs.size(), 2 * count);
+}
+
 TEST(Connect, RefusesNetsAndDevicesOfTooManyArcs) {
     EXPECT_EQ(Annotated("", wideNet(1'000, 1'000)).design.arcs.size(), 1'000'000U);
     EXPECT_EQ(Annotated("", wideNet(1, 50'000)).design.arcs.size(), 50'000U);
