@@ -4,6 +4,7 @@
 #include "Generate.h"
 #include "Write.h"
 
+#include "ProjectFiles.h"
 #include "cli/Session.h"
 #include "report/Json.h"
 

@@ -4,6 +4,7 @@
 #include "report/Json.h"
 
 #include "Pelko/Domain.h"
+#include "ProjectFiles.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

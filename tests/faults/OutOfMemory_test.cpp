@@ -6,6 +6,7 @@
 #include "../../cli/Command.h"
 #include "../../cli/Ending.h"
 #include "Allocator.h"
+#include "ProjectFiles.h"
 
 #include <gtest/gtest.h>
 

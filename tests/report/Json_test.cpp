@@ -1,6 +1,7 @@
 // The JSON report: its exact text, strings of any bytes, and that every report fits the published schema.
 #include "../../report/Json.h"
 
+#include "ProjectFiles.h"
 #include "Sample.h"
 #include "SchemaValidator.h"
 

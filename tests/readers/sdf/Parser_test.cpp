@@ -2,6 +2,7 @@
 #include "readers/sdf/Parser.h"
 
 #include "Parsed.h"
+#include "ProjectFiles.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
