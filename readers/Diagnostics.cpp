@@ -39,6 +39,49 @@ BadInput::BadInput(Place place, std::string text)
 BadInput::BadInput(Diagnostic diagnostic)
     : std::runtime_error(toString(diagnostic)), diagnostic_(std::move(diagnostic)) {}
 
+BadInput::BadInput(Diagnostic diagnostic, const std::string& lines)
+    : std::runtime_error(lines), diagnostic_(std::move(diagnostic)) {}
+
+// --- Several errors -----------------------------------------------------------------------------------------------
+
+namespace {
+
+std::string linesOf(const std::vector<Diagnostic>& all) {
+    std::string lines;
+    for (const Diagnostic& each : all)
+        lines += (lines.empty() ? "" : "\n") + toString(each);
+    return lines;
+}
+
+} // namespace
+
+BadInputs::BadInputs(std::vector<Diagnostic> all) : BadInput(all.at(0), linesOf(all)), all_(std::move(all)) {}
+
+void ErrorList::add(const BadInput& error) {
+    if (const auto* several = dynamic_cast<const BadInputs*>(&error))
+        for (const Diagnostic& each : several->all())
+            keep(each);
+    else
+        keep(error.diagnostic());
+}
+
+void ErrorList::keep(const Diagnostic& error) {
+    all_.push_back(error);
+    if (all_.size() < most)
+        return;
+    all_.push_back({Severity::note,
+                    {error.place.file, 0, 0},
+                    std::to_string(most) + " errors: the rest of the file is not read"});
+    finish();
+}
+
+void ErrorList::finish() const {
+    if (!all_.empty())
+        throw BadInputs(all_);
+}
+
+// --- The diagnostics of a run -------------------------------------------------------------------------------------
+
 void Diagnostics::note(Place place, std::string text) {
     add({Severity::note, std::move(place), std::move(text)});
 }

@@ -4,8 +4,10 @@
 #include <gtest/gtest.h>
 
 using Readers::BadInput;
+using Readers::BadInputs;
 using Readers::Diagnostic;
 using Readers::Diagnostics;
+using Readers::ErrorList;
 using Readers::Severity;
 
 namespace {
@@ -33,6 +35,49 @@ TEST(Diagnostics, AreWrittenWithThePlaceAsFarAsItIsKnown) {
 TEST(Diagnostics, ABadInputIsAnError) {
     const BadInput thrown({"a.sdf", 1, 2}, "bad");
     EXPECT_EQ(thrown.diagnostic(), (Diagnostic{Severity::error, {"a.sdf", 1, 2}, "bad"}));
+}
+
+std::string thrownBy(const ErrorList& errors) {
+    try {
+        errors.finish();
+    } catch (const BadInputs& bad) {
+        return bad.what();
+    }
+    return "nothing";
+}
+
+TEST(Diagnostics, SeveralErrorsAreOneException) {
+    ErrorList errors;
+    EXPECT_TRUE(errors.empty());
+    EXPECT_EQ(thrownBy(errors), "nothing");
+    errors.add({"a.v", 1, 2}, "bad");
+    EXPECT_FALSE(errors.empty());
+    EXPECT_EQ(thrownBy(errors), "a.v:1:2: error: bad");
+    errors.add(BadInput({"a.v", 3, 4}, "worse"));
+    const BadInputs thrown(
+        {{Severity::error, {"a.v", 1, 2}, "bad"}, {Severity::error, {"a.v", 3, 4}, "worse"}});
+    EXPECT_EQ(thrownBy(errors), thrown.what());
+    EXPECT_STREQ(thrown.what(), "a.v:1:2: error: bad\na.v:3:4: error: worse");
+    EXPECT_EQ(thrown.diagnostic(), (Diagnostic{Severity::error, {"a.v", 1, 2}, "bad"}));
+    ErrorList more;
+    more.add(thrown);
+    EXPECT_EQ(thrownBy(more), thrown.what());
+}
+
+TEST(Diagnostics, ThereAreAtMostTwentyErrors) {
+    ErrorList errors;
+    std::string lines;
+    for (unsigned i = 1; i < ErrorList::most; ++i) {
+        errors.add({"a.v", i, 1}, "bad");
+        lines += "a.v:" + std::to_string(i) + ":1: error: bad\n";
+    }
+    try {
+        errors.add({"a.v", 20, 1}, "bad");
+        FAIL() << "expected an exception";
+    } catch (const BadInputs& bad) {
+        EXPECT_EQ(bad.what(),
+                  lines + "a.v:20:1: error: bad\na.v: note: 20 errors: the rest of the file is not read");
+    }
 }
 
 TEST(Diagnostics, StayInTheOrderTheyCome) {
