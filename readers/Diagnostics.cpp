@@ -39,7 +39,7 @@ BadInput::BadInput(Place place, std::string text)
 BadInput::BadInput(Diagnostic diagnostic)
     : std::runtime_error(toString(diagnostic)), diagnostic_(std::move(diagnostic)) {}
 
-BadInput::BadInput(Diagnostic diagnostic, const std::string& lines)
+BadInput::BadInput(const std::string& lines, Diagnostic diagnostic)
     : std::runtime_error(lines), diagnostic_(std::move(diagnostic)) {}
 
 // --- Several errors -----------------------------------------------------------------------------------------------
@@ -55,7 +55,7 @@ std::string linesOf(const std::vector<Diagnostic>& all) {
 
 } // namespace
 
-BadInputs::BadInputs(std::vector<Diagnostic> all) : BadInput(all.at(0), linesOf(all)), all_(std::move(all)) {}
+BadInputs::BadInputs(std::vector<Diagnostic> all) : BadInput(linesOf(all), all.at(0)), all_(std::move(all)) {}
 
 void ErrorList::add(const BadInput& error) {
     if (const auto* several = dynamic_cast<const BadInputs*>(&error))

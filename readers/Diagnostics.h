@@ -46,7 +46,7 @@ public:
     const Diagnostic& diagnostic() const { return diagnostic_; }
 
 protected:
-    BadInput(Diagnostic diagnostic, const std::string& lines);
+    BadInput(const std::string& lines, Diagnostic diagnostic);
 
 private:
     Diagnostic diagnostic_;
