@@ -71,13 +71,24 @@ void Annotator::takeNetlist(const Netlist& netlist) {
         Design::Pin& pin = design_.pins[design_.addPin(cell, in(name))];
         pin.direction = direction;
         pin.net = net == none ? none : nets[net];
+        return static_cast<std::uint32_t>(&pin - design_.pins.data());
     };
     for (const Netlist::Port& port : netlist.ports)
         addPin(none, port.name, port.direction, port.net);
+    auto inverted = netlist.invertedPins.begin();
     for (const Netlist::Cell& cell : netlist.cells) {
         const std::uint32_t number = design_.addCell(in(cell.name), in(cell.type));
-        for (std::uint32_t pin = cell.firstPin; pin < cell.firstPin + cell.pinCount; ++pin)
-            addPin(number, netlist.pins[pin].name, netlist.pins[pin].direction, netlist.pins[pin].net);
+        for (std::uint32_t pin = cell.firstPin; pin < cell.firstPin + cell.pinCount; ++pin) {
+            const std::uint32_t added =
+                addPin(number, netlist.pins[pin].name, netlist.pins[pin].direction, netlist.pins[pin].net);
+            if (inverted != netlist.invertedPins.end() && *inverted == pin) {
+                invertedPins_.push_back(added);
+                ++inverted;
+            }
+        }
+        if (std::ranges::binary_search(netlist.expressionCells,
+                                       static_cast<std::uint32_t>(&cell - netlist.cells.data())))
+            expressionCells_.push_back(number);
     }
 }
 

@@ -119,6 +119,8 @@ private:
     void makeWire(std::uint32_t from, std::uint32_t to, std::uint32_t net);
     std::vector<std::uint8_t> usesOfPins() const;
     void makeWires();
+    void applyExpressions();
+    void joinExpressions();
     void makeNetsOfWires();
     void findPortsOfPads();
     void reportCounts();
@@ -145,6 +147,7 @@ private:
     HashMap<std::uint32_t, Interval> netDelays_; // by net
     std::map<std::string, Counted> counted_;
     std::uint64_t bareArcs_ = 0;
+    std::vector<std::uint32_t> invertedPins_, expressionCells_; // of the netlist
 };
 
 } // namespace Readers

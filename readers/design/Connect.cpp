@@ -33,6 +33,7 @@ void Annotator::finish() {
         inferDirections();
         joinPads();
         makeWires();
+        applyExpressions();
     } else {
         inferDirections();
         makeNetsOfWires();

@@ -70,6 +70,8 @@ private:
     void addPin(Name name, Direction direction, const Numbering& numbering, std::size_t bit,
                 std::uint32_t net);
 
+    template <class Action>
+    void tryTo(Action action);
     Name full(Name name);
     Place place(const Module::Cell& cell) const { return {modules_.file, cell.line, cell.column}; }
     std::uint32_t findPort(std::uint32_t type, const Module::Cell& cell, const Module::Connection& connection,
@@ -82,6 +84,8 @@ private:
     void numberNets();
     template <class Items>
     void tellClashes(const Items& items, const char* what);
+    void tellBehaviour();
+    void tellInversions();
 
     Modules& modules_;
     Names& names_;
@@ -92,6 +96,12 @@ private:
     std::vector<NetName> best_; // of a root: its best name so far
     std::vector<PortTable> portTables_;
     std::string path_; // of the instance at hand, with a '/' behind
+    ErrorList errors_;
+    std::vector<Diagnostic> errorsOfCells_; // each once, however often its module is instantiated
+    // Connections of inverted nets: to pins of cells, and to ports of modules, where the inversion is lost.
+    std::uint64_t lostInversions_ = 0;
+    std::string firstLost_, firstInverted_;
+    Place firstLostPlace_, firstInvertedPlace_;
     std::string scratch_;
 };
 
@@ -141,12 +151,15 @@ Name Flattener::full(Name name) {
 Netlist Flattener::run(std::uint32_t top) {
     result_.top = modules_.nameOf(modules_.all[top]);
     const HierarchySize size = hierarchy_.sizeOf(top);
+    tellBehaviour();
     result_.cells.reserve(size.cells);
     parents_.reserve(size.nets + 1);
     best_.reserve(size.nets + 1);
     addEntry();
     walk(top);
+    errors_.finish();
     numberNets();
+    tellInversions();
     tellClashes(result_.ports, "ports");
     tellClashes(result_.cells, "cells");
     tellClashes(result_.nets, "nets");
@@ -175,10 +188,23 @@ void Flattener::walk(std::uint32_t top) {
         }
         Frame child{type, 0, path_.size(), std::vector<std::uint32_t>(modules_.all[type].nets.size(), none)};
         for (std::uint32_t i = 0; i < cell.connectionCount; ++i)
-            bind(frame, cell, module.connections[cell.firstConnection + i], type, i, child);
+            tryTo([&] { bind(frame, cell, module.connections[cell.firstConnection + i], type, i, child); });
         path_.append(names_[cell.name]).append(1, '/');
         nameNets(child, frames.size());
         frames.push_back(std::move(child));
+    }
+}
+
+// An error of a cell comes once, however often its module is instantiated.
+template <class Action>
+void Flattener::tryTo(Action action) {
+    try {
+        action();
+    } catch (const BadInput& error) {
+        if (std::ranges::find(errorsOfCells_, error.diagnostic()) != errorsOfCells_.end())
+            return;
+        errorsOfCells_.push_back(error.diagnostic());
+        errors_.add(error);
     }
 }
 
@@ -191,6 +217,10 @@ void Flattener::bind(const Frame& above, const Module::Cell& cell, const Module:
     const Module::Port& port = child.ports[found];
     checkWidth(cell, connection, port);
     for (std::uint32_t i = 0; i < std::min(connection.bits.count, port.bits.count); ++i) {
+        if (parent.isInverted(connection.bits.first + i) && lostInversions_++ == 0) {
+            firstLost_ = path_ + std::string(names_[cell.name]) + "/" + std::string(names_[port.name]);
+            firstLostPlace_ = place(cell);
+        }
         const std::uint32_t outer = parent.bits[connection.bits.first + i];
         const std::uint32_t inner = child.bits[port.bits.first + i];
         if (outer == none || inner == none)
@@ -232,14 +262,25 @@ void Flattener::addPorts(const Frame& frame) {
 void Flattener::addCell(const Frame& frame, const Module::Cell& cell, std::uint32_t type) {
     const auto first = static_cast<std::uint32_t>(result_.pins.size());
     const Module& module = modules_.all[frame.module];
-    for (std::uint32_t i = 0; i < cell.connectionCount; ++i) {
-        const Module::Connection& connection = module.connections[cell.firstConnection + i];
-        const std::uint32_t found = findPort(type, cell, connection, i);
-        const Module::Port* port = found == none ? nullptr : &modules_.all[type].ports[found];
-        if (port)
-            checkWidth(cell, connection, *port);
-        addPins(frame, connection, port);
+    const std::size_t invertedBefore = result_.invertedPins.size();
+    for (std::uint32_t i = 0; i < cell.connectionCount; ++i)
+        tryTo([&] {
+            const Module::Connection& connection = module.connections[cell.firstConnection + i];
+            const std::uint32_t found = findPort(type, cell, connection, i);
+            const Module::Port* port = found == none ? nullptr : &modules_.all[type].ports[found];
+            if (port)
+                checkWidth(cell, connection, *port);
+            addPins(frame, connection, port);
+        });
+    if (invertedBefore == 0 && !result_.invertedPins.empty()) {
+        firstInverted_ = path_ + std::string(names_[cell.name]) + "/" +
+                         std::string(names_[result_.pins[result_.invertedPins.front()].name]);
+        firstInvertedPlace_ = place(cell);
     }
+    if ((type != none && modules_.all[type].isComputed) ||
+        std::ranges::binary_search(module.expressions,
+                                   static_cast<std::uint32_t>(&cell - module.cells.data())))
+        result_.expressionCells.push_back(static_cast<std::uint32_t>(result_.cells.size()));
     result_.cells.push_back(
         {full(cell.name), cell.type, first, static_cast<std::uint32_t>(result_.pins.size()) - first});
 }
@@ -254,6 +295,8 @@ void Flattener::addPins(const Frame& frame, const Module::Connection& connection
         port && connection.direction == Direction::unknown ? port->direction : connection.direction;
     for (std::uint32_t i = 0; i < width; ++i) {
         const std::uint32_t net = i < bits.count ? modules_.all[frame.module].bits[bits.first + i] : none;
+        if (i < bits.count && modules_.all[frame.module].isInverted(bits.first + i))
+            result_.invertedPins.push_back(static_cast<std::uint32_t>(result_.pins.size()));
         addPin(name, direction, numbering, i, net == none ? none : frame.nets[net]);
     }
 }
@@ -349,6 +392,39 @@ void Flattener::tellClashes(const Items& items, const char* what) {
     if (clashes > mostClashes)
         diagnostics_.warning({modules_.file, 0, 0}, std::to_string(clashes - mostClashes) + " more " + what +
                                                         " have the name of another one");
+}
+
+// What a module computes without structure cannot be timed. Beside cells it may be of no account.
+void Flattener::tellBehaviour() {
+    for (std::uint32_t i = 0; i < modules_.all.size(); ++i) {
+        const Module& module = modules_.all[i];
+        if (!module.behaviour || !hierarchy_.isNeeded(i))
+            continue;
+        const auto& [place, text, isExpression] = *module.behaviour;
+        if (isExpression)
+            errors_.add(place, text);
+        else if (module.cells.empty())
+            errors_.add(place, "only structural Verilog can be read, found '" + text + "'");
+        else
+            diagnostics_.warning(place, "module '" + std::string(names_[module.name]) + "' has '" + text +
+                                            "' beside its cells: what that computes is not timed");
+    }
+}
+
+void Flattener::tellInversions() {
+    if (const std::size_t count = result_.invertedPins.size(); count != 0)
+        diagnostics_.note(
+            firstInvertedPlace_,
+            std::to_string(count) +
+                " pins are connected to inverted nets: what a rising edge does there, a falling edge "
+                "of the net does, first '" +
+                firstInverted_ + "'");
+    if (lostInversions_ != 0)
+        diagnostics_.warning(firstLostPlace_,
+                             std::to_string(lostInversions_) +
+                                 " ports of modules are connected to inverted nets: the nets are joined, and "
+                                 "edges are not exchanged, first '" +
+                                 firstLost_ + "'");
 }
 
 } // namespace

@@ -10,8 +10,12 @@ namespace {
 
 // A path is written once for each cell below it, so that names grow by the square of the depth.
 constexpr std::uint32_t mostLevels = 1'000;
-constexpr std::uint64_t mostItems = std::uint64_t{1} << 28; // of cells, pins and nets each
-constexpr std::uint64_t mostNameBytes = std::uint64_t{1} << 33;
+// What one of them takes in a flat netlist and while it is made: entries of tables, which grow by doubling,
+// and of the table of names.
+constexpr std::uint64_t bytesPerName = 64;
+constexpr std::uint64_t bytesPerCell = 24 + bytesPerName;
+constexpr std::uint64_t bytesPerPin = 24;
+constexpr std::uint64_t bytesPerNet = 32 + bytesPerName;
 constexpr std::size_t mostOfCycle = 10; // modules in a message
 
 constexpr std::uint64_t largest = std::numeric_limits<std::uint64_t>::max();
@@ -22,14 +26,28 @@ std::uint64_t product(std::uint64_t a, std::uint64_t b) {
     return b != 0 && a > largest / b ? largest : a * b;
 }
 
+// "4.3 GB", "8192 GB": of 2^30 bytes.
+std::string toGigabytes(std::uint64_t bytes) {
+    const std::uint64_t tenths = bytes / ((std::uint64_t{1} << 30) / 10);
+    return std::to_string(tenths / 10) + (tenths < 1'000 ? "." + std::to_string(tenths % 10) : "") + " GB";
+}
+
 } // namespace
+
+std::uint64_t HierarchySize::bytes() const {
+    std::uint64_t sum = nameBytes;
+    addUp(sum, product(cells, bytesPerCell));
+    addUp(sum, product(pins, bytesPerPin));
+    addUp(sum, product(nets, bytesPerNet));
+    return sum;
+}
 
 Hierarchy::Hierarchy(const Modules& modules, std::uint32_t top)
     : modules_(modules), byName_(modules.byName()), states_(modules.all.size()), sizes_(modules.all.size()) {
     for (const Module& module : modules.all)
         leaves_.push_back(module.isLeaf());
     measure(top);
-    checkLimits(top);
+    checkLevels(top);
 }
 
 void Hierarchy::measure(std::uint32_t top) {
@@ -40,6 +58,7 @@ void Hierarchy::measure(std::uint32_t top) {
         Frame& frame = frames.back();
         const Module& module = modules_.all[frame.module];
         if (frame.cell == module.cells.size()) {
+            checkSize(frame.module);
             states_[frame.module] = State::known;
             frames.pop_back();
             continue;
@@ -107,18 +126,23 @@ void Hierarchy::failAtCycle(const std::vector<Frame>& frames, std::uint32_t agai
                        std::string(modules_.nameOf(modules_.all[again])) + "'");
 }
 
-void Hierarchy::checkLimits(std::uint32_t top) const {
+// The first module that is too large, from the leaves up, is the one to name.
+void Hierarchy::checkSize(std::uint32_t module) const {
+    const HierarchySize& size = sizes_[module];
+    if (size.bytes() <= HierarchySize::mostBytes)
+        return;
+    modules_.fail("module '" + std::string(modules_.nameOf(modules_.all[module])) +
+                  "' with everything in it would take " + toGigabytes(size.bytes()) +
+                  " of memory: " + std::to_string(size.cells) + " cells, " + std::to_string(size.pins) +
+                  " pins, " + std::to_string(size.nets) + " nets. A netlist may take " +
+                  toGigabytes(HierarchySize::mostBytes));
+}
+
+void Hierarchy::checkLevels(std::uint32_t top) const {
     const HierarchySize& size = sizes_[top];
     if (size.levels > mostLevels)
         modules_.fail("the hierarchy has " + std::to_string(size.levels) + " levels, more than " +
                       std::to_string(mostLevels));
-    for (const std::uint64_t items : {size.cells, size.pins, size.nets})
-        if (items > mostItems)
-            modules_.fail("the flat design would have more than " + std::to_string(mostItems) +
-                          " cells, pins or nets");
-    if (size.nameBytes > mostNameBytes)
-        modules_.fail("the names of the flat design would take more than " + std::to_string(mostNameBytes) +
-                      " bytes");
 }
 
 } // namespace Readers

@@ -8,8 +8,10 @@
 #include "../NameTable.h"
 #include "Netlist.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,6 +19,9 @@
 namespace Readers {
 
 inline constexpr std::uint32_t constantNet = 0;
+// A short text can ask for vectors of any width. These limits are for all modules of a file together.
+inline constexpr std::size_t mostNets = std::size_t{1} << 26;
+inline constexpr std::size_t mostBits = std::size_t{1} << 27; // of ports and connections
 // Of a connection that is given by its position.
 inline constexpr Name noName{std::numeric_limits<std::uint32_t>::max()};
 
@@ -67,19 +72,32 @@ struct Module {
         Name name = noName;     // the best of its names
         bool generated = false; // made up, because it has none
     };
+    // What has no structure that could be read: a process, an expression.
+    struct Behaviour {
+        Place place;
+        std::string text;          // the keyword, or an error
+        bool isExpression = false; // of an assignment: an error if the module is needed
+    };
 
     Name name;
     bool isMarkedTop = false;
-    bool isBox = false; // a leaf, whatever is in it
+    bool isBox = false;      // a leaf, whatever is in it
+    bool isComputed = false; // a leaf of expressions alone
     std::vector<Port> ports;
     std::vector<Cell> cells;
     std::vector<Connection> connections; // a cell's stand together
     std::vector<std::uint32_t> bits;
+    std::vector<std::uint32_t> inverted;    // places in bits at which the net's value is inverted, ascending
+    std::vector<std::uint32_t> expressions; // cells that stand for expressions, ascending
+    std::optional<Behaviour> behaviour;     // the first
     std::vector<Net> nets = std::vector<Net>(1); // the constant is there from the beginning
 
     // Nothing in it: neither cells nor ports that are connected to one another or to a constant.
     bool isLeaf() const;
     BitRange addBits(const std::vector<std::uint32_t>& nets);
+    bool isInverted(std::uint32_t place) const {
+        return !inverted.empty() && std::binary_search(inverted.begin(), inverted.end(), place);
+    }
 };
 
 struct Modules {

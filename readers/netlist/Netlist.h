@@ -39,6 +39,11 @@ struct Netlist {
     std::vector<Port> ports;
     std::vector<Cell> cells;
     std::vector<Pin> pins; // a cell's pins stand together
+    // Pins that see the inverse of their net, ascending: their rising edges are the net's falling ones.
+    std::vector<std::uint32_t> invertedPins;
+    // Cells that stand for expressions of the netlist's text, ascending: without delays of their own, every
+    // input reaches every output at once.
+    std::vector<std::uint32_t> expressionCells;
     // One name each: of those that the outermost module has for it the shortest, and of these the first in
     // byte order. A net without a name is "$" and its number.
     std::vector<Name> nets;

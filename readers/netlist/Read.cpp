@@ -22,7 +22,8 @@ bool isJson(Input& input) {
 
 Netlist readNetlist(Source& source, const std::string& top, Diagnostics& diagnostics) {
     Input input(source);
-    return flatten(isJson(input) ? readJsonModules(input) : readVerilogModules(input), top, diagnostics);
+    return flatten(isJson(input) ? readJsonModules(input) : readVerilogModules(input, diagnostics), top,
+                   diagnostics);
 }
 
 Netlist readNetlist(const std::string& path, const std::string& top, Diagnostics& diagnostics) {

@@ -4,6 +4,8 @@
 #include "Flatten.h"
 #include "VerilogReader.h"
 
+#include <algorithm>
+#include <array>
 #include <string>
 #include <utility>
 
@@ -74,41 +76,216 @@ void VerilogReader::skipPast(std::string_view last) {
     lexer_.advance();
 }
 
-void VerilogReader::failBehavioural() const {
-    lexer_.fail("only structural Verilog can be read, found '" + std::string(lexer_.token().text) + "'");
+// ": name", behind the end of a block or module.
+void VerilogReader::skipLabel() {
+    if (takeIf(':'))
+        readName("the name of what ends");
+}
+
+// "[0:7]", several of them.
+void VerilogReader::skipDimensions() {
+    while (lexer_.isAt('['))
+        skipPast("]");
+}
+
+// To a ',' or ';' that is not in parentheses or braces.
+void VerilogReader::skipToSeparator() {
+    std::size_t depth = 0;
+    while (lexer_.token().kind != Kind::end) {
+        if (lexer_.isAt('(') || lexer_.isAt('{') || lexer_.isAt('['))
+            ++depth;
+        else if (depth != 0 && (lexer_.isAt(')') || lexer_.isAt('}') || lexer_.isAt(']')))
+            --depth;
+        else if (lexer_.isAt(';') || (depth == 0 && (lexer_.isAt(',') || lexer_.isAt(')'))))
+            return;
+        lexer_.advance();
+    }
+}
+
+// A statement of a process, with all that is nested in it.
+void VerilogReader::skipStatement() {
+    constexpr std::array<std::string_view, 5> opening{"begin", "fork", "case", "casex", "casez"};
+    constexpr std::array<std::string_view, 3> closing{"end", "join", "endcase"};
+    const auto isOneOf = [this](const auto& words) {
+        return lexer_.token().kind == Kind::name &&
+               std::find(words.begin(), words.end(), lexer_.token().text) != words.end();
+    };
+    std::size_t blocks = 0, parentheses = 0;
+    for (;;) {
+        if (lexer_.token().kind == Kind::end || word() == Word::end || word() == Word::module)
+            lexer_.failExpected("the end of the statement");
+        const bool isClosing = isOneOf(closing);
+        const bool isSemicolon = lexer_.isAt(';');
+        blocks += isOneOf(opening) ? 1 : 0;
+        blocks -= isClosing && blocks != 0 ? 1 : 0;
+        parentheses += lexer_.isAt('(') ? 1 : 0;
+        parentheses -= lexer_.isAt(')') && parentheses != 0 ? 1 : 0;
+        lexer_.advance();
+        if (blocks != 0 || parentheses != 0 || (!isClosing && !isSemicolon))
+            continue;
+        if (isClosing)
+            skipLabel();
+        if (!lexer_.isAt("else"))
+            return;
+    }
+}
+
+// At the token at hand.
+void VerilogReader::passOver(std::string_view what) {
+    Counted& counted = passedOver_.try_emplace(std::string(what)).first->second;
+    if (counted.count++ == 0)
+        counted.first = lexer_.place();
+}
+
+void VerilogReader::reportPassedOver() {
+    std::string text;
+    Place first;
+    for (const auto& [what, counted] : passedOver_) {
+        text += (text.empty() ? "" : ", ") + std::to_string(counted.count) + " " + what;
+        if (first.line == 0 ||
+            std::pair(counted.first.line, counted.first.column) < std::pair(first.line, first.column))
+            first = counted.first;
+    }
+    if (!text.empty())
+        diagnostics_.note(first, "statements without structure are passed over: " + text);
+    const auto report = [this](Severity severity, const Counted& counted, const char* what) {
+        if (counted.count != 0)
+            diagnostics_.add({severity, counted.first, std::to_string(counted.count) + what});
+    };
+    report(Severity::warning, inversions_,
+           " assignments of inverted nets: the nets are joined, and their edges are not exchanged");
+    report(Severity::note, expressions_, " cells 'assign' stand for expressions: they have no delays");
+}
+
+// "logic", "bit" and "var" are types only in newer texts, and names in older ones.
+bool VerilogReader::isTypeWord() {
+    if (!lexer_.isAt("logic") && !lexer_.isAt("bit") && !lexer_.isAt("var"))
+        return false;
+    const int next = lexer_.firstBehind();
+    return next == '[' || next == '\\' || next == '_' || (next >= 'a' && next <= 'z') ||
+           (next >= 'A' && next <= 'Z');
+}
+
+// --- Errors -------------------------------------------------------------------------------------------------------
+
+// Behind an error: up to the end of the statement, or to what ends the module. A text that ends too early
+// after another error is no news.
+void VerilogReader::recover(const BadInput& error) {
+    if (lexer_.token().kind != Kind::end || errors_.empty())
+        errors_.add(error);
+    while (!isAtBoundary()) {
+        const bool isLast = lexer_.isAt(';');
+        advanceQuietly();
+        if (isLast)
+            return;
+    }
+}
+
+bool VerilogReader::isAtBoundary() const {
+    return lexer_.token().kind == Kind::end || word() == Word::end || word() == Word::module ||
+           lexer_.isAt("primitive") || lexer_.isAt("endprimitive");
+}
+
+void VerilogReader::advanceQuietly() {
+    try {
+        lexer_.advance();
+    } catch (const BadInput&) { // the next call goes on behind it
+    }
 }
 
 // --- Modules ------------------------------------------------------------------------------------------------------
 
 Modules VerilogReader::run() {
-    while (lexer_.token().kind != Kind::end) {
-        if (word() == Word::module)
-            readModule();
-        else if (lexer_.isAt("primitive")) // a leaf
-            skipPast("endprimitive");
-        else
-            lexer_.failExpected("'module'");
+    for (bool isFirst = true; isFirst || lexer_.token().kind != Kind::end; isFirst = false) {
+        lexer_.setInModule(false);
+        try {
+            if (isFirst)
+                lexer_.advance();
+            else
+                readItem();
+        } catch (const BadInputs&) { // there are too many
+            throw;
+        } catch (const BadInput& error) {
+            recover(error);
+            while (lexer_.token().kind != Kind::end && word() != Word::module && !lexer_.isAt("primitive"))
+                advanceQuietly();
+        }
     }
+    errors_.finish();
+    VerilogModules(modules_, facts_).finish();
+    reportPassedOver();
     return std::move(modules_);
 }
 
-void VerilogReader::readModule() {
+// Between modules.
+void VerilogReader::readItem() {
+    constexpr std::array<std::string_view, 5> statements{"library", "include", "timeunit", "timeprecision",
+                                                         "import"};
+    const auto isStatement = [this](std::string_view text) { return lexer_.isAt(text); };
+    if (word() == Word::module || lexer_.isAt("primitive")) {
+        readModule(lexer_.isAt("primitive"));
+    } else if (lexer_.isAt("config") || lexer_.isAt("package")) {
+        const std::string end = "end" + std::string(lexer_.token().text);
+        passOver(lexer_.token().text);
+        skipPast(end);
+        skipLabel();
+    } else if (word() == Word::parameter || std::ranges::any_of(statements, isStatement)) {
+        passOver(lexer_.token().text);
+        skipPast(";");
+    } else if (!takeIf(';'))
+        lexer_.failExpected("'module'");
+}
+
+void VerilogReader::readModule(bool isPrimitive) {
+    const bool isCell = lexer_.isCellDefine();
     lexer_.advance();
     const Place place = lexer_.place();
     const Name name = readName("a module's name");
     if (!known_.add(name, 0))
         throw BadInput(place, "module '" + std::string(modules_.names[name]) + "' is there twice");
+    if (isPrimitive)
+        primitives_.add(name, 0);
+    lexer_.setInModule(true);
     module_.start(name);
     unnamed_ = 0;
-    if (lexer_.isAt('#'))
-        skipDelay();
-    if (takeIf('('))
-        readHeader();
-    expect(';');
-    while (word() != Word::end)
-        readStatement();
+    isSpecified_ = false;
+    try {
+        if (lexer_.isAt('#'))
+            skipDelay();
+        if (takeIf('('))
+            readHeader();
+        expect(';');
+    } catch (const BadInput& error) {
+        module_.setLenient();
+        recover(error);
+    }
+    if (!readBody(isPrimitive ? "endprimitive" : "endmodule"))
+        return;
+    VerilogModules::Facts facts{isPrimitive, isCell, isSpecified_};
+    modules_.all.push_back(module_.finish(facts.rest, errors_));
+    facts_.push_back(std::move(facts));
+    lexer_.setInModule(false);
     lexer_.advance();
-    modules_.all.push_back(module_.finish());
+    skipLabel();
+}
+
+// Up to the word that ends the module. False if it is missing, which is an error.
+bool VerilogReader::readBody(std::string_view end) {
+    while (!lexer_.isAt(end)) {
+        const std::optional<Word> first = word();
+        try {
+            readStatement();
+        } catch (const BadInputs&) {
+            throw;
+        } catch (const BadInput& error) {
+            if (first && *first <= Word::variable)
+                module_.setLenient();
+            recover(error);
+            if (isAtBoundary() && !lexer_.isAt(end))
+                return false;
+        }
+    }
+    return true;
 }
 
 // The list of ports, with their declarations or without.
@@ -137,6 +314,8 @@ void VerilogReader::readHeaderPort(Declaration& declaration) {
     module_.addPort(name, {{name, {}}}, place);
     if (declaration.direction != Direction::unknown)
         module_.declare(name, declaration, place);
+    if (lexer_.isAt('='))
+        skipToSeparator();
 }
 
 // ".name(net)", ".name({net, net[3]})".
@@ -161,8 +340,18 @@ void VerilogReader::readStatement() {
     const std::optional<Word> first = word();
     if (takeIf(';'))
         return;
+    if (first && readOther(*first))
+        return;
     if (!first) {
-        readInstances();
+        if (lexer_.isAt("table")) {
+            skipPast("endtable");
+        } else if (lexer_.token().kind == Kind::name && lexer_.token().text.front() == '$') {
+            passOver(lexer_.token().text);
+            skipPast(";");
+        } else if (isTypeWord())
+            readDeclaration(Word::variable);
+        else
+            readInstances();
         return;
     }
     switch (*first) {
@@ -171,16 +360,11 @@ void VerilogReader::readStatement() {
     case Word::inout:
     case Word::wire:
     case Word::supply:
+    case Word::variable:
         readDeclaration(*first);
         break;
     case Word::assign:
         readAssign();
-        break;
-    case Word::parameter:
-        skipPast(";");
-        break;
-    case Word::specify:
-        skipPast("endspecify");
         break;
     case Word::gate:
     case Word::buffer:
@@ -188,10 +372,42 @@ void VerilogReader::readStatement() {
     case Word::pull:
         readGates(*first);
         break;
-    case Word::behavioural:
-        failBehavioural();
+    case Word::tran:
+        readTran();
+        break;
     default:
         lexer_.failExpected("a statement or 'endmodule'");
+    }
+}
+
+// What has no structure. False for the other statements.
+bool VerilogReader::readOther(Word first) {
+    const std::string text(lexer_.token().text);
+    switch (first) {
+    case Word::generate:
+        lexer_.advance();
+        return true;
+    case Word::parameter:
+    case Word::number:
+        passOver(text);
+        skipPast(";");
+        return true;
+    case Word::specify:
+    case Word::routine:
+        isSpecified_ = isSpecified_ || first == Word::specify;
+        passOver(text);
+        skipPast("end" + text);
+        skipLabel();
+        return true;
+    case Word::process:
+        module_.setBehaviour(lexer_.place(), text, false);
+        [[fallthrough]];
+    case Word::initial:
+        passOver(text);
+        skipStatement();
+        return true;
+    default:
+        return false;
     }
 }
 
@@ -205,12 +421,12 @@ void VerilogReader::readType(Declaration& declaration, Word first) {
         declaration.direction = directions[static_cast<std::size_t>(first)];
         lexer_.advance();
     }
-    for (std::optional<Word> next = word(); next; next = word()) {
-        if (*next == Word::behavioural)
-            failBehavioural();
-        if (*next != Word::wire && *next != Word::supply && *next != Word::detail)
+    for (;;) {
+        const std::optional<Word> next = isTypeWord() ? Word::variable : word();
+        if (next != Word::wire && next != Word::supply && next != Word::variable && next != Word::detail)
             break;
-        declaration.isConstant = declaration.isConstant || *next == Word::supply;
+        declaration.isConstant = declaration.isConstant || next == Word::supply;
+        declaration.isVariable = declaration.isVariable || next == Word::variable;
         lexer_.advance();
     }
     skipStrength();
@@ -227,11 +443,18 @@ void VerilogReader::readDeclaration(Word first) {
     do {
         const Place place = lexer_.place();
         const Name name = readName("a name");
-        if (lexer_.isAt('['))
+        if (lexer_.isAt('[') && !declaration.isVariable)
             lexer_.fail("only structural Verilog can be read, found an array of wires");
-        module_.declare(name, declaration, place);
+        if (lexer_.isAt('['))
+            skipDimensions(); // a memory is no net
+        else
+            module_.declare(name, declaration, place);
         if (!lexer_.isAt('='))
             continue;
+        if (declaration.isVariable) {
+            skipToSeparator(); // the value at the start
+            continue;
+        }
         VerilogModule::Bits bits;
         module_.addBits({name, {}}, place, bits);
         readAssignment(bits, place);
@@ -250,27 +473,91 @@ void VerilogReader::readAssign() {
         const VerilogModule::Bits left = expression_.read();
         readAssignment(left, place);
     } while (takeIf(','));
-    if (!lexer_.isAt(';'))
-        lexer_.failExpected("',' or ';' (only structural Verilog can be read)");
     lexer_.advance();
 }
 
-// From the '=' on.
+// From the '=' on, to the ',' or ';' behind it.
 void VerilogReader::readAssignment(const VerilogModule::Bits& left, const Place& place) {
     for (const std::uint32_t bit : left)
-        if (bit == none || bit == constantNet)
+        if (bit == none || bit == constantNet || VerilogModule::isInverted(bit))
             throw BadInput(place, "expected nets before '=', found a constant");
     expect('=');
-    module_.alias(left, expression_.read());
+    VerilogExpression::Computed right;
+    try {
+        right = expression_.readComputed();
+        if (!lexer_.isAt(',') && !lexer_.isAt(';'))
+            lexer_.failExpected("',' or ';' (only structural Verilog can be read)");
+    } catch (const BadInput& error) { // as long as the module is not needed
+        if (lexer_.token().kind == Kind::end || lexer_.token().kind == Kind::invalid)
+            throw;
+        module_.setBehaviour(error.diagnostic().place, error.diagnostic().text, true);
+        skipToSeparator();
+        if (!lexer_.isAt(',') && !lexer_.isAt(';'))
+            lexer_.failExpected("',' or ';'");
+        return;
+    }
+    if (!expression_.isComputed()) {
+        if (module_.alias(left, right.operands.front()) && inversions_.count++ == 0)
+            inversions_.first = place;
+    } else if (right.isBitwise)
+        for (std::size_t bit = 0; bit < left.size(); ++bit)
+            addExpression({left[left.size() - 1 - bit]}, operandsOf(right, bit), place);
+    else
+        addExpression(left, operandsOf(right, std::nullopt), place);
+}
+
+// The bits on which the bit at that place depends, or all of them.
+VerilogModule::Bits VerilogReader::operandsOf(const VerilogExpression::Computed& computed,
+                                              std::optional<std::size_t> bit) {
+    VerilogModule::Bits bits;
+    for (const VerilogModule::Bits& operand : computed.operands) {
+        if (!bit)
+            bits.insert(bits.end(), operand.begin(), operand.end());
+        else if (computed.isConditional && operand.size() == 1)
+            bits.push_back(operand.front());
+        else if (*bit < operand.size())
+            bits.push_back(operand[operand.size() - 1 - *bit]);
+    }
+    for (std::uint32_t& each : bits)
+        each = each == none ? none : each & ~VerilogModule::invertedMark;
+    std::sort(bits.begin(), bits.end());
+    bits.erase(std::unique(bits.begin(), bits.end()), bits.end());
+    std::erase_if(bits, [](std::uint32_t each) { return each == none || each == constantNet; });
+    return bits;
+}
+
+// A cell "assign$1" with inputs I0, I1 ... and outputs Y0, Y1 ...
+void VerilogReader::addExpression(const VerilogModule::Bits& outputs, const VerilogModule::Bits& inputs,
+                                  const Place& place) {
+    constexpr std::size_t mostArcs = std::size_t{1} << 12, mostInAll = std::size_t{1} << 22;
+    const std::size_t arcs = inputs.size() * outputs.size();
+    arcsOfExpressions_ += arcs;
+    if (arcs > mostArcs || arcsOfExpressions_ > mostInAll) {
+        module_.setBehaviour(place,
+                             "only structural Verilog can be read, found an expression of " +
+                                 std::to_string(inputs.size()) + " bits for " +
+                                 std::to_string(outputs.size()) + " nets",
+                             true);
+        return;
+    }
+    if (expressions_.count++ == 0)
+        expressions_.first = place;
+    module_.startExpression(unnamed(modules_.names.add("assign")), modules_.names.add("assign"), place);
+    for (std::size_t i = 0; i < inputs.size(); ++i)
+        module_.connect(modules_.names.add("I" + std::to_string(i)), Direction::input, {inputs[i]}, place);
+    for (std::size_t i = 0; i < outputs.size(); ++i)
+        module_.connect(modules_.names.add("Y" + std::to_string(i)), Direction::output, {outputs[i]}, place);
 }
 
 // --- Reading ------------------------------------------------------------------------------------------------------
 
-Modules readVerilogModules(Input& input) { return VerilogReader(input).run(); }
+Modules readVerilogModules(Input& input, Diagnostics& diagnostics) {
+    return VerilogReader(input, diagnostics).run();
+}
 
 Netlist readVerilog(Source& source, const std::string& top, Diagnostics& diagnostics) {
     Input input(source);
-    return flatten(readVerilogModules(input), top, diagnostics);
+    return flatten(readVerilogModules(input, diagnostics), top, diagnostics);
 }
 
 } // namespace Readers

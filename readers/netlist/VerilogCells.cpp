@@ -17,24 +17,43 @@ constexpr std::size_t switchedTerminals = 3; // an output, an input, a control
 
 // --- Instances ----------------------------------------------------------------------------------------------------
 
-// "TYPE #(...) name (...), name (...);"
+// "TYPE #(...) name (...), name [3:0] (...);"
 void VerilogReader::readInstances() {
-    if (lexer_.token().kind == Kind::name && lexer_.token().text.front() == '$')
-        failBehavioural();
     const Name type = readName("a statement or 'endmodule'");
+    const bool isPrimitive = primitives_.find(type) != none;
+    if (isPrimitive && lexer_.isAt('(')) { // a strength, or an instance without a name
+        lexer_.advance();
+        if (!isStrength()) {
+            readInstance(type, true);
+            return;
+        }
+        skipPast(")");
+    }
     skipDelay();
-    do {
-        const Place place = lexer_.place();
-        const Name name = readName("the name of a cell");
-        if (lexer_.isAt('['))
-            lexer_.fail("arrays of cells are not supported");
-        module_.startCell(name, type, place);
-        expect('(');
-        readConnections();
-    } while (takeIf(','));
+    do
+        readInstance(type, false);
+    while (takeIf(','));
     if (!lexer_.isAt(';'))
         lexer_.failExpected("',' or ';'");
     lexer_.advance();
+}
+
+// isOpen: what comes next is behind the '(' of an instance without a name.
+void VerilogReader::readInstance(Name type, bool isOpen) {
+    const Place place = lexer_.place();
+    const bool isUnnamed = isOpen || (lexer_.isAt('(') && primitives_.find(type) != none);
+    const Name name = isUnnamed ? unnamed(type) : readName("the name of a cell");
+    module_.startCell(name, type, place);
+    if (lexer_.isAt('['))
+        module_.setArray(expression_.readRange());
+    if (!isOpen)
+        expect('(');
+    readConnections();
+}
+
+// "nand$1", the first one without a name.
+Name VerilogReader::unnamed(Name type) {
+    return modules_.names.add(std::string(modules_.names[type]) + "$" + std::to_string(++unnamed_));
 }
 
 void VerilogReader::readConnections() {
@@ -51,20 +70,38 @@ void VerilogReader::readConnections() {
     lexer_.advance();
 }
 
-// ".pin(net)", or the net alone; nothing where nothing is connected.
+// ".pin(net)", ".net", ".*", or the net alone; nothing where nothing is connected.
 void VerilogReader::readConnection() {
     const Place place = lexer_.place();
+    VerilogModule::Bits nothing;
     if (!takeIf('.')) {
         const bool isOpen = lexer_.isAt(',') || lexer_.isAt(')');
-        module_.connect(noName, Direction::unknown, isOpen ? VerilogModule::Bits() : expression_.read(),
-                        place);
+        module_.connect(noName, Direction::unknown, isOpen ? nothing : readConnected(), place);
+        return;
+    }
+    if (takeIf('*')) {
+        module_.connectByNames(place);
+        if (!lexer_.isAt(')'))
+            lexer_.failExpected("')' behind '.*'");
         return;
     }
     const Name pin = readName("a pin");
+    if (lexer_.isAt(',') || lexer_.isAt(')')) {
+        module_.addBits({pin, {}}, place, nothing);
+        module_.connect(pin, Direction::unknown, nothing, place);
+        return;
+    }
     expect('(');
     const bool isOpen = lexer_.isAt(')');
-    module_.connect(pin, Direction::unknown, isOpen ? VerilogModule::Bits() : expression_.read(), place);
+    module_.connect(pin, Direction::unknown, isOpen ? nothing : readConnected(), place);
     expect(')');
+}
+
+// One digit for all bits is no net, whatever the width of the port.
+const VerilogModule::Bits& VerilogReader::readConnected() {
+    static const VerilogModule::Bits nothing;
+    const VerilogModule::Bits& bits = expression_.read();
+    return expression_.isFill() && bits.size() == 1 ? nothing : bits;
 }
 
 // --- Gates --------------------------------------------------------------------------------------------------------
@@ -100,13 +137,10 @@ bool VerilogReader::isStrength() const {
 // isOpen: what comes next is behind the '('.
 void VerilogReader::readGate(Name type, Word word, bool isOpen) {
     const Place place = lexer_.place();
-    Name name = noName;
-    if (!isOpen && !lexer_.isAt('('))
-        name = readName("the name of a gate");
-    else
-        name = modules_.names.add(std::string(modules_.names[type]) + "$" + std::to_string(++unnamed_));
+    const Name name = isOpen || lexer_.isAt('(') ? unnamed(type) : readName("the name of a gate");
+    VerilogModule::Range range;
     if (lexer_.isAt('['))
-        lexer_.fail("arrays of cells are not supported");
+        range = expression_.readRange();
     if (!isOpen)
         expect('(');
     std::vector<VerilogModule::Bits> terminals;
@@ -114,11 +148,52 @@ void VerilogReader::readGate(Name type, Word word, bool isOpen) {
         terminals.push_back(expression_.read());
     while (takeIf(','));
     expect(')');
+    if (!range) {
+        connectGate(name, type, word, terminals, place);
+        return;
+    }
+    for (const VerilogModule::Bits& terminal : terminals)
+        if (terminal.size() != 1 && terminal.size() != range->width())
+            throw BadInput(place, "expected 1 or " + std::to_string(range->width()) +
+                                      " bits at each terminal of the array, found " +
+                                      std::to_string(terminal.size()));
+    const std::int32_t step = range->left < range->right ? 1 : -1;
+    std::vector<VerilogModule::Bits> own(terminals.size());
+    for (std::uint32_t i = 0; i < range->width(); ++i) {
+        for (std::size_t at = 0; at < terminals.size(); ++at)
+            own[at] = {terminals[at][terminals[at].size() == 1 ? 0 : i]};
+        const std::int64_t index = range->left + static_cast<std::int64_t>(i) * step;
+        const std::string one = std::string(modules_.names[name]) + "[" + std::to_string(index) + "]";
+        connectGate(modules_.names.add(one), type, word, own, place);
+    }
+}
+
+void VerilogReader::connectGate(Name name, Name type, Word word,
+                                const std::vector<VerilogModule::Bits>& terminals, const Place& place) {
     module_.startCell(name, type, place);
     const std::size_t outputs = outputsOf(word, terminals.size(), place);
     for (std::size_t i = 0; i < terminals.size(); ++i)
         module_.connect(modules_.names.add(gatePin(i, outputs)),
                         i < outputs ? Direction::output : Direction::input, terminals[i], place);
+}
+
+// "tran name (a, b), (c, d);": each pair of nets is one.
+void VerilogReader::readTran() {
+    lexer_.advance();
+    do {
+        const Place place = lexer_.place();
+        if (!lexer_.isAt('('))
+            readName("the name of a gate");
+        expect('(');
+        const VerilogModule::Bits left = expression_.read();
+        for (const std::uint32_t bit : left)
+            if (bit == none || bit == constantNet || VerilogModule::isInverted(bit))
+                throw BadInput(place, "expected nets at the terminals, found a constant");
+        expect(',');
+        module_.alias(left, expression_.read());
+        expect(')');
+    } while (takeIf(','));
+    expect(';');
 }
 
 // Of a gate with so many terminals.

@@ -15,6 +15,7 @@ using Kind = VerilogLexer::Kind;
 
 constexpr std::uint64_t widest = std::uint64_t{1} << 20; // of vectors and expressions
 constexpr std::string_view operand = "a net, a constant or '{' (only structural Verilog can be read)";
+constexpr std::size_t deepest = 1'000'000; // of braces and parentheses in each other
 
 struct Base {
     char letter;
@@ -53,16 +54,26 @@ void VerilogExpression::expect(char symbol) {
 }
 
 std::int32_t VerilogExpression::readInteger() {
-    const bool negative = lexer_.isAt('-');
+    constexpr std::int64_t limit = std::numeric_limits<std::int32_t>::max();
+    const Place place = lexer_.place();
+    std::int64_t sum = 0;
+    bool negative = lexer_.isAt('-');
     if (negative)
         lexer_.advance();
-    const std::optional<std::uint64_t> value =
-        lexer_.token().kind == Kind::number ? toNumber(lexer_.token().text) : std::nullopt;
-    if (!value || *value > std::numeric_limits<std::int32_t>::max())
-        lexer_.failExpected("an integer");
-    lexer_.advance();
-    return static_cast<std::int32_t>(negative ? -static_cast<std::int64_t>(*value)
-                                              : static_cast<std::int64_t>(*value));
+    for (;;) {
+        const std::optional<std::uint64_t> value =
+            lexer_.token().kind == Kind::number ? toNumber(lexer_.token().text) : std::nullopt;
+        if (!value || *value > limit)
+            lexer_.failExpected("an integer");
+        lexer_.advance();
+        sum += negative ? -static_cast<std::int64_t>(*value) : static_cast<std::int64_t>(*value);
+        if (sum > limit || sum < -limit)
+            throw BadInput(place, "expected an integer of 32 bits, found " + std::to_string(sum));
+        if (!lexer_.isAt('+') && !lexer_.isAt('-'))
+            return static_cast<std::int32_t>(sum);
+        negative = lexer_.isAt('-');
+        lexer_.advance();
+    }
 }
 
 VerilogRange VerilogExpression::readRange() { return readBrackets(false); }
@@ -95,42 +106,143 @@ VerilogModule::Reference VerilogExpression::readReference() {
 
 // --- Expressions --------------------------------------------------------------------------------------------------
 
-const VerilogModule::Bits& VerilogExpression::read() {
+const VerilogModule::Bits& VerilogExpression::read() { return readUpTo(false); }
+
+// mayStop: it ends at an operator too, also within parentheses, which stay in braces_.
+const VerilogModule::Bits& VerilogExpression::readUpTo(bool mayStop) {
     bits_.clear();
     braces_.clear();
+    isFill_ = lexer_.token().kind == Kind::number && lexer_.token().text.size() == 2 &&
+              lexer_.token().text.front() == '\'';
     readOperand();
     while (!braces_.empty()) {
-        if (lexer_.isAt('}'))
+        const bool isParenthesis = braces_.back().isParenthesis;
+        if (lexer_.isAt(isParenthesis ? ')' : '}'))
             closeBrace();
-        else if (lexer_.isAt(',')) {
+        else if (!isParenthesis && lexer_.isAt(',')) {
             lexer_.advance();
             readOperand();
+        } else if (mayStop && isOperator() &&
+                   std::ranges::all_of(braces_, [](const Brace& brace) { return brace.isParenthesis; })) {
+            return bits_;
         } else
-            lexer_.failExpected("',' or '}'");
+            lexer_.failExpected(isParenthesis ? "')'" : "',' or '}'");
     }
     return bits_;
 }
 
+// --- Operators ----------------------------------------------------------------------------------------------------
+
+bool VerilogExpression::isOperator() const {
+    return lexer_.token().kind == Kind::symbol &&
+           std::string_view("&|^~?:+-*/%<>=!").find(lexer_.token().text) != std::string_view::npos;
+}
+
+VerilogExpression::Computed VerilogExpression::readComputed() {
+    Computed computed;
+    std::size_t depth = 0;
+    if (!isOperator() || lexer_.isAt('~') || lexer_.isAt('!')) {
+        computed.operands.push_back(readUpTo(true));
+        depth = braces_.size();
+        isComputed_ = isOperator() || depth != 0;
+        if (!isComputed_)
+            return computed;
+    }
+    isComputed_ = true;
+    readRest(computed, depth);
+    return computed;
+}
+
+// Operands and operators as they come: which operands there are is all that counts.
+void VerilogExpression::readRest(Computed& computed, std::size_t depth) {
+    bool isBehindOperand = !computed.operands.empty();
+    while (depth != 0 || (!lexer_.isAt(',') && !lexer_.isAt(';'))) {
+        const Kind kind = lexer_.token().kind;
+        if (kind == Kind::name && lexer_.token().text.front() == '$') {
+            computed.isBitwise = false;
+            lexer_.advance();
+        } else if (kind == Kind::name || kind == Kind::escaped) {
+            bits_.clear();
+            const Place place = lexer_.place();
+            module_.addBits(readReference(), place, bits_);
+            if (lexer_.isAt('('))
+                lexer_.fail("only structural Verilog can be read, found a call of a function");
+            computed.operands.push_back(bits_);
+            isBehindOperand = true;
+        } else if (kind == Kind::number) {
+            lexer_.advance();
+            isBehindOperand = true;
+        } else if (lexer_.isAt('(') || lexer_.isAt('{') || lexer_.isAt(')') || lexer_.isAt('}')) {
+            const bool isOpening = lexer_.isAt('(') || lexer_.isAt('{');
+            if (!isOpening && depth == 0)
+                lexer_.failExpected("',' or ';'");
+            computed.isBitwise = computed.isBitwise && !lexer_.isAt('{');
+            depth += isOpening ? 1 : 0;
+            depth -= isOpening ? 0 : 1;
+            isBehindOperand = !isOpening;
+            lexer_.advance();
+        } else if (lexer_.isAt(',') && depth != 0) {
+            lexer_.advance();
+        } else if (isOperator()) {
+            const bool isBinary = lexer_.isAt('&') || lexer_.isAt('|') || lexer_.isAt('^');
+            computed.isConditional = computed.isConditional || lexer_.isAt('?');
+            computed.isBitwise = computed.isBitwise && ((isBinary && isBehindOperand) || lexer_.isAt('~') ||
+                                                        lexer_.isAt('?') || lexer_.isAt(':'));
+            isBehindOperand = isBehindOperand && lexer_.isAt('~');
+            lexer_.advance();
+        } else
+            lexer_.failExpected("',' or ';' (only structural Verilog can be read)");
+    }
+}
+
 // Up to the end of a net or a constant.
 void VerilogExpression::readOperand() {
-    while (lexer_.isAt('{'))
-        if (openBrace())
+    Brace brace;
+    for (;;) {
+        brace = {bits_.size()};
+        readInversions(brace);
+        if (!lexer_.isAt('{') && !lexer_.isAt('('))
+            break;
+        brace.isParenthesis = lexer_.isAt('(');
+        if (braces_.size() == deepest)
+            lexer_.fail("more than " + std::to_string(deepest) + " braces within each other");
+        if (openBrace(brace))
             return;
-    if (lexer_.token().kind == Kind::number) {
-        readConstant();
-        return;
     }
-    const Place place = lexer_.place();
-    module_.addBits(readReference(), place, bits_);
-    checkWidth(bits_.size());
+    if (lexer_.token().kind == Kind::number)
+        readConstant();
+    else {
+        const Place place = lexer_.place();
+        module_.addBits(readReference(), place, bits_);
+        checkWidth(bits_.size());
+    }
+    invert(brace);
+}
+
+// "~", "!", or several of them.
+void VerilogExpression::readInversions(Brace& brace) {
+    for (; lexer_.isAt('~') || lexer_.isAt('!'); lexer_.advance()) {
+        brace.isInverted = !brace.isInverted;
+        brace.isLogical = brace.isLogical || lexer_.isAt('!');
+    }
+}
+
+// What came since the brace.
+void VerilogExpression::invert(const Brace& brace) {
+    if (brace.isLogical && bits_.size() - brace.firstBit != 1)
+        lexer_.fail("'!' of " + std::to_string(bits_.size() - brace.firstBit) +
+                    " bits (only structural Verilog can be read)");
+    for (std::size_t i = brace.firstBit; brace.isInverted && i < bits_.size(); ++i)
+        if (bits_[i] != none && bits_[i] != constantNet)
+            bits_[i] ^= VerilogModule::invertedMark;
 }
 
 // A number behind a brace, and a brace behind the number: a replication, of which the outer brace is a part.
 // True where the number is the constant that it looks like, and so the operand.
-bool VerilogExpression::openBrace() {
+bool VerilogExpression::openBrace(const Brace& brace) {
     lexer_.advance();
-    braces_.push_back({bits_.size()});
-    if (lexer_.token().kind != Kind::number)
+    braces_.push_back(brace);
+    if (brace.isParenthesis || lexer_.token().kind != Kind::number)
         return false;
     const std::optional<std::uint64_t> count = toNumber(lexer_.token().text);
     const Place place = lexer_.place();
@@ -141,7 +253,7 @@ bool VerilogExpression::openBrace() {
     bits_.resize(before);
     if (!count || *count == 0)
         throw BadInput(place, "expected a count above 0");
-    braces_.push_back({bits_.size(), *count, true});
+    braces_.push_back({.firstBit = bits_.size(), .count = *count, .isReplication = true});
     lexer_.advance();
     return false;
 }
@@ -156,6 +268,7 @@ void VerilogExpression::closeBrace() {
     for (std::uint64_t i = 1; i < brace.count; ++i)
         for (std::size_t bit = 0; bit < width; ++bit)
             bits_.push_back(bits_[brace.firstBit + bit]);
+    invert(brace);
     lexer_.advance();
     if (brace.isReplication && !lexer_.isAt('}'))
         lexer_.failExpected("'}'");

@@ -9,7 +9,8 @@ namespace Readers {
 
 namespace {
 
-constexpr std::size_t longestShown = 40; // of a token, in a message
+constexpr std::size_t longestShown = 40;                   // of a token, in a message
+constexpr std::size_t longestToken = std::size_t{1} << 24; // a memory's contents may be one
 
 enum Class : std::uint8_t { space = 1, nameStart = 2, nameRest = 4, digit = 8, baseDigit = 16, graphic = 32 };
 
@@ -31,31 +32,11 @@ constexpr std::array classes = makeClasses();
 
 bool is(int c, Class what) { return c >= 0 && (classes[static_cast<std::size_t>(c)] & what) != 0; }
 
-// Directives that take the rest of their line and change nothing here.
-constexpr std::array<std::string_view, 18> passedOver{"timescale",
-                                                      "celldefine",
-                                                      "endcelldefine",
-                                                      "default_nettype",
-                                                      "resetall",
-                                                      "line",
-                                                      "unconnected_drive",
-                                                      "nounconnected_drive",
-                                                      "delay_mode_distributed",
-                                                      "delay_mode_path",
-                                                      "delay_mode_unit",
-                                                      "delay_mode_zero",
-                                                      "suppress_faults",
-                                                      "nosuppress_faults",
-                                                      "enable_portfaults",
-                                                      "disable_portfaults",
-                                                      "pragma",
-                                                      "protect"};
-
 } // namespace
 
-VerilogLexer::VerilogLexer(Input& input, std::size_t block) : input_(input), block_(block) {
+VerilogLexer::VerilogLexer(Input& input, Diagnostics& diagnostics, std::size_t block)
+    : input_(input), diagnostics_(diagnostics), block_(block) {
     next_ = end_ = block_.data();
-    advance();
 }
 
 // --- The block ----------------------------------------------------------------------------------------------------
@@ -71,7 +52,11 @@ bool VerilogLexer::refill() {
         block_.resize(2 * kept);
     begin_ = begin_ ? block_.data() : nullptr;
     next_ = block_.data() + ahead;
+    end_ = block_.data() + kept;
     lineBegin_ -= gone;
+    expansionEnd_ -= gone;
+    if (begin_ && kept > longestToken)
+        failLexing("a text of more than " + std::to_string(longestToken) + " characters");
     const std::size_t got = input_.read(block_.data() + kept, block_.size() - kept);
     end_ = block_.data() + kept + got;
     return got != 0;
@@ -102,7 +87,12 @@ void VerilogLexer::skipWhile(Accepts accepts) {
 // --- Tokens -------------------------------------------------------------------------------------------------------
 
 void VerilogLexer::startToken() {
-    token_ = {Kind::end, {}, line_, static_cast<std::uint32_t>(next_ - block_.data() - lineBegin_ + 1)};
+    const std::int64_t at = next_ - block_.data();
+    token_ = {Kind::end, {}, line_, static_cast<std::uint32_t>(at - lineBegin_ + 1)};
+    if (at < expansionEnd_) {
+        token_.line = expansion_.line;
+        token_.column = expansion_.column;
+    }
     begin_ = next_;
 }
 
@@ -131,6 +121,8 @@ void VerilogLexer::advance() {
         readString();
     else if (c == endOfText)
         finishToken(Kind::end, next_, next_);
+    else if (c == '`')
+        readUndefined();
     else
         readSymbol();
 }
@@ -139,7 +131,7 @@ void VerilogLexer::readEscaped() {
     ++next_;
     skipWhile([](unsigned char c) { return is(c, graphic); });
     if (next_ - begin_ == 1)
-        fail("expected a name behind '\\'");
+        failLexing("expected a name behind '\\'");
     finishToken(Kind::escaped, begin_ + 1, next_);
 }
 
@@ -169,12 +161,12 @@ void VerilogLexer::readBased() {
         ++next_;
         skipWhile([](unsigned char c) { return c == ' ' || c == '\t'; });
         if (!is(peek(), baseDigit) || isAt("_"))
-            fail("expected a number's digits");
+            failLexing("expected a number's digits");
         skipWhile([](unsigned char c) { return is(c, baseDigit); });
     } else if (!isSigned && isAt("01xXzZ"))
         ++next_;
     else
-        fail("expected a base b, o, d or h behind the apostrophe");
+        failLexing("expected a base b, o, d or h behind the apostrophe");
     finishToken(Kind::number, begin_, next_);
 }
 
@@ -184,10 +176,17 @@ void VerilogLexer::readString() {
 }
 
 void VerilogLexer::readSymbol() {
-    if (!is(peek(), graphic) || *next_ < 0)
-        fail("expected a Verilog text, found the byte " + std::to_string(peek()));
+    const int c = peek();
     ++next_;
+    if (!is(c, graphic) || c > '~')
+        failLexing("expected a Verilog text, found the byte " + std::to_string(c));
     finishToken(Kind::symbol, begin_, next_);
+}
+
+void VerilogLexer::readUndefined() {
+    ++next_;
+    skipName();
+    finishToken(Kind::macro, begin_, next_);
 }
 
 // --- Between the tokens -------------------------------------------------------------------------------------------
@@ -206,10 +205,32 @@ bool VerilogLexer::skipSpace() {
     else if (c == '(' && peekSecond() == '*')
         skipAttribute();
     else if (c == '`')
-        skipDirective();
+        return takeDirective();
     else
         return false;
     return true;
+}
+
+void VerilogLexer::skipName() {
+    skipWhile([](unsigned char c) { return is(c, nameRest); });
+}
+
+void VerilogLexer::skipBlanks() {
+    skipWhile([](unsigned char c) { return c == ' ' || c == '\t'; });
+}
+
+// REQUIRES: a name is at hand. It stays valid.
+int VerilogLexer::firstBehind() {
+    constexpr std::ptrdiff_t farthest = 4'096;
+    const std::size_t size = token_.text.size();
+    begin_ = next_ - size;
+    std::ptrdiff_t ahead = 0;
+    while (ahead < farthest && (end_ - next_ > ahead || refill()) &&
+           is(static_cast<unsigned char>(next_[ahead]), space))
+        ++ahead;
+    token_.text = {begin_, size};
+    begin_ = nullptr;
+    return end_ - next_ > ahead ? static_cast<unsigned char>(next_[ahead]) : endOfText;
 }
 
 void VerilogLexer::skipLine() {
@@ -230,7 +251,7 @@ void VerilogLexer::skipComment() {
         if (isEnd)
             return;
     }
-    fail("the comment has no end");
+    failLexing("the comment has no end");
 }
 
 void VerilogLexer::skipAttribute() {
@@ -238,6 +259,11 @@ void VerilogLexer::skipAttribute() {
     begin_ = nullptr;
     const Token start = token_;
     next_ += 2;
+    skipBlanks();
+    if (peek() == ')') { // "@(*)", in which an attribute would have no name
+        ++next_;
+        return;
+    }
     for (int c = peek(); c != endOfText; c = peek()) {
         if (c == '\n')
             newLine();
@@ -250,7 +276,7 @@ void VerilogLexer::skipAttribute() {
             ++next_;
     }
     token_ = start;
-    fail("the attribute has no end");
+    failLexing("the attribute has no end");
 }
 
 // A backslash takes the special meaning from the character behind it.
@@ -267,21 +293,20 @@ void VerilogLexer::skipString(const char* what) {
         if (c == '"')
             return;
     }
-    fail(std::string(what) + " has no end");
+    failLexing(std::string(what) + " has no end");
 }
 
-void VerilogLexer::skipDirective() {
-    startToken();
-    ++next_;
-    skipWhile([](unsigned char c) { return is(c, nameRest); });
-    const std::string_view name(begin_ + 1, static_cast<std::size_t>(next_ - begin_ - 1));
-    if (std::find(passedOver.begin(), passedOver.end(), name) == passedOver.end())
-        fail("macros are not supported: '`" + std::string(name.substr(0, longestShown)) + "'");
+// The next token is looked for behind what could not be read.
+void VerilogLexer::failLexing(std::string text) {
     begin_ = nullptr;
-    skipLine();
+    token_.kind = Kind::invalid;
+    token_.text = {};
+    throw BadInput(place(), std::move(text));
 }
 
 void VerilogLexer::failExpected(std::string_view what) const {
+    if (token_.kind == Kind::macro)
+        fail("the macro '" + std::string(token_.text.substr(0, longestShown)) + "' is not defined");
     std::string found = "'" + std::string(token_.text.substr(0, longestShown)) +
                         (token_.text.size() > longestShown ? "...'" : "'");
     if (token_.kind == Kind::end)

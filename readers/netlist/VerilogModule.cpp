@@ -9,10 +9,6 @@ namespace Readers {
 
 namespace {
 
-// A short text can declare vectors of any width.
-constexpr std::size_t mostNets = std::size_t{1} << 26;
-constexpr std::size_t mostBits = std::size_t{1} << 28;
-
 std::string toString(const VerilogRange& range) {
     std::string text = "[" + std::to_string(range.left);
     return text + ":" + std::to_string(range.right) + "]";
@@ -34,6 +30,8 @@ void VerilogModule::start(Name name) {
     symbolByName_.clear();
     cells_.clear();
     ports_.clear();
+    rest_ = {};
+    isLenient_ = false;
 }
 
 // --- Declarations -------------------------------------------------------------------------------------------------
@@ -44,6 +42,8 @@ void VerilogModule::declare(Name name, const Declaration& declaration, const Pla
     Symbol& symbol = known == none ? add(name, declaration, place) : symbols_[known];
     Declaration& now = symbol.declaration;
     if (known != none) {
+        if (declaration.range && now.range != declaration.range && isLenient_)
+            return;
         if (declaration.range && now.range != declaration.range)
             throw BadInput(place, symbol.isImplicit ? quoted(name) + " is used before it is declared"
                                                     : quoted(name) + " is declared with another range");
@@ -61,8 +61,9 @@ void VerilogModule::declare(Name name, const Declaration& declaration, const Pla
 VerilogModule::Symbol& VerilogModule::add(Name name, const Declaration& declaration, const Place& place) {
     Symbol symbol{name,       declaration, static_cast<std::uint32_t>(parents_.size()), false, false,
                   place.line, place.column};
-    if (parents_.size() + symbol.width() > mostNets)
-        throw BadInput(place, "a module has more than " + std::to_string(mostNets) + " nets");
+    if (netsBefore_ + parents_.size() + symbol.width() > mostNets)
+        throw BadInput(place, "with module " + quoted(module_.name) + " the file has more than " +
+                                  std::to_string(mostNets) + " nets");
     for (std::uint32_t i = 0; i < symbol.width(); ++i)
         parents_.push_back(symbol.firstNet + i);
     symbolByName_.add(name, static_cast<std::uint32_t>(symbols_.size()));
@@ -73,7 +74,7 @@ VerilogModule::Symbol& VerilogModule::add(Name name, const Declaration& declarat
 void VerilogModule::addBits(const Reference& reference, const Place& place, Bits& bits) {
     std::uint32_t known = symbolByName_.find(reference.name);
     if (known == none) {
-        if (reference.part)
+        if (reference.part && !isLenient_)
             throw BadInput(place, quoted(reference.name) + " is not declared");
         add(reference.name, {}, place).isImplicit = true;
         known = static_cast<std::uint32_t>(symbols_.size() - 1);
@@ -81,7 +82,7 @@ void VerilogModule::addBits(const Reference& reference, const Place& place, Bits
     const Symbol& symbol = symbols_[known];
     std::int64_t first = std::int64_t{symbol.width()} - 1; // offsets from the least significant bit
     std::int64_t last = 0;
-    if (reference.part) {
+    if (reference.part && !(isLenient_ && symbol.isImplicit)) {
         if (!symbol.declaration.range)
             throw BadInput(place, quoted(reference.name) + " is not a vector");
         const Numbering numbering = symbol.numbering();
@@ -112,13 +113,16 @@ void VerilogModule::join(std::uint32_t a, std::uint32_t b) {
     parents_[second] = first;
 }
 
-void VerilogModule::alias(const Bits& left, const Bits& right) {
+bool VerilogModule::alias(const Bits& left, const Bits& right) {
+    bool isAnyInverted = false;
     for (std::size_t i = 0; i < left.size(); ++i) {
         const std::uint32_t other =
             i < right.size() ? right.end()[-1 - static_cast<std::ptrdiff_t>(i)] : constantNet;
+        isAnyInverted = isAnyInverted || isInverted(other);
         if (other != none)
-            join(left.end()[-1 - static_cast<std::ptrdiff_t>(i)], other);
+            join(left.end()[-1 - static_cast<std::ptrdiff_t>(i)], other & ~invertedMark);
     }
+    return isAnyInverted;
 }
 
 // --- Ports and cells ----------------------------------------------------------------------------------------------
@@ -141,23 +145,62 @@ void VerilogModule::connect(Name pin, Direction direction, const Bits& bits, con
     Module::Cell& cell = module_.cells.back();
     if (pin != noName && !pins_.add(pin, 0))
         throw BadInput(place, "pin " + quoted(pin) + " of cell " + quoted(cell.name) + " is connected twice");
-    if (module_.bits.size() + bits.size() > mostBits)
-        // GCOVR_EXCL_START: a gigabyte is not built for a test
-        throw BadInput(place, "a module has more than " + std::to_string(mostBits) + " connected bits");
-    // GCOVR_EXCL_STOP
-    module_.connections.push_back({pin, direction, module_.addBits(Bits(bits.rbegin(), bits.rend()))});
+    if (bitsBefore_ + module_.bits.size() + bits.size() > mostBits)
+        throw BadInput(place, "with module " + quoted(module_.name) + " the file has more than " +
+                                  std::to_string(mostBits) + " connected bits");
+    const BitRange range = module_.addBits(Bits(bits.rbegin(), bits.rend()));
+    for (std::uint32_t i = range.first; i < range.first + range.count; ++i)
+        if (isInverted(module_.bits[i])) {
+            module_.bits[i] &= ~invertedMark;
+            if (root(module_.bits[i]) != constantNet)
+                module_.inverted.push_back(i);
+        }
+    module_.connections.push_back({pin, direction, range});
     ++cell.connectionCount;
+}
+
+void VerilogModule::startExpression(Name name, Name type, const Place& place) {
+    module_.expressions.push_back(static_cast<std::uint32_t>(module_.cells.size()));
+    startCell(name, type, place);
+}
+
+void VerilogModule::setArray(const VerilogRange& range) {
+    rest_.arrays.push_back({static_cast<std::uint32_t>(module_.cells.size() - 1), range});
+}
+
+// To every net that is declared. Which of them are ports is known later.
+void VerilogModule::connectByNames(const Place& place) {
+    rest_.wildcards.push_back({static_cast<std::uint32_t>(module_.cells.size() - 1),
+                               static_cast<std::uint32_t>(module_.connections.size())});
+    constexpr std::size_t most = std::size_t{1} << 22;
+    wildcardNames_ += symbols_.size();
+    if (wildcardNames_ > most)
+        throw BadInput(place, "'.*' is too often in too large modules: expected connections by name");
+    Bits bits;
+    for (std::size_t i = 0; i < symbols_.size(); ++i) {
+        const Name name = symbols_[i].name;
+        if (pins_.find(name) != none)
+            continue;
+        bits.clear();
+        addBits({name, {}}, place, bits);
+        connect(name, Direction::unknown, bits, place);
+    }
+}
+
+void VerilogModule::setBehaviour(const Place& place, const std::string& text, bool isExpression) {
+    if (!module_.behaviour || (isExpression && !module_.behaviour->isExpression))
+        module_.behaviour = {place, text, isExpression};
 }
 
 // --- The end ------------------------------------------------------------------------------------------------------
 
-Module VerilogModule::finish() {
+Module VerilogModule::finish(Rest& rest, ErrorList& errors) {
     for (const HeaderPort& port : header_)
-        finishPort(port);
+        finishPort(port, errors);
     for (const Symbol& symbol : symbols_)
-        if (symbol.declaration.direction != Direction::unknown && !symbol.isPort)
-            throw BadInput({file_, symbol.line, symbol.column},
-                           quoted(symbol.name) + " is not in the module's list of ports");
+        if (symbol.declaration.direction != Direction::unknown && !symbol.isPort && !isLenient_)
+            errors.add({file_, symbol.line, symbol.column},
+                       quoted(symbol.name) + " is not in the module's list of ports");
     std::vector<std::uint32_t> numbers(parents_.size());
     std::uint32_t count = 0;
     for (std::uint32_t net = 0; net < parents_.size(); ++net) // a root comes before the others of its tree
@@ -166,16 +209,22 @@ Module VerilogModule::finish() {
         bit = bit == none ? none : numbers[bit];
     module_.nets.resize(count);
     nameNets(numbers);
+    netsBefore_ += parents_.size();
+    bitsBefore_ += module_.bits.size();
+    rest = std::move(rest_);
     return std::move(module_);
 }
 
-void VerilogModule::finishPort(const HeaderPort& port) {
+void VerilogModule::finishPort(const HeaderPort& port, ErrorList& errors) {
     Module::Port made{port.name};
     Bits bits;
     for (const Reference& part : port.parts) {
         const std::uint32_t known = symbolByName_.find(part.name);
-        if (known == none || symbols_[known].declaration.direction == Direction::unknown)
-            throw BadInput(port.place, "port " + quoted(port.name) + " has no direction");
+        if (known == none || symbols_[known].declaration.direction == Direction::unknown) {
+            if (!isLenient_)
+                errors.add(port.place, "port " + quoted(port.name) + " has no direction");
+            return;
+        }
         symbols_[known].isPort = true;
         made.direction = symbols_[known].declaration.direction;
         addBits(part, port.place, bits);

@@ -1,7 +1,8 @@
 // A module of a Verilog text while it is read: its names, and the nets that they stand for. It serves one
 // module after the other.
 //
-// Bits are given and taken with the most significant one first, as the text has them.
+// Bits are given and taken with the most significant one first, as the text has them. A bit is a net's
+// number, or none; of a net whose value is inverted the number is marked.
 #pragma once
 
 #include "Modules.h"
@@ -38,6 +39,7 @@ public:
     struct Declaration {
         Direction direction = Direction::unknown;
         bool isConstant = false; // a supply
+        bool isVariable = false;
         Range range = {};
     };
     // A name, and a bit or a part of it.
@@ -46,18 +48,47 @@ public:
         Range part = {};
     };
 
+    // Of many cells in one instance, "name[left:right]".
+    struct Array {
+        std::uint32_t cell;
+        VerilogRange range;
+    };
+    // ".*": the connections of the cell from there on are by the names of nets, and hold if they are ports.
+    struct Wildcard {
+        std::uint32_t cell;
+        std::uint32_t firstConnection; // of those
+    };
+    // What is to be done when all modules are known.
+    struct Rest {
+        std::vector<Array> arrays;
+        std::vector<Wildcard> wildcards;
+    };
+
+    static constexpr std::uint32_t invertedMark = std::uint32_t{1} << 31;
+    static bool isInverted(std::uint32_t bit) { return bit != none && (bit & invertedMark) != 0; }
+
     void start(Name name);
-    Module finish();
+    // The errors get what is wrong with the module as a whole.
+    Module finish(Rest& rest, ErrorList& errors);
+    // After an error in a declaration: names are taken as they are used.
+    void setLenient() { isLenient_ = true; }
 
     void declare(Name name, const Declaration& declaration, const Place& place);
     // Adds the bits that are referred to. A name that is not known becomes a wire.
     void addBits(const Reference& reference, const Place& place, Bits& bits);
-    // One name for both; the shorter one is widened by zeros, or cut.
-    void alias(const Bits& left, const Bits& right);
+    // One name for both; the shorter one is widened by zeros, or cut. Whether some of the right were
+    // inverted, which is lost.
+    bool alias(const Bits& left, const Bits& right);
 
     // Of the header, with what it is made of.
     void addPort(Name name, std::vector<Reference> parts, const Place& place);
     void startCell(Name name, Name type, const Place& place);
+    void startExpression(Name name, Name type, const Place& place);
+    // Of the cell that was started.
+    void setArray(const VerilogRange& range);
+    void connectByNames(const Place& place);
+    // The first counts, but an expression counts more.
+    void setBehaviour(const Place& place, const std::string& text, bool isExpression);
     // Of the cell; noName: by its position.
     void connect(Name pin, Direction direction, const Bits& bits, const Place& place);
 
@@ -82,7 +113,7 @@ private:
     Symbol& add(Name name, const Declaration& declaration, const Place& place);
     std::uint32_t root(std::uint32_t net);
     void join(std::uint32_t a, std::uint32_t b);
-    void finishPort(const HeaderPort& port);
+    void finishPort(const HeaderPort& port, ErrorList& errors);
     void nameNets(const std::vector<std::uint32_t>& numbers);
     std::string quoted(Name name) const { return "'" + std::string(names_[name]) + "'"; }
 
@@ -93,6 +124,10 @@ private:
     NameTable symbolByName_, cells_, pins_, ports_;
     std::vector<HeaderPort> header_;
     std::vector<std::uint32_t> parents_{constantNet}; // a forest of nets; a root is the first of its tree
+    Rest rest_;
+    bool isLenient_ = false;
+    std::size_t wildcardNames_ = 0;               // of all ".*"
+    std::size_t netsBefore_ = 0, bitsBefore_ = 0; // of the modules before
     std::string scratch_;
 };
 

@@ -1,7 +1,10 @@
 // A parser for the statements of structural Verilog. Nothing in them nests but braces and parentheses, which
 // are counted or kept on a stack.
 //
-// What only simulation needs (parameters, delays, strengths, specify blocks) is passed over.
+// What only simulation needs (parameters, delays, strengths, initial and specify blocks) is passed over, and
+// counted in a note. What computes without being structure, such as a process, is kept with its module as its
+// behaviour: it matters only if the module is needed. Behind an error the next statement is read, so that
+// several errors are reported at once.
 #pragma once
 
 #include "Input.h"
@@ -9,8 +12,10 @@
 #include "VerilogExpression.h"
 #include "VerilogLexer.h"
 #include "VerilogModule.h"
+#include "VerilogModules.h"
 #include "VerilogWords.h"
 
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -19,10 +24,11 @@ namespace Readers {
 
 class VerilogReader {
 public:
-    explicit VerilogReader(Input& input)
-        : modules_(input.path()), lexer_(input), module_(modules_.names, input.path()),
-          expression_(lexer_, module_, modules_.names) {}
+    VerilogReader(Input& input, Diagnostics& diagnostics)
+        : modules_(input.path()), diagnostics_(diagnostics), lexer_(input, diagnostics),
+          module_(modules_.names, input.path()), expression_(lexer_, module_, modules_.names) {}
 
+    // Throws BadInputs.
     Modules run();
 
 private:
@@ -32,11 +38,17 @@ private:
 
     // --- Modules --------------------------------------------------------------------------------------------------
 
-    void readModule();
+    void readItem();
+    void readModule(bool isPrimitive);
+    bool readBody(std::string_view end);
+    void recover(const BadInput& error);
+    bool isAtBoundary() const;
+    void advanceQuietly();
     void readHeader();
     void readHeaderPort(Declaration& declaration);
     void readExplicitPort();
     void readStatement();
+    bool readOther(Word word);
 
     // --- Statements -----------------------------------------------------------------------------------------------
 
@@ -44,11 +56,21 @@ private:
     void readDeclaration(Word word);
     void readAssign();
     void readAssignment(const VerilogModule::Bits& left, const Place& place);
+    static VerilogModule::Bits operandsOf(const VerilogExpression::Computed& computed,
+                                          std::optional<std::size_t> bit);
+    void addExpression(const VerilogModule::Bits& outputs, const VerilogModule::Bits& inputs,
+                       const Place& place);
     void readInstances();
+    void readInstance(Name type, bool isOpen);
+    Name unnamed(Name type);
     void readConnections();
     void readConnection();
+    const VerilogModule::Bits& readConnected();
     void readGates(Word word);
     void readGate(Name type, Word word, bool isOpen);
+    void readTran();
+    void connectGate(Name name, Name type, Word word, const std::vector<VerilogModule::Bits>& terminals,
+                     const Place& place);
     bool isStrength() const;
     static std::size_t outputsOf(Word word, std::size_t terminals, const Place& place);
     static std::string gatePin(std::size_t at, std::size_t outputs);
@@ -63,14 +85,35 @@ private:
     void skipPast(std::string_view last);
     bool takeIf(char symbol);
     void expect(char symbol) { expression_.expect(symbol); }
-    [[noreturn]] void failBehavioural() const;
+    void skipStatement();
+    void skipToSeparator();
+    void skipLabel();
+    void skipDimensions();
+    void passOver(std::string_view what);
+    void reportPassedOver();
+    bool isTypeWord();
+
+    // What is passed over, or loses a part of its meaning.
+    struct Counted {
+        std::uint64_t count = 0;
+        Place first;
+    };
 
     Modules modules_;
+    Diagnostics& diagnostics_;
+    ErrorList errors_;
     VerilogLexer lexer_;
     VerilogModule module_;
     VerilogExpression expression_;
     NameTable known_;
     unsigned unnamed_ = 0; // gates of the module
+    NameTable primitives_;
+    std::vector<VerilogModules::Facts> facts_; // of the modules
+    std::map<std::string, Counted, std::less<>> passedOver_;
+    Counted inversions_;  // that are lost
+    Counted expressions_; // that are cells
+    std::size_t arcsOfExpressions_ = 0;
+    bool isSpecified_ = false; // the module at hand has a specify block
 };
 
 } // namespace Readers

@@ -27,16 +27,19 @@ const std::unordered_map<std::string_view, Word>& words() {
         add(Word::specify, {"specify"});
         add(Word::gate, {"and", "nand", "or", "nor", "xor", "xnor"});
         add(Word::buffer, {"buf", "not"});
-        add(Word::switched, {"bufif0", "bufif1", "notif0", "notif1"});
+        add(Word::switched, {"bufif0", "bufif1", "notif0", "notif1", "nmos", "pmos", "rnmos", "rpmos"});
         add(Word::pull, {"pullup", "pulldown"});
+        add(Word::tran, {"tran", "rtran"});
         add(Word::module, {"module", "macromodule"});
         add(Word::end, {"endmodule"});
-        add(Word::behavioural,
-            {"always",   "always_comb", "always_ff", "always_latch", "initial",  "function",
-             "task",     "generate",    "genvar",    "for",          "if",       "case",
-             "casex",    "casez",       "begin",     "reg",          "integer",  "real",
-             "realtime", "time",        "event",     "force",        "deassign", "tran",
-             "tranif0",  "tranif1",     "nmos",      "pmos",         "cmos",     "rtran"});
+        add(Word::variable, {"reg"});
+        add(Word::number, {"integer", "real", "realtime", "time", "event", "genvar"});
+        add(Word::initial, {"initial"});
+        add(Word::process,
+            {"always", "always_comb", "always_ff", "always_latch", "for", "if", "case", "casex", "casez",
+             "begin", "force", "deassign", "tranif0", "tranif1", "cmos", "rcmos", "rtranif0", "rtranif1"});
+        add(Word::routine, {"function", "task"});
+        add(Word::generate, {"generate", "endgenerate"});
         add(Word::detail, {"signed", "unsigned", "scalared", "vectored"});
         return made;
     }();

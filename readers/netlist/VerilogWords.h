@@ -14,6 +14,8 @@ enum class VerilogWord : std::uint8_t {
     inout,
     wire,
     supply,
+    variable, // of bits: a wire that a process drives
+    number,   // a variable that is no wire
     assign,
     parameter,
     specify,
@@ -21,9 +23,13 @@ enum class VerilogWord : std::uint8_t {
     buffer,   // outputs, then an input
     switched, // an output, an input, a control
     pull,     // an output
+    tran,     // two wires that are one
     module,
     end,
-    behavioural,
+    initial,
+    process, // always, and what else computes without being structure
+    routine, // a function, a task
+    generate,
     detail, // of a declaration, without a meaning here
 };
 

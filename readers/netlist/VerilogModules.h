@@ -1,0 +1,51 @@
+// What the modules of a Verilog file mean for each other, when all are read: which are cells, and what arrays
+// of cells and ".*" connect.
+#pragma once
+
+#include "Modules.h"
+#include "VerilogModule.h"
+
+#include <vector>
+
+namespace Readers {
+
+class VerilogModules {
+public:
+    // Of a module, what its text says beside its structure.
+    struct Facts {
+        bool isPrimitive = false; // a table of values
+        bool isCell = false;      // under `celldefine
+        bool isSpecified = false; // has a specify block
+        VerilogModule::Rest rest = {};
+    };
+
+    VerilogModules(Modules& modules, const std::vector<Facts>& facts)
+        : modules_(modules), facts_(facts), byName_(modules.byName()) {}
+
+    // A module is a cell if its text says so, or if it models a cell: it has a specify block or behaviour,
+    // and in addition at most gates and primitives. Throws BadInputs.
+    void finish();
+
+private:
+    bool isModel(std::size_t module) const;
+    static bool isSmall(const Module& module);
+    void expand(std::size_t module);
+    void addCells(Module& made, const Module& module, const Module::Cell& cell, const VerilogRange& range);
+    void addWildcard(Module& made, const Module& module, Module::Cell cell, std::uint32_t firstByName);
+    void addConnection(Module& made, const Module& module, const Module::Connection& connection,
+                       std::uint32_t first, std::uint32_t count);
+    const Module::Port* portOf(const Module::Cell& cell, const Module::Connection& connection,
+                               std::uint32_t position) const;
+    std::uint32_t widthOf(const Module& module, const Module::Cell& cell, std::uint32_t position,
+                          std::uint32_t cells);
+    Place place(const Module::Cell& cell) const { return {modules_.file, cell.line, cell.column}; }
+    std::string quoted(Name name) const { return "'" + std::string(modules_.names[name]) + "'"; }
+
+    Modules& modules_;
+    const std::vector<Facts>& facts_;
+    NameTable byName_;
+    ErrorList errors_;
+    std::uint64_t added_ = 0; // cells and bits
+};
+
+} // namespace Readers
