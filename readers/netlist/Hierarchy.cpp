@@ -47,7 +47,7 @@ Hierarchy::Hierarchy(const Modules& modules, std::uint32_t top)
     for (const Module& module : modules.all)
         leaves_.push_back(module.isLeaf());
     measure(top);
-    checkLevels(top);
+    checkLimits(top);
 }
 
 void Hierarchy::measure(std::uint32_t top) {
@@ -58,7 +58,8 @@ void Hierarchy::measure(std::uint32_t top) {
         Frame& frame = frames.back();
         const Module& module = modules_.all[frame.module];
         if (frame.cell == module.cells.size()) {
-            checkSize(frame.module);
+            if (tooLarge_ == none && sizes_[frame.module].bytes() > HierarchySize::mostBytes)
+                tooLarge_ = frame.module; // the first from the leaves up, which is the one to name
             states_[frame.module] = State::known;
             frames.pop_back();
             continue;
@@ -126,23 +127,18 @@ void Hierarchy::failAtCycle(const std::vector<Frame>& frames, std::uint32_t agai
                        std::string(modules_.nameOf(modules_.all[again])) + "'");
 }
 
-// The first module that is too large, from the leaves up, is the one to name.
-void Hierarchy::checkSize(std::uint32_t module) const {
-    const HierarchySize& size = sizes_[module];
-    if (size.bytes() <= HierarchySize::mostBytes)
-        return;
-    modules_.fail("module '" + std::string(modules_.nameOf(modules_.all[module])) +
-                  "' with everything in it would take " + toGigabytes(size.bytes()) +
-                  " of memory: " + std::to_string(size.cells) + " cells, " + std::to_string(size.pins) +
-                  " pins, " + std::to_string(size.nets) + " nets. A netlist may take " +
-                  toGigabytes(HierarchySize::mostBytes));
-}
-
-void Hierarchy::checkLevels(std::uint32_t top) const {
-    const HierarchySize& size = sizes_[top];
-    if (size.levels > mostLevels)
-        modules_.fail("the hierarchy has " + std::to_string(size.levels) + " levels, more than " +
+void Hierarchy::checkLimits(std::uint32_t top) const {
+    if (sizes_[top].levels > mostLevels)
+        modules_.fail("the hierarchy has " + std::to_string(sizes_[top].levels) + " levels, more than " +
                       std::to_string(mostLevels));
+    if (tooLarge_ == none)
+        return;
+    const HierarchySize& size = sizes_[tooLarge_];
+    modules_.fail("module '" + std::string(modules_.nameOf(modules_.all[tooLarge_])) +
+                  "' with everything in it would take " + toGigabytes(size.bytes()) + " of memory (" +
+                  std::to_string(size.cells) + " cells, " + std::to_string(size.pins) + " pins, " +
+                  std::to_string(size.nets) + " nets), more than the " +
+                  toGigabytes(HierarchySize::mostBytes) + " that a netlist may take");
 }
 
 } // namespace Readers

@@ -47,14 +47,14 @@ private:
     HierarchySize ownSize(const Module& module) const;
     void add(HierarchySize& size, const Module& module, const Module::Cell& cell, std::uint32_t type) const;
     [[noreturn]] void failAtCycle(const std::vector<Frame>& frames, std::uint32_t again) const;
-    void checkSize(std::uint32_t module) const;
-    void checkLevels(std::uint32_t top) const;
+    void checkLimits(std::uint32_t top) const;
 
     const Modules& modules_;
     NameTable byName_;
     std::vector<bool> leaves_;
     std::vector<State> states_;
     std::vector<HierarchySize> sizes_;
+    std::uint32_t tooLarge_ = none;
 };
 
 } // namespace Readers

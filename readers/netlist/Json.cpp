@@ -23,6 +23,8 @@ using Slot = JsonSlot;
 using Kind = JsonKind;
 using Scalar = JsonScalar;
 
+constexpr std::size_t widest = std::size_t{1} << 20; // of ports, connections and nets
+
 // What nlohmann's parser calls.
 class JsonReader {
 public:
@@ -46,15 +48,19 @@ public:
     bool parse_error(std::size_t, const std::string&, const std::exception& error);
 
     bool hasModules() const { return hasModules_; }
+    const ErrorList& errors() const { return errors_; }
 
 private:
+    Slot memberOf(Slot in, const std::string& key);
     bool scalar(const Scalar& value);
     bool open(Kind kind);
     bool close();
-    bool done() {
-        text_.mark();
+    bool done(bool isNextIgnored = false) {
+        text_.mark(isNextIgnored || skipped_ != 0);
         return true;
     }
+    template <class Action>
+    bool tryTo(Action action);
     Slot slot() const { return !open_.empty() && open_.back() == Slot::bits ? Slot::bit : next_; }
 
     void take(const Scalar& value);
@@ -70,6 +76,9 @@ private:
     void check(JsonModules::Problem problem, Slot slot);
     void check(JsonModules::Problem problem, Slot slot, const Place& place) const;
     [[noreturn]] void failAtValue(Kind found, std::string_view text = {});
+    [[noreturn]] void failAtLimit(const std::string& text) {
+        throw BadInputs({{Severity::error, text_.tokenPlace(), text}});
+    }
 
     JsonText& text_;
     JsonModules modules_;
@@ -81,24 +90,43 @@ private:
     Slot kind_ = Slot::ignored;  // what it is
     Name pin_ = noName;
     std::vector<std::uint32_t> bits_;
+    ErrorList errors_;
+    bool isItemBad_ = false; // the item has had its error
 };
+
+// Whether there was no error.
+template <class Action>
+bool JsonReader::tryTo(Action action) {
+    try {
+        action();
+        return true;
+    } catch (const BadInputs&) { // there are too many, or too much
+        throw;
+    } catch (const BadInput& error) {
+        errors_.add(error);
+        isItemBad_ = true;
+        return false;
+    }
+}
 
 // --- Events -------------------------------------------------------------------------------------------------------
 
 bool JsonReader::scalar(const Scalar& value) {
     if (skipped_ == 0 && slot() != Slot::ignored)
-        take(value);
+        tryTo([&] { take(value); });
     return done();
 }
 
 bool JsonReader::open(Kind kind) {
-    if (skipped_ != 0 || slot() == Slot::ignored) {
+    constexpr std::size_t deepest = 1'000'000;
+    const Slot opened = slot();
+    if (skipped_ == deepest)
+        failAtLimit("more than " + std::to_string(deepest) + " arrays and objects within each other");
+    if (skipped_ != 0 || opened == Slot::ignored ||
+        (!takes(opened, kind) && !tryTo([&] { failAtValue(kind); }))) {
         ++skipped_;
         return done();
     }
-    const Slot opened = slot();
-    if (!takes(opened, kind))
-        failAtValue(kind);
     if (opened == Slot::bits) {
         bits_.clear();
         item_.hasBits = true;
@@ -115,16 +143,23 @@ bool JsonReader::close() {
     }
     const Slot closed = open_.back();
     open_.pop_back();
-    finish(closed);
+    tryTo([&] { finish(closed); });
     return done();
 }
 
 bool JsonReader::key(const std::string& key) {
     if (skipped_ != 0)
         return done();
-    switch (const Slot in = open_.back()) {
+    if (!tryTo([&] { next_ = memberOf(open_.back(), key); }))
+        next_ = Slot::ignored;
+    return done(next_ == Slot::ignored);
+}
+
+// What the value behind the key is.
+Slot JsonReader::memberOf(Slot in, const std::string& key) {
+    switch (in) {
     case Slot::modules:
-        next_ = Slot::module;
+        next_ = Slot::module; // for the message
         check(modules_.startModule(key), Slot::module);
         break;
     case Slot::ports:
@@ -143,7 +178,7 @@ bool JsonReader::key(const std::string& key) {
     default:
         next_ = member(in, key);
     }
-    return done();
+    return next_;
 }
 
 // The parser's own words, without their code, their place and what it read before: "unexpected '}'; expected
@@ -160,7 +195,9 @@ bool JsonReader::parse_error(std::size_t, const std::string&, const std::excepti
         const std::size_t next = text.rfind(wanted);
         text.erase(at, next == std::string::npos || next < at ? next : next + 1 - at);
     }
-    throw BadInput(text_.tokenPlace(), "not JSON: " + text);
+    errors_.add(text_.tokenPlace(), "not JSON: " + text);
+    errors_.finish();
+    return false;
 }
 
 // --- Values -------------------------------------------------------------------------------------------------------
@@ -191,7 +228,13 @@ void JsonReader::take(const Scalar& value) {
         item_.type = modules_.name(value.text);
         break;
     case Slot::bit:
+        if (bits_.size() == widest)
+            failAtLimit(describe(Slot::bits) + ": expected at most " + std::to_string(widest) + " bits");
         bits_.push_back(bit(value));
+        if (modules_.isFull())
+            failAtLimit("with module '" + std::string(modules_.text(modules_.moduleName())) +
+                        "' the file has more than " + std::to_string(mostNets) + " nets, or more than " +
+                        std::to_string(mostBits) + " connected bits");
         break;
     default:
         failAtValue(value.kind, value.text);
@@ -199,6 +242,8 @@ void JsonReader::take(const Scalar& value) {
 }
 
 void JsonReader::finish(Slot slot) {
+    if (isItemBad_ && (slot == Slot::port || slot == Slot::net || slot == Slot::cell))
+        return;
     switch (slot) {
     case Slot::module:
         modules_.finishModule();
@@ -229,6 +274,7 @@ void JsonReader::finish(Slot slot) {
 
 void JsonReader::startItem(const std::string& name) {
     item_ = {};
+    isItemBad_ = false;
     kind_ = next_;
     item_.name = modules_.name(name);
     item_.place = text_.tokenPlace();
@@ -350,6 +396,7 @@ Modules readJsonModules(Input& input) {
     JsonText text(input);
     JsonReader reader(text, modules);
     nlohmann::json::sax_parse(text.begin(), JsonText::end(), &reader);
+    reader.errors().finish();
     if (!reader.hasModules())
         throw BadInput({input.path(), 0, 0}, "expected an object 'modules'");
     return modules;

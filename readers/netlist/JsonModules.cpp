@@ -31,6 +31,7 @@ JsonModules::Problem JsonModules::startModule(const std::string& name) {
     cells_.clear();
     ports_.clear();
     netByNumber_ = NumberMap(); // clear() would cost what the largest module had
+    nets_ += numbers_.size();
     numbers_.assign(1, 0);
     return {};
 }
@@ -57,6 +58,7 @@ JsonModules::Problem JsonModules::addPort(const Item& port, const std::vector<st
         return isOutOfRange;
     if (!ports_.add(port.name, 0))
         return isThereTwice;
+    bits_ += bits.size();
     module().ports.push_back({port.name, port.direction, numbering, module().addBits(bits)});
     return {};
 }
@@ -89,6 +91,7 @@ JsonModules::Problem JsonModules::startConnection(Name pin) {
 }
 
 void JsonModules::addConnection(Name pin, const std::vector<std::uint32_t>& bits) {
+    bits_ += bits.size();
     module().connections.push_back({pin, Direction::unknown, module().addBits(bits)});
 }
 

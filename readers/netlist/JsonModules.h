@@ -32,6 +32,8 @@ public:
 
     Problem startModule(const std::string& name);
     void finishModule();
+    // Whether there is no room for more nets, or bits of connections.
+    bool isFull() const { return nets_ + numbers_.size() > mostNets || bits_ > mostBits; }
     Problem addPort(const Item& port, const std::vector<std::uint32_t>& bits);
     Problem addNet(const Item& net, const std::vector<std::uint32_t>& bits);
     Problem startCell(Name name);
@@ -63,6 +65,7 @@ private:
     NameTable directionByPin_;
     std::size_t firstConnection_ = 0; // of the cell
     std::string scratch_;
+    std::size_t nets_ = 0, bits_ = 0; // of the modules before; of all
 };
 
 } // namespace Readers

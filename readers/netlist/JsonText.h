@@ -3,6 +3,10 @@
 // Parsers of events do not tell where a token begins. It begins behind the end of the token before, which is
 // marked, and behind the white space and the separators that follow it. Lines are counted when a place is
 // asked for, and when a block goes.
+//
+// A parser keeps what it has of a token, and white space too. Of white space, and of a string that is not
+// needed, it gets only what lies in the blocks in which they begin and end, so that memory is a few blocks
+// whatever the text is. Any other token may have 16 MB.
 #pragma once
 
 #include "../Diagnostics.h"
@@ -47,10 +51,11 @@ public:
     Iterator begin() { return Iterator(*this); }
     static Iterator end() { return {}; }
 
-    // The parser is behind a token.
-    void mark() {
+    // The parser is behind a token. isIgnored: nobody needs the text of the next one.
+    void mark(bool isIgnored) {
         mark_ = next_;
         begin_.reset();
+        isIgnored_ = isIgnored;
     }
     // Where the token at hand begins, the one behind the mark. At the end of the text, where that is.
     Place tokenPlace();
@@ -58,8 +63,14 @@ public:
 private:
     static constexpr std::size_t blockSize = std::size_t{1} << 16;
 
+    static constexpr std::size_t longestToken = std::size_t{1} << 24;
+
     bool more() { return next_ != end_ || refill(); }
     bool refill();
+    bool readBlock();
+    bool isInPlainText(const char* from) const;
+    void skipWhiteSpace();
+    void skipString();
     void findBegin();
     Place placeOf(const char* at);
 
@@ -73,6 +84,9 @@ private:
     std::size_t columnsBefore_ = 0; // of the line, in the blocks before
     unsigned line_ = 1;
     std::optional<Place> begin_; // of the token at hand, once it is known
+    char firstByte_ = 0;         // of that token
+    std::size_t tokenBytes_ = 0; // of it in the blocks before
+    bool isIgnored_ = false;
 };
 
 } // namespace Readers

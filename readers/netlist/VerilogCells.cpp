@@ -21,18 +21,17 @@ constexpr std::size_t switchedTerminals = 3; // an output, an input, a control
 void VerilogReader::readInstances() {
     const Name type = readName("a statement or 'endmodule'");
     const bool isPrimitive = primitives_.find(type) != none;
-    if (isPrimitive && lexer_.isAt('(')) { // a strength, or an instance without a name
-        lexer_.advance();
-        if (!isStrength()) {
-            readInstance(type, true);
-            return;
-        }
+    bool isOpen = isPrimitive && takeIf('('); // of a strength, or of an instance without a name
+    if (isOpen && isStrength()) {
         skipPast(")");
+        isOpen = false;
     }
-    skipDelay();
-    do
-        readInstance(type, false);
-    while (takeIf(','));
+    if (!isOpen)
+        skipDelay();
+    do {
+        readInstance(type, isOpen);
+        isOpen = false;
+    } while (takeIf(','));
     if (!lexer_.isAt(';'))
         lexer_.failExpected("',' or ';'");
     lexer_.advance();

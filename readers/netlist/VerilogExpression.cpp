@@ -141,7 +141,8 @@ bool VerilogExpression::isOperator() const {
 VerilogExpression::Computed VerilogExpression::readComputed() {
     Computed computed;
     std::size_t depth = 0;
-    if (!isOperator() || lexer_.isAt('~') || lexer_.isAt('!')) {
+    const bool isCall = lexer_.token().kind == Kind::name && lexer_.token().text.front() == '$';
+    if (!isCall && (!isOperator() || lexer_.isAt('~') || lexer_.isAt('!'))) {
         computed.operands.push_back(readUpTo(true));
         depth = braces_.size();
         isComputed_ = isOperator() || depth != 0;

@@ -34,6 +34,13 @@ void VerilogModule::start(Name name) {
     isLenient_ = false;
 }
 
+// Nothing more is read.
+void VerilogModule::failAtLimit(const Place& place, std::size_t limit, const char* what) const {
+    throw BadInputs({{Severity::error, place,
+                      "with module " + quoted(module_.name) + " the file has more than " +
+                          std::to_string(limit) + " " + what}});
+}
+
 // --- Declarations -------------------------------------------------------------------------------------------------
 
 // A port may be declared twice, once for its direction and once as a wire.
@@ -62,8 +69,7 @@ VerilogModule::Symbol& VerilogModule::add(Name name, const Declaration& declarat
     Symbol symbol{name,       declaration, static_cast<std::uint32_t>(parents_.size()), false, false,
                   place.line, place.column};
     if (netsBefore_ + parents_.size() + symbol.width() > mostNets)
-        throw BadInput(place, "with module " + quoted(module_.name) + " the file has more than " +
-                                  std::to_string(mostNets) + " nets");
+        failAtLimit(place, mostNets, "nets");
     for (std::uint32_t i = 0; i < symbol.width(); ++i)
         parents_.push_back(symbol.firstNet + i);
     symbolByName_.add(name, static_cast<std::uint32_t>(symbols_.size()));
@@ -146,8 +152,7 @@ void VerilogModule::connect(Name pin, Direction direction, const Bits& bits, con
     if (pin != noName && !pins_.add(pin, 0))
         throw BadInput(place, "pin " + quoted(pin) + " of cell " + quoted(cell.name) + " is connected twice");
     if (bitsBefore_ + module_.bits.size() + bits.size() > mostBits)
-        throw BadInput(place, "with module " + quoted(module_.name) + " the file has more than " +
-                                  std::to_string(mostBits) + " connected bits");
+        failAtLimit(place, mostBits, "connected bits");
     const BitRange range = module_.addBits(Bits(bits.rbegin(), bits.rend()));
     for (std::uint32_t i = range.first; i < range.first + range.count; ++i)
         if (isInverted(module_.bits[i])) {

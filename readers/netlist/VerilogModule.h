@@ -110,6 +110,7 @@ private:
         Place place;
     };
 
+    [[noreturn]] void failAtLimit(const Place& place, std::size_t limit, const char* what) const;
     Symbol& add(Name name, const Declaration& declaration, const Place& place);
     std::uint32_t root(std::uint32_t net);
     void join(std::uint32_t a, std::uint32_t b);

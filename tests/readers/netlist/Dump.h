@@ -6,6 +6,7 @@
 #include "readers/Source.h"
 #include "readers/netlist/Netlist.h"
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 
@@ -37,9 +38,15 @@ inline std::string dump(const Readers::Netlist& netlist) {
     return text + "\n";
 }
 
+// Of every line.
 inline std::string withoutPath(std::string text, const std::string& path) {
     const std::string file = path + ":";
-    return text.starts_with(file) ? text.substr(text.find_first_not_of(' ', file.size())) : text;
+    for (std::size_t at = 0; at < text.size();) {
+        if (text.compare(at, file.size(), file) == 0)
+            text.erase(at, text.find_first_not_of(' ', at + file.size()) - at);
+        at = std::min(text.find('\n', at), text.size() - 1) + 1;
+    }
+    return text;
 }
 
 // What the text gives: the dump, with the diagnostics in front, or the error. Without the path of the file:

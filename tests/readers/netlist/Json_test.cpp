@@ -267,6 +267,92 @@ TEST(JsonNetlist, TellsWhatIsWrong) {
         EXPECT_EQ(read(row.text), row.expected) << row.text;
 }
 
+// The parser keeps what it has of a token. What nobody needs is not given to it.
+TEST(JsonNetlist, LongTextsTakeNoMemoryOrAreRefused) {
+    const std::size_t longest = std::size_t{1} << 24, beyond = longest + 200'000;
+    const std::string end = ", \"modules\": {\"m\": {\"cells\": {\"c\": {\"type\": 5}}}}}";
+    const std::string wrong = ": error: type of cell 'c': expected a string, found a number";
+    const auto text = [&](const std::string& repeated) {
+        std::string made;
+        while (made.size() < beyond)
+            made += repeated;
+        return made;
+    };
+    const struct {
+        const char* what;
+        std::string text, expected;
+    } rows[] = {
+        {"white space", "{\"x\": 1" + text(" ") + end, "1:16977268"},
+        {"lines", "{\"x\": 1" + text("\n ") + end, "8488609:46"},
+        {"a string", "{\"x\": \"" + text("x") + "\"" + end, "1:16977269"},
+        {"in what is passed over", "{\"x\": [{\"y\": \"" + text("x") + "\"}]" + end, "1:16977278"},
+        {"an escape now and then",
+         "{\"x\": \"" + text(std::string(65'000, 'x') + "\\\"\\\\\\ud83d\\ude00\xc3\xa4") + "\"" + end, ""},
+        {"a name of what is passed over", "{\"x\": {\"" + text("x") + "\": 1}" + end, "1:16977274"},
+    };
+    for (const auto& row : rows) {
+        const std::string result = read(row.text);
+        EXPECT_EQ(result.substr(result.find(": error")), wrong) << row.what;
+        if (!row.expected.empty())
+            EXPECT_EQ(result, row.expected + wrong) << row.what;
+    }
+    const struct {
+        const char* what;
+        std::string text, expected;
+    } errors[] = {
+        {"a line's end in a string", "{\"x\": \"" + text("x") + "\n\"" + end,
+         "1:7: error: not JSON: invalid string: control character U+000A (LF) must be escaped to \\u000A or "
+         "\\n"},
+        {"no end", "{\"x\": \"" + text("x"), "1:7: error: not JSON: invalid string: missing closing quote"},
+        {"nothing but escapes", "{\"x\": \"" + text("\\n") + "\"" + end,
+         "1:7: error: a text of more than 16777216 bytes"},
+        {"a name", "{\"modules\": {\"" + text("x") + "\": {}}}",
+         "1:14: error: a text of more than 16777216 bytes"},
+        {"a number", "{\"x\": 1" + text("0") + end, "1:7: error: a text of more than 16777216 bytes"},
+    };
+    for (const auto& row : errors)
+        EXPECT_EQ(read(row.text), row.expected) << row.what;
+}
+
+TEST(JsonNetlist, HasLimits) {
+    std::string bits = "2";
+    for (std::size_t i = 0; i < (std::size_t{1} << 20); ++i)
+        bits += ",2";
+    EXPECT_EQ(read(ports("\"p\": {\"bits\": [" + bits + "]}")),
+              "1:2097197: error: bits of port 'p': expected at most 1048576 bits");
+    const std::size_t deep = 1'000'010;
+    EXPECT_EQ(read("{\"x\": " + std::string(deep, '[')),
+              "1:1000007: error: more than 1000000 arrays and objects within each other");
+}
+
+TEST(JsonNetlist, SeveralErrorsAreReportedAtOnce) {
+    EXPECT_EQ(
+        read(R"({"modules": {"m": {"ports": {
+"p": {"direction": "in", "bits": [2]},
+"q": {"direction": "input", "bits": 3},
+"r": {"direction": "input"}},
+"cells": {"c": {"type": 5, "connections": {"A": ["y", "w"]}},
+"d": {"type": "T", "connections": {"A": [2], "A": [true]}},
+"d": {"type": 7},
+"e": 1},
+"netnames": 5}, "m": {"ports": 6}, "n": 7},})"),
+        "2:20: error: direction of port 'p': expected \"input\", \"output\" or \"inout\", found \"in\"\n"
+        "3:37: error: bits of port 'q': expected an array of bits, found a number\n"
+        "4:1: error: port 'r': expected bits\n"
+        "5:25: error: type of cell 'c': expected a string, found a number\n"
+        "5:50: error: connection 'A' of cell 'c': expected the number of a net, or \"0\", \"1\", \"x\" or "
+        "\"z\", found \"y\"\n"
+        "5:55: error: connection 'A' of cell 'c': expected the number of a net, or \"0\", \"1\", \"x\" or "
+        "\"z\", found \"w\"\n"
+        "6:46: error: connection 'A' of cell 'd' is there twice\n"
+        "7:1: error: cell 'd' is there twice\n"
+        "8:6: error: cell 'e': expected an object, found a number\n"
+        "9:13: error: netnames of module 'm': expected an object, found a number\n"
+        "9:17: error: module 'm' is there twice\n"
+        "9:41: error: module 'n': expected an object, found a number\n"
+        "9:44: error: not JSON: unexpected '}'; expected string literal");
+}
+
 TEST(JsonNetlist, EveryBeginningIsAnError) {
     for (std::size_t size = 0; size < hierarchy.size(); ++size) {
         const std::string result = read(hierarchy.substr(0, size));
