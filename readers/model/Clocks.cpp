@@ -3,6 +3,7 @@
 #include "Clocks.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <unordered_map>
 
@@ -23,6 +24,25 @@ Time divided(Time a, Time b) {
 Latency latencyOf(const Sdc::EarlyLate& latency, int scale, const Place& place) {
     return {latency.early ? toUnits(*latency.early, scale, place) : 0,
             latency.late ? toUnits(*latency.late, scale, place) : 0};
+}
+
+// "10ps" for -11.
+std::string unitText(int exponent) {
+    constexpr std::array names = {"fs", "ps", "ns", "us", "ms", "s"};
+    constexpr int least = -15; // of the first name
+    constexpr std::array factors = {"1", "10", "100"};
+    const auto above = static_cast<std::size_t>(exponent - least);
+    return std::string(factors[above % factors.size()]) + names[above / factors.size()];
+}
+
+// Why the edges of a clock are no waveform once they are whole units; empty if they are one.
+std::string faultOf(const Clock& clock, int scale) {
+    const std::string unit = unitText(scale);
+    if (clock.period <= 0)
+        return "the period of '" + clock.name + "' rounds to 0 units of " + unit;
+    if (clock.high() <= 0 || clock.high() >= clock.period)
+        return "the rise and the fall of '" + clock.name + "' round to the same unit of " + unit;
+    return "";
 }
 
 // The earliest and latest arrival at a node from others where it is known, through arcs of every kind but
@@ -157,17 +177,17 @@ Clocks::Clocks(const Design& design, const Network& network, const Sdc::Constrai
         if (!clock.removed)
             flood(clock);
     resolveGenerated(constraints);
-    const auto maybe = [&](const std::optional<Decimal>& value, const Sdc::Origin& origin) {
-        return value ? std::optional(units(*value, constraints.place(origin))) : std::nullopt;
+    const auto put = [&](Uncertainty& own, const Sdc::SetupHold& value, const Sdc::Origin& origin) {
+        if (value.setup)
+            own.setup = units(*value.setup, constraints.place(origin));
+        if (value.hold)
+            own.hold = units(*value.hold, constraints.place(origin));
     };
-    for (const Sdc::PinUncertainty& pin : constraints.pinUncertainties) {
-        auto& [setup, hold] = pins_[pin.pin];
-        setup = pin.value.setup ? maybe(pin.value.setup, pin.origin) : setup;
-        hold = pin.value.hold ? maybe(pin.value.hold, pin.origin) : hold;
-    }
+    for (const Sdc::PinUncertainty& pin : constraints.pinUncertainties)
+        put(pins_[pin.pin], pin.value, pin.origin);
+    pairs_.reserve(constraints.pairUncertainties.size());
     for (const Sdc::ClockPairUncertainty& pair : constraints.pairUncertainties)
-        pairs_.push_back(
-            {pair.from, pair.to, maybe(pair.value.setup, pair.origin), maybe(pair.value.hold, pair.origin)});
+        put(pairs_[pairOf(pair.from, pair.to)], pair.value, pair.origin);
 }
 
 Time Clocks::units(const Decimal& time, const Place& place) const { return toUnits(time, scale_, place); }
@@ -180,6 +200,8 @@ void Clocks::take(const Sdc::Clock& from, const Sdc::Constraints& constraints, c
     clock.period = units(from.period, clock.place);
     clock.rise = units(from.rise, clock.place);
     clock.fall = units(from.fall, clock.place);
+    if (!from.generated && !from.removed)
+        checkShape(clock, from);
     clock.propagated = from.propagated.value_or(options.propagated);
     for (const std::uint32_t pin : from.targets)
         clock.targets.push_back(network_.sourceOf(pin));
@@ -191,6 +213,20 @@ void Clocks::take(const Sdc::Clock& from, const Sdc::Constraints& constraints, c
     if (from.uncertainty.hold)
         clock.holdUncertainty = units(*from.uncertainty.hold, clock.place);
     clocks_.push_back(std::move(clock));
+}
+
+// Clocks without constraints have no period, and no edges.
+void Clocks::checkShape(const Clock& clock, const Sdc::Clock& from) const {
+    const std::string fault = faultOf(clock, scale_);
+    if (fault.empty() || from.period.isZero())
+        return;
+    const std::string given = from.timeExponent == 0
+                                  ? "the file's times are in ns, since it does not say set_units -time"
+                                  : "the file's times are in " + unitText(nanosecond + from.timeExponent) +
+                                        ", as its set_units -time says";
+    throw BadInput(clock.place, "create_clock: " + fault + " (" + from.period.toString() + " ns): " + given +
+                                    "; expected another unit there, a longer period, or a finer "
+                                    "--resolution");
 }
 
 void Clocks::flood(Clock& clock) const {
@@ -209,23 +245,35 @@ void Clocks::flood(Clock& clock) const {
 
 // --- Generated clocks ---
 
+Clocks::Reaching Clocks::clocksAtSources(const Sdc::Constraints& constraints) const {
+    Reaching reaching;
+    for (std::uint32_t number = 0; number < clocks_.size(); ++number) {
+        const auto& generated = constraints.clocks[number].generated;
+        if (clocks_[number].removed || !generated || generated->master)
+            continue;
+        reaching[network_.sinkOf(generated->source)];
+        reaching[network_.sourceOf(generated->source)];
+    }
+    for (std::uint32_t number = 0; number < clocks_.size() && !reaching.empty(); ++number)
+        if (!clocks_[number].removed)
+            for (const std::uint32_t node : clocks_[number].reached)
+                if (const auto known = reaching.find(node); known != reaching.end())
+                    known->second.push_back(number);
+    return reaching;
+}
+
 // The clock that is named, or the one that reaches the source pin.
-std::uint32_t Clocks::masterOf(std::uint32_t number, const Sdc::Constraints& constraints) const {
+std::uint32_t Clocks::masterOf(std::uint32_t number, const Sdc::Constraints& constraints,
+                               const Reaching& reaching) const {
     const Sdc::GeneratedClock& generated = *constraints.clocks[number].generated;
     if (generated.master)
         return *generated.master;
     std::vector<std::uint32_t> masters;
-    for (std::uint32_t other = 0; other < clocks_.size(); ++other) {
-        const Clock& clock = clocks_[other];
-        if (other == number || clock.removed)
-            continue;
-        for (const std::uint32_t node :
-             {network_.sinkOf(generated.source), network_.sourceOf(generated.source)})
-            if (std::ranges::find(clock.reached, node) != clock.reached.end()) {
-                masters.push_back(other);
-                break;
-            }
-    }
+    for (const std::uint32_t node : {network_.sinkOf(generated.source), network_.sourceOf(generated.source)})
+        masters.insert(masters.end(), reaching.at(node).begin(), reaching.at(node).end());
+    std::ranges::sort(masters);
+    masters.erase(std::ranges::unique(masters).begin(), masters.end());
+    std::erase(masters, number);
     if (masters.empty())
         throw BadInput(clocks_[number].place, "create_generated_clock: no clock reaches the source '" +
                                                   design_.pinName(generated.source) + "' of '" +
@@ -240,11 +288,12 @@ std::uint32_t Clocks::masterOf(std::uint32_t number, const Sdc::Constraints& con
 
 // Masters before what is made of them.
 void Clocks::resolveGenerated(const Sdc::Constraints& constraints) {
+    const Reaching reaching = clocksAtSources(constraints);
     std::vector<std::uint32_t> waiting;
     std::vector<bool> done(clocks_.size(), true);
     for (std::uint32_t number = 0; number < clocks_.size(); ++number)
         if (!clocks_[number].removed && constraints.clocks[number].generated) {
-            clocks_[number].master = masterOf(number, constraints);
+            clocks_[number].master = masterOf(number, constraints, reaching);
             waiting.push_back(number);
             done[number] = false;
         }
@@ -320,9 +369,12 @@ void Clocks::shapeGenerated(Clock& clock, const Clock& master, const Sdc::Genera
     clock.fall += shift;
     requireFit(clock.rise, "waveform");
     requireFit(clock.fall, "waveform");
-    if (clock.period <= 0 || clock.high() <= 0 || clock.high() >= clock.period)
+    const std::string fault = faultOf(clock, scale_);
+    if (!fault.empty() && generated.kind == edges)
         throw BadInput(place, "create_generated_clock: '" + clock.name +
                                   "' gets no waveform: expected a rise and a fall within one period");
+    if (!fault.empty())
+        throw BadInput(place, "create_generated_clock: " + fault + ": expected a finer --resolution");
 }
 
 // From the master's targets by way of the source pin, where it lies on the way.
@@ -349,12 +401,14 @@ void Clocks::insert(Clock& clock, const Clock& master, std::uint32_t source) con
 }
 
 Time Clocks::uncertainty(std::uint32_t launch, std::uint32_t capture, std::uint32_t pin, bool setup) const {
-    for (auto pair = pairs_.rbegin(); pair != pairs_.rend(); ++pair)
-        if (pair->launch == launch && pair->capture == capture)
-            if (const std::optional<Time>& own = setup ? pair->setup : pair->hold)
-                return *own;
+    const auto side = [setup](const Uncertainty& own) -> const std::optional<Time>& {
+        return setup ? own.setup : own.hold;
+    };
+    if (const auto found = pairs_.find(pairOf(launch, capture)); found != pairs_.end())
+        if (const std::optional<Time>& own = side(found->second))
+            return *own;
     if (const auto found = pins_.find(pin); found != pins_.end())
-        if (const std::optional<Time>& own = setup ? found->second.first : found->second.second)
+        if (const std::optional<Time>& own = side(found->second))
             return *own;
     return setup ? clocks_[capture].setupUncertainty : clocks_[capture].holdUncertainty;
 }

@@ -69,9 +69,14 @@ public:
 
 private:
     void take(const Sdc::Clock& from, const Sdc::Constraints& constraints, const ClockOptions& options);
+    void checkShape(const Clock& clock, const Sdc::Clock& from) const;
     void flood(Clock& clock) const;
     void resolveGenerated(const Sdc::Constraints& constraints);
-    std::uint32_t masterOf(std::uint32_t clock, const Sdc::Constraints& constraints) const;
+    // By a node that some generated clock has as its source: the clocks that reach it.
+    using Reaching = std::unordered_map<std::uint32_t, std::vector<std::uint32_t>>;
+    Reaching clocksAtSources(const Sdc::Constraints& constraints) const;
+    std::uint32_t masterOf(std::uint32_t clock, const Sdc::Constraints& constraints,
+                           const Reaching& reaching) const;
     void shapeGenerated(Clock& clock, const Clock& master, const Sdc::GeneratedClock& generated, Place place);
     void insert(Clock& clock, const Clock& master, std::uint32_t source) const;
     Time units(const Decimal& time, const Place& place) const;
@@ -81,13 +86,14 @@ private:
     const int scale_;
     Diagnostics& diagnostics_;
     std::vector<Clock> clocks_;
-    struct PairUncertainty {
-        std::uint32_t launch, capture;
+    struct Uncertainty {
         std::optional<Time> setup, hold;
     };
-    std::vector<PairUncertainty> pairs_;
-    std::unordered_map<std::uint32_t, std::pair<std::optional<Time>, std::optional<Time>>>
-        pins_; // setup, hold
+    static std::uint64_t pairOf(std::uint32_t launch, std::uint32_t capture) {
+        return (std::uint64_t{launch} << 32) | capture;
+    }
+    std::unordered_map<std::uint64_t, Uncertainty> pairs_;
+    std::unordered_map<std::uint32_t, Uncertainty> pins_;
 };
 
 // Every time of a constraint in units. BadInput where it does not fit the engine's integers.

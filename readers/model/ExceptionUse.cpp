@@ -1,5 +1,6 @@
 // Why an exception covers no path of the analysis: whether there would be some between clocks that
 // set_clock_groups separates.
+#include "ClockGroups.h"
 #include "Exceptions.h"
 
 #include <algorithm>
@@ -11,11 +12,6 @@ namespace {
 // So many arcs and points are passed for all exceptions together; for what is left it stays open.
 constexpr std::uint64_t walkLimit = 50'000'000;
 
-void addOnce(std::vector<std::uint32_t>& values, std::uint32_t value) {
-    if (std::ranges::find(values, value) == values.end())
-        values.push_back(value);
-}
-
 bool names(const std::vector<std::uint32_t>& sorted, std::uint32_t value) {
     return sorted.empty() || std::ranges::binary_search(sorted, value);
 }
@@ -24,7 +20,8 @@ bool names(const std::vector<std::uint32_t>& sorted, std::uint32_t value) {
 
 // Start and end points by their pins, and how many arcs and points were passed so far.
 struct Exceptions::CutSearch {
-    explicit CutSearch(const TimingModel& theModel) : model(theModel) {
+    CutSearch(const TimingModel& theModel, const ClockGroups& theGroups)
+        : model(theModel), groups(theGroups) {
         for (const Start& start : model.starts())
             starts[start.pin].push_back(&start);
         for (const End& end : model.ends())
@@ -44,6 +41,7 @@ struct Exceptions::CutSearch {
     }
 
     const TimingModel& model;
+    const ClockGroups& groups;
     std::unordered_map<std::uint32_t, std::vector<const Start*>> starts;
     std::unordered_map<std::uint32_t, std::vector<const End*>> ends;
     std::uint64_t passed = 0;
@@ -52,28 +50,11 @@ struct Exceptions::CutSearch {
 void Exceptions::findCut(const TimingModel& model) {
     if (constraints_.clockGroups.empty())
         return;
-    CutSearch search(model);
+    const ClockGroups groups(constraints_.clockGroups, clocks_.size());
+    CutSearch search(model, groups);
     for (const Variant& variant : variants_)
         if (!uses_[variant.exception].matchesPath)
             findCut(search, variant);
-}
-
-// The statement that separates two clocks.
-std::optional<std::uint32_t> Exceptions::cutting(std::uint32_t launch, std::uint32_t capture) const {
-    for (std::uint32_t number = 0; number < constraints_.clockGroups.size(); ++number) {
-        const auto& groups = constraints_.clockGroups[number].groups;
-        const auto groupOf = [&](std::uint32_t clock) {
-            const auto found = std::ranges::find_if(groups, [&](const std::vector<std::uint32_t>& group) {
-                return std::ranges::find(group, clock) != group.end();
-            });
-            return found - groups.begin();
-        };
-        const auto none = static_cast<std::ptrdiff_t>(groups.size());
-        const auto from = groupOf(launch), to = groupOf(capture);
-        if (from != to && (groups.size() == 1 || (from != none && to != none)))
-            return number;
-    }
-    return std::nullopt;
 }
 
 std::vector<std::uint32_t> Exceptions::launchClocks(const TimingModel& model, const Start& start) const {
@@ -143,20 +124,23 @@ void Exceptions::findCut(CutSearch& search, const Variant& variant) {
             continue;
         search.passed += points;
         const std::vector<bool> reached = walkVariant(search, variant, launch);
+        std::vector<bool> captures(clocks_.size());
         search.forEach(search.ends, variant.toPins, [&](const End* end) {
             if (!reached[network_.sinkOf(end->pin)])
                 return;
-            std::vector<std::uint32_t> captures;
             if (!end->isPort())
-                captures = search.model.clocksAt(end->clockPin);
+                for (const std::uint32_t capture : search.model.clocksAt(end->clockPin))
+                    captures[capture] = true;
             else if (end->delay && end->delay->clock)
-                captures.push_back(*end->delay->clock);
-            for (const std::uint32_t capture : captures)
-                if (names(variant.toClocks, capture))
-                    if (const auto groups = cutting(launch, capture))
-                        addOnce(cut, *groups);
+                captures[*end->delay->clock] = true;
         });
+        for (std::uint32_t capture = 0; capture < clocks_.size(); ++capture)
+            if (captures[capture] && names(variant.toClocks, capture))
+                if (const auto groups = search.groups.separating(launch, capture))
+                    cut.push_back(*groups);
     }
+    std::ranges::sort(cut);
+    cut.erase(std::ranges::unique(cut).begin(), cut.end());
 }
 
 } // namespace Readers::Model

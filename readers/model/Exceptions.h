@@ -162,7 +162,6 @@ private:
                                           std::uint32_t launch) const;
     std::vector<bool> walkVariant(CutSearch& search, const Variant& variant, std::uint32_t launch) const;
     std::vector<std::uint32_t> launchClocks(const TimingModel& model, const Start& start) const;
-    std::optional<std::uint32_t> cutting(std::uint32_t launch, std::uint32_t capture) const;
     const Sdc::Exception& stated(std::uint32_t exception) const { return constraints_.exceptions[exception]; }
     Place placeOf(std::uint32_t exception) const;
     std::uint64_t codeIn(const Layer& layer, std::uint64_t classes) const;

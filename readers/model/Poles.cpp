@@ -1,4 +1,5 @@
 // The poles and arcs of the timing graph, sources first.
+#include "ClockGroups.h"
 #include "TimingModel.h"
 
 #include <algorithm>
@@ -113,15 +114,22 @@ Pole* TimingModel::makeEdge(std::uint32_t pin, bool rising, Pole* behind) {
 }
 
 void TimingModel::separateGroups() {
-    for (const Sdc::ClockGroups& groups : constraints_.clockGroups) {
-        std::vector<std::vector<Pole*>> roots;
-        for (const std::vector<std::uint32_t>& group : groups.groups) {
-            std::vector<Pole*>& of = roots.emplace_back();
-            for (const std::uint32_t number : group)
-                if (roots_[number])
-                    of.push_back(roots_[number]);
+    for (const Sdc::ClockGroups& stated : constraints_.clockGroups) {
+        const std::vector<ClockGroups::Groups> statements = ClockGroups::disjoint(stated.groups);
+        if (statements.empty())
+            diagnostics_.warning(
+                constraints_.place(stated.origin),
+                "set_clock_groups: each clock shares a group with every other: the command has no effect");
+        for (const ClockGroups::Groups& groups : statements) {
+            std::vector<std::vector<Pole*>> roots;
+            for (const ClockGroups::Group& group : groups) {
+                std::vector<Pole*>& of = roots.emplace_back();
+                for (const std::uint32_t number : group)
+                    if (roots_[number])
+                        of.push_back(roots_[number]);
+            }
+            host_.getAnalyzer()->addClockGroups(Pelko::Analyzer::GroupKind::Exclusive, roots);
         }
-        host_.getAnalyzer()->addClockGroups(Pelko::Analyzer::GroupKind::Exclusive, roots);
     }
 }
 

@@ -114,6 +114,7 @@ void define(Session& session, Clock clock, bool add) {
 Clock named(Session& session, const Arguments& arguments) {
     Clock clock;
     clock.origin = session.tcl.origin();
+    clock.timeExponent = session.timeExponent;
     if (Tcl_Obj* const targets = arguments.argument(0))
         clock.targets = session.sources(arguments, "", targets);
     clock.name = arguments.text("-name");

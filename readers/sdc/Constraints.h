@@ -57,6 +57,7 @@ struct Clock {
     Origin origin;
     bool removed = false; // replaced by a later one: nothing refers to it
     Decimal period;
+    int timeExponent = 0;               // its file's unit was 10^timeExponent ns
     Decimal rise, fall;                 // the waveform; a generated clock's is worked out from its master's
     std::vector<std::uint32_t> targets; // pins and ports; empty for a virtual clock
     std::optional<GeneratedClock> generated;

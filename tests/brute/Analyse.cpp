@@ -45,18 +45,16 @@ private:
     bool inSeparateGroups(int a, int b) const {
         if (a == none || b == none || a == b)
             return false;
+        const auto isIn = [&](const std::vector<int>& group, int clock) {
+            return std::ranges::any_of(group, [&](int named) { return clocks_.liveOf[at(named)] == clock; });
+        };
         for (const ClockGroups& command : design_.clockGroups) {
-            const auto groupOf = [&](int clock) {
-                for (std::size_t g = 0; g < command.groups.size(); ++g)
-                    for (int named : command.groups[g])
-                        if (clocks_.liveOf[at(named)] == clock)
-                            return static_cast<int>(g);
-                return none;
-            };
-            const int groupA = groupOf(a), groupB = groupOf(b);
-            if (groupA == groupB)
-                continue;
-            if (command.groups.size() == 1 || (groupA != none && groupB != none))
+            bool hasA = false, hasB = false, shared = false;
+            for (const std::vector<int>& group : command.groups) {
+                const bool inA = isIn(group, a), inB = isIn(group, b);
+                hasA = hasA || inA, hasB = hasB || inB, shared = shared || (inA && inB);
+            }
+            if (!shared && (command.groups.size() == 1 ? hasA != hasB : hasA && hasB))
                 return true;
         }
         return false;

@@ -333,8 +333,21 @@ private:
                 command.groups[at(random_.between(0, static_cast<int>(command.groups.size()) - 1))].push_back(
                     clock);
         std::erase_if(command.groups, [](const auto& group) { return group.empty(); });
-        if (!command.groups.empty())
-            d_.clockGroups.push_back(command);
+        if (command.groups.empty())
+            return;
+        if (command.groups.size() > 1 && random_.chance(50))
+            overlap(command, clocks);
+        d_.clockGroups.push_back(command);
+    }
+
+    // Clocks in several groups.
+    void overlap(ClockGroups& command, const std::vector<int>& clocks) {
+        for (int n = random_.between(1, 3); n > 0; --n) {
+            std::vector<int>& group =
+                command.groups[at(random_.between(0, static_cast<int>(command.groups.size()) - 1))];
+            if (const int clock = random_.of(clocks); std::ranges::find(group, clock) == group.end())
+                group.push_back(clock);
+        }
     }
 
     // --- Ports ---------------------------------------------------------------------------------------------

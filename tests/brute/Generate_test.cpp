@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <set>
 
 namespace Brute {
 
@@ -258,6 +259,18 @@ const std::vector<Feature>& features() {
         {"several groups",
          [](const Seen& s) {
              return Seen::any(s.d.clockGroups, [](const ClockGroups& g) { return g.groups.size() > 1; });
+         }},
+        {"a clock in several groups",
+         [](const Seen& s) {
+             return Seen::any(s.d.clockGroups, [](const ClockGroups& g) {
+                 std::set<int> all;
+                 std::size_t count = 0;
+                 for (const auto& group : g.groups) {
+                     all.insert(group.begin(), group.end());
+                     count += group.size();
+                 }
+                 return all.size() < count;
+             });
          }},
         {"single group",
          [](const Seen& s) {

@@ -175,8 +175,16 @@ TEST(Groups, CutBothWaysBetweenThem) {
     const struct {
         std::vector<std::vector<int>> groups;
         bool timed;
-    } rows[]{{{{0}, {1}}, false}, {{{1}, {0}}, false}, {{{0, 1}, {2}}, true}, {{{0}}, false},
-             {{{2}}, true},       {{{0, 1}}, true},    {{{0}, {2}}, true}};
+    } rows[]{{{{0}, {1}}, false},
+             {{{1}, {0}}, false},
+             {{{0, 1}, {2}}, true},
+             {{{0}}, false},
+             {{{2}}, true},
+             {{{0, 1}}, true},
+             {{{0}, {2}}, true},
+             {{{0, 2}, {1, 2}}, false},
+             {{{0, 1}, {1, 2}}, true},
+             {{{0}, {1}, {0, 1}}, true}};
     for (const auto& r : rows) {
         Bench bench;
         bench.addClock("v", 10000, {});

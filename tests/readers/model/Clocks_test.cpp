@@ -25,6 +25,8 @@ TEST(Clocks, HaveTheirWaveforms) {
         {"create_clock -name c -period 3.3333", "c: 3333 {0 1667}\n"},
         {"create_clock -period 10 [get_ports clk]", "clk: 10000 {0 5000} at clk 0 0\n"},
         {"set_units -time ps\ncreate_clock -name c -period 10", "c: 10 {0 5}\n"},
+        {"create_clock -name c -period 0.002", "c: 2 {0 1}\n"},
+        {"create_clock -name c -period 0.0016 -waveform {0.0006 0.0016}", "c: 2 {1 2}\n"},
     };
     for (const auto& [script, expected] : rows)
         EXPECT_EQ(Built(divider, script).waves(), expected) << script;
@@ -211,6 +213,38 @@ TEST(Clocks, RefuseWhatGivesNoClock) {
          "1: create_generated_clock: no clock reaches the source 's/C' of 'g'; expected a clock there"},
         {clk + generated + "-edges {1 3 5} -edge_shift {6 -6 0} [get_pins r/Q]\n",
          "2: create_generated_clock: 'g' gets no waveform: expected a rise and a fall within one period"},
+        // What rounds to no period or to no pulse.
+        {"create_clock -name m -period 5e-9 [get_ports clk]\n",
+         "1: create_clock: the period of 'm' rounds to 0 units of 1ps (0.000000005 ns): the file's times are "
+         "in "
+         "ns, since it does not say set_units -time; expected another unit there, a longer period, or a "
+         "finer "
+         "--resolution"},
+        {"set_units -time 10ps\ncreate_clock -name m -period 0.04 [get_ports clk]\n",
+         "2: create_clock: the period of 'm' rounds to 0 units of 1ps (0.0004 ns): the file's times are in "
+         "10ps, as its set_units -time says; expected another unit there, a longer period, or a finer "
+         "--resolution"},
+        {"create_clock -name m -period 0.001\n",
+         "1: create_clock: the rise and the fall of 'm' round to the same unit of 1ps (0.001 ns): the file's "
+         "times are in ns, since it does not say set_units -time; expected another unit there, a longer "
+         "period, or a finer --resolution"},
+        {"create_clock -name m -period 10 -waveform {0 0.0004}\n",
+         "1: create_clock: the rise and the fall of 'm' round to the same unit of 1ps (10 ns): the file's "
+         "times are in ns, since it does not say set_units -time; expected another unit there, a longer "
+         "period, or a finer --resolution"},
+        {"create_clock -name m -period 10 -waveform {0 9.9996}\n",
+         "1: create_clock: the rise and the fall of 'm' round to the same unit of 1ps (10 ns): the file's "
+         "times are in ns, since it does not say set_units -time; expected another unit there, a longer "
+         "period, or a finer --resolution"},
+        {clk + generated + "-multiply_by 30000 [get_pins r/Q]\n",
+         "2: create_generated_clock: the period of 'g' rounds to 0 units of 1ps: expected a finer "
+         "--resolution"},
+        {clk + generated + "-multiply_by 10000 [get_pins r/Q]\n",
+         "2: create_generated_clock: the rise and the fall of 'g' round to the same unit of 1ps: expected a "
+         "finer --resolution"},
+        {clk + generated + "-multiply_by 100 -duty_cycle 0.1 [get_pins r/Q]\n",
+         "2: create_generated_clock: the rise and the fall of 'g' round to the same unit of 1ps: expected a "
+         "finer --resolution"},
         {"create_clock -name m -period 2000000 [get_ports clk]\n",
          "1: the time 2000000 ns does not fit: expected at most 1073741823 units of 1e-12 s"},
         {"create_clock -name m -period 1000000 [get_ports clk]\n" + generated +
