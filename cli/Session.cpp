@@ -3,6 +3,7 @@
 
 #include "../readers/Source.h"
 #include "../readers/design/Annotate.h"
+#include "../readers/model/RoundedTimes.h"
 #include "../readers/netlist/Read.h"
 #include "../readers/sdc/Reader.h"
 #include "../readers/sdf/Parser.h"
@@ -66,6 +67,7 @@ private:
     Report::Report report_;
     std::optional<Readers::Netlist> netlist_;
     Design design_;
+    Readers::Rounding rounding_;
     Readers::Sdc::Constraints constraints_;
     std::unique_ptr<Readers::Model::Network> network_;
     std::unique_ptr<Readers::Model::Clocks> clocks_;
@@ -112,6 +114,7 @@ void Run::readSdf() {
     netlist_.reset();
     report_.arcs = design_.arcs.size();
     report_.arcsWithoutDelay = annotator.bareArcs();
+    rounding_ = annotator.rounding();
     report_.inputs.insert(report_.inputs.begin(), {source.path(), "sdf", source.sha256()});
 }
 
@@ -128,10 +131,12 @@ void Run::readConstraints() {
     for (std::size_t file = 0; file < constraints_.files.size(); ++file)
         report_.inputs.push_back({constraints_.files[file], "sdc", constraints_.fileHashes[file]});
     report_.constraintsUnmatched = constraints_.unmatched;
+    Readers::Model::lookAtTimes(constraints_, options_.scale, rounding_);
 }
 
 void Run::build() {
     begin("building the timing graph");
+    rounding_.report(options_.scale, session_.diagnostics);
     if (options_.sdc.empty())
         constraints_ = clocksAtRoots(design_, session_.diagnostics);
     std::vector<std::uint32_t> sources;

@@ -102,6 +102,8 @@ std::optional<std::int64_t> Decimal::scaled(int shift) const {
     return value;
 }
 
+std::int32_t Decimal::lastPower() const { return reduced(*this).exponent; }
+
 double Decimal::toDouble() const {
     // Up to 2^53 an integer is an exact double, up to 10^22 a power of ten: one operation rounds just once.
     constexpr std::int64_t exactMantissa = std::int64_t{1} << 53;

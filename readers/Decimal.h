@@ -21,6 +21,9 @@ struct Decimal {
     // this * 10^shift as the nearest integer, halves away from zero; nothing where it does not fit 62 bits.
     std::optional<std::int64_t> scaled(int shift) const;
 
+    // The power of ten of the last digit that is not 0: -2 for 1.250, 3 for 5000. 0 for 0.
+    std::int32_t lastPower() const;
+
     double toDouble() const;
     // The shortest exact form: "10", "0.123", "-1200".
     std::string toString() const;

@@ -90,6 +90,7 @@ void Annotator::takeNetlist(const Netlist& netlist) {
                                        static_cast<std::uint32_t>(&cell - netlist.cells.data())))
             expressionCells_.push_back(number);
     }
+    settled_.resize(design_.cells.size());
 }
 
 // --- Names ---
@@ -102,79 +103,10 @@ void Annotator::header(const Sdf::Header& header) {
         design_.name = header.design;
 }
 
-// An instance's name as the file spells it becomes the cell's, where the netlist separates hierarchy by a
-// slash.
-std::uint32_t Annotator::findInstance(std::string_view instance) {
-    std::uint32_t cell = design_.findCell(instance);
-    if (cell != none || divider_ == '/')
-        return cell;
-    std::string slashed(instance);
-    std::ranges::replace(slashed, divider_, '/');
-    cell = design_.findCell(slashed);
-    if (cell != none)
-        design_.rename(cell, design_.names.add(instance));
-    return cell;
-}
-
-void Annotator::cell(std::string_view type, std::string_view instance, Sdf::Where where) {
-    instance_ = instance;
-    cells_.clear();
-    atTop_ = instance.empty();
-    if (atTop_)
-        return;
-    if (instance == "*") {
-        const std::optional<Name> name = design_.names.find(type);
-        for (std::uint32_t number = 0; name && number < design_.cells.size(); ++number)
-            if (design_.cells[number].type == *name)
-                cells_.push_back(number);
-        return;
-    }
-    std::uint32_t number = findInstance(instance);
-    if (number == none && !hasNetlist_)
-        number = design_.addCell(design_.names.add(instance), design_.names.add(type));
-    if (number != none)
-        cells_.push_back(number);
-    else
-        count("instances that the netlist does not have", Severity::warning, where, instance_);
-}
-
-std::uint32_t Annotator::pinOf(std::uint32_t cell, std::string_view pin, Sdf::Where where) {
-    std::uint32_t number = design_.findPin(cell, pin);
-    if (number == none && !hasNetlist_)
-        number = design_.addPin(cell, design_.names.add(pin));
-    if (number != none && design_.names[design_.pins[number].name] != pin)
-        design_.renamePin(number, design_.names.add(pin)); // a vector of one bit, as the file spells it
-    if (number == none)
-        count("delays and checks of pins that the netlist does not have", Severity::warning, where,
-              cell == none ? std::string(pin) : std::string(design_.cellName(cell)).append("/").append(pin));
-    return number;
-}
-
-// A path from the top, or from the instance of the current CELL.
-std::uint32_t Annotator::resolve(const Sdf::Path& path, Sdf::Where where) {
-    std::string instance(path.instance);
-    if (!atTop_ && !instance_.empty())
-        instance = instance.empty() ? instance_ : instance_ + divider_ + instance;
-    if (instance.empty())
-        return pinOf(none, path.pin, where);
-    std::uint32_t cell = findInstance(instance);
-    if (cell == none && !hasNetlist_)
-        cell = design_.addCell(design_.names.add(instance), design_.names.add(""));
-    if (cell == none) {
-        count("delays and checks of pins that the netlist does not have", Severity::warning, where,
-              shown(path));
-        return none;
-    }
-    return pinOf(cell, path.pin, where);
-}
-
-std::uint32_t Annotator::resolveInCell(std::uint32_t cell, const Sdf::Path& path, Sdf::Where where) {
-    return path.instance.empty() ? pinOf(cell, path.pin, where) : resolve(path, where);
-}
-
 // --- Values ---
 
-std::int32_t Annotator::toUnits(const Decimal& value, Sdf::Where where) const {
+std::int32_t Annotator::toUnits(const Decimal& value, Sdf::Where where) {
+    rounding_.look(value, fileScale_, options_.scale, [&] { return Place{file_, where.line, where.column}; });
     const std::optional<std::int64_t> units = value.scaled(fileScale_ - options_.scale);
     if (!units || *units > largestValue || *units < -largestValue)
         throw BadInput({file_, where.line, where.column},
@@ -184,24 +116,46 @@ std::int32_t Annotator::toUnits(const Decimal& value, Sdf::Where where) const {
     return static_cast<std::int32_t>(*units);
 }
 
-// Rise and fall together: the first two values. Nothing where no value is given.
-std::optional<Interval> Annotator::intervalOf(std::span<const Sdf::Value> values, Sdf::Where where) {
-    std::optional<Interval> interval;
-    for (const Sdf::Value& value : values.first(std::min<std::size_t>(values.size(), 2))) {
-        if (value.isEmpty())
-            continue;
-        Interval one{toUnits(*pick(value, earlyCorner(options_.corner)), where),
-                     toUnits(*pick(value, lateCorner(options_.corner)), where)};
-        if (one.early > one.late) {
-            std::swap(one.early, one.late);
-            count("triples whose minimum is above their maximum (exchanged)", Severity::warning, where);
-        }
-        if (interval)
-            widen(*interval, one);
-        else
-            interval = one;
+Interval Annotator::intervalOf(const Sdf::Value& value, Sdf::Where where) {
+    const Decimal& early = *pick(value, earlyCorner(options_.corner));
+    const Decimal& late = *pick(value, lateCorner(options_.corner));
+    Interval interval;
+    interval.early = toUnits(early, where);
+    interval.late = early == late ? interval.early : toUnits(late, where);
+    if (interval.early > interval.late) {
+        std::swap(interval.early, interval.late);
+        count("triples whose minimum is above their maximum (exchanged)", Severity::warning, where);
     }
     return interval;
+}
+
+// Rise and fall together: the first two values. A list that gives neither of them, but the times in which an
+// output is switched on, is of these. Nothing if there is no value.
+std::optional<Annotator::Given> Annotator::givenBy(std::span<const Sdf::Value> values, Sdf::Where where) {
+    constexpr std::size_t fromOff[2] = {3, 5}; // z1 and z0 of 6 or 12 values
+    std::optional<Given> given;
+    const auto add = [&](std::size_t at, bool rises, bool falls) {
+        if (at >= values.size() || values[at].isEmpty())
+            return;
+        const Interval one = intervalOf(values[at], where);
+        if (!given)
+            given = Given{one, false, false};
+        widen(given->delay, one);
+        given->rises |= rises;
+        given->falls |= falls;
+    };
+    add(0, true, values.size() == 1);
+    add(1, false, true);
+    if (given)
+        return given;
+    add(fromOff[0], true, false);
+    add(fromOff[1], false, true);
+    return given;
+}
+
+std::optional<Interval> Annotator::intervalOf(std::span<const Sdf::Value> values, Sdf::Where where) {
+    const std::optional<Given> given = givenBy(values, where);
+    return given ? std::optional(given->delay) : std::nullopt;
 }
 
 std::optional<std::int32_t> Annotator::checkValue(const Sdf::Value& value, Sdf::Where where) {
@@ -218,19 +172,19 @@ std::optional<std::int32_t> Annotator::checkValue(const Sdf::Value& value, Sdf::
 
 // --- Delays ---
 
-void Annotator::update(Interval& known, const Interval& delay, bool increment, Sdf::Where where) const {
-    if (!increment) {
-        known = delay;
-        return;
-    }
-    const auto sum = [&](std::int64_t a, std::int64_t b) {
-        if (a + b > largestValue || a + b < -largestValue)
+Interval Annotator::sum(const Interval& a, const Interval& b, Sdf::Where where) const {
+    const auto add = [&](std::int64_t x, std::int64_t y) {
+        if (x + y > largestValue || x + y < -largestValue)
             throw BadInput({file_, where.line, where.column},
                            "the increments do not fit: expected at most " + std::to_string(largestValue) +
                                " units of 1e" + std::to_string(options_.scale) + " s in all");
-        return static_cast<std::int32_t>(a + b);
+        return static_cast<std::int32_t>(x + y);
     };
-    known = {sum(known.early, delay.early), sum(known.late, delay.late)};
+    return {add(a.early, b.early), add(a.late, b.late)};
+}
+
+void Annotator::update(Interval& known, const Interval& delay, bool increment, Sdf::Where where) const {
+    known = increment ? sum(known, delay, where) : delay;
 }
 
 // The file says something of a pin whose other end the netlist does not have.
@@ -241,19 +195,60 @@ void Annotator::touchHalf(std::uint32_t cell, std::string_view pin) {
         touched_.insert(number);
 }
 
-void Annotator::setArc(std::uint32_t from, std::uint32_t to, Transition edge, bool wire,
-                       const Interval& delay, bool conditional, bool increment, Sdf::Where where) {
-    const auto [place, isNew] =
-        arcs_.try_emplace(Key{from, to, edge}, static_cast<std::uint32_t>(design_.arcs.size()));
+void Annotator::setArc(std::uint32_t from, std::uint32_t to, Transition edge, bool wire, const Given& given,
+                       bool conditional, bool increment, Sdf::Where where) {
+    const auto number = static_cast<std::uint32_t>(design_.arcs.size());
+    const auto [place, isNew] = arcs_.try_emplace(Key{from, to, edge}, number);
     if (isNew) {
-        design_.arcs.push_back({.from = from, .to = to, .fromEdge = edge, .wire = wire, .delay = delay});
+        design_.arcs.push_back({.from = from,
+                                .to = to,
+                                .fromEdge = edge,
+                                .wire = wire,
+                                .rises = given.rises,
+                                .falls = given.falls,
+                                .delay = given.delay});
+        if (conditional)
+            conditioned_.try_emplace(number, Conditioned{given.delay, std::nullopt});
         return;
     }
-    Interval& known = design_.arcs[place->second].delay;
-    if (conditional && !increment)
-        widen(known, delay);
+    Design::Arc& arc = design_.arcs[place->second];
+    // An entry without a value for an edge leaves what was said of that edge.
+    const bool leavesOne = (arc.rises && !given.rises) || (arc.falls && !given.falls);
+    arc.rises = arc.rises || given.rises;
+    arc.falls = arc.falls || given.falls;
+    if (conditional || conditioned_.contains(place->second))
+        mergeConditions(place->second, given, conditional, increment, where);
+    else if (leavesOne)
+        widen(arc.delay, increment ? sum(arc.delay, given.delay, where) : given.delay);
     else
-        update(known, delay, increment, where);
+        update(arc.delay, given.delay, increment, where);
+}
+
+// The earliest and the latest over all conditions and over what holds without one, in any order of writing.
+// The conditions are not told apart, so that what adds to one of them may add to any.
+void Annotator::mergeConditions(std::uint32_t arc, const Given& given, bool conditional, bool increment,
+                                Sdf::Where where) {
+    Interval& delay = design_.arcs[arc].delay;
+    const auto [place, isNew] = conditioned_.try_emplace(arc, Conditioned{std::nullopt, delay});
+    Conditioned& known = place.value();
+    const auto join = [](std::optional<Interval>& into, const Interval& other) {
+        if (into)
+            widen(*into, other);
+        else
+            into = other;
+    };
+    if (conditional)
+        join(known.with, increment ? sum(delay, given.delay, where) : given.delay);
+    else if (increment)
+        for (std::optional<Interval>* part : {&known.with, &known.without})
+            *part = *part ? std::optional(sum(**part, given.delay, where)) : std::nullopt;
+    else if (given.rises && given.falls)
+        known.without = given.delay;
+    else
+        join(known.without, given.delay);
+    delay = known.with ? *known.with : *known.without;
+    if (known.without)
+        widen(delay, *known.without);
 }
 
 void Annotator::ioPath(const Sdf::Event& from, const Sdf::Path& to, std::span<const Sdf::Value> values,
@@ -262,15 +257,15 @@ void Annotator::ioPath(const Sdf::Event& from, const Sdf::Path& to, std::span<co
         count("cell delays of the top itself", Severity::warning, where, shown(from.path));
         return;
     }
-    const std::optional<Interval> delay = intervalOf(values, where);
+    const std::optional<Given> given = givenBy(values, where);
     for (const std::uint32_t cell : cells_) {
         const std::uint32_t source = resolveInCell(cell, from.path, where);
         const std::uint32_t target = source == none ? none : resolveInCell(cell, to, where);
         touchHalf(cell, source == none ? to.pin : target == none ? from.path.pin : std::string_view());
         if (target == none || source == target)
             continue;
-        if (delay)
-            setArc(source, target, from.edge, false, *delay, conditional || from.conditional, increment,
+        if (given)
+            setArc(source, target, from.edge, false, *given, conditional || from.conditional, increment,
                    where);
     }
 }
@@ -278,7 +273,7 @@ void Annotator::ioPath(const Sdf::Event& from, const Sdf::Path& to, std::span<co
 void Annotator::setWire(std::uint32_t from, std::uint32_t to, const Interval& delay, bool increment,
                         Sdf::Where where) {
     if (!hasNetlist_) {
-        setArc(from, to, Transition::any, true, delay, false, increment, where);
+        setArc(from, to, Transition::any, true, {delay}, false, increment, where);
         return;
     }
     const auto [place, isNew] = wires_.try_emplace(Key{from, to, Transition::any}, delay);
@@ -308,11 +303,15 @@ void Annotator::port(const Sdf::Path& to, std::span<const Sdf::Value> values, bo
         throw BadInput({file_, where.line, where.column}, "PORT delays do not say what drives '" + shown(to) +
                                                               "': expected a netlist (--netlist)");
     const std::optional<Interval> delay = intervalOf(values, where);
-    const std::uint32_t pin =
-        cells_.size() == 1 && to.instance.empty() ? pinOf(cells_.front(), to.pin, where) : resolve(to, where);
+    const std::uint32_t pin = cells_.size() == 1 && to.instance.empty()
+                                  ? pinOf(cells_.front(), to.pin, where, false)
+                                  : resolve(to, where);
     if (pin == none || !delay)
         return;
     update(loads_[pin], *delay, increment, where);
+    if (const std::uint32_t cell = design_.pins[pin].cell;
+        cell != none && (loadedCells_.empty() || loadedCells_.back().first != cell))
+        loadedCells_.emplace_back(cell, where);
 }
 
 // NETDELAY names the net, or the pin that drives it.
@@ -423,6 +422,14 @@ void Annotator::count(const char* what, Severity severity, Sdf::Where where, std
         counted.example = std::move(example);
         counted.severity = severity;
     }
+}
+
+// Checks that are no end points, since what they refer to is no clock.
+void Annotator::countIdleChecks() {
+    for (const Design::Check& check : design_.checks)
+        if (!design_.isClockPin(check.clock))
+            count("checks of a set or a reset against another (not used)", Severity::note, {},
+                  design_.pinName(check.data) + " against " + design_.pinName(check.clock));
 }
 
 void Annotator::reportCounts() {

@@ -11,12 +11,15 @@
 // arcs of zero delay join them. A value that does not fit the engine's integers is an error with its line.
 #pragma once
 
+#include "../Rounding.h"
 #include "../sdf/Handler.h"
 #include "Design.h"
+#include "Spelling.h"
 
 #include <array>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -41,9 +44,12 @@ public:
 
     // Wires and pad arcs to which nothing gave a delay.
     std::uint64_t bareArcs() const { return bareArcs_; }
+    // The values that were rounded.
+    const Rounding& rounding() const { return rounding_; }
 
     void header(const Sdf::Header& header) override;
-    void cell(std::string_view type, std::string_view instance, Sdf::Where where) override;
+    void cell(std::string_view type, std::string_view instance, std::span<const std::uint32_t> escaped,
+              Sdf::Where where) override;
     void ioPath(const Sdf::Event& from, const Sdf::Path& to, std::span<const Sdf::Value> values,
                 bool conditional, bool increment, Sdf::Where where) override;
     void interconnect(const Sdf::Path& from, const Sdf::Path& to, std::span<const Sdf::Value> values,
@@ -69,6 +75,15 @@ private:
     struct KeyHash {
         std::size_t operator()(const Key& key) const;
     };
+    // The values of an entry: rise and fall together, and for which of these there is one.
+    struct Given {
+        Interval delay;
+        bool rises = true, falls = true;
+    };
+    // An arc of which something holds under a condition: what holds with one and what holds without.
+    struct Conditioned {
+        std::optional<Interval> with, without;
+    };
     struct DeviceDelay {
         std::uint32_t cell, output; // output none: all
         Interval delay;
@@ -88,19 +103,52 @@ private:
         Severity severity = Severity::note;
     };
 
+    // A pin that the SDF alone knows, and the first entry that named it.
+    struct ExtraPin {
+        std::uint32_t pin;
+        Sdf::Where where;
+        std::uint64_t count = 0;
+    };
+    // An instance as the file spells it.
+    struct Spelled {
+        std::string_view text;
+        std::span<const std::uint32_t> escaped; // as in a Path
+        std::string_view type;                  // empty: not known
+        Sdf::Where where;
+    };
+
     void takeNetlist(const Netlist& netlist);
-    std::uint32_t findInstance(std::string_view instance);
-    std::uint32_t pinOf(std::uint32_t cell, std::string_view pin, Sdf::Where where);
+    std::uint32_t findInstance(const Spelled& instance);
+    std::uint32_t findWithoutNetlist(std::string_view instance);
+    std::uint32_t findDotted(const Spelled& instance, std::uint32_t straight);
+    std::uint32_t findSpelled(const Spelled& instance);
+    std::uint32_t findBelowPrefix(const Spelled& instance);
+    std::uint32_t guessPrefix(const Spelled& instance);
+    std::uint32_t onlyMatch(std::string_view name, const Spelled& instance);
+    std::uint32_t takeStraight(std::uint32_t cell, const Spelled& instance);
+    std::uint32_t settle(std::uint32_t cell);
+    bool isTop(const Spelled& instance);
+    bool isAbove(const Spelled& instance);
+    const Spelling& spelling();
+    // isWire: the entry is of a wire, which makes no pin known that the netlist does not have.
+    std::uint32_t pinOf(std::uint32_t cell, std::string_view pin, Sdf::Where where, bool isWire);
+    std::uint32_t extraPin(std::uint32_t cell, std::string_view pin, Sdf::Where where);
     std::uint32_t resolve(const Sdf::Path& path, Sdf::Where where);
+    std::uint32_t resolveOtherwise(const Spelled& instance, std::string_view pin);
     std::uint32_t resolveInCell(std::uint32_t cell, const Sdf::Path& path, Sdf::Where where);
+    std::optional<Given> givenBy(std::span<const Sdf::Value> values, Sdf::Where where);
     std::optional<Interval> intervalOf(std::span<const Sdf::Value> values, Sdf::Where where);
+    Interval intervalOf(const Sdf::Value& value, Sdf::Where where);
     std::optional<std::int32_t> checkValue(const Sdf::Value& value, Sdf::Where where);
-    std::int32_t toUnits(const Decimal& value, Sdf::Where where) const;
+    std::int32_t toUnits(const Decimal& value, Sdf::Where where);
+    Interval sum(const Interval& a, const Interval& b, Sdf::Where where) const;
     // An ABSOLUTE value replaces what is known, an INCREMENT adds to it.
     void update(Interval& known, const Interval& delay, bool increment, Sdf::Where where) const;
     void touchHalf(std::uint32_t cell, std::string_view pin);
-    void setArc(std::uint32_t from, std::uint32_t to, Transition edge, bool wire, const Interval& delay,
+    void setArc(std::uint32_t from, std::uint32_t to, Transition edge, bool wire, const Given& given,
                 bool conditional, bool increment, Sdf::Where where);
+    void mergeConditions(std::uint32_t arc, const Given& given, bool conditional, bool increment,
+                         Sdf::Where where);
     void setWire(std::uint32_t from, std::uint32_t to, const Interval& delay, bool increment,
                  Sdf::Where where);
     void addCheck(std::uint32_t data, const Sdf::Event& clock, std::uint32_t clockPin, bool asynchronous,
@@ -108,10 +156,22 @@ private:
     void addPulseCheck(std::uint32_t pin, const Sdf::Event& event, bool period, std::int32_t required);
     void count(const char* what, Severity severity, Sdf::Where where, std::string example = {});
 
+    // What the netlist's pins of which the file says nothing may be. A pin that the SDF alone knows is
+    // suspect if there is one of these in its cell: then it may be the same under another name.
+    struct SilentPins {
+        bool input = false, output = false;
+    };
+
+    SilentPins silentPinsOf(std::uint32_t cell, const std::vector<std::uint8_t>& uses,
+                            const std::vector<bool>& driven) const;
+    std::vector<bool> drivenNets(const std::vector<std::uint8_t>& uses) const;
+    void countExtraPins();
     void inferDirections();
     void applyDevices();
     void applyDevice(const DeviceDelay& device, const std::vector<Key>& arcs);
     void joinPads();
+    void joinSilentCells();
+    void joinSilentCell(std::uint32_t cell, Sdf::Where where, const std::vector<bool>& driven);
     bool isFirstOfNet(std::uint32_t port, std::vector<bool>& seen) const;
     bool isBufferPad(std::uint32_t pin) const;
     void joinPad(std::uint32_t padPin, const Pad& pad);
@@ -123,6 +183,7 @@ private:
     void joinExpressions();
     void makeNetsOfWires();
     void findPortsOfPads();
+    void countIdleChecks();
     void reportCounts();
     bool drives(std::uint32_t pin) const;
     bool receives(std::uint32_t pin) const;
@@ -135,19 +196,32 @@ private:
 
     int fileScale_ = -9;
     char divider_ = '.';
-    std::string instance_; // of the current CELL
+    std::string instance_;               // of the current CELL
+    std::vector<std::uint32_t> escaped_; // its dividers that belong to names
+    bool isPrefixed_ = false;            // the current CELL is the top, below a prefix
+    std::unique_ptr<Spelling> spelling_; // made when it is needed
+    std::vector<bool> settled_;          // by cell: what the file calls it is known
+    std::string prefix_;                 // of all instances, with its divider; empty: none
+    std::string guessedBy_;              // the instance that showed the prefix, and what it was taken for
+    std::string straight_;               // the first instance that was found without a prefix
+    HashMap<std::uint32_t, std::uint32_t> extraOf_; // by pin, into extraPins_
+    std::vector<ExtraPin> extraPins_;
     std::vector<std::uint32_t>
         cells_; // that it means: one, or all of its type; empty: the top or an unknown one
     bool atTop_ = false;
     HashMap<Key, std::uint32_t, KeyHash> arcs_, checks_, pulseChecks_;
+    HashMap<std::uint32_t, Conditioned> conditioned_; // by arc
     std::vector<DeviceDelay> devices_;
-    std::unordered_set<std::uint32_t> touched_;  // pins of half an arc or check
-    HashMap<Key, Interval, KeyHash> wires_;      // with a netlist: delays of wires, made at the end
-    HashMap<std::uint32_t, Interval> loads_;     // PORT delays by pin
+    std::unordered_set<std::uint32_t> touched_; // pins of half an arc or check
+    HashMap<Key, Interval, KeyHash> wires_;     // with a netlist: delays of wires, made at the end
+    HashMap<std::uint32_t, Interval> loads_;    // PORT delays by pin
+    std::vector<std::pair<std::uint32_t, Sdf::Where>>
+        loadedCells_;                            // the same by cell, in the order of the file
     HashMap<std::uint32_t, Interval> netDelays_; // by net
     std::map<std::string, Counted> counted_;
     std::uint64_t bareArcs_ = 0;
     std::vector<std::uint32_t> invertedPins_, expressionCells_; // of the netlist
+    Rounding rounding_;
 };
 
 } // namespace Readers

@@ -31,7 +31,9 @@ void Annotator::finish() {
     applyDevices();
     if (hasNetlist_) {
         inferDirections();
+        countExtraPins();
         joinPads();
+        joinSilentCells();
         makeWires();
         applyExpressions();
     } else {
@@ -41,6 +43,7 @@ void Annotator::finish() {
     }
     design_.index();
     design_.classify();
+    countIdleChecks();
     reportCounts();
 }
 
@@ -81,7 +84,7 @@ void Annotator::applyDevices() {
 void Annotator::applyDevice(const DeviceDelay& device, const std::vector<Key>& arcs) {
     const auto set = [&](const Key& arc) {
         if (device.output == none || arc.to == device.output)
-            setArc(arc.from, arc.to, arc.edge, false, device.delay, false, device.increment, device.where);
+            setArc(arc.from, arc.to, arc.edge, false, {device.delay}, false, device.increment, device.where);
     };
     std::ranges::for_each(arcs, set);
     if (!arcs.empty())
@@ -126,7 +129,8 @@ void Annotator::inferDirections() {
         if (pin.direction != Direction::unknown)
             continue;
         const bool source = (uses[number] & (arcTo | wireFrom)) != 0;
-        const bool sink = (uses[number] & (arcFrom | checked | checking | wireTo)) != 0;
+        const bool sink = (uses[number] & (arcFrom | checked | checking | wireTo)) != 0 ||
+                          (!source && loads_.contains(number));
         if (design_.isPortOfTop(number))
             pin.direction = source && sink ? Direction::inout : source ? Direction::input : Direction::output;
         else if (source || sink)
@@ -140,6 +144,110 @@ void Annotator::inferDirections() {
             if (design_.pins[pin].direction == Direction::unknown)
                 design_.pins[pin].direction = design_.pins[port].direction;
     }
+}
+
+// --- Pins that the netlist leaves out ---
+
+// The nets that something drives.
+std::vector<bool> Annotator::drivenNets(const std::vector<std::uint8_t>& uses) const {
+    std::vector<bool> driven(design_.nets.size());
+    for (std::uint32_t pin = 0; pin < design_.pins.size(); ++pin)
+        if (design_.pins[pin].net != none && (drives(pin) || (uses[pin] & (arcTo | wireFrom)) != 0))
+            driven[design_.pins[pin].net] = true;
+    return driven;
+}
+
+Annotator::SilentPins Annotator::silentPinsOf(std::uint32_t cell, const std::vector<std::uint8_t>& uses,
+                                              const std::vector<bool>& driven) const {
+    SilentPins silent;
+    for (const std::uint32_t number : design_.pinsOfCell(cell)) {
+        const Design::Pin& pin = design_.pins[number];
+        if (pin.net == none || uses[number] != 0 || loads_.contains(number) || touched_.contains(number))
+            continue;
+        const bool isOutput =
+            pin.direction == Direction::unknown ? !driven[pin.net] : pin.direction == Direction::output;
+        (isOutput ? silent.output : silent.input) = true;
+    }
+    return silent;
+}
+
+// Pins that the netlist does not have, as far as they may be others of the same cell that the file says
+// nothing of. The rest is left open in the netlist: nothing is lost with its delays.
+void Annotator::countExtraPins() {
+    if (extraPins_.empty())
+        return;
+    const std::vector<std::uint8_t> uses = usesOfPins();
+    const std::vector<bool> driven = drivenNets(uses);
+    HashMap<std::uint32_t, SilentPins> silentOf; // by cell
+    for (const ExtraPin& extra : extraPins_) {
+        const auto [place, isNew] = silentOf.try_emplace(design_.pins[extra.pin].cell);
+        if (isNew)
+            place.value() = silentPinsOf(design_.pins[extra.pin].cell, uses, driven);
+        const bool isOutput = (uses[extra.pin] & arcTo) != 0;
+        if (isOutput ? place->second.output : place->second.input)
+            for (std::uint64_t entry = 0; entry < extra.count; ++entry)
+                count("delays and checks of pins that the netlist does not have", Severity::warning,
+                      extra.where, design_.pinName(extra.pin));
+    }
+}
+
+// --- Cells without delays of their own ---
+
+// A cell of which the file has PORT delays alone, such as a clock control block, passes on what comes in. Not
+// so one of a type that has checks in other cells: that is a register.
+void Annotator::joinSilentCells() {
+    if (loadedCells_.empty())
+        return;
+    const std::vector<std::uint8_t> uses = usesOfPins();
+    const std::vector<bool> driven = drivenNets(uses);
+    std::vector<bool> isJoined(design_.cells.size()), isChecked(design_.names.size());
+    for (std::uint32_t pin = 0; pin < design_.pins.size(); ++pin) {
+        const std::uint32_t cell = design_.pins[pin].cell;
+        if (cell == none)
+            continue;
+        if ((uses[pin] & (arcFrom | arcTo | checked | checking)) != 0 || touched_.contains(pin))
+            isJoined[cell] = true;
+        if ((uses[pin] & (checked | checking)) != 0)
+            isChecked[static_cast<std::size_t>(design_.cells[cell].type)] = true;
+    }
+    for (const auto& [cell, where] : loadedCells_)
+        if (!isJoined[cell] && !isChecked[static_cast<std::size_t>(design_.cells[cell].type)]) {
+            isJoined[cell] = true;
+            joinSilentCell(cell, where, driven);
+        }
+}
+
+// A pin without a direction is an output if nothing else drives its net.
+void Annotator::joinSilentCell(std::uint32_t cell, Sdf::Where where, const std::vector<bool>& driven) {
+    std::vector<std::uint32_t> inputs, outputs;
+    for (const std::uint32_t number : design_.pinsOfCell(cell)) {
+        Design::Pin& pin = design_.pins[number];
+        if (pin.net == none)
+            continue;
+        if (pin.direction == Direction::unknown)
+            pin.direction = driven[pin.net] ? Direction::input : Direction::output;
+        if (receives(number))
+            inputs.push_back(number);
+        if (drives(number))
+            outputs.push_back(number);
+    }
+    if (inputs.empty() || outputs.empty())
+        return;
+    const std::string type(design_.names[design_.cells[cell].type]);
+    if (inputs.size() * outputs.size() > mostArcs) {
+        count(("cells of type '" + type + "' have PORT delays, no IOPATH, and too many pins: nothing passes")
+                  .c_str(),
+              Severity::warning, where, std::string(design_.cellName(cell)));
+        return;
+    }
+    for (const std::uint32_t from : inputs)
+        for (const std::uint32_t to : outputs)
+            if (from != to)
+                addBareArc(from, to, false);
+    count(("cells of type '" + type +
+           "' with PORT delays and no IOPATH: what comes in passes to the outputs without delay")
+              .c_str(),
+          Severity::warning, where, std::string(design_.cellName(cell)));
 }
 
 // --- Pads ---

@@ -2,7 +2,6 @@
 #include "Design.h"
 
 #include <numeric>
-#include <unordered_set>
 
 namespace Readers {
 
@@ -133,58 +132,6 @@ std::string Design::pinName(std::uint32_t pin) const {
     if (of.cell != none)
         text.append(cellName(of.cell)).append(1, '/');
     return text.append(names[of.name]);
-}
-
-// A clock pin is one that checks refer to, in any cell of its type: an instance whose data is constant has no
-// checks. In a type without checks, a pin that sets off its output by one edge alone is a clock pin; in a
-// type with checks, such a pin is a set or a reset.
-void Design::classify() {
-    roles_.assign(pins.size(), 0);
-    registers_.assign(cells.size(), false);
-    std::unordered_set<std::uint64_t> clocksOfTypes; // type and pin name
-    std::vector<bool> checkedTypes(names.size());
-    const auto typeOf = [&](std::uint32_t pin) { return cells[pins[pin].cell].type; };
-    const auto typePin = [&](std::uint32_t pin) {
-        return pinKey(static_cast<std::uint32_t>(typeOf(pin)), pins[pin].name);
-    };
-    for (const Check& check : checks) {
-        roles_[check.clock] |= clockPin;
-        roles_[check.data] |= check.asynchronous ? dataPin | resetPin : dataPin;
-        if (isPortOfTop(check.clock))
-            continue; // GCOVR_EXCL_LINE: an SDF has checks in cells only
-        registers_[pins[check.clock].cell] = true;
-        clocksOfTypes.insert(typePin(check.clock));
-        checkedTypes[static_cast<std::size_t>(typeOf(check.clock))] = true;
-    }
-
-    const std::vector<std::uint8_t> edges = edgesOfPins();
-    const auto isEdgeAlone = [&](std::uint32_t pin) { return edges[pin] == 1 || edges[pin] == 2; };
-    for (std::uint32_t pin = 0; pin < pins.size(); ++pin) {
-        if (edges[pin] == 0)
-            continue;
-        if (clocksOfTypes.contains(typePin(pin)) ||
-            (isEdgeAlone(pin) && !checkedTypes[static_cast<std::size_t>(typeOf(pin))]))
-            roles_[pin] |= clockPin;
-        else if (isEdgeAlone(pin))
-            roles_[pin] |= resetPin;
-    }
-    for (const Arc& arc : arcs)
-        if (isClockToOutput(arc)) {
-            roles_[arc.to] |= registerOutput;
-            registers_[pins[arc.to].cell] = true;
-        }
-}
-
-// By pin, which edges of it set off arcs through its cell: 1 rise, 2 fall, 4 any; 0 where there is no such
-// arc.
-std::vector<std::uint8_t> Design::edgesOfPins() const {
-    std::vector<std::uint8_t> edges(pins.size());
-    for (const Arc& arc : arcs)
-        if (!arc.wire && !isPortOfTop(arc.from))
-            edges[arc.from] |= arc.fromEdge == Transition::rise   ? 1
-                               : arc.fromEdge == Transition::fall ? 2
-                                                                  : 4;
-    return edges;
 }
 
 } // namespace Readers

@@ -54,9 +54,12 @@ public:
         std::uint32_t from = none;
         std::uint32_t to = none;
         Transition fromEdge = Transition::any; // the edge of `from` that sets it off
-        bool wire = false;                     // along a net
-        bool disabled = false;                 // taken out by a constraint
-        bool bare = false;                     // nothing gave it a delay: zero
+        bool wire : 1 = false;                 // along a net
+        bool disabled : 1 = false;             // taken out by a constraint
+        bool bare : 1 = false;                 // nothing gave it a delay: zero
+        bool rises : 1 = true;                 // the file has a delay for the rising edge of `to`
+        bool falls : 1 = true;                 // and for the falling one
+        bool reset : 1 = false;                // of a set or a reset (after classify())
         Interval delay = {};
     };
     // Setup and hold (recovery and removal alike) of a data pin against a clock pin.
@@ -130,13 +133,11 @@ public:
     bool isRegisterOutput(std::uint32_t pin) const { return (roles_[pin] & registerOutput) != 0; }
     // From a clock pin to an output: where a clock ends and data begins.
     bool isClockToOutput(const Arc& arc) const { return !arc.wire && isClockPin(arc.from); }
-    // From a set or reset pin: not timed through.
-    bool isReset(const Arc& arc) const { return !arc.wire && (roles_[arc.from] & resetPin) != 0; }
+    // From a set or reset pin to an output of the register: not timed through.
+    bool isReset(const Arc& arc) const { return arc.reset; }
 
 private:
-    enum Role : std::uint8_t { clockPin = 1, dataPin = 2, registerOutput = 4, resetPin = 8 };
-
-    std::vector<std::uint8_t> edgesOfPins() const;
+    enum Role : std::uint8_t { clockPin = 1, dataPin = 2, registerOutput = 4 };
 
     NameTable cellByName_, netByName_;
     HashMap<std::uint64_t, std::uint32_t> pinByName_; // cell and name

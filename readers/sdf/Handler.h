@@ -10,6 +10,7 @@
 #include "../Decimal.h"
 #include "../design/Design.h"
 
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -26,6 +27,8 @@ struct Value {
 struct Path {
     std::string_view instance; // may be empty: the cell's own instance
     std::string_view pin;      // with its bit: "in[3]"
+    // Where the instance has a '.' or '/' that was escaped, so that it belongs to a name.
+    std::span<const std::uint32_t> escaped = {};
 };
 
 // A port with the edge that is asked for: "(posedge clk)" is rise, "(negedge clk)" fall; 01 and its like are
@@ -64,8 +67,12 @@ public:
     virtual ~Handler() = default;
 
     virtual void header(const Header&) {} // before the first cell
-    // A CELL begins. Instance "" is the design's top, "*" is every instance of the type.
-    virtual void cell(std::string_view type, std::string_view instance, Where) { (void)type, (void)instance; }
+    // A CELL begins. Instance "" is the design's top, "*" is every instance of the type. escaped: as in a
+    // Path.
+    virtual void cell(std::string_view type, std::string_view instance,
+                      std::span<const std::uint32_t> escaped, Where) {
+        (void)type, (void)instance, (void)escaped;
+    }
     virtual void endCell() {}
 
     // The values of a delay are the 1, 2, 3, 6 or 12 of its list. increment: the delay adds to what is there.

@@ -219,6 +219,8 @@ void Lexer::namePiece(NameText& into) {
                 return;
         } else if (*at_ == '\\') {
             escaped(into.text);
+            if (into.text.back() == '.' || into.text.back() == '/')
+                into.escaped.push_back(static_cast<std::uint32_t>(into.text.size() - 1));
         } else if (*at_ == '[') {
             select(into.text);
         } else if (*at_ == '.' || (*at_ == '/' && !atComment())) {
@@ -232,8 +234,7 @@ void Lexer::namePiece(NameText& into) {
 }
 
 void Lexer::name(NameText& into, std::string_view expected) {
-    into.text.clear();
-    into.split = std::string::npos;
+    into.clear();
     if (!isNameStart(peek()))
         fail(expected);
     do
@@ -282,9 +283,28 @@ int Lexer::skipOperator() {
     return next;
 }
 
-void Lexer::skipWord() {
-    while (!atEnd() && is(static_cast<unsigned char>(*at_), wordCharacter))
-        ++at_;
+void Lexer::skipName() {
+    for (;;) {
+        const auto next = static_cast<unsigned char>(*at_);
+        if (at_ == end_) {
+            if (!more())
+                return;
+        } else if (next == '\\') {
+            scratch_.clear();
+            escaped(scratch_);
+        } else if (is(next, nameCharacter) || next == '.' || (next == '/' && !atComment())) {
+            ++at_;
+        } else {
+            return;
+        }
+    }
+}
+
+void Lexer::wordHere(std::string& into) {
+    into.clear();
+    for (; !atEnd() && is(static_cast<unsigned char>(*at_), wordCharacter); ++at_)
+        if (into.size() < longestText)
+            into += *at_;
 }
 
 void Lexer::skipGroup() {

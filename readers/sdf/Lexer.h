@@ -24,12 +24,18 @@ namespace Readers::Sdf {
 struct NameText {
     std::string text;
     std::size_t split = std::string::npos; // the last divider that stands unescaped
+    std::vector<std::uint32_t> escaped;    // where a '.' or '/' stands that was escaped
 
     Path path() const {
         const std::string_view view = text;
         if (split == std::string::npos)
             return {{}, view};
-        return {view.substr(0, split), view.substr(split + 1)};
+        return {view.substr(0, split), view.substr(split + 1), escaped};
+    }
+    void clear() {
+        text.clear();
+        split = std::string::npos;
+        escaped.clear();
     }
 };
 
@@ -81,9 +87,11 @@ public:
     // Everything up to the closing parenthesis that belongs to one already taken. That is taken too.
     void skipGroup();
     // The letters and digits that stand right here, without white space before them.
-    void skipWord();
+    void wordHere(std::string& into);
     // One character of an expression that is no name and no parenthesis.
     int skipOperator();
+    // The name that stands right here, up to a bit or a range.
+    void skipName();
 
     // --- Errors ---------------------------------------------------------------------------------------------------
 

@@ -59,6 +59,7 @@ private:
     int scale_ = Header{}.scale;
     std::string version_, design_, program_;
     std::string cellType_, instance_;
+    std::vector<std::uint32_t> instanceEscapes_; // where a '.' or '/' of the instance was escaped
     Where cellPlace_;
     bool cellBegun_ = false; // its event was fired
     std::string text_;
@@ -178,6 +179,7 @@ void Parser::cell(Where place) {
         phrases_.refuse("CELLTYPE");
     headerText(cellType_);
     instance_.clear();
+    instanceEscapes_.clear();
     lexer_.expect('(');
     if (phrases_.keyword() != Keyword::instance)
         phrases_.refuse("INSTANCE");
@@ -195,24 +197,24 @@ void Parser::cell(Where place) {
 // The cell is known where its first section begins that is no instance, or where it ends.
 void Parser::beginCell() {
     if (!cellBegun_)
-        handler_.cell(cellType_, instance_, cellPlace_);
+        handler_.cell(cellType_, instance_, instanceEscapes_, cellPlace_);
     cellBegun_ = true;
 }
 
 // An instance, relative to the one before it in the same cell.
 void Parser::instance() {
-    if (lexer_.take('*')) {
-        text_.assign(1, '*');
-    } else if (lexer_.peek() == ')') {
-        text_.clear();
-    } else {
-        lexer_.name(to_.name, "an instance");
-        text_ = to_.name.text;
-    }
+    NameText& name = to_.name;
+    name.clear();
+    if (lexer_.take('*'))
+        name.text.assign(1, '*');
+    else if (lexer_.peek() != ')')
+        lexer_.name(name, "an instance");
     lexer_.expect(')');
-    if (!instance_.empty() && !text_.empty())
+    if (!instance_.empty() && !name.text.empty())
         instance_ += lexer_.divider();
-    instance_ += text_;
+    for (const std::uint32_t at : name.escaped)
+        instanceEscapes_.push_back(static_cast<std::uint32_t>(instance_.size()) + at);
+    instance_ += name.text;
 }
 
 void Parser::cellSection(Keyword keyword, Where place) {

@@ -98,32 +98,55 @@ void Phrases::guardedPort(EventText& into) {
 }
 
 // What a condition guards follows on an operand without an operator between: two names, or a name and a
-// parenthesis.
+// parenthesis. Between parentheses, brackets and braces two operands in a row are a fault: one that closes is
+// missing.
 void Phrases::condition() {
     if (lexer_.peek() == '"')
         lexer_.quoted(label_);
+    closing_.clear();
     bool operand = false; // whether one ends here
-    for (std::size_t depth = 0;;) {
+    for (;;) {
         const int next = lexer_.peek();
-        const bool begins = next == '(' || Lexer::isNameStart(next);
-        if (depth == 0 && operand && (begins || next == ')'))
+        const bool named = Lexer::isNameStart(next) && (next != '/' || !operand); // else it divides
+        if (closing_.empty() && operand && (named || next == '(' || next == ')'))
             return;
-        if (next == ')' && depth == 0)
-            lexer_.fail("a condition");
-        if (next == '"')
-            lexer_.fail("a condition");
-        if (begins && next != '(') {
-            lexer_.name(operand_, "a condition");
-            operand = true;
-            continue;
-        }
-        lexer_.skipOperator();
-        depth += next == '(';
-        depth -= next == ')';
-        operand = next == ')' || next == '}' || next == '\'';
-        if (next == '\'') // the base and the digits of "1'b0", or those of "'0'"
-            lexer_.skipWord();
+        if (operand && (named || next == '"'))
+            lexer_.fail(closing_.empty() ? "a condition"
+                                         : std::string("an operator or '") + closing_.back() + "'");
+        if (named)
+            lexer_.skipName();
+        else if (next == '"')
+            lexer_.quoted(label_);
+        operand = named || next == '"' || sign(next, operand);
     }
+}
+
+// An operator, a parenthesis or what belongs to a number. Whether an operand ends with it.
+bool Phrases::sign(int next, bool operand) {
+    const bool closes = next == ')' || next == ']' || next == '}';
+    if (closes && (!operand || closing_.empty()))
+        lexer_.fail("a condition");
+    if (closes && closing_.back() != next)
+        lexer_.fail(std::string("'") + closing_.back() + "'");
+    lexer_.skipOperator();
+    if (closes)
+        closing_.pop_back();
+    else if (next == '(' || next == '[' || next == '{')
+        closing_ += next == '(' ? ')' : next == '[' ? ']' : '}';
+    if (next == '\'')
+        digits();
+    return closes || next == '\'';
+}
+
+// The base and the digits of "1'b0", or those of "'0'". Blanks may stand between them.
+void Phrases::digits() {
+    constexpr std::string_view bases = "bBoOdDhH";
+    lexer_.wordHere(label_);
+    std::string_view base = label_;
+    if (base.starts_with('s') || base.starts_with('S'))
+        base.remove_prefix(1);
+    if (base.size() == 1 && bases.find(base[0]) != std::string_view::npos)
+        lexer_.word();
 }
 
 // --- Values -------------------------------------------------------------------------------------------------------------

@@ -67,6 +67,8 @@ private:
     void edgeWord();
     void edge(EventText& into);
     void guardedPort(EventText& into);
+    bool sign(int next, bool operand);
+    void digits();
     void valueBody(Value& into);
     bool delay(Value& into);
     void member(std::optional<Decimal>& into, char behind);
@@ -77,8 +79,8 @@ private:
     std::array<Value, mostValues> values_;
     Where openedPlace_;
     bool opened_ = false; // the parenthesis of the first value was taken by retention()
-    NameText operand_;
     std::string label_;
+    std::string closing_; // what closes the parentheses of a condition that are open
 };
 
 } // namespace Readers::Sdf

@@ -26,7 +26,8 @@ public:
             " program=" + std::string(header.program) + " divider=" + header.divider +
             " scale=" + std::to_string(header.scale));
     }
-    void cell(std::string_view type, std::string_view instance, Where where) override {
+    void cell(std::string_view type, std::string_view instance, std::span<const std::uint32_t>,
+              Where where) override {
         add("cell " + std::string(type) + " <" + std::string(instance) + ">", where);
     }
     void endCell() override { add("end"); }
