@@ -29,6 +29,11 @@ const Decimal* pick(const Sdf::Value& value, Corner corner) {
 Corner earlyCorner(Corner corner) { return corner == Corner::minmax ? Corner::minimum : corner; }
 Corner lateCorner(Corner corner) { return corner == Corner::minmax ? Corner::maximum : corner; }
 
+// As it was written: once is enough to look at it.
+bool isSame(const Decimal& a, const Decimal& b) {
+    return a.mantissa == b.mantissa && a.exponent == b.exponent;
+}
+
 void widen(Interval& interval, const Interval& other) {
     interval.early = std::min(interval.early, other.early);
     interval.late = std::max(interval.late, other.late);
@@ -121,7 +126,7 @@ Interval Annotator::intervalOf(const Sdf::Value& value, Sdf::Where where) {
     const Decimal& late = *pick(value, lateCorner(options_.corner));
     Interval interval;
     interval.early = toUnits(early, where);
-    interval.late = early == late ? interval.early : toUnits(late, where);
+    interval.late = isSame(early, late) ? interval.early : toUnits(late, where);
     if (interval.early > interval.late) {
         std::swap(interval.early, interval.late);
         count("triples whose minimum is above their maximum (exchanged)", Severity::warning, where);
@@ -164,9 +169,12 @@ std::optional<std::int32_t> Annotator::checkValue(const Sdf::Value& value, Sdf::
     if (options_.corner != Corner::minmax)
         return toUnits(*pick(value, options_.corner), where);
     std::optional<std::int32_t> largest;
-    for (const std::optional<Decimal>& member : {value.minimum, value.typical, value.maximum})
-        if (member)
-            largest = std::max(largest.value_or(INT32_MIN), toUnits(*member, where));
+    const Decimal* before = nullptr;
+    for (const std::optional<Decimal>* member : {&value.minimum, &value.typical, &value.maximum})
+        if (*member && (!before || !isSame(**member, *before))) {
+            before = &**member;
+            largest = std::max(largest.value_or(INT32_MIN), toUnits(*before, where));
+        }
     return largest;
 }
 
@@ -257,6 +265,7 @@ void Annotator::ioPath(const Sdf::Event& from, const Sdf::Path& to, std::span<co
         count("cell delays of the top itself", Severity::warning, where, shown(from.path));
         return;
     }
+    countLost(where);
     const std::optional<Given> given = givenBy(values, where);
     for (const std::uint32_t cell : cells_) {
         const std::uint32_t source = resolveInCell(cell, from.path, where);
@@ -283,6 +292,9 @@ void Annotator::setWire(std::uint32_t from, std::uint32_t to, const Interval& de
 
 void Annotator::interconnect(const Sdf::Path& from, const Sdf::Path& to, std::span<const Sdf::Value> values,
                              bool increment, Sdf::Where where) {
+    // A port does not show that all names have a prefix: an instance does.
+    if (hasNetlist_ && atTop_ && prefix_.empty() && straight_.empty() && !to.instance.empty())
+        findInstance({to.instance, to.escaped, {}, where});
     const std::uint32_t source = resolve(from, where);
     const std::uint32_t target = source == none ? none : resolve(to, where);
     if (target == none)
@@ -334,6 +346,7 @@ void Annotator::netDelay(const Sdf::Path& net, std::span<const Sdf::Value> value
 // known.
 void Annotator::device(const std::optional<Sdf::Path>& output, std::span<const Sdf::Value> values,
                        bool increment, Sdf::Where where) {
+    countLost(where);
     const std::optional<Interval> delay = intervalOf(values, where);
     if (!delay)
         return;
@@ -382,6 +395,7 @@ void Annotator::check(Sdf::CheckKind kind, const Sdf::Event& data, const Sdf::Ev
         count(kind == skew ? "SKEW checks (not used)" : "NOCHANGE checks (not used)", Severity::note, where);
         return;
     }
+    countLost(where);
     const std::optional<std::int32_t> first = checkValue(values[0], where);
     const std::optional<std::int32_t> second =
         values.size() > 1 ? checkValue(values[1], where) : std::optional<std::int32_t>();

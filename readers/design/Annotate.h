@@ -129,6 +129,7 @@ private:
     std::uint32_t settle(std::uint32_t cell);
     bool isTop(const Spelled& instance);
     bool isAbove(const Spelled& instance);
+    void countLost(Sdf::Where where);
     const Spelling& spelling();
     // isWire: the entry is of a wire, which makes no pin known that the netlist does not have.
     std::uint32_t pinOf(std::uint32_t cell, std::string_view pin, Sdf::Where where, bool isWire);
@@ -198,6 +199,7 @@ private:
     char divider_ = '.';
     std::string instance_;               // of the current CELL
     std::vector<std::uint32_t> escaped_; // its dividers that belong to names
+    bool isAbove_ = false;               // the current CELL is of an instance that is no cell itself
     bool isPrefixed_ = false;            // the current CELL is the top, below a prefix
     std::unique_ptr<Spelling> spelling_; // made when it is needed
     std::vector<bool> settled_;          // by cell: what the file calls it is known

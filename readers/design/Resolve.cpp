@@ -15,6 +15,8 @@ namespace {
 constexpr std::string_view dividers = "./";
 constexpr const char* unknownPins = "delays and checks of pins that the netlist does not have";
 
+constexpr const char* unknownInstances = "instances that the netlist does not have";
+
 bool contains(std::span<const std::uint32_t> places, std::size_t place) {
     return std::ranges::find(places, place) != places.end();
 }
@@ -180,7 +182,7 @@ void Annotator::cell(std::string_view type, std::string_view instance, std::span
     instance_ = instance;
     escaped_.assign(escaped.begin(), escaped.end());
     cells_.clear();
-    isPrefixed_ = false;
+    isPrefixed_ = isAbove_ = false;
     atTop_ = instance.empty();
     if (atTop_)
         return;
@@ -201,8 +203,17 @@ void Annotator::cell(std::string_view type, std::string_view instance, std::span
         cells_.push_back(number);
     else if (isTop(spelled))
         atTop_ = isPrefixed_ = true;
-    else if (!isAbove(spelled))
-        count("instances that the netlist does not have", Severity::warning, where, instance_);
+    else if (isAbove(spelled))
+        isAbove_ = true; // its wires may be read
+    else
+        count(unknownInstances, Severity::warning, where, instance_);
+}
+
+// A delay or a check of an instance that is no cell is lost. Each CELL counts once.
+void Annotator::countLost(Sdf::Where where) {
+    if (isAbove_)
+        count(unknownInstances, Severity::warning, where, instance_);
+    isAbove_ = false;
 }
 
 // --- Pins ---

@@ -218,6 +218,7 @@ void Lexer::namePiece(NameText& into) {
             if (!more())
                 return;
         } else if (*at_ == '\\') {
+            into.endsAtBlank |= into.text.size() == (into.split == std::string::npos ? 0 : into.split + 1);
             escaped(into.text);
             if (into.text.back() == '.' || into.text.back() == '/')
                 into.escaped.push_back(static_cast<std::uint32_t>(into.text.size() - 1));
@@ -239,7 +240,7 @@ void Lexer::name(NameText& into, std::string_view expected) {
         fail(expected);
     do
         namePiece(into);
-    while (peek() == '[');
+    while (peek() == '[' || (into.endsAtBlank && peek() == divider_));
 }
 
 // At its first quote.

@@ -25,6 +25,8 @@ struct NameText {
     std::string text;
     std::size_t split = std::string::npos; // the last divider that stands unescaped
     std::vector<std::uint32_t> escaped;    // where a '.' or '/' stands that was escaped
+    // A part begins with a backslash. A blank may end it, as in Verilog: "u.\a+b .Q".
+    bool endsAtBlank = false;
 
     Path path() const {
         const std::string_view view = text;
@@ -36,6 +38,7 @@ struct NameText {
         text.clear();
         split = std::string::npos;
         escaped.clear();
+        endsAtBlank = false;
     }
 };
 

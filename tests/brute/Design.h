@@ -31,6 +31,7 @@ struct Pin {
     int cell = none;
     Direction direction = Direction::input;
     int net = none;
+    bool omitted = false; // an open output that netlists leave out: the delays alone know it
 };
 struct Cell {
     std::string name, type;

@@ -28,8 +28,9 @@ struct Shape {
     int throughPercent = 35; // of the exceptions
     int maximumPaths = 2000;
     ExceptionMode exceptions = ExceptionMode::overlapping;
-    bool pads = true;      // cells between ports and the rest, of which no delay is written
-    bool bareWires = true; // connections of which no delay is written
+    bool pads = true;         // cells between ports and the rest, of which no delay is written
+    bool bareWires = true;    // connections of which no delay is written
+    bool openOutputs = false; // more outputs that lead nowhere; some of them are not in the netlist either
 };
 
 Design generate(std::uint64_t seed, const Shape& shape);

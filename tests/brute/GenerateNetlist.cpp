@@ -19,6 +19,8 @@ public:
         dataPorts();
         gates();
         ends();
+        if (shape_.openOutputs)
+            openOutputs();
         return std::move(s_);
     }
 
@@ -255,6 +257,35 @@ private:
                 outputPad(signal(), to);
             else
                 connect(signal(), to);
+        }
+    }
+
+    // Second outputs of registers and gates, to which nothing is connected. Of all open outputs that have a
+    // delay, netlists leave out some.
+    void openOutputs() {
+        for (const std::vector<int>* cells : {&s_.registers, &s_.gates})
+            for (const int owner : *cells)
+                if (random_.chance(30))
+                    secondOutput(owner);
+        for (const Arc& a : design().arcs) {
+            Pin& to = design().pins[at(a.to)];
+            if (to.cell != none && to.net == none && !a.values.empty() && random_.chance(50))
+                to.omitted = true;
+        }
+    }
+
+    // With delays like those of the first.
+    void secondOutput(int owner) {
+        const int out = pin(owner, "OPEN", Direction::output);
+        const std::size_t known = design().arcs.size();
+        int first = none;
+        for (std::size_t i = 0; i < known; ++i) {
+            const Arc a = design().arcs[i];
+            if (a.kind == Arc::Kind::wire || design().pins[at(a.from)].cell != owner)
+                continue;
+            first = first == none ? a.to : first;
+            if (a.to == first)
+                arc(a.kind, a.from, out, a.edge, 100, 900);
         }
     }
 

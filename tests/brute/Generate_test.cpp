@@ -17,6 +17,7 @@ constexpr int seeds = 500;
 
 Shape shapeOf(int seed) {
     Shape shape;
+    shape.openOutputs = seed % 2 == 0;
     shape.exceptions = seed % 3 == 0   ? ExceptionMode::without
                        : seed % 3 == 1 ? ExceptionMode::single
                                        : ExceptionMode::overlapping;
@@ -174,6 +175,14 @@ const std::vector<Feature>& features() {
          }},
         {"pad",
          [](const Seen& s) { return Seen::any(s.d.cells, [](const Cell& c) { return c.type == "SB_IO"; }); }},
+        {"open output",
+         [](const Seen& s) {
+             return Seen::any(s.d.pins, [](const Pin& p) {
+                 return p.cell != none && p.direction == Direction::output && p.net == none && !p.omitted;
+             });
+         }},
+        {"omitted output",
+         [](const Seen& s) { return Seen::any(s.d.pins, [](const Pin& p) { return p.omitted; }); }},
         {"clocks meet", [](const Seen& s) { return s.clocksMeet(); }},
         {"virtual clock",
          [](const Seen& s) { return s.clock([](const Clock& c) { return c.targets.empty(); }); }},

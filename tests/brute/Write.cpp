@@ -358,6 +358,8 @@ std::string writeJson(const Design& d) {
         std::string directions, connections;
         for (int p : cell.pins) {
             const Pin& pin = d.pins[at(p)];
+            if (pin.omitted)
+                continue;
             const std::string lead = directions.empty() ? "" : ", ";
             directions += lead + quoted(pin.name) + ": \"" + text(pin.direction) + "\"";
             connections += lead + quoted(pin.name) + ": [" + bit(d, p) + "]";
@@ -410,6 +412,8 @@ std::string writeVerilog(const Design& d) {
         const char* comma = "";
         for (int p : cell.pins) {
             const int net = d.pins[at(p)].net;
+            if (d.pins[at(p)].omitted)
+                continue;
             out << comma << "." << d.pins[at(p)].name << "(" << (net == none ? "" : d.nets[at(net)].name)
                 << ")";
             comma = ", ";

@@ -144,6 +144,52 @@ TEST(Annotate, AppliesToAllCellsOfATypeForAStar) {
     EXPECT_EQ(read.arcs(), "b/A > b/Y 3 3\nc/A > c/Y 4 4\n");
 }
 
+TEST(Annotate, MergesConditionsWithWhatHoldsWithoutOne) {
+    const std::string with2 = "(COND S (IOPATH A Y (2)))", with7 = "(COND !S (IOPATH A Y (7)))",
+                      plain = "(IOPATH A Y (5))", otherwise = "(CONDELSE (IOPATH A Y (9)))";
+    const auto more = [](std::string_view delays) { return cell("B", "b", delays, "", "INCREMENT"); };
+    const ArcRow rows[] = {
+        // In any order of writing, also in CELLs of their own.
+        {cell("B", "b", with2 + with7 + plain), "b/A > b/Y 2 7\n"},
+        {cell("B", "b", with2 + plain + with7), "b/A > b/Y 2 7\n"},
+        {cell("B", "b", plain + with7 + with2), "b/A > b/Y 2 7\n"},
+        {cell("B", "b", with2 + otherwise + plain), "b/A > b/Y 2 9\n"},
+        {cell("B", "b", otherwise + plain), "b/A > b/Y 5 9\n"},
+        {cell("B", "b", with2) + cell("B", "b", plain) + cell("B", "b", with7), "b/A > b/Y 2 7\n"},
+        // What holds without a condition replaces what was said so before, and only that.
+        {cell("B", "b", with2 + with7 + "(IOPATH A Y (9))" + plain), "b/A > b/Y 2 7\n"},
+        {cell("B", "b", "(IOPATH A Y (1))" + with2 + with7 + plain), "b/A > b/Y 2 7\n"},
+        {cell("B", "b", with2 + "(DEVICE (5))"), "b/A > b/Y 2 5\n"},
+        // An increment adds to all; under a condition perhaps to one of them, perhaps to none.
+        {cell("B", "b", with2 + with7 + plain) + more("(IOPATH A Y (10))"), "b/A > b/Y 12 17\n"},
+        {cell("B", "b", with2 + with7 + plain) + more("(COND S (IOPATH A Y (10)))"), "b/A > b/Y 2 17\n"},
+        {cell("B", "b", plain) + more("(COND S (IOPATH A Y (10)))"), "b/A > b/Y 5 15\n"},
+        {cell("B", "b", plain) + more("(COND S (IOPATH A Y (-3)))"), "b/A > b/Y 2 5\n"},
+        {cell("B", "b", with2) + more("(IOPATH A Y (10))") + cell("B", "b", plain), "b/A > b/Y 5 12\n"},
+        // RETAIN has no effect on it.
+        {cell("B", "b", "(COND S (IOPATH A Y (RETAIN (1)) (2)))" + plain), "b/A > b/Y 2 5\n"},
+        // Each edge of the input is an arc of its own.
+        {cell("B", "b", "(COND S (IOPATH (posedge A) Y (2)))" + plain),
+         "b/A rise > b/Y 2 2\nb/A > b/Y 5 5\n"},
+    };
+    for (const ArcRow& row : rows)
+        EXPECT_EQ(Annotated(row.cells).arcs(), row.expected) << row.cells;
+}
+
+TEST(Annotate, LeavesTheEdgesOfWhichAnEntryHasNoValue) {
+    const ArcRow rows[] = {
+        {cell("B", "b", "(IOPATH A Y (2) ()) (IOPATH A Y () (7))"), "b/A > b/Y 2 7\n"},
+        {cell("B", "b", "(IOPATH A Y (2) (7)) (IOPATH A Y () (5))"), "b/A > b/Y 2 7\n"},
+        {cell("B", "b", "(IOPATH A Y (2) (7)) (IOPATH A Y (5) (5))"), "b/A > b/Y 5 5\n"},
+        {cell("B", "b", "(IOPATH A Y () (7)) (IOPATH A Y () (5))"), "b/A > b/Y 5 5\n"},
+        // Neither edge, but the times in which the output is switched on.
+        {cell("B", "b", "(IOPATH E Y () () (1) (3) (1) (4))"), "b/E > b/Y 3 4\n"},
+        {cell("B", "b", "(IOPATH E Y () () (1))"), ""},
+    };
+    for (const ArcRow& row : rows)
+        EXPECT_EQ(Annotated(row.cells).arcs(), row.expected) << row.cells;
+}
+
 // --- Checks ---
 
 TEST(Annotate, MakesChecks) {
@@ -208,25 +254,60 @@ TEST(Annotate, CountsWhatItDoesNotUse) {
 // --- What the netlist does not have ---
 
 TEST(Annotate, CountsWhatTheNetlistDoesNotHave) {
-    const char* const netlist = "clk<n1 r:DFF(C<n1 D< Q>n2) s:DFF(C<n1 D<n2 Q>)";
+    const char* const netlist = "clk<n1 d<n4 r:DFF(C<n1 D<n4 Q>n2) s:DFF(C<n1 D<n2 Q>)";
     const ArcRow rows[] = {
         {cell("DFF", "x", "(IOPATH (posedge C) Q (4))") + cell("DFF", "y", ""),
          "2:1: warning: 2 instances that the netlist does not have, first 'x'\n"},
-        {cell("DFF", "r", "(IOPATH (posedge C) QN (4))", "(SETUP E (posedge C) (4))"),
-         "2:54: warning: 2 delays and checks of pins that the netlist does not have, first 'r/QN'\n"},
+        // Pins that may be r/D, of which there is nothing else.
+        {cell("DFF", "r", "", "(SETUP E (posedge C) (4)) (HOLD E (posedge C) (4))"),
+         "2:50: warning: 2 delays and checks of pins that the netlist does not have, first 'r/E'\n"},
         {wires("(INTERCONNECT r/Q s/C (4)) (INTERCONNECT clk r/D (4))"),
          "2:53: warning: 2 delays between pins that the netlist does not connect, first 'r/Q to s/C'\n"},
         {wires("(INTERCONNECT x/Q s/D (4))"),
          "2:53: warning: 1 delays and checks of pins that the netlist does not have, first 'x/Q'\n"},
         {cell("DFF", "r", "", "(SETUP D (posedge G) (4)) (WIDTH G (1))"),
          "2:50: warning: 2 delays and checks of pins that the netlist does not have, first 'r/G'\n"},
+        {cell("DFF", "r", "(IOPATH (posedge C) Y (4))"),
+         "2:54: warning: 1 delays and checks of pins that the netlist does not have, first 'r/Y'\n"},
         {wires("(PORT r/E (4)) (NETDELAY r/E (4))"),
          "2:53: warning: 2 delays and checks of pins that the netlist does not have, first 'r/E'\n"},
+        {cell("DFF", "r", "(IOPATH (posedge C) Z (4)) (IOPATH (posedge C) Q (4))", "(SETUP D C (1))") +
+             wires("(INTERCONNECT r/Z s/D (4))"),
+         "3:53: warning: 1 delays and checks of pins that the netlist does not have, first 'r/Z'\n"},
         {wires("(IOPATH clk q (4))"), "2:53: warning: 1 cell delays of the top itself, first 'clk'\n"},
         {wires("(INTERCONNECT r/Q s/D (4))"), ""},
     };
     for (const ArcRow& row : rows)
         EXPECT_EQ(Annotated(row.cells, netlist).messages(), row.expected) << row.cells;
+}
+
+// --- Rounded values ---
+
+TEST(Annotate, CountsTheValuesThatItRounds) {
+    struct RoundingRow {
+        std::string cells;
+        int scale;
+        const char* expected;
+    };
+    const RoundingRow rows[] = {
+        {cell("B", "b", "(IOPATH A Y (1.000:2.0:3)) (IOPATH B Y (0.0) (1200e-2))"), -12, ""},
+        {cell("B", "b", "(IOPATH A Y (1.5))"), -12,
+         "2:52: note: 1 value is rounded to 1ps; --resolution 100fs keeps it\n"},
+        // Each value once; those that the corner does not take are not looked at.
+        {cell("B", "b", "(IOPATH A Y (1.1:2.2:3.3) (1.25:1.255:1.25))"), -12,
+         "2:52: note: 3 values are rounded to 1ps; --resolution 10fs keeps them all\n"},
+        {cell("B", "b", "(IOPATH A Y (1)) (IOPATH B Y (1.1))", "(SETUP A B (0.125)) (WIDTH B (1))"), -13,
+         "2:116: note: 1 value is rounded to 100fs; --resolution 1fs keeps it\n"},
+        {cell("B", "b", "(IOPATH A Y (0.12345)) (IOPATH B Y (0.5))"), -12,
+         "2:52: note: 2 values are rounded to 1ps; no --resolution keeps them all, the finest is 1fs\n"},
+        {cell("B", "b", "(IOPATH A Y (0.0001))"), -15,
+         "2:52: note: 1 value is rounded to 1fs; no --resolution keeps it, the finest is 1fs\n"},
+    };
+    for (const RoundingRow& row : rows) {
+        Annotated read(row.cells, {}, AnnotateOptions{Corner::minmax, row.scale});
+        read.rounding.report(row.scale, read.diagnostics);
+        EXPECT_EQ(read.messages(), row.expected) << row.cells;
+    }
 }
 
 // --- Errors ---

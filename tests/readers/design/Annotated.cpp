@@ -42,12 +42,13 @@ std::string withoutFile(const std::string& text, const std::string& file) {
 }
 
 void annotate(const InputFile& file, Design& design, const Netlist* netlist, const AnnotateOptions& options,
-              Diagnostics& diagnostics, std::uint64_t& bareArcs) {
+              Diagnostics& diagnostics, std::uint64_t& bareArcs, Rounding& rounding) {
     Annotator annotator(design, netlist, options, file.path(), diagnostics);
     Source source(file.path());
     Sdf::parse(source, annotator, diagnostics);
     annotator.finish();
     bareArcs = annotator.bareArcs();
+    rounding = annotator.rounding();
 }
 
 std::string fileOf(std::string_view cells) {
@@ -102,7 +103,7 @@ Annotated::Annotated(std::string_view cells, std::optional<std::string_view> net
     const InputFile file(fileOf(cells));
     const std::optional<Netlist> read = netlist ? std::optional(netlistOf(*netlist)) : std::nullopt;
     Diagnostics found;
-    annotate(file, design, read ? &*read : nullptr, options, found, bareArcs);
+    annotate(file, design, read ? &*read : nullptr, options, found, bareArcs, rounding);
     for (Diagnostic diagnostic : found.all()) {
         diagnostic.place.file.clear();
         diagnostics.add(diagnostic);
@@ -116,8 +117,9 @@ std::string errorOf(std::string_view cells, std::optional<std::string_view> netl
     Design design;
     Diagnostics diagnostics;
     std::uint64_t bareArcs = 0;
+    Rounding rounding;
     try {
-        annotate(file, design, read ? &*read : nullptr, options, diagnostics, bareArcs);
+        annotate(file, design, read ? &*read : nullptr, options, diagnostics, bareArcs, rounding);
     } catch (const BadInput& bad) {
         return withoutFile(bad.what(), file.path());
     }
@@ -171,6 +173,14 @@ std::string Annotated::roles() const {
     };
     return list("clock", &Design::isClockPin) + list("; data", &Design::isDataPin) +
            list("; output", &Design::isRegisterOutput);
+}
+
+std::string Annotated::resets() const {
+    std::string text;
+    for (const Design::Arc& arc : design.arcs)
+        if (design.isReset(arc))
+            text += (text.empty() ? "" : ", ") + design.pinName(arc.from) + " > " + design.pinName(arc.to);
+    return text;
 }
 
 std::string Annotated::messages() const {

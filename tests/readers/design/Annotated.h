@@ -26,6 +26,7 @@ public:
     Readers::Design design;
     Readers::Diagnostics diagnostics;
     std::uint64_t bareArcs = 0;
+    Readers::Rounding rounding; // its file is the place's, which messages() leaves out
 
     // "r0/C rise > r0/Q 400 400", wires as "clk ~ r0/C 100 100", arcs that nothing gave a delay with a "?".
     std::string arcs() const;
@@ -37,6 +38,8 @@ public:
     std::string ports() const;
     // Pins by what they are to a register: "clock: r0/C; data: r0/D; output: r0/Q"
     std::string roles() const;
+    // Arcs of sets and resets: "r0/R > r0/Q, r0/S > r0/Q".
+    std::string resets() const;
     // One on a line, without the file's name.
     std::string messages() const;
 };

@@ -241,6 +241,188 @@ TEST(Connect, TakesTheFilesSpellingOfNames) {
     EXPECT_EQ(bit.design.findPort("a[1]"), Readers::none);
 }
 
+// What is written in the file, and which cell of the netlist it is; "-": none, and a warning.
+TEST(Connect, FindsInstancesInEverySpelling) {
+    const struct {
+        const char *divider, *spelled, *found;
+    } rows[] = {
+        {".", "u.a\\.b", "u.a.b"},   {".", "u.a.b", "u.a.b"},
+        {".", "u/a.b", "u/a.b"},     {".", "u.\\a.b ", "u.a.b"},
+        {".", "u\\/a\\.b", "u/a.b"}, {"/", "u/a.b", "u/a.b"},
+        {"/", "u/a\\.b", "u/a.b"},   {"/", "u/a/b", "u/a/b"},
+        {"/", "u.a.b", "u.a.b"},     {"/", "u/\\a.b ", "u/a.b"},
+        {"/", "w[3]", "w[3]"},       {".", "w\\[3\\]", "w[3]"},
+        {"/", "f/g", "f/g"},         {".", "f.g", "f.g"},
+        {"/", "top/u/a.b", "u/a.b"}, {".", "tb.top.u.a\\.b", "u.a.b"},
+        {"/", "x/y/w[3]", "w[3]"},   {"/", "u/x", "-"},
+        {"/", "u", "above"},         {"/", "u/a/b/c", "-"},
+    };
+    for (const auto& row : rows) {
+        const Annotated read("(DELAYFILE (DIVIDER " + std::string(row.divider) + ") (TIMESCALE 1ps)\n" +
+                                 cell("B", row.spelled, "(IOPATH A Y (3))") + ")",
+                             "u/a.b:B(A< Y>) w[3]:B(A< Y>) f.g:B(A< Y>)");
+        const std::string found = row.found;
+        EXPECT_EQ(read.arcs(), found == "-" || found == "above" ? "" : found + "/A > " + found + "/Y 3 3\n")
+            << row.spelled;
+        EXPECT_EQ(read.messages(), found != "-"
+                                       ? ""
+                                       : "2:1: warning: 1 instances that the netlist does not have, first '" +
+                                             std::string(row.spelled) + "'\n")
+            << row.spelled;
+    }
+}
+
+// An instance above others may have wires of its own, but no delays.
+TEST(Connect, TellsOfDelaysOfInstancesThatAreNoCells) {
+    const char* const netlist = "u/a:B(A< Y>n) u/b:B(A<n Y>)";
+    const Annotated wired(cell("U", "u", "(INTERCONNECT a/Y b/A (3))"), netlist);
+    EXPECT_EQ(wired.arcs(), "u/a/Y ~ u/b/A 3 3\n");
+    EXPECT_EQ(wired.messages(), "");
+    const Annotated delayed(cell("U", "u", "(IOPATH I O (3)) (IOPATH J O (3))", "(SETUP I J (1))"), netlist);
+    EXPECT_EQ(delayed.messages(), "2:52: warning: 1 instances that the netlist does not have, first 'u'\n");
+}
+
+TEST(Connect, FindsPinsOfWiresInEverySpelling) {
+    const struct {
+        const char *divider, *spelled;
+    } rows[] = {
+        {".", "u.a\\.b.Y w.A"},       {".", "u.a.b.Y w.A"},
+        {".", "u.a\\.b/Y w/A"},       {".", "u.\\a.b .Y w.A"},
+        {"/", "u/a.b/Y w/A"},         {"/", "u.a.b.Y w.A"},
+        {"/", "u/\\a.b /Y w/A"},      {"/", "tb/top/u/a.b/Y tb/top/w/A"},
+        {"/", "top/u/a.b/Y top/w/A"}, {".", "tb.u.a\\.b.Y tb.w.A"},
+    };
+    for (const auto& row : rows) {
+        const Annotated read("(DELAYFILE (DIVIDER " + std::string(row.divider) + ") (TIMESCALE 1ps)\n" +
+                                 wires("(INTERCONNECT " + std::string(row.spelled) + " (3))") + ")",
+                             "u/a.b:B(A< Y>n) w:B(A<n Y>)");
+        EXPECT_TRUE(read.arcs().ends_with("/Y ~ w/A 3 3\n")) << row.spelled << read.arcs();
+        EXPECT_EQ(read.messages(), "") << row.spelled;
+    }
+    // Ports: with dividers in their names, and below a prefix.
+    for (const char* spelled : {"p.x u/a.b/A", "p\\.x u.a.b.A", "p/x u/a.b/A", "top/p.x top/u/a.b/A",
+                                "tb/top/p.x tb/top/u/a.b/A"}) {
+        const Annotated read(wires("(INTERCONNECT " + std::string(spelled) + " (3))"),
+                             "p.x<n u/a.b:B(A<n Y>)");
+        EXPECT_EQ(read.arcs(), "p.x ~ u/a.b/A 3 3\n") << spelled;
+        EXPECT_EQ(read.messages(), "") << spelled;
+    }
+}
+
+TEST(Connect, TakesTheTopAsAnInstanceOfATestBench) {
+    const Annotated read(cell("top", "tb/dut", "(INTERCONNECT a b/A (3))") +
+                             cell("B", "tb/dut/b", "(IOPATH A Y (4))") +
+                             cell("C", "tb/other", "(IOPATH A Y (4))"),
+                         "a<n1 b:B(A<n1 Y>)");
+    EXPECT_EQ(read.arcs(), "b/A > b/Y 4 4\na ~ b/A 3 3\n");
+    EXPECT_EQ(read.messages(),
+              "4:1: warning: 1 instances that the netlist does not have, first 'tb/other'\n");
+}
+
+TEST(Connect, TellsInstancesApartThatDifferInDividersAlone) {
+    const std::string head = "(DELAYFILE (DIVIDER .) (TIMESCALE 1ps)\n";
+    const auto delay = [](const char* instance, const char* value) {
+        return cell("B", instance, "(IOPATH A Y (" + std::string(value) + "))");
+    };
+    const char* const netlist = "u/a/b:B(A< Y>) u/a.b:B(A< Y>) u.a/b:B(A< Y>)";
+    for (const std::string& text : {delay("u.a.b", "1") + delay("u.a\\.b", "2") + delay("u\\.a.b", "3"),
+                                    delay("u\\.a.b", "3") + delay("u.a\\.b", "2") + delay("u.a.b", "1")}) {
+        const Annotated read(head + text + ")", netlist);
+        const std::string arcs = read.arcs();
+        for (const char* line :
+             {"u.a.b/A > u.a.b/Y 1 1\n", "u/a.b/A > u/a.b/Y 2 2\n", "u.a/b/A > u.a/b/Y 3 3\n"})
+            EXPECT_NE(arcs.find(line), std::string::npos) << arcs;
+        EXPECT_EQ(read.messages(), "");
+    }
+    // A flat name that a file does not escape.
+    const Annotated flat(head + delay("u.b", "1") + ")", "u/b:B(A< Y>) u.b:B(A< Y>)");
+    EXPECT_EQ(flat.arcs(), "u/b/A > u/b/Y 1 1\n");
+    EXPECT_EQ(flat.messages(),
+              "2:1: warning: 'u.b' is taken for 'u/b': the netlist has 'u.b' too, whose dots would have "
+              "to be escaped\n");
+    EXPECT_EQ(Support::errorOf(head + delay("u.a.b", "1") + ")", "u/a.b:B(A< Y>) u.a/b:B(A< Y>)"),
+              "2:1: error: 'u.a.b' may be 'u/a.b' or 'u.a/b' of the netlist: expected the spelling of one of "
+              "them, with a "
+              "'\\' before each divider that belongs to a name");
+    EXPECT_EQ(Support::errorOf(cell("B", "x/b", "(IOPATH A Y (1))") + cell("B", "b", "(IOPATH A Y (2))"),
+                               "b:B(A< Y>)"),
+              "3:1: error: 'b' is an instance of the netlist, but 'x/b' was taken for 'b': expected names "
+              "that all begin "
+              "with 'x/', or none");
+    // Another instance was found as it stands: there is no prefix.
+    const Annotated stale(cell("B", "b", "(IOPATH A Y (1))") + cell("B", "x/b", "(IOPATH A Y (2))"),
+                          "b:B(A< Y>)");
+    EXPECT_EQ(stale.arcs(), "b/A > b/Y 1 1\n");
+    EXPECT_EQ(stale.messages(), "3:1: warning: 1 instances that the netlist does not have, first 'x/b'\n");
+}
+
+// --- Pins that the netlist leaves out ---
+
+TEST(Connect, KnowsPinsByTheDelaysAlone) {
+    const std::string delays = "(IOPATH (posedge C) Q (1)) (IOPATH (posedge C) QN (2))",
+                      checks = "(SETUPHOLD D (posedge C) (1) (1)) (RECREM R (posedge C) (1) (1))";
+    const struct {
+        const char *netlist, *arcs;
+    } rows[] = {
+        // Omitted, open, and known by its direction.
+        {"k<n1 d<n2 q>n3 r:R(C?n1 D?n2 Q?n3)",
+         "r/C rise > r/Q 1 1\nr/C rise > r/QN 2 2\nk ~ r/C ?\nd ~ r/D ?\nr/Q ~ q ?\n"},
+        {"k<n1 d<n2 q>n3 r:R(C?n1 D?n2 Q?n3 QN?)",
+         "r/C rise > r/Q 1 1\nr/C rise > r/QN 2 2\nk ~ r/C ?\nd ~ r/D ?\nr/Q ~ q ?\n"},
+        {"k<n1 d<n2 q>n3 r:R(C<n1 D<n2 Q>n3 R<)",
+         "r/C rise > r/Q 1 1\nr/C rise > r/QN 2 2\nk ~ r/C ?\nd ~ r/D ?\nr/Q ~ q ?\n"},
+        {"k<n1 d<n2 r:R(C?n1 D?n2)", "r/C rise > r/Q 1 1\nr/C rise > r/QN 2 2\nk ~ r/C ?\nd ~ r/D ?\n"},
+    };
+    for (const auto& row : rows) {
+        const Annotated read(cell("R", "r", delays, checks), row.netlist);
+        EXPECT_EQ(read.arcs(), row.arcs) << row.netlist;
+        EXPECT_EQ(read.messages(), "") << row.netlist;
+        EXPECT_EQ(read.design.pins[read.design.findPin(read.design.findCell("r"), "QN")].direction,
+                  Readers::Direction::output);
+    }
+}
+
+// --- Cells with PORT delays and no IOPATH ---
+
+TEST(Connect, PassesThroughCellsThatHavePortDelaysAlone) {
+    const char* const warning =
+        "warning: 1 cells of type 'CK' with PORT delays and no IOPATH: what comes in passes to the "
+        "outputs without delay, first 'c'\n";
+    const struct {
+        std::string cells;
+        const char *netlist, *arcs;
+        std::string messages;
+    } rows[] = {
+        // With directions and without.
+        {cell("CK", "c", "(PORT I (3)) (PORT E (4))"), "b:B(Y>n1) c:CK(I<n1 E< O>n2) d:D(A<n2)",
+         "c/I > c/O ?\nb/Y ~ c/I 3 3\nc/O ~ d/A ?\n", "2:53: " + std::string(warning)},
+        {cell("CK", "c", "(PORT I (3))") + cell("B", "b", "(IOPATH A Y (1))") +
+             cell("D", "d", "(PORT A (5)) (IOPATH A Z (6))"),
+         "a<n0 b:B(A?n0 Y?n1) c:CK(I?n1 E? O?n2) d:D(A?n2)",
+         "b/A > b/Y 1 1\nd/A > d/Z 6 6\nc/I > c/O ?\na ~ b/A ?\nb/Y ~ c/I 3 3\nc/O ~ d/A 5 5\n",
+         "2:53: " + std::string(warning)},
+        // Right behind a port, and two in a row.
+        {cell("CK", "c", "(PORT I (3))") + cell("D", "d", "(PORT A (5)) (IOPATH A Z (6))"),
+         "a<n0 c:CK(I?n0 O?n2) d:D(A?n2)", "d/A > d/Z 6 6\nc/I > c/O ?\na ~ c/I 3 3\nc/O ~ d/A 5 5\n",
+         "2:53: " + std::string(warning)},
+        {cell("CK", "c", "(PORT I (3))") + cell("CK", "e", "(PORT I (4))"),
+         "a<n0 y>n2 c:CK(I?n0 O?n1) e:CK(I?n1 O?n2)",
+         "e/I > e/O ?\nc/I > c/O ?\na ~ c/I 3 3\ne/O ~ y ?\nc/O ~ e/I 4 4\n",
+         "2:53: " + std::string(warning)},
+        // Not so a cell that has delays or checks, or that is of a type with checks.
+        {cell("CK", "c", "(PORT I (3)) (IOPATH E O (1))"), "b:B(Y>n1) c:CK(I<n1 E<n1 O>n2) d:D(A<n2)",
+         "c/E > c/O 1 1\nb/Y ~ c/I 3 3\nb/Y ~ c/E ?\nc/O ~ d/A ?\n", ""},
+        {cell("CK", "c", "(PORT I (3))", "(SETUP I E (1))") + cell("CK", "e", "(PORT I (3))"),
+         "b:B(Y>n1) c:CK(I<n1 E<n1 O>n2) e:CK(I<n2 E<n1 O>)",
+         "b/Y ~ c/I 3 3\nb/Y ~ c/E ?\nb/Y ~ e/E ?\nc/O ~ e/I 3 3\n", ""},
+    };
+    for (const auto& row : rows) {
+        const Annotated read(row.cells, row.netlist);
+        EXPECT_EQ(read.arcs(), row.arcs) << row.netlist;
+        EXPECT_EQ(read.messages(), row.messages) << row.netlist;
+    }
+}
+
 // --- What is a register ---
 
 TEST(Connect, TellsRegistersByTheirChecksAndArcs) {
