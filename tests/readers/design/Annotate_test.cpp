@@ -297,7 +297,7 @@ TEST(Annotate, CountsTheValuesThatItRounds) {
         {cell("B", "b", "(IOPATH A Y (1.1:2.2:3.3) (1.25:1.255:1.25))"), -12,
          "2:52: note: 3 values are rounded to 1ps; --resolution 10fs keeps them all\n"},
         {cell("B", "b", "(IOPATH A Y (1)) (IOPATH B Y (1.1))", "(SETUP A B (0.125)) (WIDTH B (1))"), -13,
-         "2:116: note: 1 value is rounded to 100fs; --resolution 1fs keeps it\n"},
+         "2:103: note: 1 value is rounded to 100fs; --resolution 1fs keeps it\n"},
         {cell("B", "b", "(IOPATH A Y (0.12345)) (IOPATH B Y (0.5))"), -12,
          "2:52: note: 2 values are rounded to 1ps; no --resolution keeps them all, the finest is 1fs\n"},
         {cell("B", "b", "(IOPATH A Y (0.0001))"), -15,

@@ -331,7 +331,8 @@ TEST(Parser, ConditionsOfAnyShape) {
              "(f(b, $g(c)) == 1) || !d",
              "(b == \"on (\") && c != \"\"",
              "-(b) + (+c) == ~|d",
-             "b == 1.5 && c == 2'b0?",
+             "b == 1.5 && c == 2'b0 ?d:e",
+             "b==1'b1?c:d",
          }) {
         const std::string text(condition);
         EXPECT_EQ(inside(delayOf("(COND " + text + "(IOPATH a y (1)))")),
