@@ -2,6 +2,7 @@
 #include "Command.h"
 
 #include "../report/Json.h"
+#include "../report/Table.h"
 #include "../report/Text.h"
 #include "Ending.h"
 #include "Output.h"
@@ -12,6 +13,9 @@
 #include <iostream>
 #include <new>
 #include <optional>
+#include <stdexcept>
+#include <string_view>
+#include <utility>
 
 #include <unistd.h>
 
@@ -19,20 +23,47 @@ namespace Cli {
 
 namespace {
 
+// A line on standard error. Names in it cannot steer the terminal.
+void say(std::string_view line) { std::cerr << Report::printable(line) << '\n'; }
+
 void print(const Readers::Diagnostics& diagnostics, bool quiet) {
     for (const Readers::Diagnostic& diagnostic : diagnostics.all())
         if (!quiet || diagnostic.severity == Readers::Severity::error)
-            std::cerr << toString(diagnostic) << '\n';
+            say(toString(diagnostic));
 }
 
-// The report to where it is wanted: JSON to its file, text to standard output unless the JSON goes there.
-void write(const Report::Report& report, const Options& options, std::optional<Output>& json) {
-    if (json) {
-        writeJson(report, json->stream());
-        json->commit();
-    }
-    if (options.json == "-")
-        return;
+// As the engine's console writes it.
+void printEngineMessage(const Ruvex::Console::Message& message, bool color) {
+    using enum Ruvex::Console::Level;
+    const auto [word, ink] = message.level == Error     ? std::pair("error", "\x1b[31m")
+                             : message.level == Warning ? std::pair("warning", "\x1b[33m")
+                             : message.level == Remark  ? std::pair("remark", "\x1b[36m")
+                                                        : std::pair("", "");
+    const bool hasWord = *word != '\0';
+    std::string line(2 * static_cast<std::size_t>(message.indentation), ' ');
+    line += hasWord && color ? ink + std::string(word) + "\x1b[0m" : word;
+    if (!message.label.empty())
+        line += (hasWord ? " [" : "[") + Report::printable(message.label) + (hasWord ? "]: " : "] ");
+    else if (hasWord)
+        line += ": ";
+    std::cerr << line << Report::printable(message.text) << '\n';
+}
+
+// An output that would overwrite a file that a constraint file sources.
+class OverwritesInput : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+void refuseToOverwrite(const Options& options, const std::string& input) {
+    if (options.json && wouldOverwrite(*options.json, input))
+        throw OverwritesInput(usageError("--json: would overwrite the input '" + input + "'"));
+    if (wouldOverwrite("-", input))
+        throw OverwritesInput(usageError("standard output: would overwrite the input '" + input + "'"));
+}
+
+// The text to standard output, to its last byte.
+void writeText(const Report::Report& report, const Options& options) {
     Output text("-");
     Report::TextOptions how;
     how.color = wantsColor(options.color, STDOUT_FILENO);
@@ -41,7 +72,7 @@ void write(const Report::Report& report, const Options& options, std::optional<O
     how.listUnconstrained = options.unconstrained;
     how.listExceptions = options.exceptions;
     writeText(report, how, text.stream());
-    text.commit();
+    text.finish();
 }
 
 ExitStatus analyze(const Options& options, Session& session) {
@@ -51,14 +82,31 @@ ExitStatus analyze(const Options& options, Session& session) {
     const Report::Report report = [&] {
         Progress progress(STDERR_FILENO, wantsProgress(options.progress, STDERR_FILENO));
         session.onStage = [&](std::string_view stage) { progress.show(stage); };
+        session.onEngineMessage =
+            [&, color = wantsColor(options.color, STDERR_FILENO)](const Ruvex::Console::Message& message) {
+                progress.clear();
+                printEngineMessage(message, color);
+            };
+        session.onInput = [&](const std::string& input) { refuseToOverwrite(options, input); };
         return session.run(options);
     }();
     print(session.diagnostics, options.quiet);
     if (options.verbose)
         for (const Stage& stage : session.stages)
             std::cerr << "vorlen: " << stage.name << ": " << stage.seconds << " s\n";
-    write(report, options, json);
-    return report.isViolated() && !options.allowViolations ? timingViolated : timingMet;
+    if (json) {
+        writeJson(report, json->stream());
+        json->finish();
+    }
+    if (options.json != "-")
+        writeText(report, options);
+    // All outputs are complete: only now does the file take its place.
+    const ExitStatus status = report.isViolated() && !options.allowViolations ? timingViolated : timingMet;
+    conclude(status, [&] {
+        if (json)
+            json->commit();
+    });
+    return status;
 }
 
 ExitStatus analyzeOrRefuse(const Options& options) {
@@ -68,10 +116,13 @@ ExitStatus analyzeOrRefuse(const Options& options) {
         return analyze(options, session);
     } catch (const Readers::BadInput& bad) {
         print(session.diagnostics, options.quiet);
-        std::cerr << bad.what() << '\n';
+        say(bad.what());
         return badInput;
     } catch (const CannotWrite& failure) {
-        std::cerr << failure.what() << '\n';
+        say(failure.what());
+        return badInput;
+    } catch (const OverwritesInput& refused) {
+        say(refused.what());
         return badInput;
     } catch (const Interrupted&) {
         std::cerr << "vorlen: interrupted\n";
@@ -86,7 +137,7 @@ ExitStatus giveUp() noexcept {
     } catch (const std::bad_alloc&) {
         std::cerr << "vorlen: error: out of memory\n";
     } catch (const std::exception& failure) {
-        std::cerr << "vorlen: internal error: " << failure.what() << '\n';
+        say("vorlen: internal error: " + std::string(failure.what()));
     }
     return internalError;
 }
@@ -110,7 +161,7 @@ ExitStatus printAnswer(const std::string& answer, ExitStatus status) noexcept {
         output.commit();
         return status;
     } catch (const CannotWrite& failure) {
-        std::cerr << failure.what() << '\n';
+        say(failure.what());
         return badInput;
     } catch (...) {
         return giveUp();

@@ -2,12 +2,14 @@
 #include "Ending.h"
 
 #include "../readers/sdc/Watch.h"
+#include "../report/Characters.h"
 #include "Options.h"
 #include "Output.h"
 #include "Progress.h"
-#include "Session.h"
+#include "SignalsHeld.h"
 
 #include <array>
+#include <atomic>
 #include <csignal>
 #include <new>
 
@@ -19,38 +21,71 @@ namespace {
 
 struct sigaction beforeFault {};
 
+// The status of a run whose outputs are in their places; before that, none.
+constexpr int none = -1;
+std::atomic<int> concluded = none;
+static_assert(std::atomic<int>::is_always_lock_free);
+
+void write(std::string_view bytes) noexcept {
+    [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, bytes.data(), bytes.size());
+}
+
+// As Report::printable(), without memory: piece by piece.
+void writeShown(std::string_view line) noexcept {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    while (!line.empty()) {
+        const std::size_t plain = Report::lengthWithoutControls(line);
+        write(line.substr(0, plain));
+        line.remove_prefix(plain);
+        const std::size_t control = Report::controlLength(line);
+        for (const char c : line.substr(0, control)) {
+            const auto byte = static_cast<unsigned char>(c);
+            const std::array<char, 4> escape{'\\', 'x', digits[byte >> 4U], digits[byte & 0xFU]};
+            write({escape.data(), escape.size()});
+        }
+        line.remove_prefix(control);
+    }
+}
+
 [[noreturn]] void end(std::string_view line, ExitStatus status) noexcept {
     Output::abandon();
     Progress::abandon();
-    for (const std::string_view text : {line, std::string_view("\n")})
-        [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
+    writeShown(line);
+    write("\n");
     _exit(status);
 }
 
-// Where nothing would heed the request, and when it is made again, the process ends here: nothing is written
-// yet but a file that has not taken its place.
-void onInterrupt(int) {
-    static volatile std::sig_atomic_t requests = 0;
-    requests = requests + 1;
-    if (requestStop() && requests == 1)
-        return;
-    end("vorlen: interrupted", interrupted);
-}
-
-void onEnd(int signal) {
-    Output::abandon();
-    Progress::abandon();
-    std::signal(signal, SIG_DFL);
-    std::raise(signal);
+bool isFault(int signal) {
+    return signal == SIGBUS || signal == SIGFPE || signal == SIGILL || signal == SIGSYS || signal == SIGTRAP;
 }
 
 // What the program did itself happens again when the handler is left, and then ends it as ever.
+void onEnd(int signal, siginfo_t* info, void*) {
+    if (const int status = concluded; status != none && !isFault(signal) && signal != SIGABRT)
+        _exit(status);
+    if (signal == SIGINT)
+        end("vorlen: interrupted", interrupted);
+    Output::abandon();
+    Progress::abandon();
+    std::signal(signal, SIG_DFL);
+    if (info->si_code <= 0 || !isFault(signal))
+        std::raise(signal);
+}
+
 void onFault(int signal, siginfo_t* info, void*) {
     Readers::Sdc::Watch::onFault(info->si_addr);
     Output::abandon();
     sigaction(signal, &beforeFault, nullptr);
     if (info->si_code <= 0) // sent by kill()
         std::raise(signal);
+}
+
+// Whether it ends a process that does nothing about it.
+bool isEnding(int signal) {
+    for (const int other : {SIGCHLD, SIGCONT, SIGKILL, SIGSTOP, SIGTSTP, SIGTTIN, SIGTTOU, SIGURG, SIGWINCH})
+        if (signal == other)
+            return false;
+    return true;
 }
 
 // On a stack of its own: that of the program may be at its end.
@@ -68,13 +103,26 @@ void handleFaults() {
 
 } // namespace
 
+// Handlers that others have installed, to profile or to check the program, stay too.
 void handleSignals() {
-    std::signal(SIGINT, onInterrupt);
-    std::signal(SIGTERM, onEnd);
-    std::signal(SIGHUP, onEnd);
-    std::signal(SIGABRT, onEnd);
     handleFaults();
     std::signal(SIGXFSZ, SIG_IGN); // a limit of the files' size is told as any other failure to write
+    struct sigaction action {};
+    action.sa_sigaction = onEnd;
+    action.sa_flags = SA_SIGINFO | SA_ONSTACK | SA_RESTART;
+    sigfillset(&action.sa_mask);
+    for (int signal = 1; signal < NSIG; ++signal) {
+        struct sigaction inherited {};
+        if (isEnding(signal) && sigaction(signal, nullptr, &inherited) == 0 &&
+            (inherited.sa_flags & SA_SIGINFO) == 0 && inherited.sa_handler == SIG_DFL)
+            sigaction(signal, &action, nullptr);
+    }
+}
+
+void conclude(ExitStatus status, const std::function<void()>& putInPlace) {
+    const SignalsHeld held;
+    putInPlace();
+    concluded = status;
 }
 
 void handleLackOfMemory() {

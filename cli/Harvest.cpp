@@ -1,7 +1,7 @@
 // What is read of a sweep: the slacks of its end points. Paths are traced in HarvestPaths.cpp.
 #include "Harvest.h"
 
-#include "HarvestStep.h"
+#include "Session.h"
 
 #include <algorithm>
 
@@ -14,6 +14,9 @@ using Readers::Model::Requirement;
 using Readers::Model::Start;
 
 namespace {
+
+// How many end points are read between two looks at whether the run is to stop.
+constexpr unsigned stopStride = 1024;
 
 bool isRising(const Pelko::ClockMode& mode) { return mode.getCode() == Pelko::ClockMode::Rising; }
 
@@ -112,7 +115,10 @@ Harvest::Context Harvest::contextOf(const Vorlen::Sweep* sweep) {
 
 void Harvest::read(const Vorlen::Sweep* sweep) {
     const Context context = contextOf(sweep);
+    unsigned leaves = 0;
     for (Pelko::Pole* leaf : sweep->getSubdomain()->getLatchLeaves()) {
+        if (leaves++ % stopStride == 0)
+            throwIfStopped();
         if (leaf->isOutput()) {
             readEnd(context, leaf, Vorlen::Timing(Delay(0), Delay(0)));
             continue;
@@ -123,6 +129,7 @@ void Harvest::read(const Vorlen::Sweep* sweep) {
         for (Pelko::Pole* check : model_.host().getCell()->getAuxiliaryPoles(leaf->getPin()))
             readEnd(context, check, latch[0]);
     }
+    traceQueue(context);
 }
 
 // Setup: the latest arrival against the earliest capture. Hold: the earliest arrival against the latest
@@ -257,16 +264,17 @@ std::vector<std::uint64_t> Harvest::governed(bool setup) const {
 }
 
 void Harvest::record(const Context& context, const Arrival& arrival) {
-    const Requirement& requirement = *arrival.requirement;
     EndResult& result = endpoints_[arrival.end->pin];
     std::optional<Worst>& worst = arrival.setup ? result.setup : result.hold;
-    if (!worst || arrival.slack < worst->slack)
-        worst = Worst{arrival.slack, context.launch, context.capture,
-                      arrival.setup ? requirement.setupException : requirement.holdException};
+    if (!worst || arrival.slack <= worst->slack) {
+        const Standing standing = standingOf(context, arrival);
+        if (!worst || arrival.slack < worst->slack || isBefore(standing, worst->by))
+            worst = Worst{arrival.slack, standing};
+    }
     if (arrival.setup)
         achieve(context, arrival);
     if (arrival.setup ? options_.setup : options_.hold)
-        trace(context, arrival);
+        enqueue(arrival);
 }
 
 // The relation is a fixed part of the period: with another period it grows with it.

@@ -4,8 +4,12 @@
 // Harvest listens to the host's objects. As soon as a subdomain exists it fixes the relations that the
 // clocks' edges give; just before a sweep goes it reads the arrivals at the sweep's end points, class by
 // class, finds the exception that governs each, and keeps what is worst. Paths are traced back through the
-// sweep's arrivals, the worst first, so that none is looked at that is not reported. A run that did not end
-// gives nothing: take() only after a launch that returned true.
+// sweep's arrivals, the worst first, so that none is looked at that is not reported. The results of a run
+// that did not end are incomplete: ask for them only after a launch that returned true.
+//
+// Equal slacks are ordered by names, never by the order in which a file lists its cells: by the end point,
+// then by launching and capturing clock and their edges, by the exception, and then by the pins of the path
+// from the end point backwards.
 #pragma once
 
 #include "../readers/model/Exceptions.h"
@@ -30,11 +34,17 @@ struct HarvestOptions {
     bool setup = true, hold = true;
 };
 
+// What decides between equal slacks of an end point before the pins of the paths do.
+struct Standing {
+    std::uint32_t launch = Readers::none, capture = Readers::none; // clocks
+    bool launchRise = true, captureRise = true;
+    std::uint32_t exception = Readers::none;
+    const Readers::Model::End* end = nullptr;
+};
 // The worst of an end point on one side.
 struct Worst {
     Time slack = 0;
-    std::uint32_t launch = Readers::none, capture = Readers::none; // clocks
-    std::uint32_t exception = Readers::none;
+    Standing by = {};
 };
 struct EndResult {
     std::optional<Worst> setup, hold;
@@ -60,8 +70,8 @@ public:
 
     // By the pin of the end point. Throws what went wrong while a sweep was read.
     const std::map<std::uint32_t, EndResult>& endpoints() const;
-    // The reported paths, setup first, each kind worst first.
-    std::vector<Report::Path> paths() const;
+    // The reported paths, setup first, each kind worst first. Hands them over: call it once.
+    std::vector<Report::Path> takePaths();
     // The pairs of clocks whose edges were compared up to a limit only, the first clock first.
     std::set<std::pair<std::uint32_t, std::uint32_t>> cutOffPairs() const;
     // By exception, the end points of which it governs some path. A path group governs those of its paths.
@@ -89,14 +99,20 @@ private:
         Time relation = 0; // capture edge - launch edge, or the delay in its place
         Time slack = 0;
     };
-    // A path that is kept: its slack decides, then its end point's name.
+    // A path that is kept.
     struct Kept {
-        Time slack;
-        std::uint64_t number;
-        std::uint32_t pin;
-        Report::Path path;
+        std::uint32_t pin = Readers::none; // of the end point
+        Standing by = {};
+        Report::Path path = {};
     };
+    // The order of reports. What is equal in it is reported alike.
+    struct Order {
+        const Harvest* harvest;
+        bool operator()(const Kept& a, const Kept& b) const;
+    };
+    using KeptPaths = std::multiset<Kept, Order>;
     struct Step;
+    class Trail;
 
     Context contextOf(const Vorlen::Sweep* sweep);
     void read(const Vorlen::Sweep* sweep);
@@ -108,10 +124,17 @@ private:
     void noteGoverning(const Arrival& arrival);
     void record(const Context& context, const Arrival& arrival);
     void achieve(const Context& context, const Arrival& arrival);
+    Standing standingOf(const Context& context, const Arrival& arrival) const;
+    bool isBefore(const Standing& a, const Standing& b) const;
+    bool isBefore(const Arrival& a, const Arrival& b) const;
+    void enqueue(const Arrival& arrival);
+    void thinOut(std::vector<Arrival>& queue) const;
+    void traceQueue(const Context& context);
     void trace(const Context& context, const Arrival& arrival);
     bool isWanted(bool setup, std::uint32_t pin, Time slack) const;
-    void keep(bool setup, std::uint32_t pin, Report::Path path);
-    Report::Path pathOf(const Context& context, const Arrival& arrival, const Step& step) const;
+    bool keep(bool setup, Kept kept);
+    Report::Path pathOf(const Context& context, const Arrival& arrival, const Step& step,
+                        const Trail& trail) const;
     void addPoints(const std::vector<Pelko::Edge*>& edges, bool late, Report::Path& path) const;
 
     const Readers::Design& design_;
@@ -126,9 +149,11 @@ private:
     std::map<std::uint32_t, Time> achieved_;
     // Hold, setup: exceptions and the end pins where they govern.
     std::set<std::pair<std::uint32_t, std::uint32_t>> governed_[2];
-    std::map<std::pair<Time, std::uint64_t>, Kept> kept_[2]; // hold, setup; worst first
-    std::unordered_map<std::uint32_t, std::vector<std::pair<Time, std::uint64_t>>> keptOfPin_[2];
-    std::uint64_t number_ = 0;
+    // Hold, setup: arrivals of the sweep whose paths may be reported, and where they are thinned out.
+    std::vector<Arrival> queue_[2];
+    std::size_t queueLimit_[2] = {};
+    KeptPaths kept_[2] = {KeptPaths(Order{this}), KeptPaths(Order{this})}; // hold, setup; in order
+    std::unordered_map<std::uint32_t, std::vector<KeptPaths::iterator>> keptOfPin_[2]; // in order
     std::map<std::tuple<std::uint32_t, bool, std::uint32_t, bool>, Readers::Model::Relation> relations_;
     std::exception_ptr failure_;
 };

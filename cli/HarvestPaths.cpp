@@ -2,10 +2,18 @@
 //
 // What arrives at a pole is known exactly, so the arrival at a pole plus the delay from there to the end is
 // the arrival of the worst path through both: the open steps are taken worst first, and complete paths come
-// out in order. The newest of equal steps goes first, which keeps the search from widening over equal paths.
+// out in order. Of equal steps that one goes first whose pins, from the end point backwards, come first by
+// their names. So the steps before a path's start are taken one after the other, and equal paths do not widen
+// the search.
 #include "HarvestStep.h"
+#include "Session.h"
 
 #include <algorithm>
+#include <functional>
+#include <iterator>
+#include <ranges>
+#include <string_view>
+#include <tuple>
 
 namespace Cli {
 
@@ -14,6 +22,12 @@ using Readers::none;
 using Readers::Model::Start;
 
 namespace {
+
+// How many steps are taken between two looks at whether the run is to stop.
+constexpr unsigned stopStride = 4096;
+
+// How many arrivals a queue may have in any case.
+constexpr std::size_t leastQueue = 4096;
 
 // An arc's part of an arrival: the delay, or the setup or hold value of a check.
 std::optional<Time> partOf(const Pelko::Edge& edge, bool late) {
@@ -65,100 +79,223 @@ Report::Exception describe(const Readers::Sdc::Constraints& constraints,
     return described;
 }
 
+// --- Order ---
+
+Standing Harvest::standingOf(const Context& context, const Arrival& arrival) const {
+    const Readers::Model::Requirement& requirement = *arrival.requirement;
+    return {context.launch,
+            context.capture,
+            context.launchRise,
+            context.captureRise,
+            arrival.setup ? requirement.setupException : requirement.holdException,
+            arrival.end};
+}
+
+// Rising edges first. Delays of a port are in the order of their commands.
+bool Harvest::isBefore(const Standing& a, const Standing& b) const {
+    const auto clockOf = [this](std::uint32_t clock) {
+        return clock == none ? std::string_view() : std::string_view(clocks_[clock].name);
+    };
+    const auto standing = [&](const Standing& of) {
+        return std::tuple(clockOf(of.launch), !of.launchRise, clockOf(of.capture), !of.captureRise,
+                          of.exception);
+    };
+    if (a.end == b.end || standing(a) != standing(b))
+        return standing(a) < standing(b);
+    if (a.end->clockPin != b.end->clockPin && a.end->clockPin != none && b.end->clockPin != none)
+        return isNamedBefore(design_, a.end->clockPin, b.end->clockPin);
+    return a.end->rise != b.end->rise ? a.end->rise : std::less()(a.end->delay, b.end->delay);
+}
+
+bool Harvest::isBefore(const Arrival& a, const Arrival& b) const {
+    if (a.slack != b.slack)
+        return a.slack < b.slack;
+    return a.end->pin != b.end->pin && isNamedBefore(design_, a.end->pin, b.end->pin);
+}
+
+bool Harvest::Order::operator()(const Kept& a, const Kept& b) const {
+    if (a.path.slack != b.path.slack)
+        return a.path.slack < b.path.slack;
+    if (a.pin != b.pin)
+        return isNamedBefore(harvest->design_, a.pin, b.pin);
+    if (harvest->isBefore(a.by, b.by) || harvest->isBefore(b.by, a.by))
+        return harvest->isBefore(a.by, b.by);
+    const auto backwards = [](const Report::Path& path) { return path.points | std::views::reverse; };
+    const auto first = backwards(a.path), second = backwards(b.path);
+    const auto [one, other] =
+        std::ranges::mismatch(first, second, {}, &Report::Point::pin, &Report::Point::pin);
+    if (one != first.end() && other != second.end())
+        return one->pin < other->pin;
+    if (one != first.end() || other != second.end())
+        return one == first.end();
+    return a.path.inputDelay < b.path.inputDelay;
+}
+
 // --- What is kept ---
 
+// Whether a path of that slack may be among those reported.
 bool Harvest::isWanted(bool setup, std::uint32_t pin, Time slack) const {
     if (options_.paths == 0)
         return false;
-    const auto& kept = kept_[setup];
+    const KeptPaths& kept = kept_[setup];
     if (const auto own = keptOfPin_[setup].find(pin);
         own != keptOfPin_[setup].end() && own->second.size() >= options_.perEndpoint)
-        return slack < own->second.back().first;
-    return kept.size() < options_.paths || slack < kept.rbegin()->second.slack;
+        return slack <= own->second.back()->path.slack;
+    if (kept.size() < options_.paths)
+        return true;
+    const Kept& last = *kept.rbegin();
+    return slack < last.path.slack ||
+           (slack == last.path.slack && (pin == last.pin || isNamedBefore(design_, pin, last.pin)));
 }
 
-void Harvest::keep(bool setup, std::uint32_t pin, Report::Path path) {
-    auto& kept = kept_[setup];
-    auto& own = keptOfPin_[setup][pin];
-    const std::pair<Time, std::uint64_t> place(path.slack, number_++);
-    kept.try_emplace(place, Kept{path.slack, place.second, pin, std::move(path)});
-    own.insert(std::ranges::upper_bound(own, place), place);
-    std::optional<std::pair<Time, std::uint64_t>> dropped;
-    if (own.size() > options_.perEndpoint)
-        dropped = own.back();
-    else if (kept.size() > options_.paths)
-        dropped = kept.rbegin()->first;
-    if (!dropped)
-        return;
-    std::erase(keptOfPin_[setup][kept.at(*dropped).pin], *dropped);
-    kept.erase(*dropped);
+// False if the path is not among those reported; then none is that comes after it.
+bool Harvest::keep(bool setup, Kept path) {
+    KeptPaths& kept = kept_[setup];
+    auto& own = keptOfPin_[setup][path.pin];
+    const bool full = own.size() >= options_.perEndpoint;
+    if (!full && kept.size() >= options_.paths && !kept.key_comp()(path, *kept.rbegin()))
+        return false;
+    if (full && !kept.key_comp()(path, *own.back()))
+        return false;
+    const auto place = kept.insert(std::move(path));
+    own.insert(std::ranges::upper_bound(own, *place, kept.key_comp(),
+                                        [](KeptPaths::iterator of) -> const Kept& { return *of; }),
+               place);
+    if (!full && kept.size() <= options_.paths)
+        return true;
+    const auto dropped = full ? own.back() : std::prev(kept.end());
+    keptOfPin_[setup][dropped->pin].pop_back();
+    kept.erase(dropped);
+    return true;
 }
 
-std::vector<Report::Path> Harvest::paths() const {
+std::vector<Report::Path> Harvest::takePaths() {
     std::vector<Report::Path> all;
     for (const bool setup : {true, false}) {
-        const std::size_t first = all.size();
-        for (const auto& [place, kept] : kept_[setup])
-            all.push_back(kept.path);
-        std::stable_sort(all.begin() + static_cast<std::ptrdiff_t>(first), all.end(),
-                         [](const Report::Path& a, const Report::Path& b) {
-                             return a.slack != b.slack ? a.slack < b.slack : a.endpoint < b.endpoint;
-                         });
+        keptOfPin_[setup].clear();
+        while (!kept_[setup].empty())
+            all.push_back(std::move(kept_[setup].extract(kept_[setup].begin()).value().path));
     }
     return all;
+}
+
+// --- The queue of a sweep's arrivals ---
+//
+// The worst arrivals are traced first, so that of a sweep hardly more paths are traced than are reported.
+
+void Harvest::enqueue(const Arrival& arrival) {
+    if (!isWanted(arrival.setup, arrival.end->pin, arrival.slack))
+        return;
+    std::vector<Arrival>& queue = queue_[arrival.setup];
+    std::size_t& limit = queueLimit_[arrival.setup];
+    queue.push_back(arrival);
+    if (queue.size() < std::max(limit, leastQueue))
+        return;
+    thinOut(queue);
+    limit = 2 * queue.size();
+}
+
+// Sorts the arrivals, and drops those that have as many better ones before them as there are paths to report,
+// in all or of their end point: each has a path of its own.
+void Harvest::thinOut(std::vector<Arrival>& queue) const {
+    std::ranges::sort(queue, [this](const Arrival& a, const Arrival& b) { return isBefore(a, b); });
+    struct Own {
+        std::size_t better = 0, equal = 0; // arrivals before this one, and of its slack
+        Time slack = 0;
+    };
+    std::unordered_map<std::uint32_t, Own> ends;
+    std::size_t left = 0;
+    for (const Arrival& arrival : queue) {
+        Own& own = ends.try_emplace(arrival.end->pin, Own{0, 0, arrival.slack}).first->second;
+        if (ends.size() > options_.paths)
+            break;
+        if (own.slack != arrival.slack)
+            own = {own.better + own.equal, 0, arrival.slack};
+        ++own.equal;
+        if (own.better < options_.perEndpoint)
+            queue[left++] = arrival;
+    }
+    queue.resize(left);
+}
+
+void Harvest::traceQueue(const Context& context) {
+    for (const bool setup : {true, false}) {
+        thinOut(queue_[setup]);
+        for (const Arrival& arrival : queue_[setup])
+            trace(context, arrival);
+        queue_[setup].clear();
+        queueLimit_[setup] = 0;
+    }
 }
 
 // --- Tracing ---
 
 void Harvest::trace(const Context& context, const Arrival& arrival) {
-    if (!isWanted(arrival.setup, arrival.end->pin, arrival.slack))
+    const bool setup = arrival.setup;
+    const std::uint32_t pin = arrival.end->pin;
+    if (!isWanted(setup, pin, arrival.slack))
         return;
-    // By the arrival at the end, the worst first: negated for setup. Newer steps stand before older equal
-    // ones.
-    std::multimap<Time, Step> open;
+    Trail trail(design_);
+    // By the arrival at the end, the worst first: negated for setup.
+    struct Open {
+        Time key;
+        std::uint32_t step;
+    };
+    const auto comesFirst = [&trail](const Open& a, const Open& b) {
+        return a.key != b.key ? a.key < b.key : trail.isBefore(a.step, b.step);
+    };
+    std::multiset<Open, decltype(comesFirst)> open(comesFirst);
     Vorlen::TimingMap arrivals;
     context.sweep->hasArrivalTimingMap(arrival.end->pole, arrivals);
     const auto& timing = arrivals.at(arrival.classes);
-    const Time whole = int(arrival.setup ? timing.getMaximumDelay() : timing.getMinimumDelay());
-    const Time sign = arrival.setup ? -1 : 1;
-    open.emplace(sign * whole, Step{arrival.end->pole, arrival.classes, 0, nullptr, nullptr});
-    while (!open.empty()) {
-        const auto first = open.begin();
-        const Time slack = arrival.slack + (first->first - sign * whole);
-        if (!isWanted(arrival.setup, arrival.end->pin, slack))
+    const Time whole = int(setup ? timing.getMaximumDelay() : timing.getMinimumDelay());
+    const Time sign = setup ? -1 : 1;
+    const auto slackOf = [&](Time key) { return arrival.slack + (key - sign * whole); };
+    open.insert({sign * whole, trail.add({arrival.end->pole, arrival.classes}, pin)});
+    for (unsigned steps = 0; !open.empty(); ++steps) {
+        if (steps % stopStride == 0)
+            throwIfStopped();
+        const std::uint32_t number = open.begin()->step;
+        const Time slack = slackOf(open.begin()->key);
+        const Step step = trail[number];
+        open.erase(open.begin());
+        if (!isWanted(setup, pin, slack))
             return;
-        const Step step = first->second;
-        open.erase(first);
         if (step.pole != arrival.end->pole && model_.startAt(step.pole)) {
             Arrival traced = arrival;
             traced.slack = slack;
-            traced.arrival =
-                arrival.arrival + (arrival.setup ? arrival.slack - slack : slack - arrival.slack);
-            keep(arrival.setup, arrival.end->pin, pathOf(context, traced, step));
+            traced.arrival = arrival.arrival + (setup ? arrival.slack - slack : slack - arrival.slack);
+            if (!keep(setup, {pin, standingOf(context, arrival), pathOf(context, traced, step, trail)}))
+                return;
             continue;
         }
-        const auto behind = std::make_shared<const Step>(step);
         for (Pelko::Edge* edge : step.pole->getIncomingEdges()) {
-            const std::optional<Time> part = partOf(*edge, arrival.setup);
+            const std::optional<Time> part = partOf(*edge, setup);
             Vorlen::TimingMap sources;
             if (!part || !edge->isActive() || !context.sweep->hasArrivalTimingMap(edge->getSource(), sources))
                 continue;
+            const std::uint32_t node = model_.nodeOf(edge->getSource());
+            const std::uint32_t source = node == none ? pin : network_.pinOf(node);
             for (const auto& [classes, at] : sources) {
                 const std::optional<Time> time =
-                    ordinary(arrival.setup ? at.getMaximumDelay() : at.getMinimumDelay());
+                    ordinary(setup ? at.getMaximumDelay() : at.getMinimumDelay());
                 const std::uint64_t arriving =
                     (classes & edge->getPseudoMask().getBits()) | step.pole->getOpeningPseudoMask().getBits();
                 if (!time || arriving != step.classes)
                     continue;
                 const Time key = sign * (*time + *part + step.behind);
-                open.emplace_hint(open.lower_bound(key), key,
-                                  Step{edge->getSource(), classes, *part + step.behind, edge, behind});
+                if (isWanted(setup, pin, slackOf(key)))
+                    open.insert(
+                        open.begin(),
+                        {key,
+                         trail.add({edge->getSource(), classes, *part + step.behind, edge, number}, source)});
             }
         }
     }
 }
 
-Report::Path Harvest::pathOf(const Context& context, const Arrival& arrival, const Step& step) const {
+Report::Path Harvest::pathOf(const Context& context, const Arrival& arrival, const Step& step,
+                             const Trail& trail) const {
     const bool setup = arrival.setup;
     const Start& start = *model_.startAt(step.pole);
     const Readers::Model::End& end = *arrival.end;
@@ -220,9 +357,6 @@ Report::Path Harvest::pathOf(const Context& context, const Arrival& arrival, con
     const Time starts = int(setup ? timing.getMaximumDelay() : timing.getMinimumDelay());
     if (path.startsAtPort)
         path.inputDelay = starts - launchLatency(context, start, setup);
-    std::vector<Pelko::Edge*> edges;
-    for (const Step* at = &step; at->edge; at = at->next.get())
-        edges.push_back(at->edge);
     const Time first = path.launchClockDelay + path.inputDelay;
     path.points.push_back({path.startpoint,
                            0,
@@ -232,7 +366,7 @@ Report::Path Harvest::pathOf(const Context& context, const Arrival& arrival, con
                            : start.rise                    ? '^'
                                                            : 'v',
                            {}});
-    addPoints(edges, setup, path);
+    addPoints(trail.edgesFrom(step), setup, path);
 
     path.arrival = path.points.back().arrival;
     const Time limit = path.relation + path.captureClockDelay - path.outputDelay;

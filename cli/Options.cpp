@@ -1,11 +1,13 @@
 // The command line: options, their checks, help.
 #include "Options.h"
 
+#include "../report/Table.h"
+#include "Output.h"
+
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <charconv>
-#include <filesystem>
 #include <functional>
 #include <initializer_list>
 #include <limits>
@@ -67,6 +69,7 @@ public:
             throw CLI::ValidationError("--quiet", "excludes --verbose");
         if (options_.json)
             refuseInput("--json", *options_.json);
+        refuseInput("standard output", "-");
     }
 
 private:
@@ -186,17 +189,14 @@ private:
         single(name, "N", help + " (default: " + std::to_string(target) + ")", take);
     }
 
-    // An output that would replace an input is a slip.
+    // An output that would replace an input is a slip. Files that constraints source are not known yet.
     void refuseInput(const std::string& option, const std::string& path) const {
         std::vector<std::string> inputs = options_.sdc;
         inputs.push_back(options_.sdf);
         if (options_.netlist)
             inputs.push_back(*options_.netlist);
         for (const std::string& input : inputs) {
-            std::error_code unknown; // of files that are not there: they are not the same
-            const bool same = std::filesystem::is_regular_file(input, unknown) &&
-                              std::filesystem::equivalent(input, path, unknown);
-            if (same)
+            if (wouldOverwrite(path, input))
                 throw CLI::ValidationError(option, "would overwrite the input '" + input + "'");
         }
     }
@@ -216,8 +216,8 @@ void refuseRest(const std::vector<std::string>& rest) {
     throw CLI::ParseError(std::string(what) + " '" + rest.front() + "'", CLI::ExitCodes::ExtrasError);
 }
 
-ExitStatus usageError(const std::string& text, std::ostream& err) {
-    err << "vorlen: error: " << text << " (see vorlen analyze --help)\n";
+ExitStatus refuse(const std::string& text, std::ostream& err) {
+    err << Report::printable(usageError(text)) << '\n';
     return badInput;
 }
 
@@ -230,6 +230,10 @@ void parse(CLI::App& app, const CLI::App& analyze, int argc, const char* const* 
 }
 
 } // namespace
+
+std::string usageError(const std::string& text) {
+    return "vorlen: error: " + text + " (see vorlen analyze --help)";
+}
 
 Invocation parse(int argc, const char* const* argv, std::ostream& out, std::ostream& err) {
     Invocation invocation;
@@ -255,9 +259,9 @@ Invocation parse(int argc, const char* const* argv, std::ostream& out, std::ostr
         invocation.exit = timingMet;
     } catch (const CLI::ArgumentMismatch& error) { // none given twice comes here, so a value is missing
         const std::string text = error.what();
-        invocation.exit = usageError(text.substr(0, text.find(':')) + ": expected a value", err);
+        invocation.exit = refuse(text.substr(0, text.find(':')) + ": expected a value", err);
     } catch (const CLI::ParseError& error) {
-        invocation.exit = usageError(error.what(), err);
+        invocation.exit = refuse(error.what(), err);
     }
     return invocation;
 }

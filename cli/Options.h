@@ -53,6 +53,9 @@ struct Invocation {
     std::optional<ExitStatus> exit; // set: all is said, and the command ends with it
 };
 
+// The line on standard error that says what is wrong with the command line.
+std::string usageError(const std::string& text);
+
 Invocation parse(int argc, const char* const* argv, std::ostream& out, std::ostream& err);
 
 } // namespace Cli

@@ -1,6 +1,8 @@
 // Output files: where they are written, and how they come to their place.
 #include "Output.h"
 
+#include "SignalsHeld.h"
+
 #include <array>
 #include <atomic>
 #include <cerrno>
@@ -56,8 +58,10 @@ std::string folderOf(const std::string& path) {
     return slash == std::string::npos ? "" : path.substr(0, slash + 1);
 }
 
-// The name of the file that has not taken its place yet, for abandon().
-std::atomic<const char*> begun = nullptr;
+// The names of files that have not taken their place yet, for abandon(). More outputs than there is room for
+// are not removed by a signal.
+constexpr std::size_t room = 8;
+std::array<std::atomic<const char*>, room> begun{};
 static_assert(std::atomic<const char*>::is_always_lock_free);
 
 } // namespace
@@ -126,23 +130,50 @@ Output::~Output() = default;
 Output::Temporary::~Temporary() {
     if (name_.empty())
         return;
-    begun = nullptr;
     unlink(name_.c_str());
+    forget();
 }
 
-void Output::Temporary::hold(std::string name) noexcept {
-    name_ = std::move(name);
-    begun = name_.c_str();
+// No signal comes between the file and its entry in the list.
+int Output::Temporary::create(const std::string& target) {
+    int descriptor = -1;
+    const SignalsHeld held;
+    for (int attempt = 0; attempt < temporaryNames && descriptor < 0; ++attempt) {
+        name_ =
+            folderOf(target) + ".vorlen-" + std::to_string(getpid()) + "-" + std::to_string(attempt) + ".tmp";
+        descriptor = ::open(name_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, newFileMode);
+        if (descriptor < 0 && errno != EEXIST)
+            break;
+    }
+    if (descriptor < 0) {
+        name_.clear();
+        return descriptor;
+    }
+    for (std::atomic<const char*>& entry : begun)
+        if (const char* none = nullptr; entry.compare_exchange_strong(none, name_.c_str()))
+            break;
+    return descriptor;
 }
 
-void Output::Temporary::release() noexcept {
-    begun = nullptr;
+int Output::Temporary::rename(const std::string& target) {
+    const SignalsHeld held;
+    if (std::rename(name_.c_str(), target.c_str()) != 0)
+        return errno;
+    forget();
+    return 0;
+}
+
+void Output::Temporary::forget() noexcept {
+    for (std::atomic<const char*>& entry : begun)
+        if (const char* own = name_.c_str(); entry.compare_exchange_strong(own, nullptr))
+            break;
     name_.clear();
 }
 
 void Output::abandon() noexcept {
-    if (const char* name = begun)
-        unlink(name);
+    for (const std::atomic<const char*>& entry : begun)
+        if (const char* name = entry)
+            unlink(name);
 }
 
 void Output::open() {
@@ -174,35 +205,38 @@ void Output::open() {
 
 // A file that replaces another one keeps its permissions.
 void Output::openBeside(const std::string& target, unsigned mode, bool exists) {
-    int descriptor = -1;
-    std::string name;
-    for (int attempt = 0; attempt < temporaryNames && descriptor < 0; ++attempt) {
-        name =
-            folderOf(target) + ".vorlen-" + std::to_string(getpid()) + "-" + std::to_string(attempt) + ".tmp";
-        descriptor = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, newFileMode);
-        if (descriptor < 0 && errno != EEXIST)
-            break;
-    }
+    const int descriptor = temporary_.create(target);
     if (descriptor < 0)
         throw CannotWrite(path_, errno);
     descriptor_->hold(descriptor);
-    temporary_.hold(std::move(name));
     target_ = target;
     if (exists && fchmod(descriptor, mode) != 0)
         throw CannotWrite(path_, errno); // GCOVR_EXCL_LINE: of a file system without permissions
 }
 
-void Output::commit() {
+void Output::finish() {
+    finished_ = true;
     Descriptor& descriptor = *descriptor_;
     const bool complete =
         descriptor.flush() && (target_.empty() || descriptor.synchronize()) && descriptor.close();
     if (!complete || !stream_)
         throw CannotWrite(path_, descriptor.error() != 0 ? descriptor.error() : EIO);
+}
+
+void Output::commit() {
+    if (!finished_)
+        finish();
     if (target_.empty())
         return;
-    if (std::rename(temporary_.name().c_str(), target_.c_str()) != 0)
-        throw CannotWrite(path_, errno);
-    temporary_.release();
+    if (const int error = temporary_.rename(target_); error != 0)
+        throw CannotWrite(path_, error);
+}
+
+bool wouldOverwrite(const std::string& output, const std::string& input) {
+    struct stat written {
+    }, read{};
+    const bool known = (output == "-" ? fstat(STDOUT_FILENO, &written) : stat(output.c_str(), &written)) == 0;
+    return known && stat(input.c_str(), &read) == 0 && S_ISREG(read.st_mode) && isSameFile(written, read);
 }
 
 } // namespace Cli

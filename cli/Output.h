@@ -4,11 +4,13 @@
 // and after any failure, what was there stays as it was and nothing else is left. What is not a regular file
 // (a terminal, a pipe, a device), and standard output or error under whatever name, is written directly.
 //
-//     Output output("report.json"); // throws where the place cannot be written, before any work is done
+//     Output output("report.json"); // throws if the place cannot be written, before any work is done
 //     writeJson(report, output.stream());
-//     output.commit();              // throws where any byte did not arrive
+//     output.finish();              // throws if any byte did not arrive
+//     output.commit();              // the file takes its place
 //
-// A stream that failed takes no more bytes; commit() tells the first reason.
+// Several outputs appear together if all of them are finished before the first is committed. A stream that
+// failed takes no more bytes; finish() tells the first reason.
 #pragma once
 
 #include <memory>
@@ -34,11 +36,15 @@ public:
 
     std::ostream& stream() { return stream_; }
 
-    // Everything to its place. Once.
+    // Everything that was written leaves the process, and lies on disk if it is a file. Nothing can be
+    // written after it. Call it once.
+    void finish();
+    // The file takes its place; finishes it first if that is not done. What is written directly is in its
+    // place already.
     void commit();
 
-    // Takes away the file that the last Output has begun, for a process that ends at once. Safe in a signal
-    // handler.
+    // Removes the files of all outputs that are not committed, for a process that ends at once. Safe in a
+    // signal handler.
     static void abandon() noexcept;
 
 private:
@@ -51,11 +57,14 @@ private:
         Temporary(const Temporary&) = delete;
         Temporary& operator=(const Temporary&) = delete;
 
-        void hold(std::string name) noexcept;
-        void release() noexcept;
-        const std::string& name() const { return name_; }
+        // Creates a file beside the target; its descriptor, or -1.
+        int create(const std::string& target);
+        // Gives it the name of the target; 0 or the error's number.
+        int rename(const std::string& target);
 
     private:
+        void forget() noexcept;
+
         std::string name_; // empty: none there
     };
 
@@ -67,6 +76,11 @@ private:
     Temporary temporary_;
     std::unique_ptr<Descriptor> descriptor_;
     std::ostream stream_{nullptr};
+    bool finished_ = false;
 };
+
+// Whether an output of that name ("-" is standard output) would write over the input or replace it, by
+// whatever name and through links. Only regular files can be lost so.
+bool wouldOverwrite(const std::string& output, const std::string& input);
 
 } // namespace Cli

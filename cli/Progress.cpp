@@ -1,6 +1,7 @@
 // The progress line: when it is drawn, and that it fits one line.
 #include "Progress.h"
 
+#include "../report/Table.h"
 #include "Terminal.h"
 
 #include <algorithm>
@@ -42,20 +43,6 @@ std::string fitted(const std::string& text, std::size_t width) {
     return text.substr(0, head) + std::string(ellipsis) + text.substr(tail);
 }
 
-// A name cannot move the cursor.
-std::string withoutControls(std::string_view text) {
-    constexpr unsigned char firstPrintable = 0x20, deletion = 0x7F;
-    std::string shown(text);
-    std::ranges::replace_if(
-        shown,
-        [](char c) {
-            return static_cast<unsigned char>(c) < firstPrintable ||
-                   static_cast<unsigned char>(c) == deletion;
-        },
-        '?');
-    return shown;
-}
-
 // 100 only when all is done, whatever the total.
 unsigned percentOf(std::uint64_t done, std::uint64_t total) {
     if (total == 0 || done >= total)
@@ -82,7 +69,7 @@ void Progress::show(std::string_view step, std::uint64_t done, std::uint64_t tot
     // The last column stays free: some terminals wrap after it.
     const std::size_t width = columnsOf(descriptor_, usualColumns) - 1;
     const std::size_t room = width > end.size() ? width - end.size() : 0;
-    draw(fitted(withoutControls(step_), room) + end.substr(0, width));
+    draw(fitted(Report::printable(step_), room) + end.substr(0, width));
 }
 
 void Progress::clear() {

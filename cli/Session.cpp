@@ -11,7 +11,6 @@
 #include "Roots.h"
 #include "Summary.h"
 
-#include "Ruvex/Console.h"
 #include "Vorlen/Tool.h"
 
 #include <atomic>
@@ -128,6 +127,8 @@ void Run::readConstraints() {
         reader.read(source);
     }
     constraints_ = reader.take();
+    for (const std::string& file : constraints_.files)
+        session_.onInput(file);
     for (std::size_t file = 0; file < constraints_.files.size(); ++file)
         report_.inputs.push_back({constraints_.files[file], "sdc", constraints_.fileHashes[file]});
     report_.constraintsUnmatched = constraints_.unmatched;
@@ -169,11 +170,12 @@ void Run::launch() {
                                                                       : Pelko::AnalysisMode::Exhaustive);
     std::string lastError;
     Pelko::Analyzer::_muted = !options_.verbose;
-    if (!options_.verbose)
-        Ruvex::console.setOutput(nullptr);
+    Ruvex::console.setOutput(nullptr);
     Ruvex::console.setRecorder([&](const Ruvex::Console::Message& message) {
         if (message.level == Ruvex::Console::Level::Error)
             lastError = message.text;
+        if (options_.verbose)
+            session_.onEngineMessage(message);
     });
     harvest_ = std::make_unique<Harvest>(
         design_, *network_, *clocks_, constraints_, *model_, *exceptions_,
@@ -237,6 +239,11 @@ Report::Report Run::run() {
 } // namespace
 
 Report::Report Session::run(const Options& options) { return Run(*this, options).run(); }
+
+void throwIfStopped() {
+    if (stopRequested)
+        throw Interrupted();
+}
 
 bool requestStop() noexcept {
     stopRequested = true;

@@ -5,6 +5,8 @@
 #include "../report/Report.h"
 #include "Options.h"
 
+#include "Ruvex/Console.h"
+
 #include <functional>
 #include <stdexcept>
 #include <string_view>
@@ -26,6 +28,12 @@ struct Stage {
 struct Session {
     // Told of each stage as it begins.
     std::function<void(std::string_view)> onStage = [](std::string_view) {};
+    // Told of each file of constraints, those that others source included, once all of them are read. What it
+    // throws ends the run.
+    std::function<void(const std::string&)> onInput = [](const std::string&) {};
+    // What the engine says, if Options::verbose.
+    std::function<void(const Ruvex::Console::Message&)> onEngineMessage = [](const Ruvex::Console::Message&) {
+    };
     // For each file of constraints.
     Readers::Sdc::Limits limits;
     // Diagnostics that were found before a failure.
@@ -37,8 +45,12 @@ struct Session {
     Report::Report run(const Options& options);
 };
 
-// Asks the run that goes on, if any, to stop. Safe in a signal handler. Whether it heeds that at once: while
-// it reads or reports it does not, and then the process may simply end.
+// Asks the run that goes on, if any, to stop, from another thread or a signal handler: it throws Interrupted.
+// Returns whether it heeds that at once; while it reads or reports, it does so at the next stage. The command
+// itself does not wait for this, and ends its process (Ending.h).
 bool requestStop() noexcept;
+
+// For long loops of a run: throws Interrupted after a request to stop. Costs a load.
+void throwIfStopped();
 
 } // namespace Cli

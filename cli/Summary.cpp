@@ -34,6 +34,7 @@ void fillClocks(const Results& results, Report::Report& report) {
         }
         for (const std::uint32_t target : clock.targets)
             filled.sources.push_back(results.network.nameOf(target));
+        std::ranges::sort(filled.sources);
         filled.propagated = clock.propagated;
         if (clock.master)
             filled.generatedFrom = results.clocks[*clock.master].name;
@@ -43,9 +44,9 @@ void fillClocks(const Results& results, Report::Report& report) {
         if (achieved && *achieved > 0)
             filled.achievedPeriod = achieved;
         for (const auto& [pin, result] : results.harvest.endpoints()) {
-            if (result.setup && result.setup->capture == number)
+            if (result.setup && result.setup->by.capture == number)
                 add(filled.setup, result.setup->slack);
-            if (result.hold && result.hold->capture == number)
+            if (result.hold && result.hold->by.capture == number)
                 add(filled.hold, result.hold->slack);
         }
     }
@@ -60,18 +61,18 @@ void fillEndpoints(const Results& results, Report::Report& report) {
         endpoint.pin = results.design.pinName(pin);
         if (result.setup) {
             endpoint.setupSlack = result.setup->slack;
-            endpoint.setupClocks[0] = nameOf(result.setup->launch);
-            endpoint.setupClocks[1] = nameOf(result.setup->capture);
-            if (result.setup->exception != none)
-                endpoint.setupException = describe(results.constraints, result.setup->exception);
+            endpoint.setupClocks[0] = nameOf(result.setup->by.launch);
+            endpoint.setupClocks[1] = nameOf(result.setup->by.capture);
+            if (result.setup->by.exception != none)
+                endpoint.setupException = describe(results.constraints, result.setup->by.exception);
             add(report.setup, result.setup->slack);
         }
         if (result.hold) {
             endpoint.holdSlack = result.hold->slack;
-            endpoint.holdClocks[0] = nameOf(result.hold->launch);
-            endpoint.holdClocks[1] = nameOf(result.hold->capture);
-            if (result.hold->exception != none)
-                endpoint.holdException = describe(results.constraints, result.hold->exception);
+            endpoint.holdClocks[0] = nameOf(result.hold->by.launch);
+            endpoint.holdClocks[1] = nameOf(result.hold->by.capture);
+            if (result.hold->by.exception != none)
+                endpoint.holdException = describe(results.constraints, result.hold->by.exception);
             add(report.hold, result.hold->slack);
         }
     }
@@ -172,7 +173,7 @@ void fillReport(const Results& results, bool listUnconstrained, Report::Report& 
     report.design = results.design.name;
     fillEndpoints(results, report);
     fillClocks(results, report);
-    report.paths = results.harvest.paths();
+    report.paths = results.harvest.takePaths();
     fillUnconstrained(results, listUnconstrained, report);
     fillPulseChecks(results, report);
     fillExceptions(results, report);

@@ -12,7 +12,7 @@ struct Results {
     const Readers::Sdc::Constraints& constraints;
     Readers::Model::TimingModel& model;
     const Readers::Model::Exceptions& exceptions;
-    const Harvest& harvest;
+    Harvest& harvest; // hands its paths over
 };
 
 // listUnconstrained: with the names of the end points that nothing constrains, not only their number.

@@ -1,6 +1,8 @@
 // JSON text: structure, and strings.
 #include "JsonWriter.h"
 
+#include "Characters.h"
+
 #include <cstdint>
 #include <iterator>
 #include <ostream>
@@ -14,31 +16,6 @@ constexpr std::size_t indentation = 2;
 constexpr std::string_view replacement = "\xEF\xBF\xBD"; // U+FFFD
 
 bool isBetween(unsigned char byte, unsigned low, unsigned high) { return byte >= low && byte <= high; }
-
-// The length of the UTF-8 sequence that the text begins with, 0 where it is not one: overlong forms,
-// surrogates and what lies beyond U+10FFFF are not.
-std::size_t sequenceLength(std::string_view text) {
-    const auto byte = [&](std::size_t at) {
-        return at < text.size() ? static_cast<unsigned char>(text[at]) : static_cast<unsigned char>(0);
-    };
-    const auto continues = [&](std::size_t at) { return isBetween(byte(at), 0x80, 0xBF); };
-    const unsigned char first = byte(0), second = byte(1);
-    if (first < 0x80)
-        return 1;
-    if (isBetween(first, 0xC2, 0xDF))
-        return continues(1) ? 2 : 0;
-    if (isBetween(first, 0xE0, 0xEF)) {
-        const unsigned low = first == 0xE0 ? 0xA0 : 0x80;
-        const unsigned high = first == 0xED ? 0x9F : 0xBF;
-        return isBetween(second, low, high) && continues(2) ? 3 : 0;
-    }
-    if (isBetween(first, 0xF0, 0xF4)) {
-        const unsigned low = first == 0xF0 ? 0x90 : 0x80;
-        const unsigned high = first == 0xF4 ? 0x8F : 0xBF;
-        return isBetween(second, low, high) && continues(2) && continues(3) ? 4 : 0;
-    }
-    return 0;
-}
 
 bool isPlain(char c) {
     const auto byte = static_cast<unsigned char>(c);
@@ -150,11 +127,12 @@ void JsonWriter::quoted(std::string_view text) {
         if (text.empty())
             break;
 
-        std::size_t length = sequenceLength(text);
+        const std::size_t length = sequenceLength(text);
         if (const char letter = escapeLetter(text.front()))
             fmt::format_to(std::back_inserter(buffer_), "\\{}", letter);
-        else if (static_cast<unsigned char>(text.front()) < 0x20)
-            fmt::format_to(std::back_inserter(buffer_), "\\u{:04x}", static_cast<unsigned>(text.front()));
+        else if (length != 0 && controlLength(text) != 0) // its last byte is its number
+            fmt::format_to(std::back_inserter(buffer_), "\\u{:04x}",
+                           static_cast<unsigned char>(text[length - 1]));
         else
             put(length == 0 ? replacement : text.substr(0, length));
         text.remove_prefix(length == 0 ? 1 : length);

@@ -1,6 +1,8 @@
 // Columns, colours, and names that a terminal can show.
 #include "Table.h"
 
+#include "Characters.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -41,15 +43,16 @@ std::string paint(std::string_view text, Ink ink, bool color) {
 }
 
 std::string printable(std::string_view text) {
-    constexpr unsigned char firstPrintable = 0x20, deletion = 0x7F;
     std::string shown;
     shown.reserve(text.size());
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < firstPrintable || byte == deletion)
-            shown += fmt::format("\\x{:02X}", byte);
-        else
-            shown += c;
+    while (!text.empty()) {
+        const std::size_t plain = lengthWithoutControls(text);
+        shown += text.substr(0, plain);
+        text.remove_prefix(plain);
+        const std::size_t control = controlLength(text);
+        for (const char c : text.substr(0, control))
+            shown += fmt::format("\\x{:02X}", static_cast<unsigned char>(c));
+        text.remove_prefix(control);
     }
     return shown;
 }

@@ -20,6 +20,7 @@ enum class Ink : std::uint8_t { plain, title, good, bad };
 // The text in that colour, or as it is where colour is off or the ink plain.
 std::string paint(std::string_view text, Ink ink, bool color);
 
+// The text with each byte of a control character as \xNN.
 std::string printable(std::string_view text);
 
 class Table {
