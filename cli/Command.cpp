@@ -10,6 +10,7 @@
 #include "Session.h"
 #include "Terminal.h"
 
+#include <algorithm>
 #include <iostream>
 #include <new>
 #include <optional>
@@ -23,8 +24,16 @@ namespace Cli {
 
 namespace {
 
-// A line on standard error. Names in it cannot steer the terminal.
-void say(std::string_view line) { std::cerr << Report::printable(line) << '\n'; }
+// Lines on standard error. Names in them cannot steer the terminal.
+void say(std::string_view lines) {
+    while (true) {
+        const std::size_t end = std::min(lines.find('\n'), lines.size());
+        std::cerr << Report::printable(lines.substr(0, end)) << '\n';
+        if (end == lines.size())
+            return;
+        lines.remove_prefix(end + 1);
+    }
+}
 
 void print(const Readers::Diagnostics& diagnostics, bool quiet) {
     for (const Readers::Diagnostic& diagnostic : diagnostics.all())
@@ -119,10 +128,10 @@ ExitStatus analyzeOrRefuse(const Options& options) {
         say(bad.what());
         return badInput;
     } catch (const CannotWrite& failure) {
-        say(failure.what());
+        say(Report::printable(failure.what()));
         return badInput;
     } catch (const OverwritesInput& refused) {
-        say(refused.what());
+        say(Report::printable(refused.what()));
         return badInput;
     } catch (const Interrupted&) {
         std::cerr << "vorlen: interrupted\n";
@@ -161,7 +170,7 @@ ExitStatus printAnswer(const std::string& answer, ExitStatus status) noexcept {
         output.commit();
         return status;
     } catch (const CannotWrite& failure) {
-        say(failure.what());
+        say(Report::printable(failure.what()));
         return badInput;
     } catch (...) {
         return giveUp();

@@ -268,8 +268,8 @@ void Harvest::record(const Context& context, const Arrival& arrival) {
     std::optional<Worst>& worst = arrival.setup ? result.setup : result.hold;
     if (!worst || arrival.slack <= worst->slack) {
         const Standing standing = standingOf(context, arrival);
-        if (!worst || arrival.slack < worst->slack || isBefore(standing, worst->by))
-            worst = Worst{arrival.slack, standing};
+        if (!worst || arrival.slack < worst->slack || isBefore(standing, *worst))
+            worst = Worst{standing, arrival.slack};
     }
     if (arrival.setup)
         achieve(context, arrival);

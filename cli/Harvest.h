@@ -42,9 +42,8 @@ struct Standing {
     const Readers::Model::End* end = nullptr;
 };
 // The worst of an end point on one side.
-struct Worst {
+struct Worst : Standing {
     Time slack = 0;
-    Standing by = {};
 };
 struct EndResult {
     std::optional<Worst> setup, hold;

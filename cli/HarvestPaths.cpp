@@ -357,6 +357,7 @@ Report::Path Harvest::pathOf(const Context& context, const Arrival& arrival, con
     const Time starts = int(setup ? timing.getMaximumDelay() : timing.getMinimumDelay());
     if (path.startsAtPort)
         path.inputDelay = starts - launchLatency(context, start, setup);
+    const std::vector<Pelko::Edge*> edges = trail.edgesFrom(step);
     const Time first = path.launchClockDelay + path.inputDelay;
     path.points.push_back({path.startpoint,
                            0,
@@ -366,7 +367,7 @@ Report::Path Harvest::pathOf(const Context& context, const Arrival& arrival, con
                            : start.rise                    ? '^'
                                                            : 'v',
                            {}});
-    addPoints(trail.edgesFrom(step), setup, path);
+    addPoints(edges, setup, path);
 
     path.arrival = path.points.back().arrival;
     const Time limit = path.relation + path.captureClockDelay - path.outputDelay;

@@ -1,6 +1,7 @@
 // The roots behind clock pins, by a walk back from each.
 #include "Roots.h"
 
+#include <algorithm>
 #include <map>
 #include <unordered_set>
 
@@ -63,6 +64,7 @@ Readers::Sdc::Constraints clocksAtRoots(const Readers::Design& design, Readers::
         clock.targets = {root};
         constraints.clocks.push_back(std::move(clock));
     }
+    std::ranges::sort(constraints.clocks, {}, &Readers::Sdc::Clock::name);
     const std::size_t count = constraints.clocks.size();
     diagnostics.note({}, "no constraints are given: " + std::to_string(count) +
                              (count == 1 ? " clock root" : " clock roots") + " found, without a period");

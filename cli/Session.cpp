@@ -15,6 +15,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <csignal>
 #include <iostream>
 #include <memory>
 
@@ -28,6 +29,19 @@ namespace {
 std::atomic<bool> stopRequested = false;
 std::atomic<Pelko::Application*> running = nullptr;
 static_assert(std::atomic<Pelko::Application*>::is_always_lock_free);
+
+// Tcl ignores SIGPIPE for the whole process when it makes its first interpreter. While this lives, that has
+// no effect: a run with constraints ends as one without, if nobody reads its report.
+class PipeSignalKept {
+public:
+    PipeSignalKept() { sigaction(SIGPIPE, nullptr, &before_); }
+    ~PipeSignalKept() { sigaction(SIGPIPE, &before_, nullptr); }
+    PipeSignalKept(const PipeSignalKept&) = delete;
+    PipeSignalKept& operator=(const PipeSignalKept&) = delete;
+
+private:
+    struct sigaction before_ {};
+};
 
 Readers::Corner cornerOf(Delays delays) {
     switch (delays) {
@@ -121,7 +135,10 @@ void Run::readConstraints() {
     if (options_.sdc.empty())
         return;
     begin("reading the constraints");
-    Readers::Sdc::Reader reader(design_, session_.diagnostics, session_.limits);
+    Readers::Sdc::Reader reader = [this] {
+        const PipeSignalKept kept;
+        return Readers::Sdc::Reader(design_, session_.diagnostics, session_.limits);
+    }();
     for (const std::string& path : options_.sdc) {
         Readers::Source source(path);
         reader.read(source);

@@ -44,9 +44,9 @@ void fillClocks(const Results& results, Report::Report& report) {
         if (achieved && *achieved > 0)
             filled.achievedPeriod = achieved;
         for (const auto& [pin, result] : results.harvest.endpoints()) {
-            if (result.setup && result.setup->by.capture == number)
+            if (result.setup && result.setup->capture == number)
                 add(filled.setup, result.setup->slack);
-            if (result.hold && result.hold->by.capture == number)
+            if (result.hold && result.hold->capture == number)
                 add(filled.hold, result.hold->slack);
         }
     }
@@ -61,18 +61,18 @@ void fillEndpoints(const Results& results, Report::Report& report) {
         endpoint.pin = results.design.pinName(pin);
         if (result.setup) {
             endpoint.setupSlack = result.setup->slack;
-            endpoint.setupClocks[0] = nameOf(result.setup->by.launch);
-            endpoint.setupClocks[1] = nameOf(result.setup->by.capture);
-            if (result.setup->by.exception != none)
-                endpoint.setupException = describe(results.constraints, result.setup->by.exception);
+            endpoint.setupClocks[0] = nameOf(result.setup->launch);
+            endpoint.setupClocks[1] = nameOf(result.setup->capture);
+            if (result.setup->exception != none)
+                endpoint.setupException = describe(results.constraints, result.setup->exception);
             add(report.setup, result.setup->slack);
         }
         if (result.hold) {
             endpoint.holdSlack = result.hold->slack;
-            endpoint.holdClocks[0] = nameOf(result.hold->by.launch);
-            endpoint.holdClocks[1] = nameOf(result.hold->by.capture);
-            if (result.hold->by.exception != none)
-                endpoint.holdException = describe(results.constraints, result.hold->by.exception);
+            endpoint.holdClocks[0] = nameOf(result.hold->launch);
+            endpoint.holdClocks[1] = nameOf(result.hold->capture);
+            if (result.hold->exception != none)
+                endpoint.holdException = describe(results.constraints, result.hold->exception);
             add(report.hold, result.hold->slack);
         }
     }

@@ -98,6 +98,29 @@ TEST_F(EndingDeathTest, byFaultsOfTheProgram) {
     EXPECT_TRUE(isEmpty());
 }
 
+TEST_F(EndingDeathTest, aStatusThatStands) {
+    using Cli::conclude;
+    const auto raiseIn = [](int signal) { return [signal] { raise(signal); }; };
+    for (const int signal : {SIGINT, SIGTERM, SIGPIPE}) {
+        EXPECT_EXIT(whileWriting([&] { conclude(Cli::timingViolated, raiseIn(signal)); }), ExitedWithCode(1),
+                    testing::Eq(""));
+        const auto after = [&] {
+            conclude(Cli::timingMet, [] {});
+            raise(signal);
+        };
+        EXPECT_EXIT(whileWriting(after), ExitedWithCode(0), testing::Eq(""));
+    }
+    // What failed is not concluded.
+    const auto fail = [] {
+        try {
+            conclude(Cli::timingMet, [] { throw std::runtime_error("no"); });
+        } catch (const std::runtime_error&) {
+            raise(SIGINT);
+        }
+    };
+    EXPECT_EXIT(whileWriting(fail), ExitedWithCode(130), testing::Eq("vorlen: interrupted\n"));
+}
+
 TEST_F(EndingDeathTest, bySignals) {
     EXPECT_EXIT(whileWriting([] { raise(SIGTERM); }), testing::KilledBySignal(SIGTERM), testing::Eq(""));
     EXPECT_TRUE(isEmpty());

@@ -89,6 +89,59 @@ TEST_F(OutputTest, appearsAtTheCommit) {
     EXPECT_THAT(names(), ElementsAre("r.json"));
 }
 
+TEST_F(OutputTest, severalAppearTogether) {
+    Output first(at("first")), second(at("second")), full("/dev/full");
+    for (Output* output : {&first, &second, &full})
+        output->stream() << "text";
+    first.finish();
+    second.finish();
+    EXPECT_THROW(full.finish(), CannotWrite);
+    EXPECT_FALSE(fs::exists(at("first")) || fs::exists(at("second")));
+    first.commit();
+    EXPECT_EQ(contentOf(at("first")), "text");
+    second.commit();
+    EXPECT_THAT(names(), ElementsAre("first", "second"));
+}
+
+TEST_F(OutputTest, abandoningRemovesAllThatAreBegun) {
+    std::ofstream(at("old")) << "old";
+    Output fresh(at("new")), replacing(at("old")), done(at("done"));
+    done.commit();
+    EXPECT_EQ(names().size(), 4u);
+    Output::abandon();
+    EXPECT_THAT(names(), ElementsAre("done", "old"));
+    EXPECT_THAT([&] { replacing.commit(); },
+                ThrowsMessage<CannotWrite>(at("old") + ": error: cannot write: No such file or directory"));
+    EXPECT_EQ(contentOf(at("old")), "old");
+}
+
+TEST_F(OutputTest, whatWouldOverwriteAnInput) {
+    fs::create_directory(at("sub"));
+    std::ofstream(at("input")) << "text";
+    std::ofstream(at("other")) << "text";
+    fs::create_symlink("input", at("link"));
+    fs::create_symlink("missing", at("dangling"));
+    fs::create_hard_link(at("input"), at("hard"));
+    struct Row {
+        std::string output, input;
+        bool expected;
+    };
+    const Row rows[] = {
+        {at("input"), at("input"), true},      {at("sub/../input"), at("input"), true},
+        {at("link"), at("input"), true},       {at("input"), at("link"), true},
+        {at("hard"), at("input"), true},       {at("other"), at("input"), false},
+        {at("missing"), at("missing"), false}, {at("dangling"), at("input"), false},
+        {at("input"), at("missing"), false},   {"/dev/null", "/dev/null", false},
+        {at("sub"), at("sub"), false},         {"-", at("other"), false},
+    };
+    for (const Row& row : rows)
+        EXPECT_EQ(Cli::wouldOverwrite(row.output, row.input), row.expected) << row.output << " " << row.input;
+    const Redirected redirected(STDOUT_FILENO, open(at("other").c_str(), O_WRONLY | O_APPEND));
+    EXPECT_TRUE(Cli::wouldOverwrite("-", at("other")));
+    EXPECT_TRUE(Cli::wouldOverwrite("/dev/stdout", at("other")));
+    EXPECT_FALSE(Cli::wouldOverwrite("-", at("input")));
+}
+
 TEST_F(OutputTest, withoutACommitNothingWasThere) {
     std::ofstream(at("old")) << "old";
     {

@@ -106,7 +106,7 @@ TEST(Progress, line) {
          "|reading...\xC3\xA4\xC3\xA4\xC3\xA4 ..."},
         {"\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4", 0, 0, 18,
          "|\xC3\xA4\xC3\xA4...\xC3\xA4\xC3\xA4 ..."},
-        {"a\x1b[31m\nb", 0, 0, 80, "|a?[31m?b ..."},
+        {"a\x1b[31m\nb", 0, 0, 80, R"(|a\x1B[31m\x0Ab ...)"},
     };
     for (const Row& row : rows) {
         Terminal terminal(row.columns);

@@ -200,7 +200,7 @@ TEST(Json, strings) {
         {"a\"b\\c/d", R"("a\"b\\c/d")"},
         {"\b\f\n\r\t", R"("\b\f\n\r\t")"},
         {std::string("\0\x01\x1f", 3), R"("\u0000\u0001\u001f")"},
-        {"\x7f", "\"\x7f\""},
+        {"\x7f\xC2\x9B", R"("\u007f\u009b")"},
         {"\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80", "\"\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80\""},
         {"a\xFFz", "\"a\xEF\xBF\xBDz\""},                             // never a byte of UTF-8
         {"\x80", "\"\xEF\xBF\xBD\""},                                 // continues nothing

@@ -503,7 +503,8 @@ TEST(Table, namesCannotSteerATerminal) {
         {"\x1b[31mred", "\\x1B[31mred"},
         {"a\nb\t\x7f", "a\\x0Ab\\x09\\x7F"},
         {std::string("\0", 1), "\\x00"},
-        {"\xC3\xA4", "\xC3\xA4"},
+        {"\xC3\xA4\xC3\x80", "\xC3\xA4\xC3\x80"}, // no byte of a character is a control character
+        {"\xC2\x9B\x9B\xC2\xA0", "\\xC2\\x9B\\x9B\xC2\xA0"},
     };
     for (const Row& row : rows) {
         EXPECT_EQ(::Report::printable(row.name), row.expected);

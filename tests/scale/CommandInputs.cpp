@@ -132,6 +132,29 @@ SlacksByEnd writeClockTree(Files& files) {
     return expected;
 }
 
+SlacksByEnd writeLongPath(Files& files, std::size_t gates) {
+    constexpr std::size_t doubled = 10;
+    constexpr long period = 2'000'000, gate = 1;
+    files.constrain("create_clock -name clk -period 2000 [get_ports clk]");
+    for (const char* name : {"a", "b"}) {
+        files.flipFlop(name);
+        files.wire("clk", std::string(name) + "/C");
+    }
+    std::string before = "a/Q";
+    for (std::size_t i = 0; i < gates; ++i) {
+        const std::string name = "g" + number(i);
+        const std::vector<std::string> inputs =
+            i < doubled ? std::vector<std::string>{"B", "A"} : std::vector<std::string>{"A"};
+        for (const std::string& input : inputs)
+            files.wire(before, name + "/" + input, 1);
+        files.gate(name, inputs, gate);
+        before = name + "/Z";
+    }
+    files.wire(before, "b/D");
+    const long arrival = clockToOutput + static_cast<long>(gates) * (gate + 1);
+    return {{"b/D", {period - setup - arrival, arrival - hold}}};
+}
+
 // Gates that all lead to all others. Where the loop is cut is the engine's choice; what leads into the end
 // point is known all the same: the shortest way passes g0 alone, and no way without a loop is longer than all
 // gates.

@@ -13,6 +13,8 @@ SlacksByEnd writeClocks(Files& files);
 SlacksByEnd writeWideEnd(Files& files);
 // A clock tree of a hundred thousand leaves, a shift register along them.
 SlacksByEnd writeClockTree(Files& files);
+// One path through that many gates, of which the first ten have two inputs each: 1024 paths of one length.
+SlacksByEnd writeLongPath(Files& files, std::size_t gates);
 // Gates that all lead to all others.
 void writeLoop(Files& files, std::size_t gates);
 

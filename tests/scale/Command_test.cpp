@@ -4,10 +4,13 @@
 #include "../faults/Allocator.h"
 #include "CommandInputs.h"
 #include "Vorlen/detail/Work.h"
+#include "report/Json.h"
+#include "report/Text.h"
 
 #include <gtest/gtest.h>
 
 #include <iostream>
+#include <streambuf>
 
 using Scale::clockToOutput;
 using Scale::Files;
@@ -96,6 +99,50 @@ TEST(Scale, AClockTreeOfAHundredThousandLeaves) {
     const Analysis run(files);
     expectSlacks(run.report, expected);
     run.expectBounds(340, 12);
+}
+
+// Takes bytes, and only counts them.
+class Counter : public std::streambuf {
+public:
+    std::size_t count = 0;
+
+protected:
+    int_type overflow(int_type c) override {
+        ++count;
+        return traits_type::not_eof(c);
+    }
+    std::streamsize xsputn(const char*, std::streamsize size) override {
+        count += static_cast<std::size_t>(size);
+        return size;
+    }
+};
+
+// Five paths to one end point, each through half a million gates by two arcs a gate.
+TEST(Scale, PathsOfAMillionArcs) {
+    constexpr std::size_t gates = 500'000;
+    Files files;
+    const SlacksByEnd expected = writeLongPath(files, gates);
+    Cli::Options options = files.write();
+    options.perEndpoint = 5;
+    options.holdPaths = false;
+    const Report::Report report = Cli::Session().run(options);
+    expectSlacks(report, expected);
+    ASSERT_EQ(report.paths.size(), 5U);
+    for (const Report::Path& path : report.paths) {
+        EXPECT_EQ(path.points.size(), 2 * gates + 3);
+        EXPECT_EQ(path.slack, expected.at("b/D").setup);
+    }
+    // The first by names takes the first input everywhere, the fifth the other one of the third gate from
+    // there.
+    EXPECT_EQ(report.paths[0].points[2].pin, "g0/A");
+    EXPECT_EQ(report.paths[1].points[2].pin, "g0/B");
+    EXPECT_EQ(report.paths[4].points[6].pin, "g2/B");
+    Counter text, json;
+    std::ostream textStream(&text), jsonStream(&json);
+    writeText(report, {}, textStream);
+    writeJson(report, jsonStream);
+    EXPECT_GT(text.count, report.paths.size() * 2 * gates);
+    EXPECT_GT(json.count, report.paths.size() * 2 * gates);
 }
 
 // The command cuts loops before the engine sees them.

@@ -1,0 +1,223 @@
+// The order in which files list cells, delays, checks and nets decides nothing: designs with many equal
+// delays are written in two orders, and the reports must be the same, byte for byte.
+//
+// VORLEN_SEED and VORLEN_DESIGNS choose other designs and another number of them.
+#include "Generate.h"
+#include "Random.h"
+#include "Write.h"
+
+#include "cli/Session.h"
+#include "report/Json.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+using Brute::Random;
+
+class Folder {
+public:
+    Folder() : path_((fs::temp_directory_path() / "vorlen-order.XXXXXX").string()) {
+        EXPECT_NE(mkdtemp(path_.data()), nullptr) << path_;
+    }
+    ~Folder() { fs::remove_all(path_); }
+    Folder(const Folder&) = delete;
+    Folder& operator=(const Folder&) = delete;
+
+    std::string write(const std::string& name, const std::string& text) const {
+        const std::string file = path_ + "/" + name;
+        std::ofstream(file) << text;
+        return file;
+    }
+
+private:
+    std::string path_;
+};
+
+std::uint64_t number(const char* variable, std::uint64_t otherwise) {
+    const char* value = std::getenv(variable);
+    return value ? std::strtoull(value, nullptr, 10) : otherwise;
+}
+
+template <class T>
+void shuffle(std::vector<T>& members, Random& random) {
+    for (std::size_t i = members.size(); i > 1; --i)
+        std::swap(members[i - 1],
+                  members[static_cast<std::size_t>(random.between(0, static_cast<int>(i) - 1))]);
+}
+
+// Shuffles, and tells where each member went.
+template <class T>
+std::vector<int> shuffleKnown(std::vector<T>& members, Random& random) {
+    std::vector<int> order(members.size());
+    for (std::size_t i = 0; i < order.size(); ++i)
+        order[i] = static_cast<int>(i);
+    shuffle(order, random);
+    std::vector<T> shuffled;
+    std::vector<int> place(members.size());
+    for (std::size_t i = 0; i < order.size(); ++i) {
+        place[static_cast<std::size_t>(order[i])] = static_cast<int>(i);
+        shuffled.push_back(std::move(members[static_cast<std::size_t>(order[i])]));
+    }
+    members = std::move(shuffled);
+    return place;
+}
+
+// One or two delays for all arcs, one set of values for all checks.
+void equalize(Brute::Design& design, Random& random) {
+    const int values = random.between(1, 2);
+    const auto same = [](int value) { return Brute::Triple{value, value, value}; };
+    for (Brute::Arc& arc : design.arcs)
+        for (Brute::Triple& triple : arc.values)
+            triple = same(100 * random.between(1, values));
+    for (Brute::Check& check : design.checks)
+        for (std::optional<Brute::Triple>* value : {&check.setup, &check.hold})
+            if (*value)
+                *value = same(50);
+}
+
+// The same design for the writers of delays and netlists; its constraints are those of before.
+Brute::Design reordered(Brute::Design design, Random& random) {
+    const std::vector<int> cells = shuffleKnown(design.cells, random),
+                           nets = shuffleKnown(design.nets, random);
+    for (Brute::Pin& pin : design.pins) {
+        if (pin.cell != Brute::none)
+            pin.cell = cells[static_cast<std::size_t>(pin.cell)];
+        if (pin.net != Brute::none)
+            pin.net = nets[static_cast<std::size_t>(pin.net)];
+    }
+    for (Brute::Cell& cell : design.cells)
+        shuffle(cell.pins, random);
+    for (Brute::Net& net : design.nets)
+        shuffle(net.sinks, random);
+    shuffle(design.arcs, random);
+    shuffle(design.checks, random);
+    return design;
+}
+
+enum class Netlist { none, json, verilog };
+
+// Without the inputs' sums and the places of what is said of the files that differ.
+std::string reportOf(const Folder& folder, const Brute::Design& design, const std::string& sdc,
+                     Netlist netlist) {
+    Cli::Options options;
+    options.sdf = folder.write("d.sdf", writeSdf(design));
+    options.sdc = {folder.write("d.sdc", sdc)};
+    if (netlist == Netlist::json)
+        options.netlist = folder.write("d.json", writeJson(design));
+    else if (netlist == Netlist::verilog)
+        options.netlist = folder.write("d.v", writeVerilog(design));
+    options.exceptions = options.unconstrained = true;
+    options.paths = 20;
+    options.perEndpoint = 4;
+    Report::Report report = Cli::Session().run(options);
+    report.inputs.clear();
+    for (Readers::Diagnostic& diagnostic : report.diagnostics)
+        if (diagnostic.place.file != options.sdc.front())
+            diagnostic.place = {};
+    std::ranges::sort(report.diagnostics, {}, [](const Readers::Diagnostic& of) { return toString(of); });
+    std::ostringstream json;
+    writeJson(report, json);
+    return json.str();
+}
+
+// The first lines that differ.
+std::string difference(const std::string& a, const std::string& b) {
+    std::istringstream first(a), second(b);
+    std::string one, other, text;
+    for (int line = 1; std::getline(first, one) && std::getline(second, other); ++line)
+        if (one != other)
+            return "line " + std::to_string(line) + ": " + one + "\n and " + other;
+    return "one ends early";
+}
+
+TEST(Order, OfTheFilesDecidesNothing) {
+    constexpr std::uint64_t designs = 600;
+    const std::uint64_t first = number("VORLEN_SEED", 1), count = number("VORLEN_DESIGNS", designs);
+    std::cout << "seeds " << first << " to " << first + count - 1 << "\n";
+    const Folder folder;
+    std::size_t ties = 0;
+    for (std::uint64_t seed = first; seed < first + count && !HasFailure(); ++seed) {
+        Random random(seed);
+        Brute::Shape shape;
+        shape.exceptions = seed % 2 == 0 ? Brute::ExceptionMode::overlapping : Brute::ExceptionMode::without;
+        Brute::Design design = Brute::generate(seed, shape);
+        equalize(design, random);
+        const std::string sdc = writeSdc(design);
+        const auto netlist = static_cast<Netlist>(seed % 3);
+        const std::string expected = reportOf(folder, design, sdc, netlist);
+        const std::string found = reportOf(folder, reordered(design, random), sdc, netlist);
+        EXPECT_TRUE(found == expected) << "seed " << seed << ", " << difference(expected, found);
+        // A path of the slack of the one before it.
+        for (std::size_t at = 0, slack = 0;
+             (at = expected.find("\"slack\": ", slack)) != std::string::npos;) {
+            const std::string last = expected.substr(slack, expected.find(',', slack) - slack);
+            slack = at;
+            ties += expected.substr(at, expected.find(',', at) - at) == last ? 1U : 0U;
+        }
+    }
+    EXPECT_GT(ties, count);
+}
+
+// --- By hand ---
+
+// Two ways of one length from a to b, through cells in the given order.
+std::string twoWays(const std::vector<std::string>& gates) {
+    std::string wires = "(INTERCONNECT clk a/C (0))(INTERCONNECT clk b/C (0))(INTERCONNECT m/Z b/D (5))",
+                cells;
+    for (std::size_t i = 0; i < gates.size(); ++i) {
+        wires += "(INTERCONNECT a/Q " + gates[i] + "/A (5))(INTERCONNECT " + gates[i] + "/Z m/" + gates[i] +
+                 " (5))";
+        cells += "(CELL (CELLTYPE \"G\") (INSTANCE " + gates[i] + ") (DELAY (ABSOLUTE (IOPATH A Z (7)))))\n";
+        cells += "(CELL (CELLTYPE \"M\") (INSTANCE m) (DELAY (ABSOLUTE (IOPATH " + gates[i] + " Z (7)))))\n";
+    }
+    for (const char* name : {"b", "a"})
+        cells +=
+            "(CELL (CELLTYPE \"R\") (INSTANCE " + std::string(name) +
+            ") (DELAY (ABSOLUTE (IOPATH (posedge C) Q (100)))) (TIMINGCHECK (SETUPHOLD D (posedge C) (5) "
+            "(5))))\n";
+    return "(DELAYFILE (SDFVERSION \"3.0\") (DIVIDER /) (TIMESCALE 1ps)\n" + cells +
+           "(CELL (CELLTYPE \"top\") (INSTANCE) (DELAY (ABSOLUTE " + wires + "))))\n";
+}
+
+// The gates that the setup paths pass, in the order of the report.
+TEST(Order, EqualPathsAreInTheOrderOfNames) {
+    struct Row {
+        std::vector<std::string> gates;
+        unsigned perEndpoint;
+        std::vector<std::string> expected;
+    };
+    const Row rows[] = {
+        {{"x", "y"}, 1, {"x/A"}},
+        {{"y", "x"}, 1, {"x/A"}},
+        {{"z", "x", "y"}, 2, {"x/A", "y/A"}},
+        {{"y", "z", "x"}, 3, {"x/A", "y/A", "z/A"}},
+        {{"g10", "g9", "g1"}, 3, {"g1/A", "g10/A", "g9/A"}}, // in byte order
+    };
+    for (const Row& row : rows) {
+        const Folder folder;
+        Cli::Options options;
+        options.sdf = folder.write("d.sdf", twoWays(row.gates));
+        options.sdc = {folder.write("d.sdc", "create_clock -period 10 [get_ports clk]\n")};
+        options.perEndpoint = row.perEndpoint;
+        options.holdPaths = false;
+        std::vector<std::string> found;
+        for (const Report::Path& path : Cli::Session().run(options).paths)
+            for (const Report::Point& point : path.points)
+                if (point.pin.ends_with("/A"))
+                    found.push_back(point.pin);
+        EXPECT_EQ(found, row.expected) << row.gates.front();
+    }
+}
+
+} // namespace
