@@ -107,9 +107,10 @@ Brute::Design reordered(Brute::Design design, Random& random) {
 
 enum class Netlist { none, json, verilog };
 
-// Without the inputs' sums and the places of what is said of the files that differ.
+// Counts the paths of the slack of the one before. The report is without the inputs' sums and the places of
+// what is said of the files that differ.
 std::string reportOf(const Folder& folder, const Brute::Design& design, const std::string& sdc,
-                     Netlist netlist) {
+                     Netlist netlist, std::size_t& ties) {
     Cli::Options options;
     options.sdf = folder.write("d.sdf", writeSdf(design));
     options.sdc = {folder.write("d.sdc", sdc)};
@@ -122,6 +123,8 @@ std::string reportOf(const Folder& folder, const Brute::Design& design, const st
     options.perEndpoint = 4;
     Report::Report report = Cli::Session().run(options);
     report.inputs.clear();
+    for (std::size_t path = 1; path < report.paths.size(); ++path)
+        ties += report.paths[path - 1].slack == report.paths[path].slack ? 1U : 0U;
     for (Readers::Diagnostic& diagnostic : report.diagnostics)
         if (diagnostic.place.file != options.sdc.front())
             diagnostic.place = {};
@@ -155,16 +158,9 @@ TEST(Order, OfTheFilesDecidesNothing) {
         equalize(design, random);
         const std::string sdc = writeSdc(design);
         const auto netlist = static_cast<Netlist>(seed % 3);
-        const std::string expected = reportOf(folder, design, sdc, netlist);
-        const std::string found = reportOf(folder, reordered(design, random), sdc, netlist);
+        const std::string expected = reportOf(folder, design, sdc, netlist, ties);
+        const std::string found = reportOf(folder, reordered(design, random), sdc, netlist, ties);
         EXPECT_TRUE(found == expected) << "seed " << seed << ", " << difference(expected, found);
-        // A path of the slack of the one before it.
-        for (std::size_t at = 0, slack = 0;
-             (at = expected.find("\"slack\": ", slack)) != std::string::npos;) {
-            const std::string last = expected.substr(slack, expected.find(',', slack) - slack);
-            slack = at;
-            ties += expected.substr(at, expected.find(',', at) - at) == last ? 1U : 0U;
-        }
     }
     EXPECT_GT(ties, count);
 }
