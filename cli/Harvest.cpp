@@ -171,18 +171,19 @@ void Harvest::readSide(const Context& context, Arrival arrival, Delay data, Dela
                                                   end.isPort() ? end.pin : end.clockPin, setup);
 
     const Requirement& requirement = *arrival.requirement;
+    const std::optional<Time>& delay = setup ? requirement.maxDelay : requirement.minDelay;
+    if (!delay && !context.relation)
+        return; // an unconstrained path, which nothing governs
     noteGoverning(arrival);
     if (setup ? requirement.falseSetup : requirement.falseHold)
         return;
-    if (const std::optional<Time>& delay = setup ? requirement.maxDelay : requirement.minDelay) {
+    if (delay) {
         arrival.relation = *delay;
         if (setup ? requirement.maxIgnoresLatency : requirement.minIgnoresLatency)
             ignoreLatencies(context, arrival);
-    } else if (context.relation) {
+    } else {
         arrival.relation = setup ? context.relation->setup + requirement.setupShift
                                  : context.relation->hold + requirement.holdShift;
-    } else {
-        return;
     }
     const Time limit = arrival.relation + arrival.captureLatency;
     arrival.slack = setup ? limit - arrival.uncertainty - arrival.arrival
@@ -194,10 +195,7 @@ void Harvest::readSide(const Context& context, Arrival arrival, Delay data, Dela
 
 Time Harvest::launchLatency(const Context& context, const Start& start, bool late) const {
     if (start.kind == Start::Kind::port) {
-        if (!start.delay)
-            return 0;
-        const auto latency = clocks_[*start.delay->clock].atPorts(!start.delay->sourceLatencyIncluded,
-                                                                  !start.delay->networkLatencyIncluded);
+        const auto latency = model_.latencyAt(start.delay);
         return late ? latency.late : latency.early;
     }
     Vorlen::TimingMap launch;
@@ -212,7 +210,7 @@ std::optional<Time> Harvest::commonLaunchLatency(const Context& context, std::ui
     std::optional<Time> common;
     for (Pelko::Pole* leaf : context.sweep->getSubdomain()->getLaunchLeaves()) {
         const Start* start = model_.startAt(leaf);
-        if (!start || !exceptions_.mayStart(start->pin, classes))
+        if (!start || !exceptions_.mayStart(*start, classes))
             continue;
         const Time latency = launchLatency(context, *start, late);
         if (common && *common != latency)
@@ -235,9 +233,8 @@ void Harvest::ignoreLatencies(const Context& context, Arrival& arrival) {
     arrival.arrival -= *latency;
     arrival.captureLatency = 0;
     arrival.uncertainty = 0;
-    if (const Readers::Sdc::PortDelay* delay = arrival.end->delay) {
-        const auto capture =
-            clocks_[*delay->clock].atPorts(!delay->sourceLatencyIncluded, !delay->networkLatencyIncluded);
+    if (arrival.end->isPort()) {
+        const auto capture = model_.latencyAt(arrival.end->delay);
         arrival.arrival += arrival.setup ? capture.early : capture.late;
     }
 }

@@ -341,8 +341,7 @@ Report::Path Harvest::pathOf(const Context& context, const Arrival& arrival, con
     path.startsAtPort = start.kind == Start::Kind::port;
     path.endsAtPort = end.isPort();
     if (end.isPort() && end.delay) {
-        const auto latency = clocks_[*end.delay->clock].atPorts(!end.delay->sourceLatencyIncluded,
-                                                                !end.delay->networkLatencyIncluded);
+        const auto latency = model_.latencyAt(end.delay);
         const Pelko::IOConstraint constraint = model_.host().getAnalyzer()->getOutputConstraint(end.pole);
         const Time capture = setup ? latency.early : latency.late;
         path.outputDelay = int(setup ? constraint.getMaximum() : constraint.getMinimum()) + capture;
@@ -355,9 +354,10 @@ Report::Path Harvest::pathOf(const Context& context, const Arrival& arrival, con
     context.sweep->hasArrivalTimingMap(step.pole, arrivals);
     const auto& timing = arrivals.at(step.classes);
     const Time starts = int(setup ? timing.getMaximumDelay() : timing.getMinimumDelay());
-    if (path.startsAtPort)
-        path.inputDelay = starts - launchLatency(context, start, setup);
     const std::vector<Pelko::Edge*> edges = trail.edgesFrom(step);
+    if (path.startsAtPort) // a delay without a clock is on the first arc
+        path.inputDelay =
+            starts - launchLatency(context, start, setup) + partOf(*edges.front(), setup).value_or(0);
     const Time first = path.launchClockDelay + path.inputDelay;
     path.points.push_back({path.startpoint,
                            0,

@@ -61,40 +61,44 @@ bool Exceptions::isAntichain(const Group& group) const {
     return std::ranges::all_of(group, sameLevel) || !reaches(group, group);
 }
 
-// Nodes that all through groups hold together are one atom, unless one of them reaches another or their order
-// counts.
+// Nodes that all through lists name together, and by the same kinds of objects, are one atom, unless one of
+// them reaches another or their order counts. By which object the only list of a node names it makes no
+// difference.
 void Exceptions::makeAtoms() {
-    std::map<std::uint32_t, std::vector<std::uint64_t>> groupsOf;
-    std::vector<std::pair<std::uint32_t, std::size_t>> groups; // variant and place
+    std::map<std::uint32_t, std::vector<Point>> namedIn; // by node: the numbers of the lists, as atoms
     std::unordered_map<std::uint32_t, bool> alone;
-    std::map<Group, std::uint64_t> sameGroup;
-    for (std::uint32_t variant = 0; variant < variants_.size(); ++variant)
-        for (std::size_t place = 0; place < variants_[variant].throughs.size(); ++place) {
-            const Group& group = variants_[variant].throughs[place];
-            const bool ordered = variants_[variant].throughs.size() > 1;
-            const auto [known, isNew] = sameGroup.try_emplace(group, sameGroup.size());
-            for (const std::uint32_t node : group) {
+    std::map<Mentions, std::uint32_t> lists;
+    for (const Variant& variant : variants_)
+        for (const Mentions& list : variant.throughs) {
+            const auto [known, isNew] = lists.try_emplace(list, static_cast<std::uint32_t>(lists.size()));
+            for (const Mention& mention : list) {
                 if (isNew)
-                    groupsOf[node].push_back(known->second);
-                alone[node] |= ordered;
+                    namedIn[mention.node].push_back({known->second, mention.by, mention.clockPin});
+                alone[mention.node] |= variant.throughs.size() > 1;
             }
-            groups.emplace_back(variant, place);
         }
-    if (groups.empty())
+    if (lists.empty())
         return;
     levelNodes();
-    std::map<std::vector<std::uint64_t>, Group> together;
+    std::map<std::vector<Point>, Group> together;
     std::unordered_map<std::uint32_t, std::uint32_t> atomOf;
+    std::unordered_set<std::uint32_t> plain; // nodes of one list only
     const auto add = [&](Group nodes) {
         for (const std::uint32_t node : nodes)
             atomOf[node] = static_cast<std::uint32_t>(atoms_.size());
         atoms_.push_back({std::move(nodes), 0, 0});
     };
-    for (const auto& [node, named] : groupsOf)
-        if (alone[node])
+    for (auto& [node, named] : namedIn) {
+        if (alone[node]) {
             add({node});
-        else
-            together[named].push_back(node);
+            continue;
+        }
+        if (named.front().atom == named.back().atom) {
+            plain.insert(node);
+            named = {{named.front().atom}};
+        }
+        together[named].push_back(node);
+    }
     for (auto& [named, nodes] : together) {
         if (isAntichain(nodes))
             add(std::move(nodes));
@@ -103,11 +107,13 @@ void Exceptions::makeAtoms() {
                 add({node});
     }
     for (Variant& variant : variants_)
-        for (const Group& group : variant.throughs) {
-            std::set<std::uint32_t> atoms;
-            for (const std::uint32_t node : group)
-                atoms.insert(atomOf.at(node));
-            variant.atoms.emplace_back(atoms.begin(), atoms.end());
+        for (const Mentions& list : variant.throughs) {
+            std::set<Point> points;
+            for (const Mention& mention : list)
+                points.insert(plain.contains(mention.node)
+                                  ? Point{atomOf.at(mention.node)}
+                                  : Point{atomOf.at(mention.node), mention.by, mention.clockPin});
+            variant.atoms.emplace_back(points.begin(), points.end());
         }
 }
 
@@ -134,9 +140,10 @@ void Exceptions::indexAtoms() {
     unpinnedThrough_.assign(atoms_.size(), {});
     for (std::uint32_t number = 0; number < variants_.size(); ++number)
         if (const Variant& variant = variants_[number];
-            variant.fromPins.empty() && variant.toPins.empty() && !variant.atoms.empty())
-            for (const std::uint32_t atom : variant.atoms.front())
-                unpinnedThrough_[atom].push_back(number);
+            variant.from.empty() && variant.to.empty() && !variant.atoms.empty())
+            for (const Point& point : variant.atoms.front())
+                if (auto& own = unpinnedThrough_[point.atom]; own.empty() || own.back() != number)
+                    own.push_back(number);
 }
 
 // Every atom of several levels becomes one a level.
@@ -154,12 +161,13 @@ void Exceptions::splitByLevel() {
         }
     }
     for (Variant& variant : variants_)
-        for (std::vector<std::uint32_t>& group : variant.atoms) {
-            std::vector<std::uint32_t> split;
-            for (const std::uint32_t atom : group)
-                split.insert(split.end(), parts[atom].begin(), parts[atom].end());
+        for (std::vector<Point>& list : variant.atoms) {
+            std::vector<Point> split;
+            for (const Point& point : list)
+                for (const std::uint32_t part : parts[point.atom])
+                    split.push_back({part, point.by, point.clockPin});
             std::ranges::sort(split);
-            group = std::move(split);
+            list = std::move(split);
         }
 }
 
@@ -168,11 +176,11 @@ std::vector<ThroughLayers::Point> Exceptions::pointsOfAtoms() const {
     for (std::size_t atom = 0; atom < atoms_.size(); ++atom)
         points[atom].nodes = atoms_[atom].nodes;
     for (const Variant& variant : variants_)
-        for (const std::vector<std::uint32_t>& group : variant.atoms)
-            for (const std::uint32_t atom : group) {
-                ThroughLayers::Point& point = points[atom];
-                point.anyEnd |= variant.toPins.empty();
-                point.endPins.insert(point.endPins.end(), variant.toPins.begin(), variant.toPins.end());
+        for (const std::vector<Point>& list : variant.atoms)
+            for (const Point& named : list) {
+                ThroughLayers::Point& point = points[named.atom];
+                point.anyEnd |= variant.to.empty();
+                point.endPins.insert(point.endPins.end(), variant.to.pins.begin(), variant.to.pins.end());
             }
     for (ThroughLayers::Point& point : points) {
         if (point.anyEnd)
@@ -209,11 +217,11 @@ void Exceptions::refuse(unsigned classes) const {
         layers, {}, [](const ThroughLayers::Layer& layer) { return layer.points.size(); });
     const std::vector<std::uint32_t>& points =
         end == none ? largest->points : together_->pointsAt(end); // in order
-    const auto isOfGroup = [&](std::uint32_t atom) { return std::ranges::binary_search(points, atom); };
+    const auto isOfGroup = [&](const Point& point) { return std::ranges::binary_search(points, point.atom); };
     std::map<std::pair<std::uint32_t, std::uint32_t>, Sdc::Origin> origins;
     for (const Variant& variant : variants_)
-        for (const std::vector<std::uint32_t>& group : variant.atoms)
-            if (std::ranges::any_of(group, isOfGroup)) {
+        for (const std::vector<Point>& list : variant.atoms)
+            if (std::ranges::any_of(list, isOfGroup)) {
                 const Sdc::Origin& origin = stated(variant.exception).origin;
                 origins.try_emplace({origin.file, origin.line}, origin);
             }
@@ -255,9 +263,9 @@ void Exceptions::makeStartClasses(TimingModel& model) {
     bool everywhere = false;
     std::unordered_set<std::uint32_t> endPins;
     for (const Variant& variant : variants_)
-        if (!variant.fromPins.empty() || stated(variant.exception).ignoreClockLatency) {
-            everywhere |= variant.toPins.empty();
-            endPins.insert(variant.toPins.begin(), variant.toPins.end());
+        if (!variant.from.empty() || stated(variant.exception).ignoreClockLatency) {
+            everywhere |= variant.to.empty();
+            endPins.insert(variant.to.pins.begin(), variant.to.pins.end());
         }
     Pelko::CPath::PoleList targets;
     for (const End& end : model.ends())
@@ -266,8 +274,7 @@ void Exceptions::makeStartClasses(TimingModel& model) {
     for (unsigned digit = 0; digit < startClasses_; ++digit) {
         Pelko::CPath::PoleList sources;
         for (const Start& start : model.starts())
-            if (const auto number = startNumber_.find(start.pin);
-                number != startNumber_.end() && (number->second >> digit & 1U) != 0)
+            if ((numberOf(start) >> digit & 1U) != 0)
                 sources.push_back(start.pole);
         Pelko::CPath::create({sources, targets});
     }
@@ -279,17 +286,17 @@ void Exceptions::makeLayerClasses(TimingModel& model, const Layer& layer, std::u
     bool anyStart = false, anyEnd = false;
     std::unordered_set<std::uint32_t> startPins, endPins;
     const auto isOf = [&](const Variant& variant) {
-        return std::ranges::any_of(variant.atoms, [&](const std::vector<std::uint32_t>& atoms) {
-            return std::ranges::any_of(atoms,
-                                       [&](std::uint32_t atom) { return atoms_[atom].layer == number; });
+        return std::ranges::any_of(variant.atoms, [&](const std::vector<Point>& list) {
+            return std::ranges::any_of(
+                list, [&](const Point& point) { return atoms_[point.atom].layer == number; });
         });
     };
     for (const Variant& variant : variants_)
         if (isOf(variant)) {
-            anyStart |= variant.fromPins.empty();
-            anyEnd |= variant.toPins.empty();
-            startPins.insert(variant.fromPins.begin(), variant.fromPins.end());
-            endPins.insert(variant.toPins.begin(), variant.toPins.end());
+            anyStart |= variant.from.empty();
+            anyEnd |= variant.to.empty();
+            startPins.insert(variant.from.pins.begin(), variant.from.pins.end());
+            endPins.insert(variant.to.pins.begin(), variant.to.pins.end());
         }
     Pelko::CPath::Objects objects;
     for (const Start& start : model.starts())
@@ -310,10 +317,8 @@ void Exceptions::makeLayerClasses(TimingModel& model, const Layer& layer, std::u
     }
 }
 
-bool Exceptions::mayStart(std::uint32_t pin, std::uint64_t classes) const {
-    const auto found = startNumber_.find(pin);
-    return (classes & ((std::uint64_t{1} << startClasses_) - 1)) ==
-           (found == startNumber_.end() ? 0 : found->second);
+bool Exceptions::mayStart(const Start& start, std::uint64_t classes) const {
+    return (classes & ((std::uint64_t{1} << startClasses_) - 1)) == numberOf(start);
 }
 
 std::uint64_t Exceptions::codeIn(const Layer& layer, std::uint64_t classes) const {

@@ -73,7 +73,9 @@ std::vector<std::uint32_t> Exceptions::launchClocks(const TimingModel& model, co
 std::vector<std::uint32_t> Exceptions::startNodes(const CutSearch& search, const Variant& variant,
                                                   std::uint32_t launch) const {
     std::vector<std::uint32_t> nodes;
-    search.forEach(search.starts, variant.fromPins, [&](const Start* start) {
+    search.forEach(search.starts, variant.from.pins, [&](const Start* start) {
+        if (!variant.from.empty() && namedBy(startVariants_[numberOf(*start)], variant) == 0)
+            return;
         const std::vector<std::uint32_t> clocks = launchClocks(search.model, *start);
         if (std::ranges::find(clocks, launch) == clocks.end())
             return;
@@ -109,23 +111,25 @@ std::vector<bool> Exceptions::walkVariant(CutSearch& search, const Variant& vari
             }
         }
         if (stage < variant.throughs.size())
-            std::ranges::copy_if(variant.throughs[stage], std::back_inserter(open),
-                                 [&](std::uint32_t node) { return reached[node]; });
+            for (const Mention& mention : variant.throughs[stage])
+                if (reached[mention.node])
+                    open.push_back(mention.node);
     }
     return reached;
 }
 
 void Exceptions::findCut(CutSearch& search, const Variant& variant) {
     std::vector<std::uint32_t>& cut = uses_[variant.exception].cutByGroups;
-    const std::uint64_t points = (variant.fromPins.empty() ? search.starts.size() : variant.fromPins.size()) +
-                                 (variant.toPins.empty() ? search.ends.size() : variant.toPins.size());
+    const std::uint64_t points =
+        (variant.from.pins.empty() ? search.starts.size() : variant.from.pins.size()) +
+        (variant.to.pins.empty() ? search.ends.size() : variant.to.pins.size());
     for (std::uint32_t launch = 0; launch < clocks_.size(); ++launch) {
         if (clocks_[launch].removed || !names(variant.fromClocks, launch) || search.passed > walkLimit)
             continue;
         search.passed += points;
         const std::vector<bool> reached = walkVariant(search, variant, launch);
         std::vector<bool> captures(clocks_.size());
-        search.forEach(search.ends, variant.toPins, [&](const End* end) {
+        search.forEach(search.ends, variant.to.pins, [&](const End* end) {
             if (!reached[network_.sinkOf(end->pin)])
                 return;
             if (!end->isPort())

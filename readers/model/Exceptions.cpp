@@ -11,12 +11,13 @@ using Sdc::ObjectKind;
 namespace {
 
 // In a signature, before the pin of a point that shares its number with no other.
-constexpr std::uint32_t aloneMark = none - 1;
+constexpr std::uint64_t aloneMark = none - 1;
 
 // Up to so many registers are told apart for their latency alone.
 constexpr std::size_t fewRegisters = 500;
 
-void sortOnce(std::vector<std::uint32_t>& values) {
+template <class Value>
+void sortOnce(std::vector<Value>& values) {
     std::ranges::sort(values);
     const auto rest = std::ranges::unique(values);
     values.erase(rest.begin(), rest.end());
@@ -40,8 +41,30 @@ const char* nameOf(Kind kind) {
 
 } // namespace
 
+void Exceptions::Pins::add(std::uint32_t pin, By object) {
+    pins.push_back(pin);
+    by.push_back(object);
+}
+
+// Each pin once, with all objects that name it.
+void Exceptions::Pins::sort() {
+    std::vector<std::pair<std::uint32_t, std::uint32_t>> all;
+    for (std::size_t i = 0; i < pins.size(); ++i)
+        all.emplace_back(pins[i], by[i]);
+    std::ranges::sort(all);
+    pins.clear();
+    by.clear();
+    for (const auto& [pin, object] : all)
+        if (!pins.empty() && pins.back() == pin) {
+            by.back() |= object;
+        } else {
+            pins.push_back(pin);
+            by.push_back(object);
+        }
+}
+
 unsigned Exceptions::Variant::rank() const {
-    return (fromPins.empty() ? 0U : 16U) + (toPins.empty() ? 0U : 8U) + (throughs.empty() ? 0U : 4U) +
+    return (from.empty() ? 0U : 16U) + (to.empty() ? 0U : 8U) + (throughs.empty() ? 0U : 4U) +
            (fromClocks.empty() ? 0U : 2U) + (toClocks.empty() ? 0U : 1U);
 }
 
@@ -52,7 +75,7 @@ Exceptions::Exceptions(const Design& design, const Network& network, const Clock
     for (std::uint32_t exception = 0; exception < constraints.exceptions.size(); ++exception)
         resolve(exception);
     for (std::uint32_t variant = 0; variant < variants_.size(); ++variant)
-        if (variants_[variant].fromPins.empty() && variants_[variant].toPins.empty() &&
+        if (variants_[variant].from.empty() && variants_[variant].to.empty() &&
             variants_[variant].throughs.empty())
             unpinned_.push_back(variant);
     collectTimedPorts();
@@ -66,10 +89,6 @@ Place Exceptions::placeOf(std::uint32_t exception) const {
 }
 
 // --- Objects ---
-
-unsigned Exceptions::placeAbout(const Sdc::Object& object) {
-    return object.kind == ObjectKind::cell ? cellPlace : object.kind == ObjectKind::net ? netPlace : pinPlace;
-}
 
 // Of clocks the edge is known, of anything else delays are of both edges.
 void Exceptions::noteEdges(const Sdc::Exception& exception) {
@@ -91,16 +110,10 @@ void Exceptions::resolve(std::uint32_t exception) {
     Variant base;
     base.exception = exception;
     for (const Sdc::Points& points : stated.through) {
-        Group& group = base.throughs.emplace_back();
-        Places& places = base.places.emplace_back();
-        for (const Sdc::Object& object : points.objects) {
-            const std::size_t before = group.size();
-            addNodes(object, group);
-            if (stated.through.size() > 1)
-                for (std::size_t at = before; at < group.size(); ++at)
-                    places[group[at]] |= placeAbout(object);
-        }
-        sortOnce(group);
+        Mentions& list = base.throughs.emplace_back();
+        for (const Sdc::Object& object : points.objects)
+            addNodes(object, list);
+        sortOnce(list);
     }
     base.hasFrom = stated.from.has_value();
     base.hasTo = stated.to.has_value();
@@ -129,7 +142,7 @@ std::vector<Exceptions::Variant> Exceptions::resolveSide(const Sdc::Points& poin
     std::vector<Variant> outputs;
     Variant clocks = base, pins = base, within = base;
     (from ? clocks.fromEdge : clocks.toEdge) = points.transition;
-    Group other;
+    Mentions other;
     const char* const side = from ? "-from" : "-to";
     for (const Sdc::Object& object : points.objects) {
         if (object.kind == ObjectKind::clock) {
@@ -152,18 +165,16 @@ std::vector<Exceptions::Variant> Exceptions::resolveSide(const Sdc::Points& poin
     std::vector<Variant> variants;
     sortOnce(clocks.fromClocks);
     sortOnce(clocks.toClocks);
-    sortOnce(pins.fromPins);
-    sortOnce(pins.toPins);
+    (from ? pins.from : pins.to).sort();
     if (from ? !clocks.fromClocks.empty() : !clocks.toClocks.empty())
         variants.push_back(std::move(clocks));
-    if (from ? !pins.fromPins.empty() : !pins.toPins.empty())
+    if (!(from ? pins.from : pins.to).empty())
         variants.push_back(std::move(pins));
     std::ranges::move(outputs, std::back_inserter(variants));
     if (!other.empty()) {
         sortOnce(other);
         (from ? within.hasFrom : within.hasTo) = false;
         within.throughs.insert(from ? within.throughs.begin() : within.throughs.end(), std::move(other));
-        within.places.insert(from ? within.places.begin() : within.places.end(), Places());
         variants.push_back(std::move(within));
     }
     return variants;
@@ -178,7 +189,7 @@ bool Exceptions::addPoint(const Sdc::Object& object, bool from, Variant& pins,
     bool found = false;
     for (const std::uint32_t pin : design_.pinsOfCell(object.index))
         if (from ? design_.isClockPin(pin) : design_.isDataPin(pin)) {
-            (from ? pins.fromPins : pins.toPins).push_back(pin);
+            (from ? pins.from : pins.to).add(pin, byCell);
             found = true;
         }
     return found;
@@ -189,73 +200,78 @@ bool Exceptions::addPin(std::uint32_t pin, bool from, Variant& pins, std::vector
     if (!from) {
         if (design_.isPort(pin) ? direction == Direction::input : !design_.isDataPin(pin))
             return false;
-        pins.toPins.push_back(pin);
+        pins.to.add(pin, byPin);
         return true;
     }
     const bool source = network_.isClockSource(network_.sourceOf(pin));
     if (source || (design_.isPort(pin) ? direction != Direction::output : design_.isClockPin(pin))) {
-        pins.fromPins.push_back(pin);
+        pins.from.add(pin, byPin);
         return true;
     }
     if (!design_.isRegisterOutput(pin))
         return false;
     // That register through that pin.
     Variant through = pins;
-    through.fromPins = clockPinsBehind(pin);
-    through.throughs.insert(through.throughs.begin(), Group{network_.sourceOf(pin)});
-    through.places.insert(through.places.begin(), Places());
+    through.from = clockPinsBehind(pin);
+    through.fromOutput = pin;
+    through.throughs.insert(through.throughs.begin(), Mentions{{network_.sourceOf(pin)}});
     outputs.push_back(std::move(through));
     return true;
 }
 
-std::vector<std::uint32_t> Exceptions::clockPinsBehind(std::uint32_t output) const {
-    std::vector<std::uint32_t> clockPins;
+Exceptions::Pins Exceptions::clockPinsBehind(std::uint32_t output) const {
+    Pins clockPins;
     for (const std::uint32_t number : network_.in(network_.sourceOf(output)))
         if (const Arc& arc = network_.arcs()[number]; arc.launch)
-            clockPins.push_back(network_.pinOf(arc.from));
-    sortOnce(clockPins);
+            clockPins.add(network_.pinOf(arc.from), byOutput);
+    clockPins.sort();
     return clockPins;
 }
 
-void Exceptions::addPinNodes(std::uint32_t pin, Group& group) const {
+void Exceptions::addPinNodes(std::uint32_t pin, By by, Mentions& list) const {
     if (!design_.isClockPin(pin)) {
-        group.push_back(network_.sinkOf(pin));
+        list.push_back({network_.sinkOf(pin), by});
         if (network_.sourceOf(pin) != network_.sinkOf(pin))
-            group.push_back(network_.sourceOf(pin));
+            list.push_back({network_.sourceOf(pin), by});
         return;
     }
     // A path that starts at a clock pin goes on through what it launches.
     for (const std::uint32_t number : network_.out(network_.sinkOf(pin)))
-        if (const Arc& arc = network_.arcs()[number]; arc.kind == ArcKind::launch)
-            group.push_back(arc.to);
+        if (const Arc& arc = network_.arcs()[number]; arc.kind == ArcKind::launch) {
+            if (by == byCell)
+                list.push_back({arc.to, by});
+            else
+                list.push_back({arc.to, byClockPin, design_.pins[pin].name});
+        }
 }
 
 // A cell is passed where its outputs are, or where a path ends in it; a net where its drivers are.
-void Exceptions::addNodes(const Sdc::Object& object, Group& group) const {
+void Exceptions::addNodes(const Sdc::Object& object, Mentions& list) const {
     switch (object.kind) {
     case ObjectKind::cell:
         for (const std::uint32_t pin : design_.pinsOfCell(object.index))
             if (design_.isDataPin(pin) || design_.pins[pin].direction != Direction::input)
-                addPinNodes(pin, group);
+                addPinNodes(pin, byCell, list);
         break;
     case ObjectKind::net:
         for (const std::uint32_t pin : design_.pinsOfNet(object.index)) {
             const Direction direction = design_.pins[pin].direction;
             if (direction == Direction::inout ||
                 direction == (design_.isPort(pin) ? Direction::input : Direction::output))
-                group.push_back(network_.sourceOf(pin));
+                list.push_back({network_.sourceOf(pin), byNet});
         }
         break;
     case ObjectKind::clock:
         break;
     default:
-        addPinNodes(object.index, group);
+        addPinNodes(object.index, byPin, list);
     }
 }
 
 // --- Numbers of start and end points ---
 
-// A delay times what it names by itself: the ports of a list, or, without one on that side, all of them.
+// A delay times what it covers by itself: the ports of a list, or, without one on that side, all of them.
+// No clock is at ports of their own, so a list of clocks names none of these.
 void Exceptions::collectTimedPorts() {
     const auto isDelay = [&](const Variant& variant) {
         const Kind kind = stated(variant.exception).kind;
@@ -265,68 +281,114 @@ void Exceptions::collectTimedPorts() {
     for (const Variant& variant : variants_) {
         if (!isDelay(variant))
             continue;
-        for (const std::vector<std::uint32_t>* pins : {&variant.fromPins, &variant.toPins})
-            for (const std::uint32_t pin : *pins)
-                if (design_.isPort(pin))
-                    timedPorts_.insert(pin);
+        for (const std::uint32_t pin : variant.from.pins)
+            if (design_.isPort(pin))
+                timedPorts_.inputs.insert(pin);
+        for (const std::uint32_t pin : variant.to.pins)
+            if (design_.isPort(pin))
+                timedPorts_.outputs.insert(pin);
         allInputs |= !variant.hasFrom;
         allOutputs |= !variant.hasTo;
     }
-    for (const std::uint32_t pin : design_.ports())
-        if (design_.pins[pin].direction == Direction::input ? allInputs : allOutputs)
-            timedPorts_.insert(pin);
+    for (const std::uint32_t pin : design_.ports()) {
+        const Direction direction = design_.pins[pin].direction;
+        if (allInputs && direction != Direction::output)
+            timedPorts_.inputs.insert(pin);
+        if (allOutputs && direction != Direction::input)
+            timedPorts_.outputs.insert(pin);
+    }
+}
+
+std::uint64_t Exceptions::startKey(std::uint32_t pin, bool clockSource) {
+    return std::uint64_t{pin} * 2 + (clockSource ? 1 : 0);
+}
+
+// What starts at a pin: data of the register or from outside, or that of the clock whose source it is.
+std::vector<std::uint64_t> Exceptions::startKeys(std::uint32_t pin) const {
+    const bool source = network_.isClockSource(network_.sourceOf(pin));
+    std::vector<std::uint64_t> keys;
+    if (!source || design_.isClockPin(pin))
+        keys.push_back(startKey(pin, false));
+    if (source)
+        keys.push_back(startKey(pin, true));
+    return keys;
+}
+
+std::uint32_t Exceptions::numberOf(const Start& start) const {
+    const auto found = startNumber_.find(startKey(start.pin, start.kind == Start::Kind::clockSource));
+    return found == startNumber_.end() ? 0 : found->second;
 }
 
 // The start points that a delay without clock latency needs to know one by one: those that it names, and
 // where it names none, those at which a clock may have another latency than at registers. Registers too,
 // while they are few.
-std::vector<std::uint32_t> Exceptions::startsAlone() const {
-    std::vector<std::uint32_t> alone;
+std::vector<std::uint64_t> Exceptions::startsAlone() const {
+    std::vector<std::uint64_t> alone;
+    const auto add = [&](const std::vector<std::uint32_t>& pins) {
+        for (const std::uint32_t pin : pins)
+            std::ranges::copy(startKeys(pin), std::back_inserter(alone));
+    };
     bool all = false;
     for (const Variant& variant : variants_)
         if (stated(variant.exception).ignoreClockLatency) {
-            all |= variant.fromPins.empty();
-            alone.insert(alone.end(), variant.fromPins.begin(), variant.fromPins.end());
+            all |= variant.from.empty();
+            add(variant.from.pins);
         }
     if (!all)
         return alone;
-    std::vector<std::uint32_t> registers;
+    std::vector<std::uint32_t> others, registers;
     for (std::uint32_t pin = 0; pin < design_.pins.size(); ++pin) {
         if (design_.isPort(pin) || network_.isClockSource(network_.sourceOf(pin)))
-            alone.push_back(pin);
+            others.push_back(pin);
         else if (design_.isClockPin(pin))
             registers.push_back(pin);
     }
+    add(others);
     if (registers.size() <= fewRegisters)
-        alone.insert(alone.end(), registers.begin(), registers.end());
+        add(registers);
     return alone;
 }
 
-// Points that the same variants name share a number.
+// Points that the same variants name by the same kinds of objects share a number. A register's cell does not
+// name the data that starts at a clock's source on one of its pins.
 void Exceptions::numberPoints(bool from) {
-    std::map<std::uint32_t, std::vector<std::uint32_t>> variantsOf;
-    for (std::uint32_t variant = 0; variant < variants_.size(); ++variant)
-        for (const std::uint32_t pin : from ? variants_[variant].fromPins : variants_[variant].toPins)
-            variantsOf[pin].push_back(variant);
-    std::unordered_set<std::uint32_t> alone;
+    std::map<std::uint64_t, std::vector<Naming>> namingsOf;
+    for (std::uint32_t variant = 0; variant < variants_.size(); ++variant) {
+        const Pins& named = from ? variants_[variant].from : variants_[variant].to;
+        for (std::size_t i = 0; i < named.pins.size(); ++i) {
+            const std::uint32_t point = named.pins[i], by = named.by[i];
+            if (!from) {
+                namingsOf[point].push_back({variant, by});
+                continue;
+            }
+            for (const std::uint64_t key : startKeys(point)) {
+                const std::uint32_t bits = key == startKey(point, true) ? by & byPin : by;
+                if (bits != 0)
+                    namingsOf[key].push_back({variant, bits});
+            }
+        }
+    }
+    std::unordered_set<std::uint64_t> alone;
     if (from)
-        for (const std::uint32_t pin : startsAlone()) {
-            alone.insert(pin);
-            variantsOf.try_emplace(pin);
+        for (const std::uint64_t key : startsAlone()) {
+            alone.insert(key);
+            namingsOf.try_emplace(key);
         }
     auto& numbers = from ? startNumber_ : endNumber_;
-    auto& variants = from ? startVariants_ : endVariants_;
-    variants.resize(1);
-    std::map<std::vector<std::uint32_t>, std::uint32_t> known;
-    for (const auto& [pin, named] : variantsOf) {
-        std::vector<std::uint32_t> signature = named;
-        if (alone.contains(pin))
-            signature.insert(signature.end(), {aloneMark, pin});
+    auto& namings = from ? startVariants_ : endVariants_;
+    namings.resize(1);
+    std::map<std::vector<std::uint64_t>, std::uint32_t> known;
+    for (const auto& [key, named] : namingsOf) {
+        std::vector<std::uint64_t> signature;
+        for (const Naming& naming : named)
+            signature.insert(signature.end(), {naming.variant, naming.by});
+        if (alone.contains(key))
+            signature.insert(signature.end(), {aloneMark, key});
         const auto [place, isNew] =
-            known.try_emplace(std::move(signature), static_cast<std::uint32_t>(variants.size()));
+            known.try_emplace(std::move(signature), static_cast<std::uint32_t>(namings.size()));
         if (isNew)
-            variants.push_back(named);
-        numbers[pin] = place->second;
+            namings.push_back(named);
+        numbers[key] = place->second;
     }
 }
 

@@ -7,6 +7,10 @@
 // So the classes of an arriving path, with its clocks and its end point, say which exceptions cover it; and
 // of those one governs each side by type, specificity and order.
 //
+// One place can be named by several objects: a register by its cell or its clock pin, a node by its pin, its
+// cell or its net. These are different objects, and a later command takes the place of an earlier one on the
+// same objects only. So every point carries by which of them it was named.
+//
 // Through points share classes too where there are many (ThroughLayers.h): then a class's meaning depends on
 // the end point.
 #pragma once
@@ -44,8 +48,8 @@ public:
     Exceptions(const Design& design, const Network& network, const Clocks& clocks,
                const Sdc::Constraints& constraints, int scale, Diagnostics& diagnostics);
 
-    // Ports without a delay that a max or min delay times by itself.
-    const std::unordered_set<std::uint32_t>& timedPorts() const { return timedPorts_; }
+    // Ports without a delay, or with one without a clock, that a max or min delay may time by itself.
+    const TimedPorts& timedPorts() const { return timedPorts_; }
 
     // Makes the constrained paths that carry the classes. BadInput: more classes than the engine has.
     void makeClasses(TimingModel& model);
@@ -57,8 +61,8 @@ public:
     // What holds for paths between two clock edges that arrive at an end point's pin under these classes.
     const Requirement& requirement(const ClockEdges& edges, std::uint32_t endPin, std::uint64_t classes);
 
-    // Whether paths under these classes may start at a pin.
-    bool mayStart(std::uint32_t pin, std::uint64_t classes) const;
+    // Whether paths under these classes may start there.
+    bool mayStart(const Start& start, std::uint64_t classes) const;
 
     struct Use {
         std::unordered_set<std::uint32_t> overruledBy; // exceptions, on some path
@@ -73,20 +77,46 @@ public:
 
 private:
     using Group = std::vector<std::uint32_t>; // nodes of the data plane: any of them
-    // By node, where about it the objects stand that were given: a cell before its output, a net behind it.
-    using Places = std::unordered_map<std::uint32_t, unsigned>;
-    static constexpr unsigned cellPlace = 1, pinPlace = 2, netPlace = 4; // in the order of a path
+    // The objects that a point can be named by, in the order of a path: a clock pin stands before what it
+    // launches, a cell before its output, a net behind its driver. A register's output names a start point.
+    enum By : std::uint32_t { byClockPin = 1, byCell = 2, byPin = 4, byNet = 8, byOutput = 16 };
+    // A node of a -through list, and the object that names it there.
+    struct Mention {
+        std::uint32_t node = none;
+        By by = byPin;
+        Name clockPin{}; // the name of a clock pin: there may be several before a node
+
+        auto operator<=>(const Mention&) const = default;
+    };
+    using Mentions = std::vector<Mention>; // sorted
+    // The same of an atom: all of its nodes are named alike.
+    struct Point {
+        std::uint32_t atom = none;
+        By by = byPin;
+        Name clockPin{};
+
+        auto operator<=>(const Point&) const = default;
+    };
+    // Start or end points: the pins, and by which objects each is named (bits of By).
+    struct Pins {
+        std::vector<std::uint32_t> pins; // sorted
+        std::vector<std::uint32_t> by;
+
+        void add(std::uint32_t pin, By object);
+        void sort();
+        bool empty() const { return pins.empty(); }
+    };
 
     // One way to read an exception: with objects of one kind on either side.
     struct Variant {
         std::uint32_t exception = 0;
         bool hasFrom = false, hasTo = false;
-        std::vector<std::uint32_t> fromPins, fromClocks, toPins,
-            toClocks;                                                    // sorted; at most one of two has any
+        Pins from, to;                                                   // at most one of from and fromClocks
+        std::vector<std::uint32_t> fromClocks, toClocks;                 // has any, likewise to; sorted
         Transition fromEdge = Transition::any, toEdge = Transition::any; // of the clocks
-        std::vector<Group> throughs;
-        std::vector<Places> places;                    // of throughs, where there are several
-        std::vector<std::vector<std::uint32_t>> atoms; // by group: any of them
+        std::uint32_t fromOutput = none; // the register's output that names the start points
+        std::vector<Mentions> throughs;
+        std::vector<std::vector<Point>> atoms; // by list: any of them; sorted
 
         unsigned rank() const;
     };
@@ -102,7 +132,13 @@ private:
     };
     struct Match {
         const Variant* variant;
-        std::vector<std::vector<std::uint32_t>> passed; // combinations of atoms, one of each group
+        std::uint32_t from = 0, to = 0;         // by which objects the path's ends are named; bits of By
+        std::vector<std::vector<Point>> passed; // combinations of points, one of each list
+    };
+    // A variant that names a start or end point, and by which objects.
+    struct Naming {
+        std::uint32_t variant;
+        std::uint32_t by; // bits of By
     };
     struct Key {
         std::uint32_t launch, capture, start, end;
@@ -116,20 +152,22 @@ private:
         std::size_t operator()(const Key& key) const;
     };
 
-    static unsigned placeAbout(const Sdc::Object& object);
     void noteEdges(const Sdc::Exception& exception);
     void resolve(std::uint32_t exception);
     std::vector<Variant> resolveSide(const Sdc::Points& points, const Variant& base, bool from);
     bool addPoint(const Sdc::Object& object, bool from, Variant& pins, std::vector<Variant>& outputs) const;
     bool addPin(std::uint32_t pin, bool from, Variant& pins, std::vector<Variant>& outputs) const;
-    std::vector<std::uint32_t> clockPinsBehind(std::uint32_t output) const;
-    bool launchesOnly(std::uint32_t clockPin, std::uint32_t output) const;
-    void addNodes(const Sdc::Object& object, Group& group) const;
-    void addPinNodes(std::uint32_t pin, Group& group) const;
+    Pins clockPinsBehind(std::uint32_t output) const;
+    void addNodes(const Sdc::Object& object, Mentions& list) const;
+    void addPinNodes(std::uint32_t pin, By by, Mentions& list) const;
     std::string nameOf(const Sdc::Object& object) const;
     void collectTimedPorts();
     void numberPoints(bool from);
-    std::vector<std::uint32_t> startsAlone() const;
+    static std::uint64_t startKey(std::uint32_t pin, bool clockSource);
+    std::vector<std::uint64_t> startKeys(std::uint32_t pin) const;
+    std::vector<std::uint64_t> startsAlone() const;
+    std::uint32_t numberOf(const Start& start) const;
+    std::uint32_t namedBy(const std::vector<Naming>& namings, const Variant& variant) const;
     void makeAtoms();
     void levelNodes();
     bool isAntichain(const Group& group) const;
@@ -150,12 +188,14 @@ private:
     std::vector<std::uint32_t> passedAtoms(const Key& key) const;
     std::optional<Match> match(const Variant& variant, const Key& key,
                                const std::vector<std::uint32_t>& passed);
-    unsigned placesAt(const Variant& variant, std::size_t group, std::uint32_t atom) const;
+    std::vector<std::vector<Point>> waysThrough(const Variant& variant,
+                                                const std::vector<std::uint32_t>& passed);
+    bool isBehind(const Point& point, const Point& before);
     bool isInOrder(std::uint32_t before, std::uint32_t after);
     // Of the matches that compete on a side as one kind: those that no more specific or later one takes.
     std::vector<std::uint32_t> survivors(const std::vector<Match>& matches, Sdc::Exception::Kind kind,
                                          bool setup);
-    void account(const std::vector<Match>& matches, const Requirement& requirement);
+    void account(const std::vector<Match>& matches, const Requirement& requirement, bool isRelated);
     struct CutSearch; // in ExceptionUse.cpp
     void findCut(CutSearch& search, const Variant& variant);
     std::vector<std::uint32_t> startNodes(const CutSearch& search, const Variant& variant,
@@ -174,15 +214,16 @@ private:
     Diagnostics& diagnostics_;
 
     std::vector<Variant> variants_;
-    std::unordered_set<std::uint32_t> timedPorts_;
+    TimedPorts timedPorts_;
     // Variants that name no start and no end point: those without through points; those that begin with an
     // atom.
     std::vector<std::uint32_t> unpinned_;
     std::vector<std::vector<std::uint32_t>> unpinnedThrough_;
     std::map<std::pair<std::uint32_t, std::uint32_t>, std::vector<std::uint32_t>> betweenClocks_;
-    // By pin, the number of a start or end point; 0: not named. By number, the variants that name it.
-    std::unordered_map<std::uint32_t, std::uint32_t> startNumber_, endNumber_;
-    std::vector<std::vector<std::uint32_t>> startVariants_, endVariants_;
+    // The number of a start point (by startKey) or an end point (by pin); 0: not named. By number, the
+    // variants that name it, in order.
+    std::unordered_map<std::uint64_t, std::uint32_t> startNumber_, endNumber_;
+    std::vector<std::vector<Naming>> startVariants_, endVariants_;
     std::vector<Atom> atoms_;
     std::vector<Layer> layers_;
     std::optional<ThroughLayers> together_; // where atoms share classes

@@ -1,12 +1,30 @@
 // Which exception governs a path: type first, then how specific it is, then the last on identical objects,
 // then the tightest; setup and hold apart.
+//
+// Nothing governs a side of a path that is not timed there: without a clock at both ends only a maximum or
+// minimum delay times it.
 #include "Exceptions.h"
 
 #include <algorithm>
+#include <tuple>
 
 namespace Readers::Model {
 
 using Kind = Sdc::Exception::Kind;
+
+namespace {
+
+// The bits one by one; without any, a single 0.
+std::vector<std::uint32_t> bitsOf(std::uint32_t bits) {
+    std::vector<std::uint32_t> each;
+    for (; bits != 0; bits &= bits - 1)
+        each.push_back(bits & (~bits + 1));
+    if (each.empty())
+        each.push_back(0);
+    return each;
+}
+
+} // namespace
 
 std::size_t Exceptions::KeyHash::operator()(const Key& key) const {
     std::uint64_t hash = key.atoms ^ (key.launchRise ? 2U : 0U) ^ (key.captureRise ? 1U : 0U);
@@ -40,60 +58,56 @@ bool Exceptions::isInOrder(std::uint32_t before, std::uint32_t after) {
     return place->second;
 }
 
-// Whether the variant covers the paths of the key, and by which combinations of through points.
+// Whether a path that passes the first point may pass the second one after it.
+bool Exceptions::isBehind(const Point& point, const Point& before) {
+    return point.atom == before.atom ? point.by > before.by : isInOrder(before.atom, point.atom);
+}
+
+// The combinations of points, one of each list, that a path passes in order.
+std::vector<std::vector<Exceptions::Point>>
+Exceptions::waysThrough(const Variant& variant, const std::vector<std::uint32_t>& passed) {
+    std::vector<std::vector<Point>> ways(1);
+    for (const std::vector<Point>& list : variant.atoms) {
+        std::vector<std::vector<Point>> longer;
+        for (const Point& point : list) {
+            if (!std::ranges::binary_search(passed, point.atom))
+                continue;
+            for (const std::vector<Point>& way : ways)
+                if (way.empty() || isBehind(point, way.back())) {
+                    longer.push_back(way);
+                    longer.back().push_back(point);
+                }
+        }
+        ways = std::move(longer);
+    }
+    return ways;
+}
+
+// By which objects the variant names points of a number; 0: by none.
+std::uint32_t Exceptions::namedBy(const std::vector<Naming>& namings, const Variant& variant) const {
+    const auto number = static_cast<std::uint32_t>(&variant - variants_.data());
+    const auto found = std::ranges::lower_bound(namings, number, {}, &Naming::variant);
+    return found == namings.end() || found->variant != number ? 0 : found->by;
+}
+
+// Whether the variant covers the paths of the key, by which objects, and by which through points.
 std::optional<Exceptions::Match> Exceptions::match(const Variant& variant, const Key& key,
                                                    const std::vector<std::uint32_t>& passed) {
-    const auto holds = [](const std::vector<std::uint32_t>& sorted, std::uint32_t value) {
-        return std::ranges::binary_search(sorted, value);
-    };
-    const auto number = static_cast<std::uint32_t>(&variant - variants_.data());
-    if (variant.hasFrom && (variant.fromPins.empty() ? !holds(variant.fromClocks, key.launch)
-                                                     : !holds(startVariants_[key.start], number)))
+    Match match{
+        &variant, namedBy(startVariants_[key.start], variant), namedBy(endVariants_[key.end], variant), {}};
+    if (variant.hasFrom && match.from == 0 && !std::ranges::binary_search(variant.fromClocks, key.launch))
         return std::nullopt;
-    if (variant.hasTo && (variant.toPins.empty() ? !holds(variant.toClocks, key.capture)
-                                                 : !holds(endVariants_[key.end], number)))
+    if (variant.hasTo && match.to == 0 && !std::ranges::binary_search(variant.toClocks, key.capture))
         return std::nullopt;
     const auto isEdge = [](Transition edge, bool rise) {
         return edge == Transition::any || (edge == Transition::rise) == rise;
     };
     if (!isEdge(variant.fromEdge, key.launchRise) || !isEdge(variant.toEdge, key.captureRise))
         return std::nullopt;
-    // Of each combination the last point's place is the first that it can be at.
-    struct Way {
-        std::vector<std::uint32_t> atoms;
-        unsigned place = 0;
-    };
-    std::vector<Way> ways(1);
-    for (std::size_t at = 0; at < variant.atoms.size(); ++at) {
-        std::vector<Way> longer;
-        for (const std::uint32_t atom : variant.atoms[at]) {
-            if (!holds(passed, atom))
-                continue;
-            const unsigned places = placesAt(variant, at, atom);
-            for (const Way& way : ways) {
-                const bool stays = !way.atoms.empty() && way.atoms.back() == atom;
-                const unsigned open = stays ? places & ~(2 * way.place - 1) : places;
-                if (open == 0 || (!stays && !way.atoms.empty() && !isInOrder(way.atoms.back(), atom)))
-                    continue;
-                longer.push_back({way.atoms, open & (~open + 1)});
-                longer.back().atoms.push_back(atom);
-            }
-        }
-        ways = std::move(longer);
-    }
-    if (ways.empty())
+    match.passed = waysThrough(variant, passed);
+    if (match.passed.empty())
         return std::nullopt;
-    Match match{&variant, {}};
-    for (Way& way : ways)
-        match.passed.push_back(std::move(way.atoms));
     return match;
-}
-
-// Where about its node the objects of a group stand; of one group alone it does not matter.
-unsigned Exceptions::placesAt(const Variant& variant, std::size_t group, std::uint32_t atom) const {
-    const Places& places = variant.places[group];
-    const auto found = places.find(atoms_[atom].nodes.front());
-    return found == places.end() ? pinPlace : found->second;
 }
 
 std::vector<std::uint32_t> Exceptions::survivors(const std::vector<Match>& matches, Kind kind, bool setup) {
@@ -115,16 +129,19 @@ std::vector<std::uint32_t> Exceptions::survivors(const std::vector<Match>& match
         if (best.empty() || own == top)
             best.push_back(&match);
     }
-    // On identical objects the last command counts.
-    std::map<std::vector<std::uint32_t>, std::uint32_t> last;
+    // On identical objects the last command counts: those of the two ends, and the points between. The path
+    // itself says which pin or cell an object is, except for the output that names a register.
+    std::map<std::tuple<std::uint32_t, std::uint32_t, std::uint32_t, std::vector<Point>>, std::uint32_t> last;
     for (const Match* match : best)
-        for (const std::vector<std::uint32_t>& passed : match->passed) {
-            const auto [place, isNew] = last.try_emplace(passed, match->variant->exception);
-            if (!isNew)
-                place->second = std::max(place->second, match->variant->exception);
-        }
+        for (const std::uint32_t from : bitsOf(match->from))
+            for (const std::uint32_t to : bitsOf(match->to))
+                for (const std::vector<Point>& passed : match->passed) {
+                    std::uint32_t& exception =
+                        last.try_emplace({from, match->variant->fromOutput, to, passed}).first->second;
+                    exception = std::max(exception, match->variant->exception);
+                }
     std::vector<std::uint32_t> exceptions;
-    for (const auto& [passed, exception] : last)
+    for (const auto& [objects, exception] : last)
         exceptions.push_back(exception);
     std::ranges::sort(exceptions);
     return exceptions;
@@ -146,10 +163,11 @@ const std::vector<std::uint32_t>& Exceptions::betweenClocks(std::uint32_t launch
 // The variants that may cover the paths of a key, each once, in order.
 std::vector<std::uint32_t> Exceptions::candidates(const Key& key, const std::vector<std::uint32_t>& passed) {
     std::vector<std::uint32_t> found = betweenClocks(key.launch, key.capture);
-    found.insert(found.end(), startVariants_[key.start].begin(), startVariants_[key.start].end());
-    for (const std::uint32_t variant : endVariants_[key.end])
-        if (variants_[variant].fromPins.empty())
-            found.push_back(variant);
+    for (const Naming& naming : startVariants_[key.start])
+        found.push_back(naming.variant);
+    for (const Naming& naming : endVariants_[key.end])
+        if (variants_[naming.variant].from.empty())
+            found.push_back(naming.variant);
     for (const std::uint32_t atom : passed)
         found.insert(found.end(), unpinnedThrough_[atom].begin(), unpinnedThrough_[atom].end());
     std::ranges::sort(found);
@@ -192,7 +210,7 @@ Requirement Exceptions::decide(const Key& key) {
     }
     if (const auto groups = survivors(matches, Kind::pathGroup, true); !groups.empty())
         requirement.group = groups.back();
-    account(matches, requirement);
+    account(matches, requirement, key.launch != none && key.capture != none);
     return requirement;
 }
 
@@ -221,10 +239,13 @@ void Exceptions::decideMulticycles(const Key& key, const std::vector<Match>& mat
     }
 }
 
-void Exceptions::account(const std::vector<Match>& matches, const Requirement& requirement) {
+void Exceptions::account(const std::vector<Match>& matches, const Requirement& requirement, bool isRelated) {
+    const bool setup = isRelated || requirement.maxDelay, hold = isRelated || requirement.minDelay;
     for (const Match& match : matches) {
         const std::uint32_t exception = match.variant->exception;
         const Sdc::Exception& stated = this->stated(exception);
+        if (!(stated.setup && setup) && !(stated.hold && hold))
+            continue;
         Use& use = uses_[exception];
         use.matchesPath = true;
         const auto standBehind = [&](std::uint32_t governing) {
@@ -239,9 +260,9 @@ void Exceptions::account(const std::vector<Match>& matches, const Requirement& r
             }
             continue;
         }
-        if (stated.setup)
+        if (stated.setup && setup)
             standBehind(requirement.setupException);
-        if (stated.hold)
+        if (stated.hold && hold)
             standBehind(requirement.holdException);
     }
 }

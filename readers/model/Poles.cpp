@@ -148,9 +148,8 @@ void TimingModel::makeInput(const Sdc::PortDelay* delay, std::uint32_t pin) {
     startOfPole_[pole->getIndex()] = static_cast<std::uint32_t>(starts_.size());
     starts_.push_back({Start::Kind::port, pin, !delay || !delay->clockFall, delay, pole});
     Pelko::IOConstraint constraint(nullptr, ClockMode::None, Delay(0), Delay(0));
-    if (delay) {
-        const Latency latency =
-            clocks_[*delay->clock].atPorts(!delay->sourceLatencyIncluded, !delay->networkLatencyIncluded);
+    if (delay && delay->clock) {
+        const Latency latency = latencyAt(delay);
         constraint = Pelko::IOConstraint(roots_[*delay->clock], modeOf(!delay->clockFall),
                                          bound(delay->min, *delay, latency.early),
                                          bound(delay->max, *delay, latency.late));
@@ -169,8 +168,7 @@ void TimingModel::makeInputs() {
     }
     for (const std::uint32_t pin : design_.ports()) {
         const std::uint32_t node = network_.sourceOf(pin);
-        if (timedPorts_.contains(pin) && !delayed.contains(pin) &&
-            design_.pins[pin].direction != Direction::output && needsData_[node] &&
+        if (timedPorts_.inputs.contains(pin) && !delayed.contains(pin) && needsData_[node] &&
             !network_.isConstant(node) && !network_.isClockSource(node))
             makeInput(nullptr, pin);
     }
@@ -217,7 +215,17 @@ void TimingModel::makeDataPlane() {
     for (const Start& start : starts_)
         if (start.kind != Start::Kind::reg)
             if (Pole* pole = data_[network_.sourceOf(start.pin)])
-                connect(start.pole, pole, {});
+                makeEntry(start, pole);
+}
+
+// The engine takes a port's delay into account only if a clock launches there. A delay without a clock is on
+// the arc into the port.
+void TimingModel::makeEntry(const Start& start, Pole* port) {
+    if (start.delay && !start.delay->clock)
+        Edge::create(start.pole, port, bound(start.delay->min, *start.delay, 0),
+                     bound(start.delay->max, *start.delay, 0));
+    else
+        connect(start.pole, port, {});
 }
 
 // Clock-to-output arcs; two of one edge into one output are one.
@@ -270,9 +278,9 @@ void TimingModel::makeOutput(const Sdc::PortDelay* delay, std::uint32_t pin) {
     Pelko::IOConstraint constraint(nullptr, ClockMode::None, Delay(0), Delay(0));
     if (delay) {
         // A later capture leaves more time for setup and less for hold.
-        const Latency latency =
-            clocks_[*delay->clock].atPorts(!delay->sourceLatencyIncluded, !delay->networkLatencyIncluded);
-        constraint = Pelko::IOConstraint(roots_[*delay->clock], modeOf(!delay->clockFall),
+        const Latency latency = latencyAt(delay);
+        constraint = Pelko::IOConstraint(delay->clock ? roots_[*delay->clock] : nullptr,
+                                         delay->clock ? modeOf(!delay->clockFall) : ClockMode::None,
                                          bound(delay->min, *delay, -latency.late),
                                          bound(delay->max, *delay, -latency.early));
     }
@@ -289,8 +297,7 @@ void TimingModel::makeOutputs() {
             makeOutput(&delay, delay.pin);
     }
     for (const std::uint32_t pin : design_.ports())
-        if (timedPorts_.contains(pin) && !delayed.contains(pin) &&
-            design_.pins[pin].direction != Direction::input && data_[network_.sinkOf(pin)])
+        if (timedPorts_.outputs.contains(pin) && !delayed.contains(pin) && data_[network_.sinkOf(pin)])
             makeOutput(nullptr, pin);
 }
 

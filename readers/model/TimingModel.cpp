@@ -17,8 +17,7 @@ TimingModel::Edges TimingModel::ClockPin::checkEdges() const {
 }
 
 TimingModel::TimingModel(const Design& design, const Network& network, const Clocks& clocks,
-                         const Sdc::Constraints& constraints,
-                         const std::unordered_set<std::uint32_t>& timedPorts, int scale,
+                         const Sdc::Constraints& constraints, const TimedPorts& timedPorts, int scale,
                          Diagnostics& diagnostics)
     : design_(design), network_(network), clocks_(clocks), constraints_(constraints), timedPorts_(timedPorts),
       scale_(scale), diagnostics_(diagnostics), host_(design.name.empty() ? "design" : design.name) {
@@ -50,6 +49,12 @@ const End* TimingModel::endAt(const Pelko::Pole* pole) const {
 std::optional<std::uint32_t> TimingModel::clockOf(const Pelko::Pole* root) const {
     const auto found = clockOfRoot_.find(root);
     return found == clockOfRoot_.end() ? std::nullopt : std::optional(found->second);
+}
+
+Latency TimingModel::latencyAt(const Sdc::PortDelay* delay) const {
+    if (!delay || !delay->clock)
+        return {};
+    return clocks_[*delay->clock].atPorts(!delay->sourceLatencyIncluded, !delay->networkLatencyIncluded);
 }
 
 const std::vector<std::uint32_t>& TimingModel::clocksAt(std::uint32_t pin) const {
@@ -140,7 +145,10 @@ void TimingModel::findEnds() {
 }
 
 bool TimingModel::isTimed(const Sdc::PortDelay& delay) const {
-    if (!delay.clock || clocks_[*delay.clock].removed || (!delay.min && !delay.max))
+    if (!delay.min && !delay.max)
+        return false;
+    if (delay.clock ? clocks_[*delay.clock].removed
+                    : !(delay.input ? timedPorts_.inputs : timedPorts_.outputs).contains(delay.pin))
         return false;
     const std::uint32_t node = delay.input ? network_.sourceOf(delay.pin) : network_.sinkOf(delay.pin);
     return !network_.isConstant(node) && !(delay.input && network_.isClockSource(node));
@@ -154,9 +162,8 @@ void TimingModel::pruneData() {
     for (const Sdc::PortDelay& delay : constraints_.portDelays)
         if (!delay.input && isTimed(delay))
             needsData_[network_.sinkOf(delay.pin)] = true;
-    for (const std::uint32_t pin : timedPorts_)
-        if (design_.pins[pin].direction != Direction::input)
-            needsData_[network_.sinkOf(pin)] = true;
+    for (const std::uint32_t pin : timedPorts_.outputs)
+        needsData_[network_.sinkOf(pin)] = true;
     for (auto node = network_.order().rbegin(); node != network_.order().rend(); ++node) {
         if (needsData_[*node])
             continue;

@@ -33,6 +33,11 @@ struct Start {
     Pelko::Pole* pole = nullptr;
 };
 
+// The ports that a maximum or minimum delay may time although they have no delay, or one without a clock.
+struct TimedPorts {
+    std::unordered_set<std::uint32_t> inputs, outputs; // ports that go both ways may be in both
+};
+
 // Where data paths end: a check, or a port's reference edge.
 struct End {
     std::uint32_t pin = none; // data pin or port
@@ -46,10 +51,10 @@ struct End {
 
 class TimingModel {
 public:
-    // Undelayed ports that some exception times get poles too.
+    // The ports that some exception times get poles too, if no clock refers to them.
     TimingModel(const Design& design, const Network& network, const Clocks& clocks,
-                const Sdc::Constraints& constraints, const std::unordered_set<std::uint32_t>& timedPorts,
-                int scale, Diagnostics& diagnostics);
+                const Sdc::Constraints& constraints, const TimedPorts& timedPorts, int scale,
+                Diagnostics& diagnostics);
 
     Pelko::Model& host() { return host_; }
     const std::vector<Start>& starts() const { return starts_; }
@@ -58,6 +63,8 @@ public:
     const Start* startAt(const Pelko::Pole* pole) const;
     const End* endAt(const Pelko::Pole* pole) const;
     Pelko::Pole* root(std::uint32_t clock) const { return roots_[clock]; }
+    // What a port's clock is late by at the port; nothing if the port has no delay, or one without a clock.
+    Latency latencyAt(const Sdc::PortDelay* delay) const;
     // None for a null pole and for one that is no root.
     std::optional<std::uint32_t> clockOf(const Pelko::Pole* root) const;
     // The node that a pole stands for; none for roots and other auxiliary poles.
@@ -96,6 +103,7 @@ private:
     void makeInputs();
     void makeInput(const Sdc::PortDelay* delay, std::uint32_t pin);
     void makeSourceEdges();
+    void makeEntry(const Start& start, Pelko::Pole* port);
     void makeDataPlane();
     void makeLaunches(std::uint32_t pin, const ClockPin& clockPin);
     void makeChecks();
@@ -112,7 +120,7 @@ private:
     const Network& network_;
     const Clocks& clocks_;
     const Sdc::Constraints& constraints_;
-    const std::unordered_set<std::uint32_t>& timedPorts_;
+    const TimedPorts& timedPorts_;
     const int scale_;
     Diagnostics& diagnostics_;
 

@@ -94,7 +94,8 @@ std::string Built::messages() const {
 std::string Built::poles(const std::unordered_set<std::uint32_t>& timedPorts) {
     constexpr int picoseconds = -12;
     const Design& design = annotated.design;
-    const TimingModel model(design, *network, *clocks, constraints, timedPorts, picoseconds, diagnostics_);
+    const Readers::Model::TimedPorts timed{timedPorts, timedPorts};
+    const TimingModel model(design, *network, *clocks, constraints, timed, picoseconds, diagnostics_);
     const auto edge = [](bool rise) { return rise ? " rise" : " fall"; };
     std::set<std::string> starts, ends;
     for (const Start& start : model.starts())
