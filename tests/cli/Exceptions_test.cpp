@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -94,6 +95,15 @@ std::string table(const Report::Report& report) {
     return text;
 }
 
+// Setup and hold slack of an end point; "-" for none.
+std::string slacksAt(const Report::Report& report, const std::string& pin) {
+    const auto shown = [](const Report::MaybeTime& slack) {
+        return slack ? std::to_string(*slack) : std::string("-");
+    };
+    const auto end = std::ranges::find(report.endpoints, pin, &Report::Endpoint::pin);
+    return end == report.endpoints.end() ? "- -" : shown(end->setupSlack) + " " + shown(end->holdSlack);
+}
+
 struct Row {
     const char *lines, *expected;
 };
@@ -146,12 +156,187 @@ TEST_F(Exceptions, Table) {
          "3 false_path 0 0 0 matches no path"},
         {"set_clock_groups -asynchronous -group a -group b\nset_false_path -from {r0 s}",
          "3 false_path 1 1 0 governs"},
+        // Without a clock at both ends only a delay times a path, so nothing else governs there.
+        {"set_output_delay 0 dout\nset_max_delay 5 -to dout\nset_multicycle_path 2 -to dout",
+         "3 max_delay 1 0 1 governs; 4 multicycle_path 0 0 0 always overruled 3"},
+        {"set_output_delay 0 dout\nset_min_delay 5 -from s\nset_multicycle_path 2 -to dout",
+         "3 min_delay 0 1 1 governs; 4 multicycle_path 0 0 0 matches no path"},
+        {"set_output_delay 0 dout\nset_min_delay 0 -from r1\nset_false_path -to dout",
+         "3 min_delay 0 0 0 always overruled 4; 4 false_path 0 1 0 governs"},
         // Edges of clocks.
         {"set_false_path -rise_from [get_clocks a] -to r1", "2 false_path 1 1 0 governs"},
         {"set_false_path -fall_from [get_clocks a] -to r1", "2 false_path 0 0 0 matches no path"},
     };
     for (const Row& row : rows)
         EXPECT_EQ(table(run(row.lines)), row.expected) << row.lines;
+}
+
+// A port whose delay has no clock, or which has none, is timed only by a delay that covers its paths: an
+// input delay is when data arrives, an output delay is taken off, and no clock's latency counts on that side.
+TEST_F(Exceptions, PortsWithoutAClock) {
+    struct Case {
+        const char *lines, *din, *dout; // setup and hold slack of what din leads to, r0/D, and of dout
+    };
+    const char* const none = "- -";
+    // r1/CLK to dout takes 1 ns, din to r0/D 1 ns; without -clock a command replaces the delays of before.
+    const std::vector<Case> cases = {
+        {"", "9000 1000", "9000 1000"},
+        {"set_input_delay 0.3 din; set_output_delay 0.2 dout", none, none},
+        // By whichever option the paths are covered.
+        {"set_output_delay 0.2 dout; set_max_delay 4 -from r1", "9000 1000", "2800 -"},
+        {"set_output_delay 0.2 dout; set_max_delay 4 -from r1/CLK -to dout", "9000 1000", "2800 -"},
+        {"set_output_delay 0.2 dout; set_max_delay 4 -through r1/Q", "9000 1000", "2800 -"},
+        {"set_output_delay 0.2 dout; set_max_delay 4 -through [get_cells r1]", "9000 1000", "2800 -"},
+        {"set_output_delay 0.2 dout; set_max_delay 4 -from [get_clocks a]", "3000 1000", "2800 -"},
+        {"set_output_delay 0.2 dout; set_max_delay 4 -to dout", "9000 1000", "2800 -"},
+        {"set_input_delay 0.3 din; set_max_delay 4 -from din", "2700 -", "9000 1000"},
+        {"set_input_delay 0.3 din; set_max_delay 4 -through din", "2700 -", "9000 1000"},
+        {"set_input_delay 0.3 din; set_max_delay 4 -through r0/D", "2700 -", "9000 1000"},
+        {"set_input_delay 0.3 din; set_max_delay 4 -to r0", "2700 -", "9000 1000"},
+        {"set_input_delay 0.3 din; set_max_delay 4 -to r0/D", "2700 -", "9000 1000"},
+        {"set_input_delay 0.3 din; set_max_delay 4 -to [get_clocks a]", "2700 -", "3000 1000"},
+        // Which does not cover them.
+        {"set_output_delay 0.2 dout; set_max_delay 4 -from r0", "9000 1000", none},
+        {"set_output_delay 0.2 dout; set_max_delay 4 -to [get_clocks a]", "3000 1000", none},
+        {"set_output_delay 0.2 dout; set_max_delay 4 -from r1 -to [get_clocks a]", "9000 1000", none},
+        {"set_input_delay 0.3 din; set_max_delay 4 -from [get_clocks a]", none, "3000 1000"},
+        {"set_input_delay 0.3 din; set_max_delay 4 -from [get_clocks a] -to r0", none, "9000 1000"},
+        // Each side by itself.
+        {"set_output_delay 0.2 dout; set_min_delay 0.4 -from r1", "9000 1000", "- 800"},
+        {"set_input_delay 0.3 din; set_min_delay 0.4 -to r0", "- 900", "9000 1000"},
+        {"set_input_delay -max 0.3 din; set_max_delay 4 -to r0; set_min_delay 0.4 -to r0", "2700 -",
+         "9000 1000"},
+        {"set_input_delay -min 0.3 din; set_max_delay 4 -to r0; set_min_delay 0.4 -to r0", "- 900",
+         "9000 1000"},
+        {"set_output_delay -max 0.2 dout; set_max_delay 4 -from r1; set_min_delay 0.4 -from r1", "9000 1000",
+         "2800 -"},
+        {"set_output_delay -min 0.2 dout; set_max_delay 4 -from r1; set_min_delay 0.4 -from r1", "9000 1000",
+         "- 800"},
+        // Beside a delay with a clock: this one always counts, the other one only under a delay.
+        {"set_input_delay -0.5 -add_delay din", "9000 1000", "9000 1000"},
+        {"set_input_delay 0.3 -add_delay din; set_max_delay 4 -to r0", "2700 1000", "9000 1000"},
+        {"set_input_delay -0.5 -add_delay din; set_min_delay 0 -to r0", "9000 500", "9000 1000"},
+        {"set_output_delay 0.2 -add_delay dout; set_max_delay 4 -from r1", "9000 1000", "2800 1000"},
+        // No delay at all.
+        {"remove", none, none},
+        {"remove; set_max_delay 4 -from r1; set_min_delay 0.4 -through r1/Q", none, "3000 600"},
+        {"remove; set_max_delay 4 -to [get_clocks a]; set_min_delay 0.4 -through r0/D", "3000 600", none},
+        // What beats a delay, and what it beats.
+        {"set_output_delay 0.2 dout; set_max_delay 4 -from r1; set_false_path -setup -to dout", "9000 1000",
+         none},
+        {"set_output_delay 0.2 dout; set_max_delay 4 -from r1; set_multicycle_path 2 -to dout", "9000 1000",
+         "2800 -"},
+        {"set_output_delay 0.2 dout; set_multicycle_path 2 -from r1", "9000 1000", none},
+        {"set_input_delay 0.3 din; set_max_delay 4 -to r0; set_false_path -from din", none, "9000 1000"},
+        // The latency of the clock at the other end counts, and so does the uncertainty of the capture.
+        {"set_clock_latency -source 0.1 a; set_output_delay 0.2 dout; set_max_delay 4 -from r1", "9000 1000",
+         "2700 -"},
+        {"set_clock_latency -source 0.1 a; set_input_delay 0.3 din; set_max_delay 4 -to r0", "2800 -",
+         "9000 1000"},
+        {"set_clock_uncertainty 0.1 a; set_input_delay 0.3 din; set_max_delay 4 -to r0", "2600 -",
+         "8900 900"},
+        {"set_clock_uncertainty 0.1 a; set_output_delay 0.2 dout; set_max_delay 4 -from r1", "8900 900",
+         "2800 -"},
+        {"set_clock_latency -source 0.1 a; set_output_delay 0.2 dout\n"
+         "set_max_delay 4 -from r1 -ignore_clock_latency",
+         "9000 1000", "2800 -"},
+        {"set_clock_latency -source 0.1 a; set_input_delay 0.3 din\n"
+         "set_max_delay 4 -to r0 -ignore_clock_latency",
+         "2700 -", "9000 1000"},
+    };
+    for (const Case& row : cases) {
+        std::string lines = row.lines;
+        if (lines.starts_with("remove")) // the delays go with their clock
+            lines = "create_clock -name gone -period 3 s/Q\nset_input_delay 0 -clock gone din\n"
+                    "set_output_delay 0 -clock gone dout\ncreate_clock -name new -period 3 s/Q\n" +
+                    lines.substr(lines.find(';') == std::string::npos ? lines.size() : lines.find(';') + 1);
+        const Report::Report report = run(lines);
+        EXPECT_EQ(slacksAt(report, "r0/D"), row.din) << row.lines;
+        EXPECT_EQ(slacksAt(report, "dout"), row.dout) << row.lines;
+        // A port without a slack is counted as before.
+        const std::size_t untimed =
+            (slacksAt(report, "r0/D") == none ? 1U : 0U) + (slacksAt(report, "dout") == none ? 1U : 0U);
+        EXPECT_EQ(report.unconstrainedEndpoints, untimed + 1) << row.lines; // s/D
+    }
+}
+
+// What the report shows of such a path.
+TEST_F(Exceptions, PathsOfPortsWithoutAClock) {
+    const auto path = [&](const std::string& lines, const std::string& end) {
+        for (const Report::Path& each : run(lines).paths)
+            if (each.endpoint == end)
+                return each.startDescription + " | " + each.endDescription + " | " + each.group + " | " +
+                       std::to_string(each.inputDelay) + " " + std::to_string(each.outputDelay) + " | " +
+                       std::to_string(each.points.front().arrival) + " " + std::to_string(each.arrival) +
+                       " " + std::to_string(each.required) + " " + std::to_string(each.slack);
+        return std::string("none");
+    };
+    EXPECT_EQ(path("set_input_delay 0.3 din; set_max_delay 4 -to r0", "r0/D"),
+              "input port | rising edge-triggered register clocked by a | a | 300 0 | 300 1300 4000 2700");
+    EXPECT_EQ(path("set_input_delay 0.3 din; set_min_delay 0.4 -to r0", "r0/D"),
+              "input port | rising edge-triggered register clocked by a | a | 300 0 | 300 1300 400 900");
+    EXPECT_EQ(path("set_output_delay 0.2 dout; set_max_delay 4 -from r1", "dout"),
+              "rising edge-triggered register clocked by a | output port | default | 0 200 | 0 1000 3800 "
+              "2800");
+    EXPECT_EQ(path("set_output_delay 0.2 dout; set_min_delay 0.4 -from r1", "dout"),
+              "rising edge-triggered register clocked by a | output port | default | 0 200 | 0 1000 200 "
+              "800");
+}
+
+// Data that starts at a clock's source on a register's output does not start at the register.
+TEST_F(Exceptions, FromARegisterThatMakesAClock) {
+    const std::string clock = "create_generated_clock -name half -divide_by 2 -source r0/CLK r0/Q\n";
+    // From the source to r1/D it takes 2 ns.
+    const std::vector<Row> rows = {
+        {"set_max_delay 5 -from r0", "7000"},
+        {"set_max_delay 5 -from r0/CLK", "7000"},
+        {"set_max_delay 5 -from r0/Q", "2000"},
+        {"set_max_delay 5 -from [get_clocks half]", "2000"},
+        {"set_max_delay 5 -from r0; set_max_delay 6 -from r0/Q", "3000"},
+        {"set_max_delay 5 -through r0/Q", "2000"},
+    };
+    for (const Row& row : rows)
+        EXPECT_EQ(slacksAt(run(clock + row.lines), "r1/D").substr(0, 4), row.expected) << row.lines;
+}
+
+// The same port, however it is asked for.
+TEST_F(Exceptions, APortIsOneObject) {
+    const std::vector<std::array<const char*, 3>> rows = {
+        {"set_max_delay 5 -from [get_ports din]\nset_max_delay 6 -from [all_inputs]", "5000 1000",
+         "9000 1000"},
+        {"set_max_delay 5 -to [all_outputs]\nset_max_delay 6 -to [get_ports -of_objects [get_nets r1/Q]]",
+         "9000 1000", "5000 1000"},
+        {"set_max_delay 5 -through din\nset_max_delay 6 -through [get_ports d*]", "5000 1000", "5000 1000"},
+    };
+    for (const auto& [lines, din, dout] : rows) {
+        const Report::Report report = run(lines);
+        EXPECT_EQ(slacksAt(report, "r0/D"), din) << lines;
+        EXPECT_EQ(slacksAt(report, "dout"), dout) << lines;
+    }
+}
+
+// A cell with two clock pins is one object, whichever of them a path starts at.
+TEST_F(Exceptions, ACellOfTwoClockPins) {
+    const std::string sdf =
+        sdfOf("(INTERCONNECT a m/C1 (0)) (INTERCONNECT b m/C2 (0)) (INTERCONNECT a r1/CLK (0))\n"
+              "(INTERCONNECT m/Q1 r1/D (0)) (INTERCONNECT m/Q2 t/D (0)) (INTERCONNECT b t/CLK (0))\n"
+              "(INTERCONNECT din m/D1 (0)) (INTERCONNECT r1/Q dout (0))\n",
+              cell("DFF", "r1") + cell("DFF", "t") +
+                  "(CELL (CELLTYPE \"RAM\") (INSTANCE m) (DELAY (ABSOLUTE (IOPATH (posedge C1) Q1 (1)) "
+                  "(IOPATH (posedge C2) Q2 (1)))) (TIMINGCHECK (SETUPHOLD D1 (posedge C1) (0) (0)) "
+                  "(SETUPHOLD D2 (posedge C2) (0) (0))))\n");
+    const std::vector<std::array<const char*, 3>> rows = {
+        {"set_max_delay 5 -from m\nset_max_delay 6 -from m", "5000 1000", "5000 1000"},
+        {"set_max_delay 5 -from m\nset_max_delay 6 -from m/C1", "4000 1000", "4000 1000"},
+        {"set_max_delay 5 -from m/C2\nset_max_delay 6 -from m", "5000 1000", "4000 1000"},
+        {"set_max_delay 5 -through m\nset_max_delay 6 -through m", "5000 1000", "5000 1000"},
+        {"set_max_delay 5 -through m/C1\nset_max_delay 6 -through m", "4000 1000", "5000 1000"},
+    };
+    for (const auto& [lines, first, second] : rows) {
+        const Report::Report report = run(lines, sdf);
+        EXPECT_EQ(slacksAt(report, "r1/D"), first) << lines;
+        EXPECT_EQ(slacksAt(report, "t/D"), second) << lines;
+    }
 }
 
 TEST_F(Exceptions, Messages) {
