@@ -14,8 +14,8 @@ std::size_t at(int index) { return static_cast<std::size_t>(index); }
 class Analyser {
 public:
     Analyser(const Design& design, const Options& options)
-        : design_(design), options_(options), clocks_(resolveClocks(design, options)), atoms_(atoms(design)) {
-    }
+        : design_(design), options_(options), clocks_(resolveClocks(design, options)),
+          atoms_(atoms(design, clocks_)) {}
 
     Result run() {
         for (const DataPath& path : listPaths(design_, clocks_, options_)) {
@@ -188,7 +188,7 @@ Result analyse(const Design& design, const Options& options) { return Analyser(d
 
 std::vector<Naming> namings(const Design& design, const Clocks& clocks, const std::vector<DataPath>& paths,
                             const Options& options) {
-    const std::vector<Atom> all = atoms(design);
+    const std::vector<Atom> all = atoms(design, clocks);
     std::vector<Naming> result;
     for (const DataPath& path : paths) {
         const std::vector<Capture> ends = captures(design, clocks, path, options);

@@ -8,9 +8,11 @@ namespace {
 
 std::size_t at(int index) { return static_cast<std::size_t>(index); }
 
-// One way to say one end of an exception: an object, or what it means instead.
+// One way to read one end of an exception: an object and the pin that it stands for, or a -through instead.
+// Of a register's output it is both.
 struct End {
     std::optional<Object> object;
+    int pin = none;
     std::optional<Object> through;
 };
 
@@ -29,21 +31,25 @@ std::vector<int> clockPins(const Design& d, int cell) {
     return pins;
 }
 
-std::vector<End> fromEnds(const Design& d, const std::vector<Object>& objects) {
+std::vector<End> fromEnds(const Design& d, const Clocks& clocks, const std::vector<Object>& objects) {
     std::vector<End> ends;
     for (const Object& o : objects) {
-        if (o.kind == Object::Kind::cell) {
-            for (int pin : clockPins(d, o.index))
-                ends.push_back({Object{Object::Kind::pin, pin}, {}});
-        } else if (o.kind == Object::Kind::pin && !checksReferTo(d, o.index)) {
-            const std::vector<int> clocks = clockPins(d, d.pins[at(o.index)].cell);
-            const bool output = d.pins[at(o.index)].direction == Direction::output;
-            if (output && !clocks.empty())
-                ends.push_back({Object{Object::Kind::pin, clocks.front()}, o});
-            else
-                ends.push_back({{}, o});
+        if (o.kind == Object::Kind::clock || o.kind == Object::Kind::port) {
+            ends.push_back({o, o.index, {}});
+        } else if (o.kind == Object::Kind::cell) {
+            const std::vector<int> pins = clockPins(d, o.index);
+            for (int pin : pins)
+                ends.push_back({o, pin, {}});
+            if (pins.empty())
+                ends.push_back({{}, none, o});
+        } else if (checksReferTo(d, o.index) || clocks.sources.contains(o.index)) {
+            ends.push_back({o, o.index, {}});
         } else {
-            ends.push_back({o, {}});
+            const std::vector<int> pins = clockPins(d, d.pins[at(o.index)].cell);
+            if (d.pins[at(o.index)].direction == Direction::output && !pins.empty())
+                ends.push_back({o, pins.front(), o});
+            else
+                ends.push_back({{}, none, o});
         }
     }
     return ends.empty() ? std::vector<End>{End{}} : ends;
@@ -52,14 +58,21 @@ std::vector<End> fromEnds(const Design& d, const std::vector<Object>& objects) {
 std::vector<End> toEnds(const Design& d, const std::vector<Object>& objects) {
     std::vector<End> ends;
     for (const Object& o : objects) {
-        if (o.kind == Object::Kind::cell) {
+        if (o.kind == Object::Kind::clock || o.kind == Object::Kind::port) {
+            ends.push_back({o, o.index, {}});
+        } else if (o.kind == Object::Kind::cell) {
+            bool found = false;
             for (int pin : d.cells[at(o.index)].pins)
-                if (isChecked(d, pin))
-                    ends.push_back({Object{Object::Kind::pin, pin}, {}});
-        } else if (o.kind == Object::Kind::pin && !isChecked(d, o.index)) {
-            ends.push_back({{}, o});
+                if (isChecked(d, pin)) {
+                    ends.push_back({o, pin, {}});
+                    found = true;
+                }
+            if (!found)
+                ends.push_back({{}, none, o});
+        } else if (isChecked(d, o.index)) {
+            ends.push_back({o, o.index, {}});
         } else {
-            ends.push_back({o, {}});
+            ends.push_back({{}, none, o});
         }
     }
     return ends.empty() ? std::vector<End>{End{}} : ends;
@@ -113,14 +126,14 @@ int Atom::rank() const {
     return rank;
 }
 
-std::vector<Atom> atoms(const Design& design) {
+std::vector<Atom> atoms(const Design& design, const Clocks& clocks) {
     std::vector<Atom> result;
     for (int i = 0; i < static_cast<int>(design.exceptions.size()); ++i) {
         const Exception& e = design.exceptions[at(i)];
-        for (const End& from : fromEnds(design, e.from))
+        for (const End& from : fromEnds(design, clocks, e.from))
             for (const std::vector<Object>& middle : throughChoices(e.through))
                 for (const End& to : toEnds(design, e.to)) {
-                    Atom atom{i, from.object, to.object, middle};
+                    Atom atom{i, from.object, to.object, middle, from.pin, to.pin};
                     if (from.through)
                         atom.through.insert(atom.through.begin(), *from.through);
                     if (to.through)
@@ -133,15 +146,15 @@ std::vector<Atom> atoms(const Design& design) {
 
 bool matches(const Design& design, const Clocks& clocks, const Atom& atom, const DataPath& path,
              const Launch& launch, const Capture& capture) {
-    const auto endMatches = [&](const std::optional<Object>& o, int pin, int clock) {
+    const auto endMatches = [&](const std::optional<Object>& o, int named, int pin, int clock) {
         if (!o)
             return true;
         if (o->kind == Object::Kind::clock)
             return clock != none && clocks.liveOf[at(o->index)] == clock;
-        return o->index == pin;
+        return named == pin;
     };
-    if (!endMatches(atom.from, path.pins.front(), launch.clock) ||
-        !endMatches(atom.to, path.pins.back(), capture.clock))
+    if (!endMatches(atom.from, atom.start, path.pins.front(), launch.clock) ||
+        !endMatches(atom.to, atom.end, path.pins.back(), capture.clock))
         return false;
     return passes(design, atom.through, path);
 }

@@ -1,8 +1,9 @@
 // Which exceptions name a path, and which of them governs.
 //
 // An exception is taken apart into atoms: one for each combination of one -from object, one object of each
-// -through and one -to object. Cells stand for their clock pins (-from) and checked pins (-to), and a pin at
-// which no path starts or ends for a -through. Of equal atoms of one kind and side the last command's stays.
+// -through and one -to object, as they are written. A cell stands for its clock pins (-from) and checked pins
+// (-to), a register's output for the register through it, and what is no start or end point for a -through.
+// Of atoms of the same objects, of one kind and side, the last command's stays.
 #pragma once
 
 #include "Paths.h"
@@ -13,11 +14,12 @@ struct Atom {
     int exception = none;
     std::optional<Object> from, to;
     std::vector<Object> through;
+    int start = none, end = none; // the pins that from and to stand for
 
     int rank() const; // greater is more specific
 };
 
-std::vector<Atom> atoms(const Design& design);
+std::vector<Atom> atoms(const Design& design, const Clocks& clocks);
 
 bool matches(const Design& design, const Clocks& clocks, const Atom& atom, const DataPath& path,
              const Launch& launch, const Capture& capture);

@@ -4,14 +4,12 @@
 //   generated clock that is propagated;
 // - divide_by 1, multiply_by without -duty_cycle and odd divides of a master whose high and low times differ;
 // - a clock generated from an inverted one, or edges counted from an edge whose place depends on the reader;
-// - an input delay on a clock's own port, and exceptions that name one;
-// - a maximum or minimum delay exception over a path that begins or ends at a port without a delay that it
-// does not
-//   name, at a port whose delay gives the other side only or has no clock, or at a register without a clock;
+// - an input delay on a clock's own port;
+// - a maximum or minimum delay exception over a path that begins or ends at a register without a clock;
 // - such an exception together with an ideal clock's network latency at an output port;
-// - a multicycle for both sides after one with a flag, -start and -end mixed in overlapping ones, and
-// different kinds
-//   of objects (cell, pin, net) that mean the same place.
+// - a multicycle for both sides after one with a flag, -start and -end mixed in overlapping ones, and a cell
+// and
+//   its own data pin as two -through of one exception.
 #include "Generate.h"
 
 #include "Clocks.h"
@@ -370,9 +368,13 @@ private:
 
     // One reference edge: both sides at once, each by its own command, or one side only.
     void reference(PortDelay delay, std::vector<PortDelay>& to) {
-        const bool plain = !d_.clocks[at(delay.clock)].generated;
-        delay.sourceIncluded = plain && random_.chance(8);
-        delay.networkIncluded = random_.chance(8);
+        if (delay.clock == none) {
+            delay.fall = false;
+        } else {
+            const bool plain = !d_.clocks[at(delay.clock)].generated;
+            delay.sourceIncluded = plain && random_.chance(8);
+            delay.networkIncluded = random_.chance(8);
+        }
         const int form = random_.between(0, 9);
         if (form < 5) {
             to.push_back(delay);
@@ -389,15 +391,13 @@ private:
 
     void portDelays(bool input, int port) {
         const std::size_t first = d_.portDelays.size();
-        if (random_.chance(4)) {
-            d_.portDelays.push_back(portDelay(input, port, none));
-            d_.portDelays.back().fall = false;
-            return;
-        }
-        reference(portDelay(input, port, portClock()), d_.portDelays);
+        const auto clock = [&](int percentWithout) {
+            return random_.chance(percentWithout) ? none : portClock();
+        };
+        reference(portDelay(input, port, clock(shape_.unclockedPercent)), d_.portDelays);
         if (random_.chance(25)) {
             const std::size_t second = d_.portDelays.size();
-            reference(portDelay(input, port, portClock()), d_.portDelays);
+            reference(portDelay(input, port, clock(shape_.unclockedPercent)), d_.portDelays);
             if (random_.chance(75))
                 for (std::size_t i = second; i < d_.portDelays.size(); ++i)
                     d_.portDelays[i].add = true;
@@ -409,6 +409,8 @@ private:
     void sameFlags(std::size_t first) {
         for (std::size_t i = first; i < d_.portDelays.size(); ++i) {
             PortDelay& d = d_.portDelays[i];
+            if (d.clock == none)
+                continue;
             d.sourceIncluded = d_.portDelays[first].sourceIncluded && !d_.clocks[at(d.clock)].generated;
             d.networkIncluded = d_.portDelays[first].networkIncluded;
         }

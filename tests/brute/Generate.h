@@ -25,7 +25,8 @@ struct Shape {
     int minimumExceptions = 1, maximumExceptions = 12;
     // How often each kind is drawn: false path, multicycle, maximum and minimum delay.
     std::array<int, 4> kinds{3, 4, 2, 1};
-    int throughPercent = 35; // of the exceptions
+    int throughPercent = 35;   // of the exceptions
+    int unclockedPercent = 15; // of the port delays
     int maximumPaths = 2000;
     ExceptionMode exceptions = ExceptionMode::overlapping;
     bool pads = true;         // cells between ports and the rest, of which no delay is written

@@ -14,17 +14,11 @@ using Kind = Exception::Kind;
 
 std::size_t at(int index) { return static_cast<std::size_t>(index); }
 
-// How a register is named at the start and at the end of a path, and a gate in the middle: one way for each,
-// so that two commands never mean one place by different objects.
-enum class Form { first, second, third, fourth };
-
 class Maker {
 public:
     Maker(Random& random, const Shape& shape, Skeleton& skeleton, bool allIdeal)
         : random_(random), shape_(shape), s_(skeleton), d_(skeleton.design),
           clocks_(resolveClocks(d_, options_)), paths_(listPaths(d_, clocks_, options_)) {
-        for (std::size_t i = 0; i < d_.cells.size(); ++i)
-            forms_.push_back(static_cast<Form>(random_.between(0, 3)));
         ignoreLatency_ = allIdeal && random_.chance(50);
         setupStart_ = start(), holdStart_ = start();
     }
@@ -54,81 +48,69 @@ private:
 
     // --- Objects -------------------------------------------------------------------------------------------
 
-    bool isDivider(int cell) const {
-        return std::ranges::any_of(s_.dividers,
-                                   [&](const Divider& v) { return d_.pins[at(v.clockPin)].cell == cell; });
-    }
-
     Object clock() { return {Object::Kind::clock, random_.of(clocks_.live).index}; }
 
     // A path of the design, so that exceptions mostly name something.
     const DataPath& path() { return random_.of(paths_); }
 
-    std::optional<Object> fromObject(bool delay) {
+    Object pinOrPort(int pin) const { return {d_.isPort(pin) ? Object::Kind::port : Object::Kind::pin, pin}; }
+
+    // A register by its cell, its clock pin or its output, all of them now and then for one register.
+    Object fromObject() {
         const DataPath& p = path();
-        const int pin = p.pins.front();
         if (random_.chance(30))
             return clock();
-        if (p.start == DataPath::Start::port)
-            return Object{Object::Kind::port, pin};
-        if (p.start == DataPath::Start::clockSource)
-            return {};
-        const int cell = d_.pins[at(pin)].cell;
-        if (isDivider(cell))
-            return {};
-        const Form form = forms_[at(cell)];
-        if (form == Form::first)
-            return Object{Object::Kind::cell, cell};
-        if (form == Form::second && !delay)
-            return Object{Object::Kind::pin, p.pins[1]};
-        return Object{Object::Kind::pin, pin};
+        if (p.start != DataPath::Start::clockPin)
+            return pinOrPort(p.pins.front());
+        if (random_.chance(40))
+            return {Object::Kind::cell, d_.pins[at(p.pins.front())].cell};
+        return {Object::Kind::pin, p.pins[random_.chance(30) ? 1 : 0]};
     }
 
-    std::optional<Object> toObject() {
+    Object toObject() {
         const int pin = path().pins.back();
         if (random_.chance(30))
             return clock();
-        if (d_.isPort(pin))
-            return Object{Object::Kind::port, pin};
-        const int cell = d_.pins[at(pin)].cell;
-        if (forms_[at(cell)] == Form::first || forms_[at(cell)] == Form::third)
-            return Object{Object::Kind::cell, cell};
-        return Object{Object::Kind::pin, pin};
+        if (!d_.isPort(pin) && random_.chance(50))
+            return {Object::Kind::cell, d_.pins[at(pin)].cell};
+        return pinOrPort(pin);
     }
 
-    // A gate's output in the gate's own form: pin, net or cell.
-    std::optional<Object> throughObject(const DataPath& p) {
+    // A gate or what drives it, by pin, net or cell. Where the order does not count, what the path begins and
+    // ends with too.
+    std::optional<Object> throughObject(const DataPath& p, bool ordered) {
         std::vector<Object> found;
-        for (std::size_t i = 1; i + 1 < p.pins.size(); ++i) {
+        for (std::size_t i = 0; i < p.pins.size(); ++i) {
             const int pin = p.pins[i], cell = d_.pins[at(pin)].cell;
-            if (cell == none || d_.pins[at(pin)].direction != Direction::output ||
-                std::ranges::count(s_.gates, cell) == 0)
+            const bool isGate = std::ranges::count(s_.gates, cell) != 0;
+            const bool isInside =
+                isGate ? d_.pins[at(pin)].direction == Direction::output
+                       : i < 2 && p.start == DataPath::Start::clockPin; // of the register that it starts at
+            if (!isInside && (ordered || (i > 0 && i + 1 < p.pins.size() && !isGate)))
                 continue;
-            switch (forms_[at(cell)]) {
-            case Form::first:
+            found.push_back(pinOrPort(pin));
+            if (cell != none)
                 found.push_back({Object::Kind::cell, cell});
-                break;
-            case Form::second:
-                found.push_back({Object::Kind::net, d_.pins[at(pin)].net});
-                break;
-            default:
-                found.push_back({Object::Kind::pin, pin});
-            }
+            if (i + 1 < p.pins.size() && p.nets[i] != none)
+                found.push_back({Object::Kind::net, p.nets[i]});
         }
         if (found.empty())
             return {};
         return random_.of(found);
     }
 
-    void addOnce(std::vector<Object>& to, const std::optional<Object>& object) {
+    void addOnce(std::vector<Object>& to, const std::optional<Object>& object) const {
         if (object && std::ranges::find(to, *object) == to.end())
             to.push_back(*object);
     }
 
-    // A pin where no path starts or ends, given as -from or -to.
-    std::optional<Object> middlePin() {
-        const std::optional<Object> o = throughObject(path());
-        if (o && o->kind == Object::Kind::pin && forms_[at(d_.pins[at(o->index)].cell)] == Form::fourth)
+    // A pin or a gate where no path starts or ends, given as -from or -to.
+    std::optional<Object> middle() {
+        const std::optional<Object> o = throughObject(path(), true);
+        const auto isGate = [&](int cell) { return std::ranges::count(s_.gates, cell) != 0; };
+        if (o && (o->kind == Object::Kind::pin    ? isGate(d_.pins[at(o->index)].cell)
+                  : o->kind == Object::Kind::cell ? isGate(o->index)
+                                                  : false))
             return o;
         return {};
     }
@@ -139,23 +121,21 @@ private:
         e.kind = kind;
         if (random_.chance(65))
             for (int n = random_.chance(70) ? 1 : random_.between(2, 3); n > 0; --n)
-                addOnce(e.from, fromObject(delay));
+                addOnce(e.from, fromObject());
         if (random_.chance(55))
             for (int n = random_.chance(70) ? 1 : random_.between(2, 3); n > 0; --n)
                 addOnce(e.to, toObject());
+        const std::optional<Object> other = !delay && random_.chance(5) ? middle() : std::nullopt;
+        const bool asFrom = random_.chance(50);
         if (random_.chance(shape_.throughPercent))
-            through(e);
-        if (!delay && random_.chance(5)) {
-            if (const std::optional<Object> o = middlePin(); o && random_.chance(50))
-                e.from = {*o};
-            else if (o)
-                e.to = {*o};
-        }
+            through(e, other.has_value());
+        if (other)
+            (asFrom ? e.from : e.to) = {*other};
         return e;
     }
 
     // Groups in the order of one path; several objects in one group from others.
-    void through(Exception& e) {
+    void through(Exception& e, bool ordered) {
         const DataPath& p = path();
         const auto position = [&](const Object& o) {
             for (std::size_t i = 0; i < p.pins.size(); ++i) {
@@ -170,14 +150,16 @@ private:
             return p.pins.size();
         };
         std::vector<Object> row;
-        for (int n = random_.chance(75) ? 1 : 2; n > 0; --n)
-            addOnce(row, throughObject(p));
+        const int count = random_.chance(75) ? 1 : 2;
+        ordered = ordered || count > 1;
+        for (int n = 0; n < count; ++n)
+            addOnce(row, throughObject(p, ordered));
         std::ranges::sort(row, {}, position);
         for (const Object& o : row)
             e.through.push_back({o});
         if (!e.through.empty() && random_.chance(30)) {
             std::vector<Object> known = row;
-            if (const std::optional<Object> other = throughObject(path());
+            if (const std::optional<Object> other = throughObject(path(), ordered);
                 other && std::ranges::find(known, *other) == known.end())
                 e.through.front().push_back(*other);
         }
@@ -274,18 +256,7 @@ private:
     bool isOpen(const Exception& e, const Naming& n) const {
         if (e.kind == Kind::falsePath || e.kind == Kind::multicycle)
             return false;
-        const auto names = [](const std::vector<Object>& objects, int pin) {
-            return std::ranges::find(objects, Object{Object::Kind::port, pin}) != objects.end();
-        };
-        if (n.launch.unclocked || n.capture.unclocked)
-            return true;
-        if (n.launch.undelayed && !names(e.from, n.path->pins.front()))
-            return true;
-        if (n.capture.undelayed && !names(e.to, n.path->pins.back()))
-            return true;
-        if (n.path->start == DataPath::Start::port && (!n.launch.early || !n.launch.late))
-            return true;
-        return d_.isPort(n.path->pins.back()) && (!n.capture.setup || !n.capture.hold);
+        return n.launch.unclocked || n.capture.unclocked;
     }
 
     Random& random_;
@@ -295,7 +266,6 @@ private:
     const Options options_{};
     Clocks clocks_;
     std::vector<DataPath> paths_;
-    std::vector<Form> forms_; // by cell
     bool ignoreLatency_ = false;
     std::optional<bool> setupStart_, holdStart_;
 };

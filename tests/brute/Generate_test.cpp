@@ -127,8 +127,55 @@ struct Seen {
         });
     }
     bool start(DataPath::Start kind) const {
+        return any(namings, [&](const Naming& n) { return n.path->start == kind && n.launch.clock != none; });
+    }
+    // Whether a port without a clock is an end of a path under a delay; with a delay of its own, or with
+    // none.
+    bool timedPort(bool input, bool delayed) const {
         return any(namings, [&](const Naming& n) {
-            return n.path->start == kind && !n.launch.unclocked && !n.launch.undelayed;
+            const int pin = input ? n.path->pins.front() : n.path->pins.back();
+            if (!d.isPort(pin) || (input ? n.launch.clock : n.capture.clock) != none)
+                return false;
+            const bool has = delay(
+                [&](const PortDelay& p) { return p.port == pin && p.input == input && p.clock == none; });
+            return has == delayed && any(n.exceptions, [&](int e) {
+                       return d.exceptions[static_cast<std::size_t>(e)].kind >= Exception::Kind::maximumDelay;
+                   });
+        });
+    }
+    bool bothDelays() const {
+        return delay([&](const PortDelay& p) {
+            return p.add && delay([&](const PortDelay& other) {
+                       return other.port == p.port && other.input == p.input &&
+                              (other.clock == none) != (p.clock == none);
+                   });
+        });
+    }
+    // Whether two exceptions of a kind name one end by a cell and by a pin of it.
+    bool byCellAndPin(std::vector<Object> Exception::*end) const {
+        return exception([&](const Exception& a) {
+            return any(a.*end, [&](const Object& cell) {
+                return cell.kind == Object::Kind::cell && exception([&](const Exception& b) {
+                           return a.kind == b.kind && any(b.*end, [&](const Object& pin) {
+                                      return pin.kind == Object::Kind::pin &&
+                                             d.pins[static_cast<std::size_t>(pin.index)].cell == cell.index;
+                                  });
+                       });
+            });
+        });
+    }
+    // Likewise a point between, by another kind of object and by a pin that belongs to it.
+    bool throughBoth(Object::Kind kind, const std::function<int(int)>& ownerOf) const {
+        return exception([&](const Exception& a) {
+            return a.through.size() == 1 && any(a.through[0], [&](const Object& owner) {
+                       return owner.kind == kind && exception([&](const Exception& b) {
+                                  return a.kind == b.kind && b.through.size() == 1 &&
+                                         any(b.through[0], [&](const Object& pin) {
+                                             return pin.kind == Object::Kind::pin &&
+                                                    ownerOf(pin.index) == owner.index;
+                                         });
+                              });
+                   });
         });
     }
     bool clocksMeet() const {
@@ -327,13 +374,24 @@ const std::vector<Feature>& features() {
          [](const Seen& s) {
              return Seen::any(s.namings, [](const Naming& n) { return n.capture.unclocked; });
          }},
-        {"undelayed port under a delay exception",
+        {"delay with a clock and one without", [](const Seen& s) { return s.bothDelays(); }},
+        {"undelayed input under a delay exception", [](const Seen& s) { return s.timedPort(true, false); }},
+        {"undelayed output under a delay exception", [](const Seen& s) { return s.timedPort(false, false); }},
+        {"input without clock under a delay exception",
+         [](const Seen& s) { return s.timedPort(true, true); }},
+        {"output without clock under a delay exception",
+         [](const Seen& s) { return s.timedPort(false, true); }},
+        {"from a cell and its pin", [](const Seen& s) { return s.byCellAndPin(&Exception::from); }},
+        {"to a cell and its pin", [](const Seen& s) { return s.byCellAndPin(&Exception::to); }},
+        {"through a cell and its pin",
          [](const Seen& s) {
-             return Seen::any(s.namings, [&](const Naming& n) {
-                 return (n.launch.undelayed || n.capture.undelayed) && Seen::any(n.exceptions, [&](int e) {
-                            return s.d.exceptions[static_cast<std::size_t>(e)].kind >= Kind::maximumDelay;
-                        });
-             });
+             return s.throughBoth(Object::Kind::cell,
+                                  [&](int pin) { return s.d.pins[static_cast<std::size_t>(pin)].cell; });
+         }},
+        {"through a net and its driver",
+         [](const Seen& s) {
+             return s.throughBoth(Object::Kind::net,
+                                  [&](int pin) { return s.d.pins[static_cast<std::size_t>(pin)].net; });
          }},
         {"false path on a side",
          [](const Seen& s) {

@@ -148,11 +148,11 @@ std::vector<Launch> launches(const Design& design, const Clocks& clocks, const D
     if (path.start == DataPath::Start::port) {
         for (const Entry& e : portEntries(design, clocks, pin, true)) {
             if (e.clock == none) {
-                result.push_back({none, false, {}, {}, {}, false, true});
+                result.push_back({none, false, e.minimum, e.maximum, {}, false});
                 continue;
             }
             const Interval base = clocks.live[at(e.clock)].atPort(e.sourceIncluded, e.networkIncluded);
-            Launch launch{e.clock, e.fall, {}, {}, base, false, false};
+            Launch launch{e.clock, e.fall, {}, {}, base, false};
             if (e.minimum)
                 launch.early = base.early + *e.minimum;
             if (e.maximum)
@@ -160,7 +160,7 @@ std::vector<Launch> launches(const Design& design, const Clocks& clocks, const D
             result.push_back(launch);
         }
         if (result.empty())
-            result.push_back({none, false, 0, 0, {}, true, false});
+            result.push_back({none, false, 0, 0, {}, false});
         return result;
     }
     for (int c = 0; c < count; ++c) {
@@ -168,14 +168,14 @@ std::vector<Launch> launches(const Design& design, const Clocks& clocks, const D
         if (path.start == DataPath::Start::clockSource) {
             if (std::ranges::find(clock.targets, pin) != clock.targets.end())
                 for (bool fall : {false, true})
-                    result.push_back({c, fall, clock.root.early, clock.root.late, clock.root, false, false});
+                    result.push_back({c, fall, clock.root.early, clock.root.late, clock.root, false});
         } else if (const auto place = clock.arrivals.find(pin); place != clock.arrivals.end()) {
             const bool fall = path.startEdge == Edge::fall;
-            result.push_back({c, fall, place->second.early, place->second.late, place->second, false, false});
+            result.push_back({c, fall, place->second.early, place->second.late, place->second, false});
         }
     }
     if (result.empty())
-        result.push_back({none, false, {}, {}, {}, false, true});
+        result.push_back({none, false, {}, {}, {}, true});
     return result;
 }
 
@@ -185,20 +185,15 @@ std::vector<Capture> captures(const Design& design, const Clocks& clocks, const 
     const int pin = path.pins.back();
     if (design.isPort(pin)) {
         for (const Entry& e : portEntries(design, clocks, pin, false)) {
-            if (e.clock == none) {
-                result.push_back({none, false, {}, {}, {}, false, true});
-                continue;
-            }
-            Capture capture{
-                e.clock,   e.fall, clocks.live[at(e.clock)].atPort(e.sourceIncluded, e.networkIncluded),
-                e.maximum, {},     false,
-                false};
+            Capture capture{e.clock, e.fall, {}, e.maximum, {}, false};
+            if (e.clock != none)
+                capture.latency = clocks.live[at(e.clock)].atPort(e.sourceIncluded, e.networkIncluded);
             if (e.minimum)
                 capture.hold = -*e.minimum;
             result.push_back(capture);
         }
         if (result.empty())
-            result.push_back({none, false, {}, 0, 0, true, false});
+            result.push_back({none, false, {}, 0, 0, false});
         return result;
     }
     for (const Check& check : design.checks) {
@@ -210,7 +205,7 @@ std::vector<Capture> captures(const Design& design, const Clocks& clocks, const 
             if (place == clocks.live[at(c)].arrivals.end())
                 continue;
             reached = true;
-            Capture capture{c, check.clockEdge == Edge::fall, place->second, {}, {}, false, false};
+            Capture capture{c, check.clockEdge == Edge::fall, place->second, {}, {}, false};
             if (check.setup)
                 capture.setup = checkValue(*check.setup, options.delays);
             if (check.hold)
@@ -218,7 +213,7 @@ std::vector<Capture> captures(const Design& design, const Clocks& clocks, const 
             result.push_back(capture);
         }
         if (!reached)
-            result.push_back({none, false, {}, {}, {}, false, true});
+            result.push_back({none, false, {}, {}, {}, true});
     }
     return result;
 }

@@ -21,14 +21,14 @@ struct DataPath {
 
 std::vector<DataPath> listPaths(const Design& design, const Clocks& clocks, const Options& options);
 
-// What sets a path off. Sides that a port delay does not give are absent.
+// What sets a path off. Sides that a port delay does not give are absent. A port without a delay, or with one
+// without a clock, has no clock.
 struct Launch {
     int clock = none; // into Clocks::live
     bool fall = false;
     std::optional<int> early, late; // after the clock edge
     Interval latency;               // what of it is the clock's
-    bool undelayed = false;         // an input port without a delay
-    bool unclocked = false; // a register that no clock reaches, or a delay without a clock: nothing is timed
+    bool unclocked = false;         // a register that no clock reaches: nothing is timed
 };
 std::vector<Launch> launches(const Design& design, const Clocks& clocks, const DataPath& path);
 
@@ -38,7 +38,6 @@ struct Capture {
     bool fall = false;
     Interval latency;
     std::optional<int> setup, hold; // an output port's: its maximum delay, and minus its minimum
-    bool undelayed = false;
     bool unclocked = false;
 };
 std::vector<Capture> captures(const Design& design, const Clocks& clocks, const DataPath& path,

@@ -94,7 +94,13 @@ std::string Built::messages() const {
 std::string Built::poles(const std::unordered_set<std::uint32_t>& timedPorts) {
     constexpr int picoseconds = -12;
     const Design& design = annotated.design;
-    const Readers::Model::TimedPorts timed{timedPorts, timedPorts};
+    Readers::Model::TimedPorts timed;
+    for (const std::uint32_t port : timedPorts) {
+        if (design.pins[port].direction != Readers::Direction::output)
+            timed.inputs.insert(port);
+        if (design.pins[port].direction != Readers::Direction::input)
+            timed.outputs.insert(port);
+    }
     const TimingModel model(design, *network, *clocks, constraints, timed, picoseconds, diagnostics_);
     const auto edge = [](bool rise) { return rise ? " rise" : " fall"; };
     std::set<std::string> starts, ends;
