@@ -385,7 +385,7 @@ void Harvest::addPoints(const std::vector<Pelko::Edge*>& edges, bool late, Repor
     std::uint32_t before = model_.nodeOf(edges.front()->getSource());
     for (const Pelko::Edge* edge : edges) {
         const std::uint32_t node = model_.nodeOf(edge->getTarget());
-        if (edge->getTarget()->isCheck() || node == before)
+        if (edge->getTarget()->isCheck() || network_.originalOf(node) == network_.originalOf(before))
             continue;
         const Time delay = partOf(*edge, late).value_or(0);
         const std::uint32_t pin = network_.pinOf(node), from = network_.pinOf(before);

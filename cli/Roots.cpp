@@ -17,13 +17,15 @@ namespace {
 constexpr std::size_t namedRoots = 20;
 
 // The roots behind clock pins: what nothing drives through nets and combinational cells, with the number of
-// clock pins behind each. Register outputs count only where a pin has no other root.
+// clock pins behind each; of a loop that nothing drives the pin where it is cut. Register outputs count only
+// where a pin has no other root.
 std::map<std::uint32_t, std::size_t> rootsBehind(const Readers::Design& design,
                                                  const Readers::Model::Network& network,
                                                  const std::vector<std::uint32_t>& clockPins) {
     std::map<std::uint32_t, std::size_t> roots;
     for (const std::uint32_t clockPin : clockPins) {
-        std::vector<std::uint32_t> next = {network.sinkOf(clockPin)};
+        std::vector<std::uint32_t> next;
+        network.eachCopy(network.sinkOf(clockPin), [&](std::uint32_t node) { next.push_back(node); });
         std::unordered_set<std::uint32_t> seen(next.begin(), next.end());
         std::vector<std::uint32_t> own, registers;
         while (!next.empty()) {
@@ -32,7 +34,7 @@ std::map<std::uint32_t, std::size_t> rootsBehind(const Readers::Design& design,
             bool driven = false;
             for (const std::uint32_t number : network.in(node)) {
                 const Arc& arc = network.arcs()[number];
-                driven |= arc.kind != ArcKind::launch;
+                driven |= arc.kind != ArcKind::launch && arc.kind != ArcKind::cut;
                 if (arc.kind == ArcKind::through && seen.insert(arc.from).second)
                     next.push_back(arc.from);
             }

@@ -269,8 +269,11 @@ std::uint32_t Clocks::masterOf(std::uint32_t number, const Sdc::Constraints& con
     if (generated.master)
         return *generated.master;
     std::vector<std::uint32_t> masters;
-    for (const std::uint32_t node : {network_.sinkOf(generated.source), network_.sourceOf(generated.source)})
+    const auto add = [&](std::uint32_t node) {
         masters.insert(masters.end(), reaching.at(node).begin(), reaching.at(node).end());
+    };
+    network_.eachCopy(network_.sinkOf(generated.source), add);
+    network_.eachCopy(network_.sourceOf(generated.source), add);
     std::ranges::sort(masters);
     masters.erase(std::ranges::unique(masters).begin(), masters.end());
     std::erase(masters, number);
@@ -384,9 +387,11 @@ void Clocks::insert(Clock& clock, const Clock& master, std::uint32_t source) con
     for (std::size_t target = 0; target < master.targets.size(); ++target)
         from.emplace_back(master.targets[target], master.insertion[target]);
     Insertion::Arrivals atSource;
-    for (const std::uint32_t node : {network_.sinkOf(source), network_.sourceOf(source)})
-        if (const std::optional<Latency> arrival = Insertion(network_, from, node).find())
-            atSource.emplace_back(node, *arrival);
+    for (const std::uint32_t side : {network_.sinkOf(source), network_.sourceOf(source)})
+        network_.eachCopy(side, [&](std::uint32_t node) {
+            if (const std::optional<Latency> arrival = Insertion(network_, from, node).find())
+                atSource.emplace_back(node, *arrival);
+        });
     for (std::size_t target = 0; target < clock.targets.size(); ++target) {
         std::optional<Latency> insertion = Insertion(network_, atSource, clock.targets[target]).find();
         if (!insertion)

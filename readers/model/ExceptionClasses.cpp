@@ -7,6 +7,7 @@
 #include <bit>
 #include <deque>
 #include <set>
+#include <tuple>
 
 namespace Readers::Model {
 
@@ -61,9 +62,48 @@ bool Exceptions::isAntichain(const Group& group) const {
     return std::ranges::all_of(group, sameLevel) || !reaches(group, group);
 }
 
+// Of the nodes in loops whose order with others counts, the pins of the same loop among these that a path can
+// still pass behind them. On a path that passes two of them, the second lies ahead of the first and the first
+// not ahead of the second.
+std::unordered_map<std::uint32_t, Exceptions::Group>
+Exceptions::loopPointsAhead(const std::vector<std::uint32_t>& ordered) const {
+    std::map<std::uint32_t, std::vector<std::uint32_t>> ofLoops;
+    for (const std::uint32_t node : ordered)
+        if (const std::uint32_t loop = network_.loopOf(node); loop != none && !network_.isRepeated(node))
+            ofLoops[loop].push_back(node);
+    std::unordered_map<std::uint32_t, Group> ahead;
+    for (const auto& [loop, nodes] : ofLoops) {
+        std::set<std::uint32_t> points;
+        for (const std::uint32_t node : nodes)
+            points.insert(network_.originalOf(node));
+        for (const std::uint32_t point : points) {
+            std::unordered_set<std::uint32_t> leads;
+            std::vector<std::uint32_t> open;
+            const auto add = [&](std::uint32_t node) {
+                if (leads.insert(node).second)
+                    open.push_back(node);
+            };
+            network_.eachCopy(point, add);
+            while (!open.empty()) {
+                const std::uint32_t node = open.back();
+                open.pop_back();
+                for (const std::uint32_t number : network_.in(node))
+                    if (const Arc& arc = network_.arcs()[number];
+                        arc.kind == ArcKind::through && network_.loopOf(arc.from) == loop)
+                        add(arc.from);
+            }
+            for (const std::uint32_t node : nodes)
+                if (network_.originalOf(node) != point && leads.contains(node))
+                    ahead[node].push_back(point);
+        }
+    }
+    return ahead;
+}
+
 // Nodes that all through lists name together, and by the same kinds of objects, are one atom, unless one of
 // them reaches another or their order counts. By which object the only list of a node names it makes no
-// difference.
+// difference. The copies that a loop has of one pin are one point all the same, if no path passes two of them
+// and the same points lie ahead of them.
 void Exceptions::makeAtoms() {
     std::map<std::uint32_t, std::vector<Point>> namedIn; // by node: the numbers of the lists, as atoms
     std::unordered_map<std::uint32_t, bool> alone;
@@ -88,9 +128,26 @@ void Exceptions::makeAtoms() {
             atomOf[node] = static_cast<std::uint32_t>(atoms_.size());
         atoms_.push_back({std::move(nodes), 0, 0});
     };
+    std::vector<std::uint32_t> ordered;
+    for (const auto& [node, named] : namedIn)
+        if (alone[node])
+            ordered.push_back(node);
+    const std::unordered_map<std::uint32_t, Group> ahead = loopPointsAhead(ordered);
+    std::map<std::tuple<std::uint32_t, std::vector<Point>, Group>, std::uint32_t> points;
+    const auto addPoint = [&](std::uint32_t node, const std::vector<Point>& named) {
+        const auto found = ahead.find(node);
+        const auto [place, isNew] =
+            points.try_emplace({network_.isRepeated(node) ? node : network_.originalOf(node), named,
+                                found == ahead.end() ? Group() : found->second},
+                               static_cast<std::uint32_t>(atoms_.size()));
+        if (isNew)
+            return add({node});
+        atomOf[node] = place->second;
+        atoms_[place->second].nodes.push_back(node);
+    };
     for (auto& [node, named] : namedIn) {
         if (alone[node]) {
-            add({node});
+            addPoint(node, named);
             continue;
         }
         if (named.front().atom == named.back().atom) {
@@ -104,16 +161,16 @@ void Exceptions::makeAtoms() {
             add(std::move(nodes));
         else
             for (const std::uint32_t node : nodes)
-                add({node});
+                addPoint(node, named);
     }
     for (Variant& variant : variants_)
         for (const Mentions& list : variant.throughs) {
-            std::set<Point> points;
+            std::set<Point> named;
             for (const Mention& mention : list)
-                points.insert(plain.contains(mention.node)
-                                  ? Point{atomOf.at(mention.node)}
-                                  : Point{atomOf.at(mention.node), mention.by, mention.clockPin});
-            variant.atoms.emplace_back(points.begin(), points.end());
+                named.insert(plain.contains(mention.node)
+                                 ? Point{atomOf.at(mention.node)}
+                                 : Point{atomOf.at(mention.node), mention.by, mention.clockPin});
+            variant.atoms.emplace_back(named.begin(), named.end());
         }
 }
 

@@ -130,7 +130,10 @@ void Exceptions::findCut(CutSearch& search, const Variant& variant) {
         const std::vector<bool> reached = walkVariant(search, variant, launch);
         std::vector<bool> captures(clocks_.size());
         search.forEach(search.ends, variant.to.pins, [&](const End* end) {
-            if (!reached[network_.sinkOf(end->pin)])
+            bool arrives = false;
+            network_.eachCopy(network_.sinkOf(end->pin),
+                              [&](std::uint32_t node) { arrives = arrives || reached[node]; });
+            if (!arrives)
                 return;
             if (!end->isPort())
                 for (const std::uint32_t capture : search.model.clocksAt(end->clockPin))

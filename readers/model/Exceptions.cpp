@@ -214,7 +214,9 @@ bool Exceptions::addPin(std::uint32_t pin, bool from, Variant& pins, std::vector
     Variant through = pins;
     through.from = clockPinsBehind(pin);
     through.fromOutput = pin;
-    through.throughs.insert(through.throughs.begin(), Mentions{{network_.sourceOf(pin)}});
+    Mentions output;
+    network_.eachCopy(network_.sourceOf(pin), [&](std::uint32_t node) { output.push_back({node}); });
+    through.throughs.insert(through.throughs.begin(), std::move(output));
     outputs.push_back(std::move(through));
     return true;
 }
@@ -229,10 +231,11 @@ Exceptions::Pins Exceptions::clockPinsBehind(std::uint32_t output) const {
 }
 
 void Exceptions::addPinNodes(std::uint32_t pin, By by, Mentions& list) const {
+    const auto add = [&](std::uint32_t node) { list.push_back({node, by}); };
     if (!design_.isClockPin(pin)) {
-        list.push_back({network_.sinkOf(pin), by});
+        network_.eachCopy(network_.sinkOf(pin), add);
         if (network_.sourceOf(pin) != network_.sinkOf(pin))
-            list.push_back({network_.sourceOf(pin), by});
+            network_.eachCopy(network_.sourceOf(pin), add);
         return;
     }
     // A path that starts at a clock pin goes on through what it launches.
@@ -258,7 +261,9 @@ void Exceptions::addNodes(const Sdc::Object& object, Mentions& list) const {
             const Direction direction = design_.pins[pin].direction;
             if (direction == Direction::inout ||
                 direction == (design_.isPort(pin) ? Direction::input : Direction::output))
-                list.push_back({network_.sourceOf(pin), byNet});
+                network_.eachCopy(network_.sourceOf(pin), [&](std::uint32_t node) {
+                    list.push_back({node, byNet});
+                });
         }
         break;
     case ObjectKind::clock:

@@ -168,6 +168,7 @@ private:
     std::vector<std::uint64_t> startsAlone() const;
     std::uint32_t numberOf(const Start& start) const;
     std::uint32_t namedBy(const std::vector<Naming>& namings, const Variant& variant) const;
+    std::unordered_map<std::uint32_t, Group> loopPointsAhead(const std::vector<std::uint32_t>& ordered) const;
     void makeAtoms();
     void levelNodes();
     bool isAntichain(const Group& group) const;

@@ -1,4 +1,5 @@
-// The network out of the design: nodes, what is taken out, arcs merged and linked, loops broken.
+// The network out of the design: nodes, what is taken out, arcs merged and linked. Loops are opened in
+// NetworkLoops.cpp.
 #include "Network.h"
 
 #include <algorithm>
@@ -8,9 +9,6 @@
 namespace Readers::Model {
 
 namespace {
-
-// How many of the arcs that close loops are named one by one.
-constexpr std::size_t namedLoops = 20;
 
 // Groups the arcs by one of their ends, in order.
 template <class EndOf>
@@ -29,9 +27,11 @@ void group(const std::vector<Arc>& arcs, std::size_t nodes, EndOf endOf, std::ve
 } // namespace
 
 Network::Network(const Design& design, const Sdc::Constraints& constraints,
-                 const std::vector<std::uint32_t>& clockSources, Diagnostics& diagnostics)
+                 const std::vector<std::uint32_t>& clockSources, Diagnostics& diagnostics,
+                 const LoopLimits& limits)
     : design_(design) {
     makeNodes();
+    originals_ = size();
     constant_.assign(size(), false);
     if (!constraints.caseValues.empty())
         diagnostics.note(constraints.place(constraints.caseValues.front().origin),
@@ -47,7 +47,8 @@ Network::Network(const Design& design, const Sdc::Constraints& constraints,
     disable(constraints, arcDisabled);
     makeArcs(arcDisabled);
     link();
-    breakLoops(diagnostics);
+    if (!putInOrder())
+        openLoops(limits, diagnostics);
 }
 
 void Network::makeNodes() {
@@ -145,7 +146,8 @@ void Network::link() {
         arcs_, size(), [](const Arc& arc) { return arc.to; }, inFirst_, in_);
 }
 
-void Network::breakLoops(Diagnostics& diagnostics) {
+// False if there is no order, because of a loop.
+bool Network::putInOrder() {
     enum class State : std::uint8_t { unseen, open, done };
     std::vector<State> states(size(), State::unseen);
     struct Step {
@@ -153,11 +155,11 @@ void Network::breakLoops(Diagnostics& diagnostics) {
         std::uint32_t next; // into out(node)
     };
     std::vector<Step> walk;
-    std::size_t loops = 0;
     const auto enter = [&](std::uint32_t node) {
         states[node] = State::open;
         walk.push_back({node, 0});
     };
+    order_.clear();
     order_.reserve(size());
     for (std::uint32_t start = 0; start < size(); ++start) {
         if (states[start] != State::unseen)
@@ -172,22 +174,17 @@ void Network::breakLoops(Diagnostics& diagnostics) {
                 walk.pop_back();
                 continue;
             }
-            Arc& arc = arcs_[arcs[step.next++]];
+            const Arc& arc = arcs_[arcs[step.next++]];
             if (arc.kind != ArcKind::through)
                 continue;
-            if (states[arc.to] == State::unseen) {
+            if (states[arc.to] == State::unseen)
                 enter(arc.to);
-            } else if (states[arc.to] == State::open) {
-                arc.kind = ArcKind::cut;
-                if (++loops <= namedLoops)
-                    diagnostics.warning({}, "a loop of arcs is cut at " + nameOf(arc.from) + " to " +
-                                                nameOf(arc.to));
-            }
+            else if (states[arc.to] == State::open)
+                return false;
         }
     }
     std::ranges::reverse(order_);
-    if (loops > namedLoops)
-        diagnostics.warning({}, std::to_string(loops - namedLoops) + " more loops of arcs are cut");
+    return true;
 }
 
 } // namespace Readers::Model

@@ -86,9 +86,16 @@ void TimingModel::makeClockPlane() {
 
 // The pin's neutral pole, which all clocks reach, and one pole behind it for each working edge.
 void TimingModel::makeClockPin(std::uint32_t pin, ClockPin& clockPin) {
-    Pole* neutral = clock_[network_.sinkOf(pin)];
+    const std::uint32_t node = network_.sinkOf(pin);
+    const bool isCopied = !network_.copiesOf(node).empty();
+    Pole* neutral = isCopied ? nullptr : clock_[node];
     if (!neutral)
-        neutral = note(Pole::create(host_.getCell()), network_.sinkOf(pin));
+        neutral = note(Pole::create(host_.getCell()), node);
+    if (isCopied) // of a loop
+        network_.eachCopy(node, [&](std::uint32_t copy) {
+            if (clock_[copy])
+                connect(clock_[copy], neutral, {});
+        });
     for (const std::uint32_t number : clocksAt_.at(pin)) {
         const Clock& clock = clocks_[number];
         if (!clock.propagated)
@@ -261,9 +268,10 @@ void TimingModel::makeChecks() {
             if (!named && (check->clockEdge != Transition::any || !(rising ? unnamed.rise : unnamed.fall)))
                 continue;
             Pole* pole = note(Pole::createCheck(clockPin.pole(rising)), network_.sinkOf(check->data));
-            Edge::create(data_[network_.sinkOf(check->data)], pole,
-                         check->hold ? delayOf(*check->hold) : Delay::getUndefined(),
-                         check->setup ? delayOf(*check->setup) : Delay::getUndefined());
+            network_.eachCopy(network_.sinkOf(check->data), [&](std::uint32_t node) {
+                Edge::create(data_[node], pole, check->hold ? delayOf(*check->hold) : Delay::getUndefined(),
+                             check->setup ? delayOf(*check->setup) : Delay::getUndefined());
+            });
             endOfPole_[pole->getIndex()] = static_cast<std::uint32_t>(ends_.size());
             ends_.push_back({check->data, check->clock, rising, check->setup, check->hold, nullptr, pole});
         }
@@ -274,7 +282,7 @@ void TimingModel::makeOutput(const Sdc::PortDelay* delay, std::uint32_t pin) {
     Pole* pole = note(Pole::createOutput(host_.getCell()), network_.sinkOf(pin));
     endOfPole_[pole->getIndex()] = static_cast<std::uint32_t>(ends_.size());
     ends_.push_back({pin, none, !delay || !delay->clockFall, std::nullopt, std::nullopt, delay, pole});
-    connect(data_[network_.sinkOf(pin)], pole, {});
+    network_.eachCopy(network_.sinkOf(pin), [&](std::uint32_t node) { connect(data_[node], pole, {}); });
     Pelko::IOConstraint constraint(nullptr, ClockMode::None, Delay(0), Delay(0));
     if (delay) {
         // A later capture leaves more time for setup and less for hold.

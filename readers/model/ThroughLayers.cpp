@@ -71,7 +71,7 @@ std::uint32_t ThroughLayers::busiestEnd() const {
 
 bool ThroughLayers::isEnd(std::uint32_t node) const {
     const std::uint32_t pin = network_.pinOf(node);
-    if (node != network_.sinkOf(pin))
+    if (network_.originalOf(node) != network_.sinkOf(pin))
         return false;
     return design_.isPort(pin) ? design_.pins[pin].direction != Direction::input : design_.isDataPin(pin);
 }
@@ -105,6 +105,9 @@ bool ThroughLayers::walk(std::uint64_t limit) {
                 }
             }
         }
+        std::ranges::sort(reach.ends); // several copies are one pin
+        const auto again = std::ranges::unique(reach.ends);
+        reach.ends.erase(again.begin(), again.end());
         if (passed > limit)
             return false;
     }

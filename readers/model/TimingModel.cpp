@@ -114,8 +114,11 @@ void TimingModel::findClockPins() {
         if (!clocks_[number].removed)
             for (const std::uint32_t node : clocks_[number].reached)
                 if (const std::uint32_t pin = network_.pinOf(node);
-                    design_.isClockPin(pin) || pulsed.contains(pin))
-                    clocksAt_[pin].push_back(number);
+                    design_.isClockPin(pin) || pulsed.contains(pin)) {
+                    std::vector<std::uint32_t>& at = clocksAt_[pin];
+                    if (at.empty() || at.back() != number) // by several copies of the pin
+                        at.push_back(number);
+                }
     for (const std::uint32_t node : network_.order()) {
         const std::uint32_t pin = network_.pinOf(node);
         if (node != network_.sinkOf(pin) || !design_.isClockPin(pin))
@@ -157,13 +160,16 @@ bool TimingModel::isTimed(const Sdc::PortDelay& delay) const {
 // Backwards from the end points, along through arcs.
 void TimingModel::pruneData() {
     needsData_.assign(network_.size(), false);
+    const auto isNeeded = [&](std::uint32_t pin) {
+        network_.eachCopy(network_.sinkOf(pin), [&](std::uint32_t node) { needsData_[node] = true; });
+    };
     for (const Design::Check* check : checks_)
-        needsData_[network_.sinkOf(check->data)] = true;
+        isNeeded(check->data);
     for (const Sdc::PortDelay& delay : constraints_.portDelays)
         if (!delay.input && isTimed(delay))
-            needsData_[network_.sinkOf(delay.pin)] = true;
+            isNeeded(delay.pin);
     for (const std::uint32_t pin : timedPorts_.outputs)
-        needsData_[network_.sinkOf(pin)] = true;
+        isNeeded(pin);
     for (auto node = network_.order().rbegin(); node != network_.order().rend(); ++node) {
         if (needsData_[*node])
             continue;
