@@ -99,10 +99,10 @@ private:
         return found;
     }
 
-    // On a way with the fewest registers.
+    // On a way with the fewest registers. Nothing goes on from the end, which may drive what drives it.
     bool isPassed(const Arc& arc) const {
         const auto from = layers_.find(arc.from);
-        return isOpen(arc) && from != layers_.end() &&
+        return isOpen(arc) && arc.from != to_ && from != layers_.end() &&
                from->second == layers_.at(arc.to) + (arc.launch ? 1 : 0);
     }
 
@@ -251,8 +251,9 @@ Clocks::Reaching Clocks::clocksAtSources(const Sdc::Constraints& constraints) co
         const auto& generated = constraints.clocks[number].generated;
         if (clocks_[number].removed || !generated || generated->master)
             continue;
-        reaching[network_.sinkOf(generated->source)];
-        reaching[network_.sourceOf(generated->source)];
+        const auto add = [&](std::uint32_t node) { reaching[node]; };
+        network_.eachCopy(network_.sinkOf(generated->source), add);
+        network_.eachCopy(network_.sourceOf(generated->source), add);
     }
     for (std::uint32_t number = 0; number < clocks_.size() && !reaching.empty(); ++number)
         if (!clocks_[number].removed)

@@ -8,13 +8,6 @@
 
 namespace Readers::Model {
 
-namespace {
-
-// What copies may add, in times of what the design has.
-constexpr std::uint64_t timesDesign = 4;
-
-} // namespace
-
 // --- One loop ---
 
 struct Loops::Part {
@@ -238,8 +231,8 @@ private:
 Loops::Loops(std::uint32_t nodes, std::span<const Arc> arcs, const Out& out,
              const std::function<bool(std::uint32_t)>& mayStart, const LoopLimits& limits)
     : arcs_(arcs), out_(out), loopOf_(nodes, none), placeInLoop_(nodes, none), entry_(nodes), taken_(nodes),
-      nodeLimit_(limits.addedNodes + timesDesign * nodes),
-      arcLimit_(limits.addedArcs + timesDesign * arcs.size()) {
+      nodeLimit_(limits.addedNodes + limits.timesDesign * nodes),
+      arcLimit_(limits.addedArcs + limits.timesDesign * arcs.size()) {
     find();
     findEntries(mayStart);
     // The smallest first, so that they are exact.

@@ -30,9 +30,11 @@ struct Arc;
 struct LoopLimits {
     std::uint32_t exactNodes = 10'000;     // in the exact form of one loop
     std::uint64_t exactWork = 200'000'000; // arcs and words passed in search of exact forms, in all loops
-    // What copies may add to the design: so much, and four times what it has. Exact forms leave half of it.
+    // What copies may add to the design: so much, and so many times what it has. Exact forms leave half of
+    // it.
     std::uint64_t addedNodes = 1'000'000;
     std::uint64_t addedArcs = 4'000'000;
+    std::uint64_t timesDesign = 4;
 };
 
 class Loops {

@@ -117,8 +117,9 @@ void Network::tellOfCopies(const Loops& loops, Diagnostics& diagnostics) const {
         }
     }
     if (layered > namedLoops)
-        diagnostics.note({}, std::to_string(layered - namedLoops) +
-                                 " more combinational loops are too large to be timed exactly");
+        diagnostics.note({}, counted(layered - namedLoops, "more combinational loop") +
+                                 (layered - namedLoops == 1 ? " is" : " are") +
+                                 " too large to be timed exactly");
     if (exact == 0)
         return;
     if (exact > namedLoopsOfNote)

@@ -78,7 +78,7 @@ Waveform generatedWaveform(const Generated& g, const LiveClock& master) {
 class Resolver {
 public:
     Resolver(const Design& design, const Options& options)
-        : design_(design), options_(options), arcs_(liveArcs(design)) {}
+        : design_(design), options_(options), arcs_(liveArcs(design)), passed_(design.pins.size()) {}
 
     Clocks run() {
         replaceClocks();
@@ -183,13 +183,15 @@ private:
             place->second.early = std::min(place->second.early, arrival.early);
             place->second.late = std::max(place->second.late, arrival.late);
         }
+        passed_[at(pin)] = true;
         for (int index : arcs_[at(pin)]) {
             const Arc& arc = design_.arcs[at(index)];
             if (arc.kind != Arc::Kind::wire && arc.kind != Arc::Kind::gate)
                 continue;
-            if (!result_.sources.contains(arc.to))
+            if (!result_.sources.contains(arc.to) && !passed_[at(arc.to)])
                 walk(clock, arc.to, arrival + interval(arc.values, options_.delays));
         }
+        passed_[at(pin)] = false;
     }
 
     // From the master's roots to the target by way of its source pin, through no more registers than it
@@ -197,9 +199,11 @@ private:
     Interval insertion(const Generated& generated, const LiveClock& master,
                        const std::vector<int>& targets) const {
         std::map<int, Interval> found; // by the number of registers on the way
+        std::vector<bool> passed(design_.pins.size());
         const std::function<void(int, Interval, int, bool)> go = [&](int pin, Interval delay, int registers,
                                                                      bool seen) {
             seen = seen || pin == generated.source;
+            passed[at(pin)] = true;
             for (int index : arcs_[at(pin)]) {
                 const Arc& arc = design_.arcs[at(index)];
                 if (arc.kind == Arc::Kind::reset)
@@ -207,13 +211,14 @@ private:
                 const Interval sum = delay + interval(arc.values, options_.delays);
                 const int through = registers + (arc.kind == Arc::Kind::clockToOutput ? 1 : 0);
                 if (std::ranges::find(targets, arc.to) == targets.end()) {
-                    if (!result_.sources.contains(arc.to))
+                    if (!result_.sources.contains(arc.to) && !passed[at(arc.to)])
                         go(arc.to, sum, through, seen);
                 } else if (seen) {
                     Interval& best = found.emplace(through, sum).first->second;
                     best = {std::min(best.early, sum.early), std::max(best.late, sum.late)};
                 }
             }
+            passed[at(pin)] = false;
         };
         for (int root : master.targets)
             go(root, {}, 0, false);
@@ -223,6 +228,7 @@ private:
     const Design& design_;
     const Options& options_;
     std::vector<std::vector<int>> arcs_;
+    std::vector<bool> passed_; // by pin, on this walk
     Clocks result_;
 };
 

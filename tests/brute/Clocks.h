@@ -1,8 +1,8 @@
 // The clocks that live after the last command: waveforms, latencies, and when each arrives at which pin.
 //
 // A clock walks from its targets along wires and gates, one edge staying that edge. It ends at a register's
-// clock pin and at every target of a clock. Each pin keeps the least early and the greatest late value over
-// all walks; the walks are listed one by one, so the cost is the number of paths.
+// clock pin and at every target of a clock, and passes no pin twice. Each pin keeps the least early and the
+// greatest late value over all walks; the walks are listed one by one, so the cost is the number of paths.
 #pragma once
 
 #include "Design.h"

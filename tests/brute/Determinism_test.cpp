@@ -38,10 +38,11 @@ public:
     Designs(const Designs&) = delete;
     Designs& operator=(const Designs&) = delete;
 
-    Cli::Options add(std::uint64_t seed,
-                     Brute::ExceptionMode mode = Brute::ExceptionMode::overlapping) const {
+    Cli::Options add(std::uint64_t seed, Brute::ExceptionMode mode = Brute::ExceptionMode::overlapping,
+                     int loopPercent = 0) const {
         Brute::Shape shape;
         shape.exceptions = mode;
+        shape.loopPercent = loopPercent;
         const Brute::Design design = Brute::generate(seed, shape);
         Cli::Options options;
         options.sdf = write(seed, "sdf", Brute::writeSdf(design));
@@ -149,11 +150,12 @@ TEST(Determinism, TheProgramGivesTheSameBytes) {
 // --- Builds ---
 
 // The reports of a run of designs by one digest: "overlapping 1-10 5d41...".
-std::string digestOf(const char* name, Brute::ExceptionMode mode, std::uint64_t first, std::uint64_t last) {
+std::string digestOf(const char* name, Brute::ExceptionMode mode, int loopPercent, std::uint64_t first,
+                     std::uint64_t last) {
     QCryptographicHash hash(QCryptographicHash::Sha256);
     const Designs designs;
     for (std::uint64_t seed = first; seed <= last; ++seed) {
-        const std::string json = designs.withoutFolder(jsonOf(designs.add(seed, mode)));
+        const std::string json = designs.withoutFolder(jsonOf(designs.add(seed, mode, loopPercent)));
         EXPECT_NE(json.find("\"endpoints\""), std::string::npos);
         hash.addData(json.data(), static_cast<int>(json.size()));
     }
@@ -172,13 +174,18 @@ std::vector<std::string> linesOf(const fs::path& file) {
 TEST(Determinism, EveryBuildGivesTheSameBytes) {
     using Brute::ExceptionMode;
     constexpr std::uint64_t designs = 50, perRow = 10;
-    const std::pair<const char*, ExceptionMode> modes[] = {{"without", ExceptionMode::without},
-                                                           {"single", ExceptionMode::single},
-                                                           {"overlapping", ExceptionMode::overlapping}};
+    const struct {
+        const char* name;
+        ExceptionMode mode;
+        int loopPercent;
+    } modes[] = {{"without", ExceptionMode::without, 0},
+                 {"single", ExceptionMode::single, 0},
+                 {"overlapping", ExceptionMode::overlapping, 0},
+                 {"loops", ExceptionMode::overlapping, 100}};
     std::vector<std::string> rows;
-    for (const auto& [name, mode] : modes)
+    for (const auto& [name, mode, loopPercent] : modes)
         for (std::uint64_t first = 1; first <= designs; first += perRow)
-            rows.push_back(digestOf(name, mode, first, first + perRow - 1));
+            rows.push_back(digestOf(name, mode, loopPercent, first, first + perRow - 1));
     const fs::path stored = VORLEN_DIGESTS_FILE;
     const char* update = std::getenv("VORLEN_UPDATE");
     if (update && std::string(update) == "1") {

@@ -14,6 +14,7 @@
 
 #include "Clocks.h"
 #include "GenerateExceptions.h"
+#include "GenerateLoops.h"
 
 #include <algorithm>
 #include <functional>
@@ -504,10 +505,14 @@ long countPaths(const Design& design) {
 } // namespace
 
 Design generate(std::uint64_t seed, const Shape& shape) {
-    Random random(seed);
+    constexpr std::uint64_t ofLoops = 0x10095; // so that designs without loops do not depend on them
+    Random random(seed), loopRandom(seed ^ ofLoops);
+    const bool loops = loopRandom.chance(shape.loopPercent);
     for (;;) { // each attempt goes on with the same stream
         Skeleton skeleton = generateNetlist(random, shape);
         if (countPaths(skeleton.design) > shape.maximumPaths)
+            continue;
+        if (loops && !addLoops(loopRandom, shape, skeleton))
             continue;
         if (Constrainer(random, shape, skeleton).run())
             return std::move(skeleton.design);

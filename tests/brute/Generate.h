@@ -1,8 +1,8 @@
 // Random small designs with random constraints, for comparing two ways of timing them.
 //
-// The same seed and shape give the same design on every machine. Gates have no cycles, a design has at most
-// `maximumPaths` data paths, and what constraints leave open is avoided (see the list in Generate.cpp), so
-// that every slack is beyond dispute.
+// The same seed and shape give the same design on every machine. Gates have no cycles, but for a share of
+// designs that is asked for; a design has at most `maximumPaths` data paths, and what constraints leave open
+// is avoided (see the list in Generate.cpp), so that every slack is beyond dispute.
 #pragma once
 
 #include "Design.h"
@@ -32,6 +32,7 @@ struct Shape {
     bool pads = true;         // cells between ports and the rest, of which no delay is written
     bool bareWires = true;    // connections of which no delay is written
     bool openOutputs = false; // more outputs that lead nowhere; some of them are not in the netlist either
+    int loopPercent = 0;      // of the designs: with combinational loops, in data and clock networks
 };
 
 Design generate(std::uint64_t seed, const Shape& shape);

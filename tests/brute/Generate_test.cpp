@@ -68,6 +68,25 @@ TEST(Generate, NoCyclesAndFewPaths) {
     }
 }
 
+TEST(Generate, LoopsWhereTheyAreAskedForAndFewPaths) {
+    constexpr int share = 30;
+    int withLoops = 0;
+    for (int seed = 0; seed < seeds; ++seed) {
+        Shape shape = shapeOf(seed);
+        shape.loopPercent = share;
+        const Design d = generate(static_cast<std::uint64_t>(seed), shape);
+        if (isAcyclic(d)) {
+            EXPECT_EQ(writeSdf(d), writeSdf(designOf(seed))) << seed << ": nothing else changes";
+            continue;
+        }
+        ++withLoops;
+        const Clocks clocks = resolveClocks(d, {});
+        EXPECT_LE(listPaths(d, clocks, {}).size(), static_cast<std::size_t>(shape.maximumPaths) * 2) << seed;
+    }
+    EXPECT_GT(withLoops, seeds * share / 100 / 2);
+    EXPECT_LT(withLoops, seeds * share / 100 * 2);
+}
+
 TEST(Generate, SingleExceptionsNameAPathOnceOrAsAPair) {
     for (int seed = 1; seed < seeds; seed += 3) {
         const Design d = designOf(seed);

@@ -11,7 +11,8 @@ std::size_t at(int index) { return static_cast<std::size_t>(index); }
 class Lister {
 public:
     Lister(const Design& design, const Clocks& clocks, const Options& options)
-        : design_(design), clocks_(clocks), options_(options), arcs_(liveArcs(design)) {
+        : design_(design), clocks_(clocks), options_(options), arcs_(liveArcs(design)),
+          passed_(design.pins.size()) {
         const std::set<int> off = disabledCells(design);
         for (const Check& check : design.checks)
             if (!off.contains(design.pins[at(check.data)].cell))
@@ -68,6 +69,12 @@ private:
 
     void goOn() {
         const int pin = path_.pins.back();
+        passed_[at(pin)] = true;
+        lookOn(pin);
+        passed_[at(pin)] = false;
+    }
+
+    void lookOn(int pin) {
         const bool outputPort = design_.isPort(pin) && design_.pins[at(pin)].direction == Direction::output;
         if (outputPort || ends_.contains(pin)) {
             paths_.push_back(path_);
@@ -77,7 +84,7 @@ private:
             const Arc& arc = design_.arcs[at(index)];
             if (arc.kind != Arc::Kind::wire && arc.kind != Arc::Kind::gate)
                 continue;
-            if (!clocks_.sources.contains(arc.to))
+            if (!clocks_.sources.contains(arc.to) && !passed_[at(arc.to)])
                 step(arc);
         }
     }
@@ -86,6 +93,7 @@ private:
     const Clocks& clocks_;
     const Options& options_;
     std::vector<std::vector<int>> arcs_;
+    std::vector<bool> passed_; // by pin, on this path
     std::set<int> ends_;
     DataPath path_;
     std::vector<DataPath> paths_;

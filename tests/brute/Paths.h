@@ -1,8 +1,8 @@
 // Every data path of a design, pin by pin, and who launches and who captures it.
 //
 // A path starts at a register's clock pin, at an input port or at a clock's own source pin, and ends at a
-// checked pin or an output port. It never runs into the target of a clock. The list is complete: its length
-// is the cost.
+// checked pin or an output port. It never runs into the target of a clock, and passes no pin twice. The list
+// is complete: its length is the cost.
 #pragma once
 
 #include "Clocks.h"

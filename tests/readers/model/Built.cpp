@@ -11,7 +11,8 @@ namespace Support {
 using namespace Readers;
 using namespace Readers::Model;
 
-Built::Built(std::string_view cells, const std::string& script, std::optional<std::string_view> netlist)
+Built::Built(std::string_view cells, const std::string& script, std::optional<std::string_view> netlist,
+             const LoopLimits& limits)
     : annotated(cells, netlist) {
     const InputFile file(script);
     Source source(file.path());
@@ -24,7 +25,7 @@ Built::Built(std::string_view cells, const std::string& script, std::optional<st
     for (const Sdc::Clock& clock : constraints.clocks)
         if (!clock.removed)
             sources.insert(sources.end(), clock.targets.begin(), clock.targets.end());
-    network = std::make_unique<Network>(annotated.design, constraints, sources, diagnostics_);
+    network = std::make_unique<Network>(annotated.design, constraints, sources, diagnostics_, limits);
     clocks = std::make_unique<Clocks>(annotated.design, *network, constraints, ClockOptions{}, diagnostics_);
 }
 
@@ -53,6 +54,37 @@ std::string Built::arcs() const {
         text += network->nameOf(arc.from) + " > " + network->nameOf(arc.to) + " " +
                 std::to_string(arc.delay.early) + " " + std::to_string(arc.delay.late) +
                 kinds[static_cast<int>(arc.kind)] + edges[static_cast<int>(arc.edge)] + "\n";
+    return text;
+}
+
+std::string Built::paths() const {
+    struct Path {
+        std::uint32_t node;
+        std::string text;
+    };
+    std::vector<Path> open;
+    std::set<std::string> found;
+    const auto isThrough = [&](std::uint32_t arc) {
+        return network->arcs()[arc].kind == Model::ArcKind::through;
+    };
+    for (std::uint32_t node = 0; node < network->size(); ++node)
+        if (std::ranges::none_of(network->in(node), isThrough) &&
+            !std::ranges::none_of(network->out(node), isThrough))
+            open.push_back({node, network->nameOf(node)});
+    while (!open.empty()) {
+        const Path path = open.back();
+        open.pop_back();
+        for (const std::uint32_t number : network->out(path.node))
+            if (isThrough(number)) {
+                const std::uint32_t to = network->arcs()[number].to;
+                open.push_back({to, path.text + " " + network->nameOf(to)});
+                if (annotated.design.isPort(network->pinOf(to)))
+                    found.insert(open.back().text);
+            }
+    }
+    std::string text;
+    for (const std::string& path : found)
+        text += path + "\n";
     return text;
 }
 

@@ -14,7 +14,8 @@ namespace Support {
 class Built {
 public:
     // Clocks are propagated unless the script says otherwise.
-    Built(std::string_view cells, const std::string& script, std::optional<std::string_view> netlist = {});
+    Built(std::string_view cells, const std::string& script, std::optional<std::string_view> netlist = {},
+          const Readers::Model::LoopLimits& limits = {});
 
     Annotated annotated;
     Readers::Sdc::Constraints constraints;
@@ -25,6 +26,8 @@ public:
 
     // Of the network: "a > b 3 4", with "launch rise", "hidden" or "cut" behind; in reading order.
     std::string arcs() const;
+    // The paths along through arcs from where nothing leads to, to ports: "a g/A g/Y y", in byte order.
+    std::string paths() const;
     // "name: 20000 {0 10000} of clk", and " at r0/Q 500 600" for each target's insertion delay.
     std::string waves() const;
     // The pins that a clock reaches, in byte order.

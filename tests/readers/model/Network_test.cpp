@@ -1,4 +1,4 @@
-// What is left of a design: loops cut in reading order, what constraints take out, constants, clock sources.
+// What is left of a design: what constraints take out, constants, clock sources. Loops: Loops_test.cpp.
 #include "Built.h"
 
 #include <gtest/gtest.h>
@@ -39,48 +39,6 @@ TEST(Network, JoinsArcsBetweenTheSamePins) {
         {cell("R", "r", "(IOPATH C Q (3))", "(SETUP D (posedge C) (1))"), "", "r/C > r/Q 3 3 launch\n", ""},
     };
     check(rows);
-}
-
-TEST(Network, CutsLoopsInReadingOrder) {
-    const std::string two = cell("B", "x", "(IOPATH A Y (1))") + cell("B", "y", "(IOPATH A Y (1))");
-    const Row rows[] = {
-        {wires("(INTERCONNECT x/Y y/A (1)) (INTERCONNECT y/Y x/A (1))") + two, "",
-         "x/Y > y/A 1 1\ny/Y > x/A 1 1\nx/A > x/Y 1 1 cut\ny/A > y/Y 1 1\n",
-         "warning: a loop of arcs is cut at x/A to x/Y\n"},
-        // The other wire first: the walk begins elsewhere.
-        {wires("(INTERCONNECT y/Y x/A (1)) (INTERCONNECT x/Y y/A (1))") + two, "",
-         "y/Y > x/A 1 1\nx/Y > y/A 1 1\nx/A > x/Y 1 1\ny/A > y/Y 1 1 cut\n",
-         "warning: a loop of arcs is cut at y/A to y/Y\n"},
-        // A register is no part of a loop.
-        {wires("(INTERCONNECT r/Q x/A (1)) (INTERCONNECT x/Y r/D (1))") + two +
-             cell("R", "r", "(IOPATH (posedge C) Q (1))", "(SETUP D (posedge C) (1))"),
-         "", "r/Q > x/A 1 1\nx/Y > r/D 1 1\nx/A > x/Y 1 1\ny/A > y/Y 1 1\nr/C > r/Q 1 1 launch rise\n", ""},
-        // Disabled where the user says so: nothing to cut.
-        {wires("(INTERCONNECT x/Y y/A (1)) (INTERCONNECT y/Y x/A (1))") + two,
-         "set_disable_timing [get_cells y]", "x/Y > y/A 1 1\ny/Y > x/A 1 1\nx/A > x/Y 1 1\n", ""},
-    };
-    check(rows);
-}
-
-TEST(Network, CutsALongLoopAndNamesSomeOfMany) {
-    // One ring of 50,000 pins: no recursion over its length.
-    std::string entries, cells;
-    constexpr int length = 25'000;
-    for (int i = 0; i < length; ++i) {
-        const std::string name = "b" + std::to_string(i);
-        entries += "(INTERCONNECT " + name + "/Y b" + std::to_string((i + 1) % length) + "/A (1))\n";
-        cells += cell("B", name, "(IOPATH A Y (1))");
-    }
-    EXPECT_EQ(Built(wires(entries) + cells, "").messages(),
-              "warning: a loop of arcs is cut at b0/A to b0/Y\n");
-
-    std::string rings;
-    for (int i = 0; i < 25; ++i)
-        rings += wires("(INTERCONNECT b" + std::to_string(i) + "/Y b" + std::to_string(i) + "/A (1))") +
-                 cell("B", "b" + std::to_string(i), "(IOPATH A Y (1))");
-    const std::string messages = Built(rings, "").messages();
-    EXPECT_EQ(std::ranges::count(messages, '\n'), 21);
-    EXPECT_TRUE(messages.ends_with("warning: 5 more loops of arcs are cut\n")) << messages;
 }
 
 TEST(Network, TakesOutWhatIsDisabled) {

@@ -1,0 +1,5 @@
+create_clock -name clk -period 3 [get_ports clk]
+set_false_path -through [get_pins h/Y] -through [get_pins g/Y]
+set_multicycle_path 2 -setup -through [get_cells g] -through [get_cells h]
+set_multicycle_path 1 -hold -through [get_cells g] -through [get_cells h]
+set_multicycle_path 3 -setup -through [get_pins g/Y] -through [get_pins h/A]
