@@ -4,6 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
+#include <set>
+#include <sstream>
 
 namespace {
 
@@ -93,6 +96,30 @@ TEST(Loops, HaveEveryPathThatPassesNoPinTwice) {
         EXPECT_EQ(built.paths(), row.paths) << row.circuit << "\n" << row.script;
         EXPECT_EQ(built.messages(), row.loops) << row.circuit << "\n" << row.script;
     }
+}
+
+// Two pads on one net, each with logic from what it receives to what it drives. Each side of a pad counts.
+TEST(Loops, PassEachSideOfABidirectionalPinOnce) {
+    const std::string pad = "(IOPATH I IO (5)) (IOPATH IO O (6))";
+    const Built built(cell("B", "b", pad) + cell("B", "c", pad) +
+                          cell("G", "g", "(IOPATH A Y (1)) (IOPATH B Y (1))") +
+                          cell("G", "h", "(IOPATH B Y (1))"),
+                      "",
+                      "a<n0 s<>n1 y>n5 b:B(IO<>n1 I<n2 O>n3) c:B(IO<>n1 I<n4 O>n5) g:G(A<n0 B<n3 Y>n2) "
+                      "h:G(B<n5 Y>n4)");
+    EXPECT_EQ(built.paths(), "a g/A g/Y b/I b/IO c/IO c/O h/B h/Y c/I c/IO s\n"
+                             "a g/A g/Y b/I b/IO c/IO c/O y\n"
+                             "a g/A g/Y b/I b/IO s\n"
+                             "s b/IO b/O g/B g/Y b/I b/IO c/IO c/O h/B h/Y c/I c/IO s\n"
+                             "s b/IO b/O g/B g/Y b/I b/IO c/IO c/O y\n"
+                             "s b/IO b/O g/B g/Y b/I b/IO s\n"
+                             "s c/IO c/O h/B h/Y c/I c/IO b/IO b/O g/B g/Y b/I b/IO s\n"
+                             "s c/IO c/O h/B h/Y c/I c/IO s\n"
+                             "s c/IO c/O y\n");
+    EXPECT_EQ(
+        built.messages(),
+        exactly("1 combinational loop is timed along every path that passes no pin twice: b/IO, b/I, b/O, "
+                "c/IO, c/I, c/O, g/B, g/Y, h/B, h/Y and 2 more pins"));
 }
 
 // A loop of two gates has 4 pins and 4 arcs: 8 nodes and 6 arcs in the exact form, 8 and 8 in two layers.
