@@ -29,8 +29,8 @@ std::string text(const char* title, const Files& files) {
     return all;
 }
 
-// The first failure among designs of growing size, as text.
-std::string smallest(const Runner& runner, const Relation& relation) {
+// The first failure among designs of growing size, as text; the given one where none fails.
+std::string smallest(const Runner& runner, const Relation& relation, const Verdict& found) {
     constexpr std::uint64_t tries = 150;
     for (int size = 0; size <= 4; ++size) {
         Brute::Shape shape = relation.shape;
@@ -46,7 +46,7 @@ std::string smallest(const Runner& runner, const Relation& relation) {
                        verdict->difference + "\n" + text("before", verdict->before) +
                        text("after", verdict->after);
     }
-    return "no smaller design fails";
+    return "no smaller design fails\n" + text("before", found.before) + text("after", found.after);
 }
 
 class Metamorphic : public testing::TestWithParam<Relation> {};
@@ -65,7 +65,7 @@ TEST_P(Metamorphic, Holds) {
         if (!verdict || verdict->difference.empty())
             continue;
         ADD_FAILURE() << relation.name << ", seed " << seed << ": " << verdict->difference << "\n"
-                      << smallest(runner, relation);
+                      << smallest(runner, relation, *verdict);
         break;
     }
     std::cout << "seeds " << first << " to " << seed - 1 << ", " << judged << " designs\n";
