@@ -1,13 +1,17 @@
 #!/usr/bin/env bash
-# Configures, builds and tests the presets named, stopping at the first that fails, and ends with one line for each.
+# Configures, builds and tests the presets named, stopping at the first that fails. Ends with a table of where the time
+# went, by the clock on the wall, and with one line for each preset.
 # Usage: test.sh PRESET...
 set -uo pipefail
-cd "$(dirname "${BASH_SOURCE[0]}")/.."
+cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit 1
 totals=()
+times=()
+SECONDS=0
+
+log_of() { echo "build/$1/Testing/Temporary/LastTest.log"; }
 
 # total PRESET SECONDS: what the last test run of a preset's build ran. A test that lacks a tool passes, and says so.
 total() {
-    local log=build/$1/Testing/Temporary/LastTest.log
     awk -v preset="$1" -v seconds="$2" '
         /^[0-9]+\/[0-9]+ Testing: / { tests++ }
         /^Test Passed\.$/ { passed++ }
@@ -18,16 +22,42 @@ total() {
             if (skipped) printf ", %d skipped", skipped
             printf " (%d cases, %d s)\n", cases, seconds
         }
-    ' "$log"
+    ' "$(log_of "$1")"
 }
 
+row() { printf '%-44s %7s\n' "$1" "$2"; }
+
+# programs PRESET: a row for each test of the last run, the longest first.
+programs() {
+    awk '
+        /^[0-9]+\/[0-9]+ Testing: / { name = $3 }
+        /^Test time = +[0-9.]+ sec$/ { printf "%.0f %s\n", $4, name }
+    ' "$(log_of "$1")" | sort -k1,1nr -k2 | while read -r seconds name; do
+        row "        $name" "$seconds"
+    done
+}
+
+# Tests run side by side, so those of a preset add up to more than it took.
+report() {
+    row "seconds of" ""
+    printf '%s\n' "${times[@]}"
+    row "all" $SECONDS
+    [ ${#totals[@]} -eq 0 ] || printf '%s\n' "${totals[@]}"
+}
+
+status=0
 for preset; do
-    cmake --preset "$preset" && cmake --build --preset "$preset" || exit 1
+    started=$SECONDS
+    cmake --preset "$preset" && cmake --build --preset "$preset" || status=1
+    times+=("$(row "$preset: configuring and building" $((SECONDS - started)))")
+    [ $status -eq 0 ] || break
     started=$SECONDS
     ctest --preset "$preset"
     status=$?
-    totals+=("$(total "$preset" $((SECONDS - started)))")
+    took=$((SECONDS - started))
+    times+=("$(row "$preset: testing" $took)" "$(programs "$preset")")
+    totals+=("$(total "$preset" $took)")
     [ $status -eq 0 ] || break
 done
-printf '%s\n' "${totals[@]}"
+report
 exit $status
