@@ -82,6 +82,25 @@ void besideAnotherModule(Files& files, Random& random) {
     files.top = "top";
 }
 
+// A clock's port by the net that it drives. The net of a pad has the pad's own pin for a driver too.
+void clocksOfNets(Files& files, Random&) {
+    const auto netlist = nlohmann::json::parse(files.netlist);
+    const auto& top = netlist["modules"]["top"];
+    std::string text;
+    for (std::string line : lines(files.sdc.front())) {
+        const std::string query = "[get_ports {";
+        const std::size_t begin = line.find(query), end = line.find("}]", begin);
+        if (line.starts_with("create_clock ") && begin != std::string::npos) {
+            const std::string name = line.substr(begin + query.size(), end - begin - query.size());
+            for (const auto& [net, value] : top["netnames"].items())
+                if (top["ports"].contains(name) && value["bits"] == top["ports"][name]["bits"])
+                    line.replace(begin, end + 2 - begin, "[get_nets " + net + "]");
+        }
+        text += line + "\n";
+    }
+    files.sdc.front() = text;
+}
+
 void verilogWithAttributes(Files& files, Random& random) {
     std::string text = "`timescale 1ns/1ps\n";
     for (const std::string& line : lines(files.netlist)) {
@@ -161,6 +180,7 @@ std::vector<Relation> netlistRelations() {
          .change = withoutNetlist,
          .holds = sameSlacks()},
         {.name = "NetlistInAnotherOrder", .rewrite = netlistInAnotherOrder, .holds = same({"diagnostics"})},
+        {.name = "ClocksOfNets", .shape = plain(), .rewrite = clocksOfNets, .holds = same({"diagnostics"})},
         {.name = "BesideAnotherModule", .rewrite = besideAnotherModule, .holds = same()},
         {.name = "VerilogWithAttributes",
          .shape = plain(),
