@@ -211,7 +211,7 @@ TEST(VerilogNetlist, ChoosesTheTop) {
     } rows[] = {
         {two + "module c; a x(); b y(); endmodule", "", "c:\nL x/u\nL y/u\nnets:\n"},
         {two + "module c; a x(); b y(); endmodule", "b", "b:\nL u\nnets:\n"},
-        {two, "", "error: more than one module may be the top: give its name, one of 'a', 'b'"},
+        {two, "", "error: more than one module may be the top: give its name by --top, one of 'a', 'b'"},
         {two, "c", "error: there is no module 'c', only 'a', 'b'"},
         {two + "module leaf; endmodule module c; a x(); b y(); endmodule", "", "c:\nL x/u\nL y/u\nnets:\n"},
         {two + "module glbl; reg GSR; wire G = GSR; initial GSR = 1; endmodule module c; a x(); b y(); "
@@ -219,7 +219,7 @@ TEST(VerilogNetlist, ChoosesTheTop) {
          "",
          "1:91: note: statements without structure are passed over: 1 initial\nc:\nL x/u\nL y/u\nnets:\n"},
         {"module a; b u(); endmodule\nmodule b; a u(); endmodule", "",
-         "error: each module is instantiated by another one: give the name of the top, one of 'a', 'b'"},
+         "error: each module is instantiated by another one: give the name of the top by --top, one of 'a', 'b'"},
         {"module a; b u(); endmodule\nmodule b; a u(); endmodule", "a",
          "2:13: error: a module instantiates itself: 'a' -> 'b' -> 'a'"},
     };
