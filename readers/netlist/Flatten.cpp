@@ -400,8 +400,8 @@ void Flattener::tellBehaviour() {
         const Module& module = modules_.all[i];
         if (!module.behaviour || !hierarchy_.isNeeded(i))
             continue;
-        const auto& [place, text, isExpression] = *module.behaviour;
-        if (isExpression)
+        const auto& [place, text, isError] = *module.behaviour;
+        if (isError)
             errors_.add(place, text);
         else if (module.cells.empty())
             errors_.add(place, "only structural Verilog can be read, found '" + text + "'");

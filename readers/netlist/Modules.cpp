@@ -63,7 +63,8 @@ std::uint32_t Modules::findTop(const std::string& wanted) const {
     if (found.empty())
         found = roots();
     if (found.empty())
-        fail("each module is instantiated by another one: give the name of the top by --top, one of " + everything);
+        fail("each module is instantiated by another one: give the name of the top by --top, one of " +
+             everything);
     if (found.size() > 1)
         fail("more than one module may be the top: give its name by --top, one of " + list(found));
     return found.front();

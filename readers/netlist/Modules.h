@@ -75,8 +75,8 @@ struct Module {
     // What has no structure that could be read: a process, an expression.
     struct Behaviour {
         Place place;
-        std::string text;          // the keyword, or an error
-        bool isExpression = false; // of an assignment: an error if the module is needed
+        std::string text;     // the error if the module is needed; or the keyword of a process
+        bool isError = false; // a process beside cells is none
     };
 
     Name name;

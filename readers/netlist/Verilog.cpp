@@ -400,7 +400,11 @@ bool VerilogReader::readOther(Word first) {
         skipLabel();
         return true;
     case Word::process:
-        module_.setBehaviour(lexer_.place(), text, false);
+        if (text.starts_with("always"))
+            module_.setBehaviour(lexer_.place(), text, false);
+        else // there may be cells in it
+            module_.setBehaviour(lexer_.place(), "only structural Verilog can be read, found '" + text + "'",
+                                 true);
         [[fallthrough]];
     case Word::initial:
         passOver(text);

@@ -18,6 +18,7 @@ constexpr std::size_t longestShown = 40;
 constexpr std::size_t mostConditions = 1'000;                  // in each other
 constexpr std::size_t mostExpansions = 10'000;                 // within one
 constexpr std::uint64_t mostExpanded = std::uint64_t{1} << 28; // bytes, in a file
+constexpr std::int64_t longestPending = std::int64_t{1} << 24;
 constexpr std::size_t mostArguments = 1'000;
 
 // Directives that take the rest of their line and change nothing here.
@@ -288,6 +289,9 @@ void VerilogLexer::expand(std::string name) {
     if (isOutermost || next_ - block_.data() > expansionEnd_)
         expansionEnd_ = next_ - block_.data();
     insert(text);
+    if (expansionEnd_ - (next_ - block_.data()) > longestPending)
+        failLexing("the macro " + quoted(name) + " becomes longer than " + std::to_string(longestPending) +
+                   " characters within another one");
 }
 
 // "(a, (b, c), {d, e})". White space, ends of lines and comments become blanks.

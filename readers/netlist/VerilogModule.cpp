@@ -192,9 +192,9 @@ void VerilogModule::connectByNames(const Place& place) {
     }
 }
 
-void VerilogModule::setBehaviour(const Place& place, const std::string& text, bool isExpression) {
-    if (!module_.behaviour || (isExpression && !module_.behaviour->isExpression))
-        module_.behaviour = {place, text, isExpression};
+void VerilogModule::setBehaviour(const Place& place, const std::string& text, bool isError) {
+    if (!module_.behaviour || (isError && !module_.behaviour->isError))
+        module_.behaviour = {place, text, isError};
 }
 
 // --- The end ------------------------------------------------------------------------------------------------------

@@ -87,8 +87,8 @@ public:
     // Of the cell that was started.
     void setArray(const VerilogRange& range);
     void connectByNames(const Place& place);
-    // The first counts, but an expression counts more.
-    void setBehaviour(const Place& place, const std::string& text, bool isExpression);
+    // The first counts, but an error counts more.
+    void setBehaviour(const Place& place, const std::string& text, bool isError);
     // Of the cell; noName: by its position.
     void connect(Name pin, Direction direction, const Bits& bits, const Place& place);
 

@@ -174,7 +174,8 @@ TEST(JsonNetlist, ChoosesTheTop) {
          "error: more than one module may be the top: give its name by --top, one of 'a', 'b'"},
         {"none", "", "", "error: there is no module"},
         {"each in another", with("a", "b") + "," + with("b", "a"), "",
-         "error: each module is instantiated by another one: give the name of the top by --top, one of 'a', 'b'"},
+         "error: each module is instantiated by another one: give the name of the top by --top, one of 'a', "
+         "'b'"},
         {"in itself", with("a", "a"), "", "1:48: error: a module instantiates itself: 'a' -> 'a'"},
         {"a ring below",
          with("t", "a") + ",\n" + with("a", "b") + ",\n" + with("b", "c") + ",\n" + with("c", "a"), "",

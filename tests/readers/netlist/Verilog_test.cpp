@@ -219,7 +219,8 @@ TEST(VerilogNetlist, ChoosesTheTop) {
          "",
          "1:91: note: statements without structure are passed over: 1 initial\nc:\nL x/u\nL y/u\nnets:\n"},
         {"module a; b u(); endmodule\nmodule b; a u(); endmodule", "",
-         "error: each module is instantiated by another one: give the name of the top by --top, one of 'a', 'b'"},
+         "error: each module is instantiated by another one: give the name of the top by --top, one of 'a', "
+         "'b'"},
         {"module a; b u(); endmodule\nmodule b; a u(); endmodule", "a",
          "2:13: error: a module instantiates itself: 'a' -> 'b' -> 'a'"},
     };
@@ -562,6 +563,8 @@ TEST(VerilogNetlist, ModelsOfCellsAreCells) {
              "1 always\n"
              "1:32: warning: module 'N' has 'always' beside its cells: what that computes is not timed\n"
              "m:\nX u/x A?a\nnets: a\n"},
+        {"a choice of a generate block", module("X x(); generate if (P) X y(); endgenerate"),
+         "1:27: error: only structural Verilog can be read, found 'if'"},
         {"a process alone", module("always @(a) b = a;"),
          "1:11: error: only structural Verilog can be read, found 'always'"},
         {"what is wrong in a module that is not needed",
