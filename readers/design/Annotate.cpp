@@ -294,7 +294,7 @@ void Annotator::interconnect(const Sdf::Path& from, const Sdf::Path& to, std::sp
                              bool increment, Sdf::Where where) {
     // A port does not show that all names have a prefix: an instance does.
     if (hasNetlist_ && atTop_ && prefix_.empty() && straight_.empty() && !to.instance.empty())
-        findInstance({to.instance, to.escaped, {}, where});
+        findInstance({to.instance, to.escaped, {}, where, from.instance});
     const std::uint32_t source = resolve(from, where);
     const std::uint32_t target = source == none ? none : resolve(to, where);
     if (target == none)

@@ -115,6 +115,7 @@ private:
         std::span<const std::uint32_t> escaped; // as in a Path
         std::string_view type;                  // empty: not known
         Sdf::Where where;
+        std::string_view otherEnd = {}; // of a wire: the instance there
     };
 
     void takeNetlist(const Netlist& netlist);
@@ -124,6 +125,7 @@ private:
     std::uint32_t findSpelled(const Spelled& instance);
     std::uint32_t findBelowPrefix(const Spelled& instance);
     std::uint32_t guessPrefix(const Spelled& instance);
+    bool showsPrefix(const Spelled& instance, std::string_view prefix, std::uint32_t cell) const;
     std::uint32_t onlyMatch(std::string_view name, const Spelled& instance);
     std::uint32_t takeStraight(std::uint32_t cell, const Spelled& instance);
     std::uint32_t settle(std::uint32_t cell);

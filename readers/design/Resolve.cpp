@@ -145,8 +145,7 @@ std::uint32_t Annotator::guessPrefix(const Spelled& instance) {
             continue;
         const Spelling::Match match = spelling().find(Spelling::reduced(below));
         if (match.cell == none ||
-            (!isTops && design_.names[design_.cells[match.cell].type] != instance.type &&
-             !instance.type.empty()))
+            (!isTops && !showsPrefix(instance, instance.text.substr(0, at + 1), match.cell)))
             continue;
         prefix_ = instance.text.substr(0, at + 1);
         if (!isTops)
@@ -155,6 +154,12 @@ std::uint32_t Annotator::guessPrefix(const Spelled& instance) {
         return findBelowPrefix(instance);
     }
     return none;
+}
+
+// Something else has to agree than a name: the cell's type, or the other end of a wire.
+bool Annotator::showsPrefix(const Spelled& instance, std::string_view prefix, std::uint32_t cell) const {
+    return instance.otherEnd.empty() ? design_.names[design_.cells[cell].type] == instance.type
+                                     : instance.otherEnd.starts_with(prefix.substr(0, prefix.size() - 1));
 }
 
 // Whether it is the top, as an instance of a test bench. Then its name is the prefix.

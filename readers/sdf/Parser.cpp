@@ -21,6 +21,7 @@ public:
     void file();
 
 private:
+    void byteOrderMark();
     void headerEntry(Keyword keyword);
     void headerText(std::string& into);
     void divider();
@@ -68,7 +69,19 @@ private:
 
 // --- The file -----------------------------------------------------------------------------------------------------------
 
+// The bytes that some editors put before a text.
+void Parser::byteOrderMark() {
+    if (lexer_.peek() != 0xef)
+        return;
+    for (const int byte : {0xef, 0xbb, 0xbf}) {
+        if (lexer_.peek() != byte)
+            lexer_.fail("'('");
+        lexer_.skip();
+    }
+}
+
 void Parser::file() {
+    byteOrderMark();
     lexer_.expect('(');
     if (phrases_.keyword() != Keyword::delayFile)
         phrases_.refuse("DELAYFILE");

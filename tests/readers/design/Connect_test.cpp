@@ -348,6 +348,14 @@ TEST(Connect, TellsInstancesApartThatDifferInDividersAlone) {
               "3:1: error: 'b' is an instance of the netlist, but 'x/b' was taken for 'b': expected names "
               "that all begin "
               "with 'x/', or none");
+    // Neither the type nor the other end of the wire shows a prefix.
+    const Annotated strange(wires("(INTERCONNECT y/c x/b/A (1))") + cell("C", "x/b", "(IOPATH A Y (1))") +
+                                cell("B", "b", "(IOPATH A Y (2))"),
+                            "b:B(A< Y>)");
+    EXPECT_EQ(strange.arcs(), "b/A > b/Y 2 2\n");
+    EXPECT_EQ(strange.messages(),
+              "2:53: warning: 1 delays and checks of pins that the netlist does not have, first 'y/c'\n"
+              "3:1: warning: 1 instances that the netlist does not have, first 'x/b'\n");
     // Another instance was found as it stands: there is no prefix.
     const Annotated stale(cell("B", "b", "(IOPATH A Y (1))") + cell("B", "x/b", "(IOPATH A Y (2))"),
                           "b:B(A< Y>)");
