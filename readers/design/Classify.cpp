@@ -23,7 +23,8 @@ std::uint32_t secondOf(std::uint64_t pair) { return static_cast<std::uint32_t>(p
 
 class TypeRoles {
 public:
-    explicit TypeRoles(const Design& design) : design_(design), numbers_(design.pins.size(), none) {
+    explicit TypeRoles(const Design& design)
+        : design_(design), numbers_(design.pins.size(), none), edges_(design.pins.size()) {
         for (const Design::Check& check : design.checks)
             take(check);
         for (const Design::PulseCheck& check : design.pulseChecks)
@@ -32,6 +33,9 @@ public:
         for (const Design::Arc& arc : design.arcs)
             if (!arc.wire)
                 take(arc);
+        for (std::uint32_t pin = 0; pin < edges_.size(); ++pin)
+            if (edges_[pin] != 0)
+                takeEdges(pins_[numbers_[pin]], edges_[pin]);
         findCheckedClocks();
         findOtherClocks();
     }
@@ -48,17 +52,21 @@ public:
     }
 
 private:
+    enum Edges : std::uint8_t { rise = 1, fall = 2, any = 4 };
+
     struct TypePin {
         bool isAsynchronous = false; // recovery and removal check it
         bool isChecked = false;      // setup and hold do
         bool hasPeriod = false;
         bool isClock = false;
-        bool hasWholeWay = false;      // an arc to both edges of an output
-        std::uint8_t edges = 0;        // that set off arcs: 1 rise, 2 fall, 4 any
+        bool hasWay = false;           // an arc to an output
+        bool hasWholeWay = false;      // one to both of its edges
+        bool hasOneEdge = false;       // a cell in which one edge alone sets off arcs
+        bool hasMoreEdges = false;     // a cell in which more do
         std::vector<std::uint32_t> of; // what it checks, as the clock
 
-        bool isOneEdge() const { return edges == 1 || edges == 2; }
-        bool isHalf() const { return edges != 0 && !hasWholeWay; }
+        bool isOneEdge() const { return hasOneEdge && !hasMoreEdges; }
+        bool isHalf() const { return hasWay && !hasWholeWay; }
         // As a set or a reset: checked, and it sets off an output in one direction or by one edge.
         bool isLikeReset() const {
             return isAsynchronous || (isChecked && (isOneEdge() || isHalf())) || (isHalf() && !isOneEdge());
@@ -94,11 +102,21 @@ private:
 
     void take(const Design::Arc& arc) {
         const std::uint32_t from = numberOf(arc.from), to = numberOf(arc.to);
-        pins_[from].edges |= arc.fromEdge == Transition::rise ? 1 : arc.fromEdge == Transition::fall ? 2 : 4;
+        edges_[arc.from] |= arc.fromEdge == Transition::rise   ? rise
+                            : arc.fromEdge == Transition::fall ? fall
+                                                               : any;
+        pins_[from].hasWay = true;
         Way& way = ways_.try_emplace(pairOf(from, to)).first.value();
         way.rises |= arc.rises;
         way.falls |= arc.falls;
         pins_[from].hasWholeWay |= way.rises && way.falls;
+    }
+
+    // The clock of one cell may be that of another one inverted.
+    static void takeEdges(TypePin& pin, std::uint8_t edges) {
+        const bool isOne = edges == rise || edges == fall;
+        pin.hasOneEdge |= isOne;
+        pin.hasMoreEdges |= !isOne && edges != any;
     }
 
     bool checks(std::uint32_t clock, std::uint32_t data) const {
@@ -154,6 +172,7 @@ private:
 
     const Design& design_;
     std::vector<std::uint32_t> numbers_; // by pin of the design, into pins_
+    std::vector<std::uint8_t> edges_;    // by pin of the design: those that set off its arcs
     HashMap<std::uint64_t, std::uint32_t> numberOf_;
     std::vector<TypePin> pins_;
     HashMap<std::uint64_t, bool> checks_; // clock and data

@@ -177,4 +177,11 @@ TEST(Decimal, ComesBackFromItsText) {
     }
 }
 
+TEST(Decimal, KnowsItsLastDigit) {
+    const std::pair<const char*, int> rows[] = {{"1.250", -2}, {"5000", 3},  {"7", 0},     {"0", 0},
+                                                {"0.000", 0},  {"-0.5", -1}, {"2e-3", -3}, {"1.0e4", 4}};
+    for (const auto& [text, power] : rows)
+        EXPECT_EQ(Decimal::parse(text)->lastPower(), power) << text;
+}
+
 } // namespace

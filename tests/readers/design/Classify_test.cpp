@@ -104,6 +104,24 @@ TEST(Classify, TellsSetsFromResets) {
     check(rows);
 }
 
+TEST(Classify, LooksAtAllCellsOfAType) {
+    const Row rows[] = {
+        {"one of them inverts its clock, and there are no checks",
+         cell("R", "r", "(IOPATH (posedge C) Q (3))") + cell("R", "s", "(IOPATH (negedge C) Q (3))"),
+         "clock: r/C s/C; data:; output: r/Q s/Q", ""},
+        {"one of them names no edge",
+         cell("R", "r", "(IOPATH (posedge C) Q (3))") + cell("R", "s", "(IOPATH C Q (3))"),
+         "clock: r/C s/C; data:; output: r/Q s/Q", ""},
+        {"a cell with both edges is no register",
+         cell("X", "x", "(IOPATH (posedge A) Y (3))") +
+             cell("X", "y", "(IOPATH (posedge A) Y (3)) (IOPATH (negedge A) Y (3))"),
+         "clock:; data:; output:", ""},
+        {"types are apart", cell("R", "r", toQ, setup) + cell("X", "x", "(IOPATH C Q (3))"),
+         "clock: r/C; data: r/D; output: r/Q", ""},
+    };
+    check(rows);
+}
+
 TEST(Classify, KeepsClocksThatCheckEachOther) {
     const Row rows[] = {
         {"write and read side",
