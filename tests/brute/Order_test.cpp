@@ -113,7 +113,8 @@ std::string reportOf(const Folder& folder, const Brute::Design& design, const st
                      Netlist netlist, std::size_t& ties) {
     Cli::Options options;
     options.sdf = folder.write("d.sdf", writeSdf(design));
-    options.sdc = {folder.write("d.sdc", sdc)};
+    if (!sdc.empty())
+        options.sdc = {folder.write("d.sdc", sdc)};
     if (netlist == Netlist::json)
         options.netlist = folder.write("d.json", writeJson(design));
     else if (netlist == Netlist::verilog)
@@ -126,7 +127,7 @@ std::string reportOf(const Folder& folder, const Brute::Design& design, const st
     for (std::size_t path = 1; path < report.paths.size(); ++path)
         ties += report.paths[path - 1].slack == report.paths[path].slack ? 1U : 0U;
     for (Readers::Diagnostic& diagnostic : report.diagnostics)
-        if (diagnostic.place.file != options.sdc.front())
+        if (sdc.empty() || diagnostic.place.file != options.sdc.front())
             diagnostic.place = {};
     std::ranges::sort(report.diagnostics, {}, [](const Readers::Diagnostic& of) { return toString(of); });
     std::ostringstream json;
@@ -153,11 +154,19 @@ TEST(Order, OfTheFilesDecidesNothing) {
     for (std::uint64_t seed = first; seed < first + count && !HasFailure(); ++seed) {
         Random random(seed);
         Brute::Shape shape;
+        shape.maximumRegisters = 6; // and many gates: ways that part and meet again
+        shape.minimumGates = 10;
+        shape.maximumGates = 35;
+        shape.maximumClocks = 3;
+        shape.pads = shape.bareWires = seed % 3 == static_cast<unsigned>(Netlist::json);
         shape.exceptions = seed % 2 == 0 ? Brute::ExceptionMode::overlapping : Brute::ExceptionMode::without;
         Brute::Design design = Brute::generate(seed, shape);
+        auto netlist = static_cast<Netlist>(seed % 3);
+        if (netlist != Netlist::json &&
+            !std::ranges::none_of(design.arcs, &Brute::Values::empty, &Brute::Arc::values))
+            netlist = Netlist::json; // the delays do not tell all directions
         equalize(design, random);
-        const std::string sdc = writeSdc(design);
-        const auto netlist = static_cast<Netlist>(seed % 3);
+        const std::string sdc = seed % 7 == 0 ? "" : writeSdc(design); // without: clocks at the roots
         const std::string expected = reportOf(folder, design, sdc, netlist, ties);
         const std::string found = reportOf(folder, reordered(design, random), sdc, netlist, ties);
         EXPECT_TRUE(found == expected) << "seed " << seed << ", " << difference(expected, found);
