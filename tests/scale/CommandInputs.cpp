@@ -155,6 +155,27 @@ SlacksByEnd writeLongPath(Files& files, std::size_t gates) {
     return {{"b/D", {period - setup - arrival, arrival - hold}}};
 }
 
+SlacksByEnd writeTappedChain(Files& files, std::size_t gates) {
+    constexpr long period = 10'000, gate = 1;
+    files.constrain("create_clock -name clk -period 10 [get_ports clk]");
+    files.flipFlop("a");
+    files.wire("clk", "a/C");
+    SlacksByEnd expected;
+    std::string before = "a/Q";
+    for (std::size_t i = 0; i < gates; ++i) {
+        const std::string name = "g" + number(i), end = "r" + number(i);
+        files.gate(name, {"A"}, gate);
+        files.wire(before, name + "/A", 1);
+        before = name + "/Z";
+        files.flipFlop(end);
+        files.wire("clk", end + "/C");
+        files.wire(before, end + "/D");
+        const long arrival = clockToOutput + static_cast<long>(i + 1) * (gate + 1);
+        expected[end + "/D"] = {period - setup - arrival, arrival - hold};
+    }
+    return expected;
+}
+
 // Gates that all lead to all others. Where the loop is cut is the engine's choice; what leads into the end
 // point is known all the same: the shortest way passes g0 alone, and no way without a loop is longer than all
 // gates.

@@ -15,6 +15,9 @@ SlacksByEnd writeWideEnd(Files& files);
 SlacksByEnd writeClockTree(Files& files);
 // One path through that many gates, of which the first ten have two inputs each: 1024 paths of one length.
 SlacksByEnd writeLongPath(Files& files, std::size_t gates);
+// A chain of that many gates, each of which leads to a register of its own as well: each end point is worse
+// than the one before.
+SlacksByEnd writeTappedChain(Files& files, std::size_t gates);
 // Gates that all lead to all others.
 void writeLoop(Files& files, std::size_t gates);
 

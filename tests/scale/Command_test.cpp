@@ -145,6 +145,21 @@ TEST(Scale, PathsOfAMillionArcs) {
     EXPECT_GT(json.count, report.paths.size() * 2 * gates);
 }
 
+// Only paths that are reported are traced: all of them together would be two hundred million steps.
+TEST(Scale, AChainWithAnEndPointAtEachGate) {
+    constexpr std::size_t gates = 20'000;
+    Files files;
+    const SlacksByEnd expected = writeTappedChain(files, gates);
+    const Analysis run(files);
+    expectSlacks(run.report, expected);
+    ASSERT_EQ(run.report.paths.size(), 20U);
+    for (std::size_t i = 0; i < 10; ++i) {
+        EXPECT_EQ(run.report.paths[i].endpoint, "r" + std::to_string(gates - 1 - i) + "/D");
+        EXPECT_EQ(run.report.paths[10 + i].endpoint, "r" + std::to_string(i) + "/D");
+    }
+    run.expectBounds(140, 12);
+}
+
 // The command cuts loops before the engine sees them.
 TEST(Scale, ALoopOfTwentyThousandArcs) {
     constexpr std::size_t gates = 150;
