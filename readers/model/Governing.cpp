@@ -58,9 +58,12 @@ bool Exceptions::isInOrder(std::uint32_t before, std::uint32_t after) {
     return place->second;
 }
 
-// Whether a path that passes the first point may pass the second one after it.
+// Whether a path that passes one point may pass the other one after it. A cell is passed at its input and at
+// its output, so it may be named twice.
 bool Exceptions::isBehind(const Point& point, const Point& before) {
-    return point.atom == before.atom ? point.by > before.by : isInOrder(before.atom, point.atom);
+    if (point.atom != before.atom)
+        return isInOrder(before.atom, point.atom);
+    return point.by > before.by || (point.by == byCell && before.by == byCell);
 }
 
 // The combinations of points, one of each list, that a path passes in order.

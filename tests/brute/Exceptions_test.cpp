@@ -156,6 +156,32 @@ TEST(Delays, AtPorts) {
     EXPECT_EQ(bench.setup("out"), 900 + 40 - 5 - 60 - 740) << "the output delay is taken off";
 }
 
+// A delay without a clock counts, and no clock's latency does.
+TEST(Delays, AtPortsWithoutAClock) {
+    Bench bench;
+    bench.d.latencies = {{Latency::Kind::source, 0, {}, 40}, {Latency::Kind::source, 1, {}, 30}};
+    bench.delay(true, none, {}, 150);
+    bench.delay(false, none, {}, 60);
+    EXPECT_EQ(bench.setup("r0/D"), untimed);
+    EXPECT_EQ(bench.setup("out"), untimed);
+    bench.except(multicycle, 2, {}, {}, {bench.cell("r0"), bench.port("out")});
+    EXPECT_EQ(bench.setup("r0/D"), untimed);
+    bench.except(Kind::maximumDelay, 3000, {}, {}, {Bench::clock(0)});
+    bench.except(Kind::minimumDelay, 200, {}, {{bench.port("in")}}, {});
+    bench.except(Kind::maximumDelay, 900, {bench.cell("r1")}, {}, {});
+    EXPECT_EQ(bench.setup("r0/D"), 3000 + 40 - 150 - 500);
+    EXPECT_EQ(bench.hold("r0/D"), 150 + 500 - 200 - 40);
+    EXPECT_EQ(bench.setup("out"), 900 - 60 - 730);
+    EXPECT_EQ(bench.hold("out"), untimed);
+    bench.delay(true, 0, {}, 0, true);
+    EXPECT_EQ(bench.setup("r0/D"), 3000 + 40 - 150 - 500) << "the worse of both";
+    EXPECT_EQ(bench.hold("r0/D"), 0 + 500 - 200);
+    bench.d.portDelays[0].maximum = false;
+    EXPECT_EQ(bench.setup("r0/D"), 3000 - 500) << "only the one with a clock has a maximum";
+    bench.except(falsePath, 0, {bench.port("in")}, {}, {});
+    EXPECT_EQ(bench.setup("r0/D"), untimed);
+}
+
 // --- Precedence --------------------------------------------------------------------------------------------
 
 TEST(Precedence, TypeBeatsSpecificity) {
@@ -216,6 +242,58 @@ TEST(Precedence, IdenticalObjectsTheLastCommandPerCombination) {
     EXPECT_EQ(bench.setup("r1/D"), 4000);
     bench.except(Kind::maximumDelay, 7000, {bench.cell("r0")}, {}, {});
     EXPECT_EQ(bench.setup("r1/D"), 6000);
+}
+
+// Objects of several kinds for one place are several objects: the tightest, not the last.
+TEST(Precedence, ACellAndItsPinAreDifferentObjects) {
+    using Points = std::pair<std::vector<Object>, std::vector<Object>>; // from and to
+    Bench names;
+    const Object cell = names.cell("r0"), clock = names.pin("r0/CLK"), output = names.pin("r0/Q");
+    const std::vector<std::pair<Points, Points>> different = {
+        {{{cell}, {}}, {{clock}, {}}},
+        {{{}, {names.cell("r1")}}, {{}, {names.pin("r1/D")}}},
+        {{{cell}, {names.cell("r1")}}, {{cell}, {names.pin("r1/D")}}},
+        {{{clock}, {names.cell("r1")}}, {{cell}, {names.cell("r1")}}},
+    };
+    for (const auto& [one, other] : different)
+        for (const bool turned : {false, true}) {
+            Bench bench;
+            const Points &first = turned ? other : one, &second = turned ? one : other;
+            bench.except(Kind::maximumDelay, 2000, first.first, {}, first.second);
+            bench.except(Kind::maximumDelay, 5000, second.first, {}, second.second);
+            EXPECT_EQ(bench.setup("r1/D"), 1000);
+            bench.except(Kind::maximumDelay, 6000, first.first, {}, first.second);
+            EXPECT_EQ(bench.setup("r1/D"), 4000);
+        }
+    for (const Object& through : {names.cell("g"), names.net("g/Z")}) {
+        Bench bench;
+        bench.except(Kind::maximumDelay, 2000, {}, {{names.pin("g/Z")}}, {});
+        bench.except(Kind::maximumDelay, 5000, {}, {{through}}, {});
+        EXPECT_EQ(bench.setup("r1/D"), 1000);
+        bench.except(Kind::maximumDelay, 6000, {}, {{through, names.pin("g/Z")}}, {});
+        EXPECT_EQ(bench.setup("r1/D"), 5000);
+    }
+    Bench bench;
+    bench.except(Kind::maximumDelay, 2000, {output}, {}, {});
+    bench.except(Kind::maximumDelay, 5000, {cell}, {{output}}, {});
+    EXPECT_EQ(bench.setup("r1/D"), 1000) << "a register through its output is an object of its own";
+    bench.except(Kind::maximumDelay, 6000, {output, cell}, {}, {});
+    EXPECT_EQ(bench.setup("r1/D"), 4000);
+}
+
+// Data that starts at a clock's source on a register's output does not start at the register.
+TEST(Exceptions, AClocksSourceOnARegister) {
+    const auto setup = [](const char* pin) {
+        Bench bench;
+        Generated half;
+        half.factor = 2;
+        bench.addGenerated("half", "r0/CLK", "r0/Q", half);
+        bench.except(Kind::maximumDelay, 2000, {pin ? bench.pin(pin) : bench.cell("r0")}, {}, {});
+        return bench.setup("r1/D");
+    };
+    EXPECT_EQ(setup("r0/Q"), 2000 - 600 - 400);
+    EXPECT_EQ(setup("r0/CLK"), 9000);
+    EXPECT_EQ(setup(nullptr), 9000);
 }
 
 TEST(Precedence, EqualRankTheTightest) {

@@ -27,6 +27,7 @@ struct Shape {
     std::array<int, 4> kinds{3, 4, 2, 1};
     int throughPercent = 35;   // of the exceptions
     int unclockedPercent = 15; // of the port delays
+    bool throughEnds = true;   // -through names what paths begin and end with too
     int maximumPaths = 2000;
     ExceptionMode exceptions = ExceptionMode::overlapping;
     bool pads = true;         // cells between ports and the rest, of which no delay is written

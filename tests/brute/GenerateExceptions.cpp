@@ -79,19 +79,20 @@ private:
     // A gate or what drives it, by pin, net or cell. Where the order does not count, what the path begins and
     // ends with too.
     std::optional<Object> throughObject(const DataPath& p, bool ordered) {
+        const bool inside = ordered || !shape_.throughEnds;
         std::vector<Object> found;
         for (std::size_t i = 0; i < p.pins.size(); ++i) {
             const int pin = p.pins[i], cell = d_.pins[at(pin)].cell;
             const bool isGate = std::ranges::count(s_.gates, cell) != 0;
-            const bool isInside =
-                isGate ? d_.pins[at(pin)].direction == Direction::output
-                       : i < 2 && p.start == DataPath::Start::clockPin; // of the register that it starts at
-            if (!isInside && (ordered || (i > 0 && i + 1 < p.pins.size() && !isGate)))
+            const bool isInside = isGate ? d_.pins[at(pin)].direction == Direction::output
+                                         : i < 2 && p.start == DataPath::Start::clockPin &&
+                                               shape_.throughEnds; // of its register
+            if (!isInside && (inside || (i > 0 && i + 1 < p.pins.size() && !isGate)))
                 continue;
             found.push_back(pinOrPort(pin));
             if (cell != none)
                 found.push_back({Object::Kind::cell, cell});
-            if (i + 1 < p.pins.size() && p.nets[i] != none)
+            if (i + 1 < p.pins.size() && p.nets[i] != none && !d_.isPort(pin)) // a net in every netlist
                 found.push_back({Object::Kind::net, p.nets[i]});
         }
         if (found.empty())

@@ -302,6 +302,7 @@ TEST_F(Precedence, Rows) {
         {"set_max_delay 5 -through g/Z -through g/Z", "", {"7000", "3000"}},
         {"set_max_delay 5 -through g/Z -through [get_nets g/Z]", "", {"2000 by line 2", "3000"}},
         {"set_max_delay 5 -through [get_nets g/Z] -through g/Z", "", {"7000", "3000"}},
+        {"set_max_delay 5 -through [get_cells g] -through [get_cells g]", "", {"2000 by line 2", "3000"}},
         // A clock pin is passed before its cell's output.
         {"set_max_delay 5 -through r0/CLK -through r0/Q", "", {"2000 by line 2", "3000"}},
         {"set_max_delay 5 -through r0/Q -through r0/CLK", "", {"7000", "3000"}},
