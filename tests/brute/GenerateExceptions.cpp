@@ -178,6 +178,48 @@ private:
         return all[kind];
     }
 
+    // The pins of a register at which paths start or end; of anything else none.
+    std::vector<int> pointsOf(int cell, bool from) const {
+        std::vector<int> points;
+        for (int pin : d_.cells[at(cell)].pins)
+            if (std::ranges::any_of(d_.checks,
+                                    [&](const Check& c) { return (from ? c.clock : c.data) == pin; }))
+                points.push_back(pin);
+        return points;
+    }
+
+    void nameOtherwise(Object& o, const std::vector<int>& pinsOfCell) {
+        if (pinsOfCell.empty() || !random_.chance(50))
+            return;
+        if (o.kind == Object::Kind::pin)
+            o = {Object::Kind::cell, d_.pins[at(o.index)].cell};
+        else
+            o = {Object::Kind::pin, random_.of(pinsOfCell)};
+    }
+
+    // The same places by other objects: a pin by its cell, a cell by a pin. Points in an order stay.
+    void nameOtherwise(Exception& e) {
+        const auto cellOf = [&](const Object& o) {
+            return o.kind == Object::Kind::pin    ? d_.pins[at(o.index)].cell
+                   : o.kind == Object::Kind::cell ? o.index
+                                                  : none;
+        };
+        for (const bool from : {true, false})
+            for (Object& o : from ? e.from : e.to)
+                if (const int cell = cellOf(o); cell != none)
+                    nameOtherwise(o, pointsOf(cell, from));
+        if (e.through.size() == 1 && shape_.throughEnds)
+            for (Object& o : e.through.front())
+                if (const int cell = cellOf(o); cell != none)
+                    nameOtherwise(o, d_.cells[at(cell)].pins);
+        for (std::vector<Object>* list :
+             {&e.from, &e.to, e.through.size() == 1 ? &e.through.front() : &e.to}) {
+            std::ranges::sort(*list);
+            const auto rest = std::ranges::unique(*list);
+            list->erase(rest.begin(), rest.end());
+        }
+    }
+
     void tryOne() {
         const Kind kind = drawKind();
         Exception e = objects(kind);
@@ -185,6 +227,8 @@ private:
             const Exception& old = random_.of(d_.exceptions); // the same objects again
             if (kind == old.kind)
                 e.from = old.from, e.to = old.to, e.through = old.through;
+            if (random_.chance(50))
+                nameOtherwise(e);
         }
         if (e.from.empty() && e.to.empty() && e.through.empty())
             return;
