@@ -1,0 +1,7 @@
+create_clock -name clk -period 10 [get_ports clk]
+set_input_delay 0.3 [get_ports din]
+set_output_delay -max 0.25 [get_ports dout]
+set_max_delay 4 -to [get_clocks clk]
+set_max_delay 5 -from [get_cells r1]
+set_min_delay 0.2 -to [get_cells r0]
+set_max_delay 6 -to [get_pins r0/D]
