@@ -163,7 +163,8 @@ void Run::build() {
             sources.insert(sources.end(), clock.targets.begin(), clock.targets.end());
     Readers::Diagnostics& diagnostics = session_.diagnostics;
     const bool propagated = options_.clocks == ClockDefault::propagated;
-    network_ = std::make_unique<Readers::Model::Network>(design_, constraints_, sources, diagnostics);
+    network_ = std::make_unique<Readers::Model::Network>(design_, constraints_, sources, diagnostics,
+                                                         session_.loopLimits);
     clocks_ = std::make_unique<Readers::Model::Clocks>(
         design_, *network_, constraints_, Readers::Model::ClockOptions{propagated, options_.scale},
         diagnostics);

@@ -1,6 +1,7 @@
 // One run of the command, from its files to its report: read, launch, harvest.
 #pragma once
 
+#include "../readers/model/Loops.h"
 #include "../readers/sdc/Limits.h"
 #include "../report/Report.h"
 #include "Options.h"
@@ -36,6 +37,7 @@ struct Session {
     };
     // For each file of constraints.
     Readers::Sdc::Limits limits;
+    Readers::Model::LoopLimits loopLimits;
     // Diagnostics that were found before a failure.
     Readers::Diagnostics diagnostics;
     std::vector<Stage> stages;
