@@ -1,0 +1,2 @@
+# in seconds
+create_clock -name clk -period 5e-9 [get_ports clk]
