@@ -9,7 +9,7 @@ namespace Readers {
 namespace {
 
 constexpr std::int64_t largestMantissa = 999'999'999'999'999'999; // eighteen digits
-constexpr int exponentLimit = 100'000;
+constexpr int largestExponent = 999;
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
@@ -64,9 +64,11 @@ std::optional<Decimal> Decimal::parse(std::string_view text) {
         if (at == end)
             return std::nullopt;
         int exponent = 0;
-        for (; at != end && isDigit(*at); ++at)
-            if (exponent < exponentLimit)
-                exponent = exponent * 10 + (*at - '0');
+        for (; at != end && isDigit(*at); ++at) {
+            exponent = exponent * 10 + (*at - '0');
+            if (exponent > largestExponent)
+                return std::nullopt;
+        }
         value.exponent += minus ? -exponent : exponent;
     }
     if (at != end)

@@ -13,8 +13,8 @@ struct Decimal {
     std::int64_t mantissa = 0;
     std::int32_t exponent = 0;
 
-    // Reads "1", "-1.2e+03", ".5", "5."; nothing where the text is anything else, empty included. Digits
-    // beyond the eighteenth significant one only round.
+    // Reads "1", "-1.2e+03", ".5", "5."; nothing where the text is anything else, empty included, and for an
+    // exponent beyond 999 on either side. Digits beyond the eighteenth significant one only round.
     static std::optional<Decimal> parse(std::string_view text);
     static Decimal of(std::int64_t value) { return {value, 0}; }
 

@@ -1,6 +1,8 @@
 // The texts of diagnostics.
 #include "Diagnostics.h"
 
+#include "Printable.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -22,7 +24,7 @@ std::string toString(const Diagnostic& diagnostic) {
     std::string text;
     const Place& place = diagnostic.place;
     if (!place.file.empty()) {
-        text += place.file + ":";
+        text += printable(place.file) + ":";
         if (place.line != 0)
             text += std::to_string(place.line) + ":";
         if (place.line != 0 && place.column != 0)
@@ -30,7 +32,7 @@ std::string toString(const Diagnostic& diagnostic) {
         text += " ";
     }
     text += toString(diagnostic.severity);
-    return text + ": " + diagnostic.text;
+    return text + ": " + printableLines(diagnostic.text);
 }
 
 BadInput::BadInput(Place place, std::string text)

@@ -33,7 +33,8 @@ struct Diagnostic {
     bool operator==(const Diagnostic&) const = default;
 };
 
-// "file:line:column: severity: text", without the parts that are not there.
+// "file:line:column: severity: text", without the parts that are not there. Control characters are escaped,
+// except newlines of the text.
 std::string toString(const Diagnostic& diagnostic);
 std::string_view toString(Severity severity);
 

@@ -1,0 +1,38 @@
+// Control characters of inputs, as messages and reports show them.
+#include "readers/Diagnostics.h"
+#include "readers/Printable.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace std::string_view_literals;
+using Readers::printable;
+using Readers::printableLines;
+
+TEST(Printable, EscapesControlCharacters) {
+    const struct {
+        std::string_view text, expected, lines;
+    } rows[] = {
+        {"", "", ""},
+        {"a b~", "a b~", "a b~"},
+        {"a\x1b[31m", "a\\x1B[31m", "a\\x1B[31m"},
+        {"\t\r\x7f\0"sv, "\\x09\\x0D\\x7F\\x00", "\\x09\\x0D\\x7F\\x00"},
+        {"a\nb", "a\\x0Ab", "a\nb"},
+        {"\xC3\xA4 \xFF", "\xC3\xA4 \xFF", "\xC3\xA4 \xFF"},
+        {"a\\x", "a\\x", "a\\x"},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(printable(row.text), row.expected);
+        EXPECT_EQ(printableLines(row.text), row.lines);
+    }
+}
+
+TEST(Printable, IsWhatDiagnosticsAre) {
+    using Readers::Severity;
+    EXPECT_EQ(toString(Readers::Diagnostic{Severity::note, {"a\nb", 3, 4}, "c\x1b\nd"}),
+              "a\\x0Ab:3:4: note: c\\x1B\nd");
+    EXPECT_STREQ(Readers::BadInput({"f"}, "\x07").what(), "f: error: \\x07");
+}
+
+} // namespace
