@@ -32,7 +32,9 @@ constexpr int gzipWindow = 15 + 16; // the largest window, and a gzip header aro
 // A file descriptor with an end.
 class File {
 public:
-    explicit File(const std::string& path) : descriptor_(open(path.c_str(), O_RDONLY | O_CLOEXEC)) {}
+    explicit File(const std::string& path)
+        : descriptor_(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY)) {}
+    explicit File(int descriptor) : descriptor_(descriptor) {}
     ~File() {
         if (descriptor_ >= 0)
             close(descriptor_);
@@ -117,6 +119,7 @@ struct Source::State {
             fail("cannot open: ", EISDIR);
     }
     State(const std::string& name, std::string_view bytes) : path(name), memory(bytes) {}
+    State(const std::string& name, int descriptor) : path(name) { file.emplace(descriptor); }
 
     [[noreturn]] void fail(const char* what, int reason) const {
         throw BadInput({path}, what + std::string(std::strerror(reason)));
@@ -242,6 +245,9 @@ Source::Source(std::string path) : path_(std::move(path)), state_(std::make_uniq
 Source::Source(std::string path, std::string_view bytes)
     : path_(std::move(path)), state_(std::make_unique<State>(path_, bytes)) {}
 
+Source::Source(std::string path, int descriptor)
+    : path_(std::move(path)), state_(std::make_unique<State>(path_, descriptor)) {}
+
 Source::~Source() = default;
 
 std::size_t Source::read(char* buffer, std::size_t size) {
@@ -252,7 +258,7 @@ std::size_t Source::read(char* buffer, std::size_t size) {
     return state_->inflater ? state_->readInflated(buffer, size) : state_->readPlain(buffer, size);
 }
 
-std::string Source::readAll() {
+std::string Source::readAll(std::size_t most) {
     std::string text;
     std::size_t size = 0;
     for (;;) {
@@ -262,6 +268,8 @@ std::string Source::readAll() {
         if (got == 0)
             break;
         size += got;
+        if (size > most)
+            throw BadInput({path_}, "the text has more than " + std::to_string(most >> 20) + " MB");
     }
     text.resize(size);
     return text;

@@ -19,6 +19,8 @@ public:
     explicit Source(std::string path);
     // The bytes, which must outlive the source, as the content of a file of that name. None is looked for.
     Source(std::string path, std::string_view bytes);
+    // Takes over the open descriptor, as that of the file of the path.
+    Source(std::string path, int descriptor);
     ~Source();
     Source(const Source&) = delete;
     Source& operator=(const Source&) = delete;
@@ -29,8 +31,9 @@ public:
     // Throws BadInput for a read error and for a damaged or truncated gzip stream.
     std::size_t read(char* buffer, std::size_t size);
 
-    // The rest of the file as one string.
-    std::string readAll();
+    // The rest of the file as one string. Throws BadInput if it has more bytes than that, inflated; no more
+    // than about twice as many are held.
+    std::string readAll(std::size_t most = std::string::npos);
 
     // Lower-case hexadecimal SHA-256 of the whole file; reads what was not read yet.
     std::string sha256();

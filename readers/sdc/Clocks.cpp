@@ -7,6 +7,7 @@
 #include "Session.h"
 
 #include <algorithm>
+#include <set>
 
 namespace Readers::Sdc {
 
@@ -37,6 +38,18 @@ bool dropFrom(std::optional<Points>& points, const Object& clock) {
     return points && std::erase(points->objects, clock) != 0 && points->objects.empty();
 }
 
+std::size_t forgetPairs(Session& session, std::uint32_t index) {
+    std::vector<ClockPairUncertainty>& all = session.result.pairUncertainties;
+    const std::size_t count = std::erase_if(
+        all, [index](const ClockPairUncertainty& pair) { return pair.from == index || pair.to == index; });
+    if (count != 0) {
+        session.uncertaintyOfPair.clear();
+        for (std::size_t at = 0; at < all.size(); ++at)
+            session.uncertaintyOfPair[(std::uint64_t{all[at].from} << 32) | all[at].to] = at;
+    }
+    return count;
+}
+
 // Takes the clock out of everything that names it, and tells how many commands that ended.
 std::size_t forget(Session& session, std::uint32_t index) {
     Constraints& result = session.result;
@@ -46,9 +59,7 @@ std::size_t forget(Session& session, std::uint32_t index) {
         const bool from = dropFrom(exception.from, clock), to = dropFrom(exception.to, clock);
         return from || to;
     });
-    count += std::erase_if(result.pairUncertainties, [index](const ClockPairUncertainty& pair) {
-        return pair.from == index || pair.to == index;
-    });
+    count += forgetPairs(session, index);
     count += std::erase_if(result.clockGroups, [index](ClockGroups& groups) {
         const std::size_t before = groups.groups.size();
         for (std::vector<std::uint32_t>& group : groups.groups)
@@ -79,9 +90,13 @@ void remove(Session& session, std::uint32_t index, const std::string& by) {
 }
 
 void takeTargets(Session& session, const Clock& clock) {
-    for (std::uint32_t index = 0; index < session.result.clocks.size(); ++index) {
+    std::set<std::uint32_t> others;
+    for (const std::uint32_t pin : clock.targets)
+        for (const std::uint32_t index : session.clocksOn(pin))
+            others.insert(index);
+    for (const std::uint32_t index : others) {
         Clock& other = session.result.clocks[index];
-        if (other.removed || other.name == clock.name || other.targets.empty())
+        if (other.name == clock.name)
             continue;
         std::erase_if(other.targets, [&clock](std::uint32_t pin) {
             return std::ranges::find(clock.targets, pin) != clock.targets.end();
@@ -95,8 +110,13 @@ void define(Session& session, Clock clock, bool add) {
     if (!add)
         takeTargets(session, clock);
     const std::uint32_t known = session.finder.clock(clock.name);
+    const auto index = known != none ? known : static_cast<std::uint32_t>(session.result.clocks.size());
+    for (const std::uint32_t pin : clock.targets)
+        if (std::vector<std::uint32_t>& here = session.clocksOfPin[pin];
+            std::ranges::find(here, index) == here.end())
+            here.push_back(index);
     if (known == none) {
-        session.finder.nameClock(clock.name, static_cast<std::uint32_t>(session.result.clocks.size()));
+        session.finder.nameClock(clock.name, index);
         session.result.clocks.push_back(std::move(clock));
         session.sourceLatency.emplace_back();
         session.networkLatency.emplace_back();

@@ -17,10 +17,57 @@ Tcl_Obj* newText(std::string_view text) {
     return Tcl_NewStringObj(text.data(), static_cast<int>(text.size()));
 }
 
+// Adds the objects that a value names behind a list of handles.
+void appendTo(Tcl_Obj* list, const std::vector<Object>& objects) {
+    for (const Object& object : objects)
+        Tcl_ListObjAppendElement(nullptr, list, newHandle(object));
+}
+
+// A few objects, or many, among which others are looked for.
+class Set {
+public:
+    explicit Set(std::vector<Object> objects) : sorted_(std::move(objects)) { std::ranges::sort(sorted_); }
+
+    // The place of what a value stands for; the size if it is none of them.
+    std::size_t find(Tcl_Obj* value) const {
+        constexpr std::size_t few = 4;
+        const std::optional<Object> object = toObject(value);
+        if (!object)
+            return sorted_.size();
+        const auto known = sorted_.size() <= few ? std::ranges::find(sorted_, *object)
+                                                 : std::ranges::lower_bound(sorted_, *object);
+        return known == sorted_.end() || *known != *object
+                   ? sorted_.size()
+                   : static_cast<std::size_t>(known - sorted_.begin());
+    }
+    std::size_t find(const Object& object) const {
+        return static_cast<std::size_t>(std::ranges::lower_bound(sorted_, object) - sorted_.begin());
+    }
+    std::size_t size() const { return sorted_.size(); }
+
+private:
+    std::vector<Object> sorted_;
+};
+
+// Those that the list does not have, each once.
+std::vector<Object> missingIn(Tcl_Obj* list, std::vector<Object> objects) {
+    removeDuplicates(objects);
+    const Set set(objects);
+    std::vector<bool> has(set.size() + 1);
+    for (Tcl_Obj* const element : elementsOf(list))
+        has[set.find(element)] = true;
+    std::erase_if(objects, [&](const Object& object) { return has[set.find(object)]; });
+    return objects;
+}
+
 void sizeofCollection(Session& session, Words words) {
     static const Syntax syntax{{}, {Takes::objects}};
     const Arguments arguments(syntax, words);
-    session.tcl.setResult(Tcl_NewIntObj(static_cast<int>(elementsOf(arguments.argument(0)).size())));
+    int size = 0;
+    if (!isCollection(arguments.argument(0)) ||
+        Tcl_ListObjLength(nullptr, arguments.argument(0), &size) != TCL_OK)
+        size = static_cast<int>(elementsOf(arguments.argument(0)).size());
+    session.tcl.setResult(Tcl_NewIntObj(size));
 }
 
 // One name as it is, several as a list: a list of one would put braces around brackets.
@@ -68,27 +115,32 @@ void getAttribute(Session& session, Words words) {
 void addToCollection(Session& session, Words words) {
     static const Syntax syntax{{{"-unique"}}, {Takes::objects, Takes::objects}};
     const Arguments arguments(syntax, words);
-    std::vector<Object> objects = session.resolve(arguments, "", arguments.argument(0), anything);
-    for (const Object& object : session.resolve(arguments, "", arguments.argument(1), anything))
-        objects.push_back(object);
-    if (arguments.has("-unique"))
-        removeDuplicates(objects);
-    session.tcl.setResult(newCollection(objects));
+    // A script may do this for each of many objects: the handles of the first are shared, not made anew.
+    Tcl_Obj* const base =
+        isCollection(arguments.argument(0)) && !arguments.has("-unique")
+            ? Tcl_DuplicateObj(arguments.argument(0))
+            : newCollection(session.resolve(arguments, "", arguments.argument(0), anything));
+    std::vector<Object> more = session.resolve(arguments, "", arguments.argument(1), anything);
+    appendTo(base, arguments.has("-unique") ? missingIn(base, std::move(more)) : more);
+    session.tcl.setResult(base);
 }
 
-// Like the one above, into a variable.
+// Like the one above, into a variable, at the cost of what is added. With -unique it is that of the whole.
 void appendToCollection(Session& session, Words words) {
     static const Syntax syntax{{{"-unique"}}, {Takes::name, Takes::objects}};
     const Arguments arguments(syntax, words);
     Tcl_Obj* const old = Tcl_ObjGetVar2(session.tcl.raw(), arguments.argument(0), nullptr, 0);
-    std::vector<Object> objects;
-    if (old != nullptr)
-        objects = session.resolve(arguments, "", old, anything);
-    for (const Object& object : session.resolve(arguments, "", arguments.argument(1), anything))
-        objects.push_back(object);
-    if (arguments.has("-unique"))
-        removeDuplicates(objects);
-    Tcl_Obj* const result = newCollection(objects);
+    std::vector<Object> more = session.resolve(arguments, "", arguments.argument(1), anything);
+    const bool unique = arguments.has("-unique");
+    Tcl_Obj* result = old;
+    if (old == nullptr || !isCollection(old) || (unique && !session.isKnownUnique(old)))
+        result = newCollection(old == nullptr ? std::vector<Object>()
+                                              : session.resolve(arguments, "", old, anything));
+    else if (Tcl_IsShared(old))
+        result = Tcl_DuplicateObj(old);
+    appendTo(result, unique ? missingIn(result, std::move(more)) : more);
+    if (unique)
+        session.noteUnique(result);
     if (Tcl_ObjSetVar2(session.tcl.raw(), arguments.argument(0), nullptr, result, TCL_LEAVE_ERR_MSG) ==
         nullptr)
         throw CommandError(std::string(Tcl_GetStringResult(session.tcl.raw())));
@@ -98,12 +150,16 @@ void appendToCollection(Session& session, Words words) {
 void removeFromCollection(Session& session, Words words) {
     static const Syntax syntax{{}, {Takes::objects, Takes::objects}};
     const Arguments arguments(syntax, words);
-    std::vector<Object> objects = session.resolve(arguments, "", arguments.argument(0), anything);
-    std::vector<Object> gone = session.resolve(arguments, "", arguments.argument(1), anything);
-    std::ranges::sort(gone);
-    std::erase_if(objects,
-                  [&gone](const Object& object) { return std::ranges::binary_search(gone, object); });
-    session.tcl.setResult(newCollection(objects));
+    const Set gone(session.resolve(arguments, "", arguments.argument(1), anything));
+    Tcl_Obj* const base =
+        isCollection(arguments.argument(0))
+            ? arguments.argument(0)
+            : newCollection(session.resolve(arguments, "", arguments.argument(0), anything));
+    Tcl_IncrRefCount(base);
+    std::vector<Tcl_Obj*> left = elementsOf(base);
+    std::erase_if(left, [&](Tcl_Obj* element) { return gone.find(element) != gone.size(); });
+    session.tcl.setResult(Tcl_NewListObj(static_cast<int>(left.size()), left.data()));
+    Tcl_DecrRefCount(base);
 }
 
 void filterCollection(Session& session, Words words) {
@@ -120,8 +176,14 @@ void filterCollection(Session& session, Words words) {
 void indexCollection(Session& session, Words words) {
     static const Syntax syntax{{}, {Takes::objects, Takes::integer}};
     const Arguments arguments(syntax, words);
-    const std::vector<Tcl_Obj*> elements = elementsOf(arguments.argument(0));
     const int index = arguments.integerArgument(1);
+    Tcl_Obj* element = nullptr;
+    if (index >= 0 && isCollection(arguments.argument(0)) &&
+        Tcl_ListObjIndex(nullptr, arguments.argument(0), index, &element) == TCL_OK && element != nullptr) {
+        session.tcl.setResult(element);
+        return;
+    }
+    const std::vector<Tcl_Obj*> elements = elementsOf(arguments.argument(0));
     if (index < 0 || static_cast<std::size_t>(index) >= elements.size())
         arguments.failValue("", "an index below " + std::to_string(elements.size()), arguments.argument(1));
     session.tcl.setResult(elements[static_cast<std::size_t>(index)]);

@@ -6,8 +6,6 @@
 #include <filesystem>
 #include <mutex>
 
-#include <sys/resource.h>
-
 namespace Readers::Sdc {
 
 namespace {
@@ -28,14 +26,6 @@ std::string cleaned(std::string text) {
     return text;
 }
 
-// The most that the process has held so far, in MB.
-std::size_t peakMemory() {
-    constexpr long unit = 1024; // the system counts in KB
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return static_cast<std::size_t>(usage.ru_maxrss / unit);
-}
-
 unsigned linesIn(std::string_view text) { return static_cast<unsigned>(std::ranges::count(text, '\n')); }
 
 // The line on which brackets or braces first stand too deep for Tcl's parser; 0 where they nowhere do.
@@ -54,14 +44,26 @@ unsigned lineTooDeep(std::string_view text) {
     return 0;
 }
 
-// Throws where the path is not that of a file beside or below.
-void checkBelow(const std::filesystem::path& path) {
-    if (path.is_absolute())
-        throw CommandError("source: '" + path.string() + "': expected a path relative to this file");
-    for (const auto& part : path)
-        if (part == "..")
-            throw CommandError("source: '" + path.string() +
-                               "': only files beside or below this one can be read");
+// Whether the text has the name, and not only as a part of a longer one.
+bool names(std::string_view text, std::string_view name) {
+    const auto isInName = [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
+               c == '-';
+    };
+    for (std::size_t at = text.find(name); at != std::string_view::npos; at = text.find(name, at + 1)) {
+        const std::size_t end = at + name.size();
+        if ((at == 0 || !isInName(text[at - 1])) && (end == text.size() || !isInName(text[end])))
+            return true;
+    }
+    return false;
+}
+
+// What stands between the opening and the next quote; empty for another text.
+std::string_view quoted(std::string_view text, std::string_view opening, char quote) {
+    if (!text.starts_with(opening))
+        return {};
+    text.remove_prefix(opening.size());
+    return text.substr(0, text.find(quote));
 }
 
 } // namespace
@@ -79,6 +81,7 @@ Interpreter::Interpreter(Constraints& constraints, const Limits& limits)
     define("unknown", [this](Words words) { unknown(words); });
     Tcl_SetRecursionLimit(tcl_, limits.depth);
     Tcl_LimitAddHandler(tcl_, TCL_LIMIT_TIME, &Interpreter::onTime, this, nullptr);
+    Tcl_LimitSetGranularity(tcl_, TCL_LIMIT_TIME, 1);
 }
 
 Interpreter::~Interpreter() { Tcl_DeleteInterp(tcl_); }
@@ -130,13 +133,15 @@ int Interpreter::fail(std::string_view text, const Place& place) {
 
 // How long the file's bytes take to come, through a pipe perhaps, is not the script's matter.
 void Interpreter::run(Source& source) {
-    const std::string text = cleaned(source.readAll());
+    const std::string text = cleaned(source.readAll(limits_.text << 20));
+    main_ = source.path();
+    folder_.reset();
     // Inside of a command of its own, gone before the script sees it: at its outermost level Tcl does not
     // tell a `return` from a command that ends as usual.
     constexpr const char* name = "read constraints";
     define(name, [this, &source, &text](Words) {
         Tcl_DeleteCommand(tcl_, name);
-        if (evaluate(source, text) != TCL_OK)
+        if (evaluate(source, text, {}) != TCL_OK)
             throw Raised{};
     });
     Tcl_Obj* const word = Tcl_NewStringObj(name, -1);
@@ -152,15 +157,14 @@ void Interpreter::run(Source& source) {
     Tcl_DecrRefCount(word);
     if (internal_)
         std::rethrow_exception(internal_);
-    if (code == TCL_OK)
-        return;
-    const std::string error = Tcl_GetStringResult(tcl_);
-    throw BadInput(markedPlace().value_or(Place{source.path(), 0, 0}), error);
+    if (code != TCL_OK)
+        errors_.add(markedPlace().value_or(Place{source.path(), 0, 0}), Tcl_GetStringResult(tcl_));
+    errors_.finish();
 }
 
 void Interpreter::startLimits() {
     end_ = processorTime(CLOCK_THREAD_CPUTIME_ID) + limits_.time;
-    peakBefore_ = peakMemory();
+    heldBefore_ = heldMemory();
     isTooLarge_ = false;
     setTimeLimit(std::min(limits_.time, checkInterval));
     Tcl_LimitTypeSet(tcl_, TCL_LIMIT_TIME);
@@ -190,7 +194,7 @@ void Interpreter::onTime(ClientData data, Tcl_Interp*) {
     Interpreter& self = *static_cast<Interpreter*>(data);
     const auto left =
         std::chrono::ceil<std::chrono::milliseconds>(self.end_ - processorTime(CLOCK_THREAD_CPUTIME_ID));
-    self.isTooLarge_ = peakMemory() > self.peakBefore_ + self.limits_.memory;
+    self.isTooLarge_ = heldMemory() > self.heldBefore_ + self.limits_.memory;
     if (left > left.zero() && !self.isTooLarge_)
         self.setTimeLimit(std::min(left, checkInterval));
 }
@@ -211,14 +215,13 @@ std::uint32_t Interpreter::addFile(Source& source) {
     return index;
 }
 
-int Interpreter::evaluate(Source& source, const std::string& text) {
-    File file;
+int Interpreter::evaluate(Source& source, const std::string& text, File file) {
     file.index = addFile(source);
     file.frames = stack_.empty() ? 0 : frameCount(); // Tcl can not be asked where it runs nothing
     if (const unsigned line = lineTooDeep(text); line != 0)
         return fail("brackets or braces stand in one another too deep", {source.path(), line, 0});
 
-    stack_.push_back(file);
+    stack_.push_back(std::move(file));
     const int code = evaluateText(text);
     if (code != TCL_OK)
         markError();
@@ -228,20 +231,18 @@ int Interpreter::evaluate(Source& source, const std::string& text) {
 }
 
 // Command by command, so that each one's line is known.
-int Interpreter::evaluateText(const std::string& text) {
+int Interpreter::evaluateText(std::string_view text) {
     const std::size_t depth = stack_.size() - 1;
-    const char* at = text.data();
-    const char* const end = at + text.size();
-    const char* counted = at; // up to here lines are counted
-    unsigned line = 1;
-    while (at < end) {
+    std::string_view rest = text;
+    unsigned line = 1; // of the rest
+    while (!rest.empty()) {
         Tcl_Parse parse;
-        const int parsed = Tcl_ParseCommand(tcl_, at, static_cast<int>(end - at), 0, &parse);
-        const char* const start = parse.commandStart != nullptr ? parse.commandStart : at;
-        line += linesIn({counted, start});
-        counted = start;
-        const std::string_view command(start, parsed == TCL_OK ? start + parse.commandSize : end);
-        at = command.data() + command.size();
+        const int parsed = Tcl_ParseCommand(tcl_, rest.data(), static_cast<int>(rest.size()), 0, &parse);
+        const char* const start = parse.commandStart != nullptr ? parse.commandStart : rest.data();
+        line += linesIn({rest.data(), start});
+        rest.remove_prefix(static_cast<std::size_t>(start - rest.data()));
+        const std::string_view command =
+            parsed == TCL_OK ? rest.substr(0, static_cast<std::size_t>(parse.commandSize)) : rest;
         stack_[depth].line = line;
         stack_[depth].command = command;
         tellWatch();
@@ -249,18 +250,122 @@ int Interpreter::evaluateText(const std::string& text) {
             return fail(Tcl_GetStringResult(tcl_), {files_[stack_[depth].index], line, 0});
         const bool empty = parse.numWords == 0;
         Tcl_FreeParse(&parse);
-        if (empty)
-            continue;
-        const int code = Tcl_EvalEx(tcl_, command.data(), static_cast<int>(command.size()), TCL_EVAL_GLOBAL);
-        if (internal_ || code == TCL_ERROR)
+        rest.remove_prefix(command.size());
+        int code = empty ? TCL_OK : evaluateCommand(command);
+        if (internal_)
             return TCL_ERROR;
-        if (code == TCL_RETURN)
-            return TCL_OK;
-        if (code != TCL_OK)
-            return fail("'break' and 'continue' work inside of a loop only",
-                        {files_[stack_[depth].index], line, 0});
+        const bool returned = hasReturned(code);
+        line += linesIn(command);
+        if (returned && code == TCL_OK)
+            noteRest(rest, line, "return");
+        if (returned)
+            return code;
+        if (code != TCL_OK && !goesOnBehindError()) {
+            if (!stack_[depth].goesOn)
+                noteRest(rest, line, "the command fails");
+            return TCL_ERROR;
+        }
     }
     return TCL_OK;
+}
+
+int Interpreter::evaluateCommand(std::string_view command) {
+    const Place where{files_[stack_.back().index], stack_.back().line, 0};
+    const int code = Tcl_EvalEx(tcl_, command.data(), static_cast<int>(command.size()), TCL_EVAL_GLOBAL);
+    if (code == TCL_BREAK || code == TCL_CONTINUE)
+        return fail("'break' and 'continue' work inside of a loop only", where);
+    if (code != TCL_OK && code != TCL_ERROR && code != TCL_RETURN)
+        return fail("the command returns the code " + std::to_string(code) + ", which has no meaning here",
+                    where);
+    return code;
+}
+
+// Whether a `return` ends the file, as it ends one for Tcl's own source; then the code is TCL_OK, or
+// TCL_ERROR for one that asks for something else than the end.
+bool Interpreter::hasReturned(int& code) {
+    if (code != TCL_RETURN)
+        return false;
+    const std::string text = Tcl_GetStringResult(tcl_);
+    Tcl_Obj* const options = Tcl_GetReturnOptions(tcl_, code);
+    Tcl_IncrRefCount(options);
+    const std::string level = fetch(options, "-level"), asked = fetch(options, "-code");
+    Tcl_DecrRefCount(options);
+    if (level == "1" && asked == "0") {
+        code = TCL_OK;
+        return true;
+    }
+    const File& file = stack_.back();
+    const std::string_view command = file.command;
+    const std::size_t at = std::min(command.find("return"), command.size());
+    const Place where{files_[file.index], file.line + linesIn(command.substr(0, at)), 0};
+    if (level == "1" && asked == "1")
+        code = fail(text.empty() ? "return -code error" : text, where);
+    else
+        code = fail("return: a file can end by 'return' or 'return -code error' only", where);
+    return true;
+}
+
+// Keeps the error of a top-level command.
+bool Interpreter::goesOnBehindError() {
+    const File& file = stack_.back();
+    if (!file.goesOn || Tcl_LimitExceeded(tcl_) != 0)
+        return false;
+    const std::string trace = errorOption("-errorinfo");
+    markError();
+    const std::string error = Tcl_GetStringResult(tcl_);
+    const Place where = markedPlace().value_or(Place{files_[file.index], file.line, 0});
+    if (!followsEarlierError(error))
+        errors_.add(where, error);
+    for (const char* maker : {"create_clock", "create_generated_clock", "source"})
+        lacksClocks_ = lacksClocks_ || names(file.command, maker) || names(trace, maker);
+    failed_.emplace_back(file.command);
+    Tcl_ResetResult(tcl_);
+    return true;
+}
+
+// A variable or a procedure that a command which failed, or a file that could not be read, would have made.
+bool Interpreter::followsEarlierError(const std::string& error) const {
+    std::string_view variable = quoted(error, "can't read \"", '"');
+    variable = variable.substr(0, variable.find('('));
+    const std::string_view command = quoted(error, "unknown command '", '\'');
+    if (variable.empty() && command.empty())
+        return false;
+    return std::ranges::any_of(failed_, [&](const std::string& text) {
+        return names(text, "source") ||
+               (variable.empty() ? names(text, "proc") && names(text, command) : names(text, variable));
+    });
+}
+
+// Commands of a file that are passed over.
+void Interpreter::noteRest(std::string_view rest, unsigned line, const std::string& reason) {
+    while (!rest.empty()) {
+        Tcl_Parse parse;
+        const int parsed = Tcl_ParseCommand(nullptr, rest.data(), static_cast<int>(rest.size()), 0, &parse);
+        const char* const start = parse.commandStart != nullptr ? parse.commandStart : rest.data();
+        line += linesIn({rest.data(), start});
+        rest.remove_prefix(static_cast<std::size_t>(start - rest.data()));
+        const bool empty = parsed == TCL_OK && parse.numWords == 0;
+        const std::string_view command =
+            parsed == TCL_OK ? rest.substr(0, static_cast<std::size_t>(parse.commandSize)) : rest;
+        if (parsed == TCL_OK)
+            Tcl_FreeParse(&parse);
+        if (!empty && !command.empty()) {
+            const File& file = stack_.back();
+            onNote({files_[file.index], file.line, 0},
+                   reason + ": the rest of the file, from line " + std::to_string(line) + " on, is not read");
+            return;
+        }
+        line += linesIn(command);
+        rest.remove_prefix(command.size());
+    }
+}
+
+// The text of a file, by its path below the folder of the one that is run.
+std::string Interpreter::readNested(const std::filesystem::path& path, std::optional<Source>& nested) {
+    if (!folder_)
+        folder_.emplace(main_.parent_path().string());
+    nested.emplace((main_.parent_path() / path).lexically_normal().string(), folder_->open(path.string()));
+    return cleaned(nested->readAll(limits_.text << 20));
 }
 
 void Interpreter::source(Words words) {
@@ -272,20 +377,34 @@ void Interpreter::source(Words words) {
     if (at + 1 != words.size())
         throw CommandError("source: expected one file");
 
-    const std::filesystem::path path = Tcl_GetString(words[at]);
-    checkBelow(path);
-    const std::filesystem::path from = files_[stack_.back().index];
-    const std::string whole = (from.parent_path() / path).lexically_normal().string();
+    const std::string name = Tcl_GetString(words[at]), opening = "source: '" + name + "'";
+    const File& outer = stack_.back();
+    const std::filesystem::path path = (outer.folder / name).lexically_normal();
+    if (std::filesystem::path(name).is_absolute())
+        throw CommandError(opening + ": expected a path relative to this file");
+    if (!path.empty() && *path.begin() == "..")
+        throw CommandError(opening + ": only files in the folder of '" + main_.string() +
+                           "', or below it, can be read");
+    const std::filesystem::path whole = (main_.parent_path() / path).lexically_normal();
     for (const File& open : stack_)
         if (std::filesystem::path(files_[open.index]).lexically_normal() == whole)
-            throw CommandError("source: '" + path.string() + "' is being read already");
+            throw CommandError(opening + " is being read already");
+    // Inside of `catch`, or of any other body, an error is that command's matter.
+    const bool goesOn = outer.goesOn && frameCount() == outer.frames + 1;
+    std::optional<Source> nested;
+    std::string text;
     try {
-        Source nested(whole);
-        if (evaluate(nested, cleaned(nested.readAll())) != TCL_OK)
-            throw Raised{};
+        text = readNested(path, nested);
     } catch (const BadInput& error) {
-        throw CommandError("source: '" + path.string() + "': " + error.diagnostic().text);
+        throw CommandError(opening + ": " + error.diagnostic().text);
+    } catch (const std::runtime_error& error) {
+        throw CommandError(opening + ": " + error.what());
     }
+    File file;
+    file.folder = path.parent_path();
+    file.goesOn = goesOn;
+    if (evaluate(*nested, text, std::move(file)) != TCL_OK)
+        throw Raised{};
 }
 
 // --- Commands of the interpreter itself -----------------------------------------------------------------------------

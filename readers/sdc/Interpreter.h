@@ -1,15 +1,19 @@
 // The Tcl interpreter behind constraint files: the language, and none of the machine.
 //
-// A file can use variables, loops, procedures and expressions, and source files beside or below it. It can
-// not run programs, nor open files or sockets, nor change the interpreter: such commands are refused by name.
-// Time, commands and depth are limited. Every error, and every command that asks, has the file and the line
-// of the innermost command that is known: files are evaluated command by command, and inside of bodies Tcl's
-// own frames tell the line.
+// A file can use variables, loops, procedures and expressions, and source files in its folder or below. It
+// can not run programs, nor open files or sockets, nor change the interpreter: such commands are refused by
+// name. Time, commands and depth are limited. Every error, and every command that asks, has the file and the
+// line of the innermost command that is known: files are evaluated command by command, and inside of bodies
+// Tcl's own frames tell the line.
+//
+// A file is read on behind a top-level command that fails, so that one run tells several errors. What only
+// fails since an earlier command did is not reported.
 #pragma once
 
 #include "../Diagnostics.h"
 #include "../Source.h"
 #include "Constraints.h"
+#include "Folder.h"
 #include "Limits.h"
 #include "Watch.h"
 
@@ -17,6 +21,7 @@
 
 #include <chrono>
 #include <exception>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -52,8 +57,13 @@ public:
     // A second name for a command that is there.
     void alias(const char* name, const char* known);
 
-    // Evaluates the file. Throws BadInput with the place of the first error.
+    // Evaluates the file. Throws BadInput with the places of its errors.
     void run(Source& source);
+
+    // Some command that would have made a clock has failed: a clock that is missing needs no further message.
+    bool lacksClocks() const { return lacksClocks_; }
+    // Told of what a file leaves out by itself.
+    std::function<void(Place, std::string)> onNote = [](Place, std::string) {};
 
     // Where the command stands that is being carried out.
     Origin origin();
@@ -70,9 +80,11 @@ private:
     // A file that is being evaluated.
     struct File {
         std::uint32_t index = 0;
-        int frames = 0;           // Tcl's count of frames outside of it
-        unsigned line = 1;        // of the top-level command that is being evaluated
-        std::string_view command; // its text
+        int frames = 0;               // Tcl's count of frames outside of it
+        std::filesystem::path folder; // below that of the file that is run
+        bool goesOn = true;           // behind a command that fails
+        unsigned line = 1;            // of the top-level command that is being evaluated
+        std::string_view command;     // its text
     };
     struct Procedure {
         Origin body;
@@ -96,9 +108,15 @@ private:
     void defineProcedure(Words words);
     void unknown(Words words);
 
-    int evaluate(Source& source, const std::string& text);
+    int evaluate(Source& source, const std::string& text, File file);
     std::uint32_t addFile(Source& source);
-    int evaluateText(const std::string& text);
+    int evaluateText(std::string_view text);
+    int evaluateCommand(std::string_view command);
+    bool hasReturned(int& code);
+    bool goesOnBehindError();
+    bool followsEarlierError(const std::string& error) const;
+    void noteRest(std::string_view rest, unsigned line, const std::string& reason);
+    std::string readNested(const std::filesystem::path& path, std::optional<Source>& nested);
     std::string limitText() const;
     void startLimits();
     static void onTime(ClientData data, Tcl_Interp* tcl);
@@ -106,6 +124,7 @@ private:
     void tellWatch();
     Place place(const Origin& origin) const { return {files_[origin.file], origin.line, 0}; }
 
+    static std::string fetch(Tcl_Obj* dict, const char* key); // the value as text; empty without the key
     int frameCount();
     Frame frame(int level);
     Tcl_Obj* askFrame(Tcl_Obj* level);
@@ -116,13 +135,18 @@ private:
 
     Limits limits_;
     std::vector<std::string>&files_, &fileHashes_;
+    std::filesystem::path main_;   // the file that is run
+    std::optional<Folder> folder_; // its folder, once a file was sourced
+    ErrorList errors_;
+    std::vector<std::string> failed_; // the texts of top-level commands that failed
+    bool lacksClocks_ = false;
     Tcl_Interp* tcl_ = nullptr;
     Tcl_CmdInfo infoFrame_{}, proc_{};
     std::vector<std::unique_ptr<Command>> commands_;
     std::vector<File> stack_;
     Watch* watch_ = nullptr;     // while files are evaluated
     ProcessorTime end_{};        // of the thread, where the time for the file is over
-    std::size_t peakBefore_ = 0; // of the process's memory, in MB
+    std::size_t heldBefore_ = 0; // of memory, by the process, in MB
     bool isTooLarge_ = false;    // that is what ends the script
     std::unordered_map<std::string, Procedure> procedures_; // by full name
     std::exception_ptr internal_;                           // thrown by a command, on its way past Tcl

@@ -17,15 +17,12 @@ std::vector<std::uint32_t> clocksOf(Session& session, const Arguments& arguments
             clocks.push_back(object.index);
             continue;
         }
-        const std::size_t before = clocks.size();
-        for (std::uint32_t index = 0; index < session.result.clocks.size(); ++index) {
-            const Clock& clock = session.result.clocks[index];
-            if (!clock.removed && std::ranges::find(clock.targets, object.index) != clock.targets.end())
-                clocks.push_back(index);
-        }
-        if (clocks.size() == before)
+        const std::vector<std::uint32_t> here = session.clocksOn(object.index);
+        clocks.insert(clocks.end(), here.begin(), here.end());
+        if (here.empty())
             session.unmatched(arguments.command() + ": no clock is defined on '" +
-                              session.finder.name(object) + "'");
+                                  session.finder.name(object) + "'",
+                              {ObjectKind::clock});
     }
     if (clocks.empty())
         throw NoObjects{arguments.command() + ": no objects"};
@@ -117,15 +114,19 @@ void putOnObject(Session& session, const Arguments& arguments, const Object& obj
     }
 }
 
-void putBetween(Session& session, const Arguments& arguments, std::uint32_t from, std::uint32_t to,
-                const Decimal& value) {
+void putBetween(Session& session, const Arguments& arguments, const std::vector<Object>& from,
+                const std::vector<Object>& to, const Decimal& value) {
     std::vector<ClockPairUncertainty>& all = session.result.pairUncertainties;
-    auto known = std::ranges::find_if(
-        all, [from, to](const ClockPairUncertainty& pair) { return pair.from == from && pair.to == to; });
-    if (known == all.end())
-        known = all.insert(all.end(), {from, to, {}, {}});
-    put(known->value, arguments, value);
-    known->origin = session.tcl.origin();
+    const Origin origin = session.tcl.origin();
+    for (const Object& end : to)
+        for (const Object& start : from) {
+            const auto [known, isNew] = session.uncertaintyOfPair.try_emplace(
+                (std::uint64_t{start.index} << 32) | end.index, all.size());
+            if (isNew)
+                all.push_back({start.index, end.index, {}, {}});
+            put(all[known->second].value, arguments, value);
+            all[known->second].origin = origin;
+        }
 }
 
 // The one of an option's three forms that is given: the option itself, or for one edge only; null for none.
@@ -173,9 +174,8 @@ void setClockUncertainty(Session& session, Words words) {
     }
     const std::vector<Object> starts =
         session.objects(arguments, from->option, from->value, {ObjectKind::clock});
-    for (const Object& end : session.objects(arguments, to->option, to->value, {ObjectKind::clock}))
-        for (const Object& start : starts)
-            putBetween(session, arguments, start.index, end.index, value);
+    const std::vector<Object> ends = session.objects(arguments, to->option, to->value, {ObjectKind::clock});
+    putBetween(session, arguments, starts, ends, value);
 }
 
 } // namespace

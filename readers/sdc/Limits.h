@@ -16,11 +16,15 @@ struct Limits {
     int depth = 1'000;                      // of commands in commands
     std::size_t memory = 4'000;             // MB, of the process, that one file with all that it sources adds
 
-    // The time limit is looked at between commands. A single one that goes on for so long beyond it, and one
-    // that Tcl gives up by ending the process, cannot be left: the process ends by this call, which is told
-    // the error's line and must not return. It may come on another thread, while that of the script goes on.
+    // These limits are looked at between commands. A single command that goes on for so much beyond them, and
+    // one that Tcl gives up by ending the process, cannot be left: the process ends by this call, which is
+    // told the error's line and must not return. It may come on another thread, while that of the script goes
+    // on.
     std::chrono::milliseconds grace{2'000};
+    std::size_t memoryGrace = 500; // MB
     void (*giveUp)(std::string_view line) noexcept = endProcess;
+
+    std::size_t text = 256; // MB, of each file, inflated
 };
 
 } // namespace Readers::Sdc

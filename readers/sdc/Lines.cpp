@@ -17,15 +17,6 @@ constexpr std::size_t npos = std::string_view::npos;
 
 unsigned linesIn(std::string_view text) { return static_cast<unsigned>(std::ranges::count(text, '\n')); }
 
-std::string fetch(Tcl_Obj* dict, const char* key) {
-    Tcl_Obj* const name = Tcl_NewStringObj(key, -1);
-    Tcl_IncrRefCount(name);
-    Tcl_Obj* value = nullptr;
-    Tcl_DictObjGet(nullptr, dict, name, &value);
-    Tcl_DecrRefCount(name);
-    return value == nullptr ? std::string() : Tcl_GetString(value);
-}
-
 unsigned toNumber(std::string_view text) {
     unsigned value = 0;
     std::from_chars(text.data(), text.data() + text.size(), value);
@@ -92,6 +83,15 @@ unsigned closest(std::string_view text, std::string_view command, unsigned first
 }
 
 } // namespace
+
+std::string Interpreter::fetch(Tcl_Obj* dict, const char* key) {
+    Tcl_Obj* const name = Tcl_NewStringObj(key, -1);
+    Tcl_IncrRefCount(name);
+    Tcl_Obj* value = nullptr;
+    Tcl_DictObjGet(nullptr, dict, name, &value);
+    Tcl_DecrRefCount(name);
+    return value == nullptr ? std::string() : Tcl_GetString(value);
+}
 
 // --- The command that is being carried out --------------------------------------------------------------------------
 
@@ -163,7 +163,7 @@ std::string Interpreter::limitText() const {
     if (Tcl_LimitTypeExceeded(tcl_, TCL_LIMIT_TIME) == 0)
         return "the script ran for more than " + std::to_string(limits_.commands) + " commands";
     if (isTooLarge_)
-        return "the script took more than " + std::to_string(limits_.memory) + " MB of memory";
+        return overMemory(limits_);
     return overTime(limits_);
 }
 

@@ -87,14 +87,15 @@ std::optional<Object> toObject(Tcl_Obj* value) {
     return parseHandle({text, static_cast<std::size_t>(length)});
 }
 
-bool holdsHandles(Tcl_Obj* value) {
-    if (value->typePtr == listType()) {
-        Tcl_Obj* first = nullptr;
-        Tcl_ListObjIndex(nullptr, value, 0, &first);
-        return first != nullptr && first->typePtr == &handleType;
-    }
-    return value->typePtr == &handleType;
+bool isCollection(Tcl_Obj* value) {
+    if (value->typePtr != listType())
+        return false;
+    Tcl_Obj* first = nullptr;
+    Tcl_ListObjIndex(nullptr, value, 0, &first);
+    return first != nullptr && first->typePtr == &handleType;
 }
+
+bool holdsHandles(Tcl_Obj* value) { return value->typePtr == &handleType || isCollection(value); }
 
 std::vector<Tcl_Obj*> elementsOf(Tcl_Obj* value) {
     if (value->typePtr == &handleType)

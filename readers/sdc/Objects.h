@@ -27,6 +27,9 @@ std::optional<Object> toObject(Tcl_Obj* value);
 // made.
 bool holdsHandles(Tcl_Obj* value);
 
+// A list that begins with a handle, as queries return it.
+bool isCollection(Tcl_Obj* value);
+
 // The elements of a list of handles, names or patterns. One word without spaces is one element, whatever
 // brackets and backslashes it has; so is a text that is no list. Valid as long as the value is not changed.
 std::vector<Tcl_Obj*> elementsOf(Tcl_Obj* value);

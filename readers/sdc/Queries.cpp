@@ -42,7 +42,8 @@ void addPatterns(Session& session, const Arguments& arguments, ObjectKind kind, 
             session.finder.find(kind, Tcl_GetString(element), options, found);
         if (found.size() == before && !arguments.has("-quiet"))
             session.unmatched(arguments.command() + ": no " + std::string(kindName(kind)) + " matches '" +
-                              (object ? session.finder.name(*object) : Tcl_GetString(element)) + "'");
+                                  (object ? session.finder.name(*object) : Tcl_GetString(element)) + "'",
+                              {kind});
     }
 }
 
@@ -86,11 +87,8 @@ void addCellsOf(const Session& session, const Object& object, std::vector<Object
 }
 
 void addClocksOf(const Session& session, const Object& object, std::vector<Object>& found) {
-    for (std::uint32_t index = 0; index < session.result.clocks.size(); ++index) {
-        const Clock& clock = session.result.clocks[index];
-        if (!clock.removed && std::ranges::find(clock.targets, object.index) != clock.targets.end())
-            found.push_back({ObjectKind::clock, index});
-    }
+    for (const std::uint32_t index : session.clocksOn(object.index))
+        found.push_back({ObjectKind::clock, index});
 }
 
 Kinds sourcesOf(ObjectKind kind) {

@@ -29,7 +29,8 @@ constexpr auto removed = R"(
         if {[namespace exists $space]} { namespace delete $space }
     }
     foreach command {::tcl::info::hostname ::tcl::info::library ::tcl::info::loaded ::tcl::info::nameofexecutable
-                     ::tcl::info::script ::tcl::mathfunc::rand ::tcl::mathfunc::srand} {
+                     ::tcl::info::script ::tcl::mathfunc::rand ::tcl::mathfunc::srand ::tcl::pkgconfig
+                     ::tcl::Bgerror} {
         catch { rename $command {} }
     }
     unset -nocomplain space command errorInfo errorCode tcl_platform

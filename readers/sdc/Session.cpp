@@ -103,6 +103,9 @@ std::string describe(const Session& session, Words words) {
 Session::Session(const Design& theDesign, Diagnostics& theDiagnostics, const Limits& limits)
     : design(theDesign), diagnostics(theDiagnostics), tcl(result, limits),
       finder(theDesign, result.clocks, tcl.raw()) {
+    tcl.onNote = [this](Place place, std::string text) {
+        diagnostics.note(std::move(place), std::move(text));
+    };
     addClockCommands(*this);
     addLatencyCommands(*this);
     addPortCommands(*this);
@@ -117,7 +120,8 @@ void Session::add(const char* name, Command command) {
         try {
             command(*this, words);
         } catch (const NoObjects& nothing) {
-            warning(nothing.text + ": the command has no effect");
+            if (!tcl.lacksClocks()) // after an error: it may well be what misses here
+                warning(nothing.text + ": the command has no effect");
         }
     });
 }
@@ -125,6 +129,25 @@ void Session::add(const char* name, Command command) {
 void Session::unmatched(std::string text) {
     ++result.unmatched;
     warning(std::move(text));
+}
+
+void Session::unmatched(std::string text, Kinds kinds) {
+    if (!tcl.lacksClocks() || !contains(kinds, ObjectKind::clock))
+        unmatched(std::move(text));
+}
+
+std::vector<std::uint32_t> Session::clocksOn(std::uint32_t pin) const {
+    std::vector<std::uint32_t> clocks;
+    const auto known = clocksOfPin.find(pin);
+    if (known == clocksOfPin.end())
+        return clocks;
+    for (const std::uint32_t index : known->second) {
+        const Clock& clock = result.clocks[index];
+        if (!clock.removed && std::ranges::find(clock.targets, pin) != clock.targets.end())
+            clocks.push_back(index);
+    }
+    std::ranges::sort(clocks);
+    return clocks;
 }
 
 void Session::withoutEffect(const std::string& command) {
@@ -182,7 +205,8 @@ void Session::resolveName(const Arguments& arguments, std::string_view option, T
         if (found.size() != before)
             return;
     }
-    unmatched(prefix(arguments, option) + "no " + kindNames(kinds) + " matches '" + std::string(name) + "'");
+    unmatched(prefix(arguments, option) + "no " + kindNames(kinds) + " matches '" + std::string(name) + "'",
+              kinds);
 }
 
 std::vector<Object> Session::resolve(const Arguments& arguments, std::string_view option, Tcl_Obj* value,

@@ -46,12 +46,20 @@ public:
     std::vector<Tcl_Obj*> flatElementsOf(Tcl_Obj* value) const;
     // A warning about a name without object; it counts.
     void unmatched(std::string text);
+    // Likewise; none about clocks once a command that would have made one has failed.
+    void unmatched(std::string text, Kinds kinds);
     // Remembers a command that has no effect here, for one note per name at the end.
     void withoutEffect(const std::string& command);
     void noteWithoutEffect();
     // What a script prints, as a note; beyond a limit nothing more.
     void print(const std::string& text);
 
+    // The clocks that are defined on a pin, in order.
+    std::vector<std::uint32_t> clocksOn(std::uint32_t pin) const;
+    // A list that has each object once, as a command has made it last. That another list takes its place
+    // unseen does no harm: a collection's objects count once wherever they are used.
+    bool isKnownUnique(Tcl_Obj* list) const { return list == unique_ && lengthOf(list) == uniqueLength_; }
+    void noteUnique(Tcl_Obj* list) { unique_ = list, uniqueLength_ = lengthOf(list); }
     // A time of the file, in ns.
     Decimal time(Decimal value) const;
 
@@ -74,6 +82,10 @@ public:
     std::vector<ClockLatency> sourceLatency, networkLatency; // by clock
     // Where a pin's entry stands in the result.
     std::unordered_map<std::uint32_t, std::size_t> caseOfPin, uncertaintyOfPin;
+    // Where the entry of a pair of clocks stands, by from * 2^32 + to.
+    std::unordered_map<std::uint64_t, std::size_t> uncertaintyOfPair;
+    // The clocks that are, or once were, defined on a pin.
+    std::unordered_map<std::uint32_t, std::vector<std::uint32_t>> clocksOfPin;
     Interpreter tcl;
     Finder finder;
     int timeExponent = 0; // the file's unit is 10^timeExponent ns
@@ -90,6 +102,14 @@ private:
     void resolveHandle(const Arguments& arguments, std::string_view option, const Object& object, Kinds kinds,
                        std::vector<Object>& found);
 
+    static int lengthOf(Tcl_Obj* list) {
+        int length = 0;
+        Tcl_ListObjLength(nullptr, list, &length);
+        return length;
+    }
+
+    const Tcl_Obj* unique_ = nullptr;
+    int uniqueLength_ = 0;
     std::vector<Ignored> ignored_;
     unsigned printed_ = 0;
 };

@@ -2,6 +2,7 @@
 #include "Watch.h"
 
 #include "../Decimal.h"
+#include "../Printable.h"
 
 #include <tcl.h>
 
@@ -13,7 +14,9 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include <fcntl.h>
 #include <pthread.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace Readers::Sdc {
@@ -23,7 +26,7 @@ namespace {
 constexpr std::size_t longestPanic = 512, longestLine = 8192;
 constexpr std::ptrdiff_t widestFrame = 1 << 16; // what a call may step over at once
 constexpr int refused = 2;
-constexpr std::chrono::milliseconds leastWait{10};
+constexpr std::chrono::milliseconds leastWait{10}, mostWait{20}; // a command takes memory fast
 
 thread_local Watch* current = nullptr;
 
@@ -90,6 +93,25 @@ ProcessorTime processorTime(clockid_t thread) {
     return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
 }
 
+std::size_t heldMemory() noexcept {
+    constexpr std::size_t unit = std::size_t{1} << 20;
+    std::array<char, 128> text{};
+    ssize_t size = 0;
+    if (const int file = open("/proc/self/statm", O_RDONLY | O_CLOEXEC); file >= 0) {
+        size = ::read(file, text.data(), text.size());
+        close(file);
+    }
+    const std::string_view numbers(text.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+    std::size_t pages = 0; // the second number
+    if (const std::size_t space = numbers.find(' '); space != std::string_view::npos)
+        std::from_chars(numbers.data() + space + 1, numbers.data() + numbers.size(), pages);
+    if (pages != 0)
+        return pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) / unit;
+    rusage usage{};                 // GCOVR_EXCL_LINE: without /proc, the most that it held so far
+    getrusage(RUSAGE_SELF, &usage); // GCOVR_EXCL_LINE
+    return static_cast<std::size_t>(usage.ru_maxrss) / 1024; // GCOVR_EXCL_LINE
+}
+
 void endProcess(std::string_view line) noexcept {
     for (const std::string_view text : {line, std::string_view("\n")})
         [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
@@ -101,10 +123,15 @@ std::string overTime(const Limits& limits) {
     return "the script ran for more than " + seconds.toString() + " s";
 }
 
+std::string overMemory(const Limits& limits) {
+    return "the script took more than " + std::to_string(limits.memory) + " MB of memory";
+}
+
 Watch::Watch(const Limits& limits, std::string file)
-    : giveUp_(limits.giveUp), overTime_(overTime(limits)), clock_(clockOfThisThread()),
-      last_(processorTime(clock_) + limits.time + limits.grace), stackEnd_(endOfStack()), outer_(current),
-      file_(std::move(file)) {
+    : giveUp_(limits.giveUp), overTime_(overTime(limits)), overMemory_(overMemory(limits)),
+      clock_(clockOfThisThread()), last_(processorTime(clock_) + limits.time + limits.grace),
+      mostMemory_(heldMemory() + limits.memory + limits.memoryGrace), stackEnd_(endOfStack()),
+      outer_(current), file_(std::move(file)), shownFile_(printable(file_)) {
     Tcl_SetPanicProc(&Watch::onPanic);
     const SignalsBlocked blocked;
     thread_ = std::jthread([this](const std::stop_token& stop) { wait(stop); });
@@ -115,21 +142,24 @@ Watch::~Watch() { current = outer_; }
 
 void Watch::moveTo(const std::string& file, unsigned line) {
     const std::lock_guard lock(mutex_);
-    if (file_ != file)
+    if (file_ != file) {
         file_ = file;
+        shownFile_ = printable(file);
+    }
     line_ = line;
 }
 
-// Where all of the processor is the script's, one sleep is enough.
 void Watch::wait(const std::stop_token& stop) {
     std::unique_lock lock(mutex_);
-    const auto left = [this] { return last_ - processorTime(clock_); };
-    while (left() > ProcessorTime::zero()) {
-        wake_.wait_for(lock, stop, std::max<ProcessorTime>(left(), leastWait), [] { return false; });
-        if (stop.stop_requested())
-            return;
+    while (!stop.stop_requested()) {
+        const ProcessorTime left = last_ - processorTime(clock_);
+        if (left <= ProcessorTime::zero())
+            end(overTime_, "");
+        if (heldMemory() > mostMemory_)
+            end(overMemory_, "");
+        wake_.wait_for(lock, stop, std::clamp<ProcessorTime>(left, leastWait, mostWait),
+                       [] { return false; });
     }
-    end(overTime_, "");
 }
 
 // Outside of a watch as Tcl does it by itself.
@@ -160,7 +190,7 @@ void Watch::onFault(const void* address) noexcept {
 
 void Watch::end(std::string_view opening, std::string_view reason) noexcept {
     Line line;
-    line << file_ << ":";
+    line << shownFile_ << ":";
     if (line_ != 0)
         line << line_ << ":";
     giveUp_((line << " error: " << opening << reason).text());

@@ -1,5 +1,6 @@
 // The last resort against a script that Tcl itself cannot end: one command that goes on without end, a value
-// that outgrows Tcl, for which it aborts the process, and text nested deeper than the stack is.
+// that outgrows Tcl, for which it aborts the process, or the memory that a script may take, and text nested
+// deeper than the stack is.
 //
 // While a Watch lives, these become a last line, with the place of the top-level command that ran, and a call
 // of Limits::giveUp. It costs a thread that sleeps, and a lock for each top-level command. What ends in time
@@ -20,6 +21,9 @@ namespace Readers::Sdc {
 // What the processor has spent on a thread.
 using ProcessorTime = std::chrono::nanoseconds;
 ProcessorTime processorTime(clockid_t thread);
+
+// What the process holds of the machine's memory, in MB.
+std::size_t heldMemory() noexcept;
 
 class Watch {
 public:
@@ -42,19 +46,22 @@ private:
     [[noreturn]] void end(std::string_view opening, std::string_view reason) noexcept;
 
     void (*const giveUp_)(std::string_view line) noexcept;
-    const std::string overTime_;
+    const std::string overTime_, overMemory_;
     const clockid_t clock_;    // of the thread that is watched
     const ProcessorTime last_; // by that clock
+    const std::size_t mostMemory_;
     const char* const stackEnd_;
     Watch* const outer_;
     std::mutex mutex_; // end() holds it, so that there is one last line
     std::condition_variable_any wake_;
-    std::string file_;
+    std::string file_, shownFile_;
     unsigned line_ = 0;
     std::jthread thread_; // the last one: it uses all the others
 };
 
 // "the script ran for more than 10 s"
 std::string overTime(const Limits& limits);
+// "the script took more than 4000 MB of memory"
+std::string overMemory(const Limits& limits);
 
 } // namespace Readers::Sdc

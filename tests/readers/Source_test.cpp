@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <thread>
 
@@ -89,6 +90,31 @@ TEST(Source, GivesTheBytesOrWhatTheyHoldCompressed) {
             EXPECT_TRUE(readBy(file.path(), size) == row.expected) << size;
         EXPECT_EQ(Source(file.path()).path(), file.path());
     }
+}
+
+TEST(Source, IsNotReadBeyondALimit) {
+    constexpr std::size_t megabyte = std::size_t{1} << 20, count = megabyte / text.size() + 1;
+    const auto errorOf = [](const std::string& bytes, std::size_t most) -> std::string {
+        const InputFile file(bytes);
+        try {
+            Source(file.path()).readAll(most);
+            return "";
+        } catch (const BadInput& error) {
+            return error.diagnostic().text;
+        }
+    };
+    EXPECT_EQ(errorOf(repeated(text, count), count * text.size()), "");
+    EXPECT_EQ(errorOf(repeated(text, count), megabyte), "the text has more than 1 MB");
+    EXPECT_EQ(errorOf(repeated(member, count), count * text.size()), "");
+    EXPECT_EQ(errorOf(repeated(member, count), megabyte), "the text has more than 1 MB");
+}
+
+TEST(Source, ReadsADescriptor) {
+    const InputFile file{std::string(member)};
+    const int descriptor = open(file.path().c_str(), O_RDONLY | O_CLOEXEC);
+    Source source("name", descriptor);
+    EXPECT_EQ(source.path(), "name");
+    EXPECT_EQ(source.readAll(), text);
 }
 
 TEST(Source, TellsTheSumOfTheFileAsItIsOnDisk) {

@@ -1,8 +1,15 @@
 // The interpreter: what a script may do, what it may not, and where its errors stand.
 #include "Script.h"
 
-#include <chrono>
+#include "readers/sdc/Folder.h"
 
+#include <chrono>
+#include <filesystem>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
 using Support::Folder;
 using Support::Row;
 
@@ -26,7 +33,8 @@ const Row language[] = {
     {"puts a\r\nputs \\\r\n b\r\nputs c\r\n",
      "x.sdc:1: note: puts: a\nx.sdc:2: note: puts: b\nx.sdc:4: note: puts: c\n"},
     {"\xEF\xBB\xBFputs a", "x.sdc:1: note: puts: a\n"},
-    {"puts a\nreturn\nputs b", "x.sdc:1: note: puts: a\n"},
+    {"puts a\x1b\\[31m\tb\nputs {c\nd}",
+     "x.sdc:1: note: puts: a\\x1B[31m\\x09b\nx.sdc:2: note: puts: c\nd\n"},
     {"for {set i 0} {$i < 3} {incr i} {\n  if {$i == 1} continue\n  puts $i\n}",
      "x.sdc:3: note: puts: 0\nx.sdc:3: note: puts: 2\n"},
 };
@@ -63,12 +71,114 @@ const Row refused[] = {
     {"uplevel #0 exec ls", "x.sdc:1: error: 'exec' is not available in a constraint file\n"},
     {"apply {{} {exec ls}}", "x.sdc:1: error: 'exec' is not available in a constraint file\n"},
     {"lsort -command exec {a b}", "x.sdc:1: error: 'exec' is not available in a constraint file\n"},
+    {"time {set x 1}", "x.sdc:1: error: 'time' is not available in a constraint file\n"},
+    {"puts [info script]", "x.sdc:1: error: unknown command '::tcl::info::script'\n"},
+    {"tcl::pkgconfig list", "x.sdc:1: error: unknown command 'tcl::pkgconfig'\n"},
+    {"puts [array size env]", "x.sdc:1: note: puts: 0\n"},
     {"puts [info hostname]", "x.sdc:1: error: unknown command '::tcl::info::hostname'\n"},
     {"puts [info exists env]", "x.sdc:1: note: puts: 0\n"},
     {"puts [info vars]", "x.sdc:1: note: puts: tcl_version tcl_patchLevel\n"},
     {"puts file1 text", "x.sdc:1: error: puts: expected one text; files cannot be written\n"},
 };
 INSTANTIATE_TEST_SUITE_P(Refused, SdcScripts, testing::ValuesIn(refused));
+
+// How a file can end before its last line.
+#define NO_END "error: return: a file can end by 'return' or 'return -code error' only\n"
+const Row ended[] = {
+    {"puts a\nreturn\n\n# no\nputs b",
+     "x.sdc:1: note: puts: a\n"
+     "x.sdc:2: note: return: the rest of the file, from line 5 on, is not read\n"},
+    {"puts a\nreturn\n# nothing\n;\n", "x.sdc:1: note: puts: a\n"},
+    {"if 1 {\n  return {a text}\n}\nset x {",
+     "x.sdc:1: note: return: the rest of the file, from line 4 on, is not read\n"},
+    {"proc p {} {\n  return -code return\n}\np\nputs a",
+     "x.sdc:4: note: return: the rest of the file, from line 5 on, is not read\n"},
+    {"return -code ok\nputs a", "x.sdc:1: note: return: the rest of the file, from line 2 on, is not read\n"},
+    {"puts a\nreturn -code error {no such board}\nputs b",
+     "x.sdc:1: note: puts: a\nx.sdc:2: error: no such board\n"},
+    {"if 1 {\n  return -code error stop\n}\nfoo", "x.sdc:2: error: stop\n"},
+    {"return -code error", "x.sdc:1: error: return -code error\n"},
+    {"catch {return -code error stop} text\nputs $text", "x.sdc:2: note: puts: stop\n"},
+    {"proc p {} {\n  return -code error bad\n}\np", "x.sdc:4: error: bad\n"},
+    {"return -code break", "x.sdc:1: " NO_END},
+    {"\nreturn -code continue", "x.sdc:2: " NO_END},
+    {"return -code return", "x.sdc:1: " NO_END},
+    {"return -level 2", "x.sdc:1: " NO_END},
+    {"return -code 7\nputs a", "x.sdc:1: " NO_END},
+    {"proc p {} {\n  return -code 7\n}\np\nputs a",
+     "x.sdc:5: note: puts: a\nx.sdc:4: error: the command returns the code 7, which has no meaning here\n"},
+    {"error boom", "x.sdc:1: error: boom\n"},
+    {"throw {A B} boom", "x.sdc:1: error: boom\n"},
+};
+INSTANTIATE_TEST_SUITE_P(Ended, SdcScripts, testing::ValuesIn(ended));
+
+// Behind an error the file is read on; what only follows from it is not told.
+const Row several[] = {
+    {"foo\nset_false_path\nputs on\nexit", "x.sdc:3: note: puts: on\nx.sdc:1: error: unknown command 'foo'\n"
+                                           "x.sdc:2: error: set_false_path: needs -from, -through or -to\n"
+                                           "x.sdc:4: error: 'exit' is not available in a constraint file\n"},
+    {"foreach x {1 2} {\n  foo $x\n  bar\n}\nbaz",
+     "x.sdc:2: error: unknown command 'foo'\nx.sdc:5: error: unknown command 'baz'\n"},
+    {"proc p {} {\n  foo\n}\np\nbreak\np",
+     "x.sdc:2: error: unknown command 'foo'\n"
+     "x.sdc:5: error: 'break' and 'continue' work inside of a loop only\n"
+     "x.sdc:2: error: unknown command 'foo'\n"},
+    {"foo\nset x {", "x.sdc:1: error: unknown command 'foo'\nx.sdc:2: error: missing close-brace\n"},
+    {"set a [foo]\nputs $a\nputs $a(1)\nputs $b",
+     "x.sdc:1: error: unknown command 'foo'\nx.sdc:4: error: can't read \"b\": no such variable\n"},
+    {"proc p {} {}  {}\np\nq", "x.sdc:1: error: wrong # args: should be \"proc name args body\"\nx.sdc:3: "
+                               "error: unknown command 'q'\n"},
+    {"source none.sdc\nputs $a\nhelp_me\nset_false_path -form a",
+     "x.sdc:1: error: source: 'none.sdc': cannot open: No such file or directory\n"
+     "x.sdc:4: error: set_false_path: unknown option '-form'\n"},
+    {"create_clock -period x clk\nset_input_delay 1 -clock clk a\nset_false_path -from [get_clocks clk]\n"
+     "set_clock_groups -asynchronous -group {a b}\nset_false_path -to zz",
+     "x.sdc:5: warning: set_false_path: -to: no clock, port, cell or pin matches 'zz'\n"
+     "x.sdc:1: error: create_clock: -period: expected a time, found 'x'\n"},
+    {"catch {create_clock -period x clk}\nset_false_path -from [get_clocks clk]",
+     "x.sdc:2: warning: get_clocks: no clock matches 'clk'\n"
+     "x.sdc:2: warning: set_false_path: -from: no objects: the command has no effect\n"},
+    {"for {set i 1} {$i <= 3} {incr i} {}\nfoo\nputs $i",
+     "x.sdc:3: note: puts: 4\nx.sdc:2: error: unknown command 'foo'\n"},
+};
+INSTANTIATE_TEST_SUITE_P(Several, SdcScripts, testing::ValuesIn(several));
+
+TEST(SdcErrors, AreTwentyAtMost) {
+    std::string script, expected;
+    for (int line = 1; line <= 25; ++line) {
+        script += "foo" + std::to_string(line) + "\n";
+        if (line <= 20)
+            expected += "x.sdc:" + std::to_string(line) + ": error: unknown command 'foo" +
+                        std::to_string(line) + "'\n";
+    }
+    EXPECT_EQ(Support::run(script).allMessages(),
+              expected + "x.sdc: note: 20 errors: the rest of the file is not read\n");
+    const Folder folder;
+    folder.write("inner.sdc", script);
+    EXPECT_EQ(Support::runIn(folder, "foo\nsource inner.sdc\nputs on").messages.back().substr(0, 30),
+              "x.sdc:1: error: unknown comman");
+}
+
+TEST(SdcErrors, OfAllFilesAreTold) {
+    const Folder folder;
+    folder.write("inner.sdc", "foo\nputs on\nbar\n");
+    EXPECT_EQ(Support::runIn(folder, "source inner.sdc\nbaz").allMessages(),
+              "inner.sdc:2: note: puts: on\ninner.sdc:1: error: unknown command 'foo'\n"
+              "inner.sdc:3: error: unknown command 'bar'\nx.sdc:2: error: unknown command 'baz'\n");
+    EXPECT_EQ(Support::runIn(folder, "catch {source inner.sdc}\nputs off").allMessages(),
+              "inner.sdc:1: note: the command fails: the rest of the file, from line 2 on, is not read\n"
+              "x.sdc:2: note: puts: off\n");
+    folder.write("inner.sdc", "set a 1\nif {$a} return\nfoo\n");
+    EXPECT_EQ(Support::runIn(folder, "source inner.sdc\nputs $a").allMessages(),
+              "inner.sdc:2: note: return: the rest of the file, from line 3 on, is not read\n"
+              "x.sdc:2: note: puts: 1\n");
+    folder.write("inner.sdc", "\nreturn -code error {no board}\nfoo\n");
+    EXPECT_EQ(Support::runIn(folder, "source inner.sdc\nputs on").allMessages(),
+              "x.sdc:2: note: puts: on\ninner.sdc:2: error: no board\n");
+    folder.write("inner.sdc", "break\n");
+    EXPECT_EQ(Support::runIn(folder, "foreach f {1 2} {\n  source inner.sdc\n}").allMessages(),
+              "inner.sdc:1: error: 'break' and 'continue' work inside of a loop only\n");
+}
 
 const Row placed[] = {
     {"foo", "x.sdc:1: error: unknown command 'foo'\n"},
@@ -157,7 +267,9 @@ TEST(SdcSource, ReadsFilesBesideAndBelow) {
         folder,
         "source clocks.sdc\ncreate_clock -name c -period $period clk\nsource -echo sub/io.sdc\ncut out");
     EXPECT_EQ(outcome.constraints, "clock c 4 {0 2} on clk\ninput rst 1 1 c\nfalse to {out}\nunmatched 1\n");
-    EXPECT_EQ(outcome.allMessages(), "sub/more.sdc:1: warning: get_ports: no port matches 'zz'\n");
+    EXPECT_EQ(outcome.allMessages(),
+              "sub/more.sdc:1: warning: get_ports: no port matches 'zz'\n"
+              "sub/more.sdc:2: note: return: the rest of the file, from line 3 on, is not read\n");
     std::string files;
     for (const std::string& file : outcome.result.files)
         files += folder.relative(file) + " ";
@@ -186,15 +298,100 @@ TEST(SdcSource, PlacesErrorsInTheInnerFile) {
               "x.sdc:2: note: puts: on\n");
 }
 
+TEST(SdcSource, FollowsLinksAndStepsThatStayInTheFolder) {
+    const Folder folder;
+    folder.write("sub/inner.sdc", "source ../other.sdc\nsource ./link.sdc\n");
+    fs::create_symlink("../other.sdc", folder.write("sub/link.sdc", "") + "2");
+    fs::rename(folder.write("sub/link.sdc", "") + "2", folder.write("sub/link.sdc", ""));
+    folder.write("other.sdc", "puts here\n");
+    EXPECT_EQ(Support::runIn(folder, "source sub/../sub/inner.sdc").allMessages(),
+              "other.sdc:1: note: puts: here\nsub/link.sdc:1: note: puts: here\n");
+}
+
+// Of what is refused not a word is shown, and nothing is waited for.
+TEST(SdcSource, RefusesWhatIsNoFileOfTheFolder) {
+    const Folder folder, outside;
+    const std::string secret = outside.write("secret.sdc", "word\n");
+    const std::string base = fs::path(folder.write("x.sdc", "")).parent_path();
+    fs::create_symlink(secret, base + "/absolute.sdc");
+    fs::create_symlink("../" + fs::path(secret).parent_path().filename().string() + "/secret.sdc",
+                       base + "/relative.sdc");
+    fs::create_symlink(fs::path(secret).parent_path(), base + "/out");
+    fs::create_symlink("/proc/self/fd", base + "/descriptors");
+    fs::create_symlink("loop.sdc", base + "/loop.sdc");
+    fs::create_directory(base + "/sub");
+    ASSERT_EQ(mkfifo((base + "/pipe").c_str(), S_IRUSR | S_IWUSR), 0);
+    const std::string leads = "a link leads out of the folder of the constraint file";
+    const std::pair<std::string, std::string> rows[] = {
+        {"absolute.sdc", leads},
+        {"relative.sdc", leads},
+        {"out/secret.sdc", leads},
+        {"descriptors/0", leads},
+        {"loop.sdc", "links are not followed here"},
+        {"pipe", "expected a file, found a pipe or a device"},
+        {"sub", "cannot open: Is a directory"},
+        {"sub/none", "cannot open: No such file or directory"},
+        {"x.sdc/none", "cannot open: Not a directory"},
+    };
+    for (const auto& [name, reason] : rows)
+        EXPECT_EQ(Support::runIn(folder, "source " + name).allMessages(),
+                  "x.sdc:1: error: source: '" + name + "': " + reason + "\n");
+    Readers::Diagnostics diagnostics;
+    Readers::Sdc::Reader reader(Support::smallDesign(), diagnostics);
+    Readers::Source device("/dev/x.sdc", "source zero");
+    try {
+        reader.read(device);
+        ADD_FAILURE();
+    } catch (const Readers::BadInput& error) {
+        EXPECT_EQ(error.diagnostic().text, "source: 'zero': expected a file, found a pipe or a device");
+    }
+}
+
+TEST(SdcSource, RefusesLinksWhereTheKernelCannotFollowThemSafely) {
+    const Folder folder;
+    const std::string base = fs::path(folder.write("sub/inner.sdc", "x")).parent_path().parent_path();
+    fs::create_symlink("sub/inner.sdc", base + "/link.sdc");
+    fs::create_symlink("sub", base + "/link");
+    const Readers::Sdc::Folder stepwise(base, true);
+    const auto open = [&](const std::string& path) -> std::string {
+        try {
+            close(stepwise.open(path));
+            return "";
+        } catch (const std::runtime_error& error) {
+            return error.what();
+        }
+    };
+    EXPECT_EQ(open("sub/inner.sdc"), "");
+    EXPECT_EQ(open("link.sdc"), "links are not followed here");
+    EXPECT_EQ(open("link/inner.sdc"), "cannot open: Not a directory");
+    EXPECT_EQ(open("none/inner.sdc"), "cannot open: No such file or directory");
+    EXPECT_EQ(open("sub"), "cannot open: Is a directory");
+    EXPECT_THROW(Readers::Sdc::Folder(base + "/none").open("x"), std::runtime_error);
+}
+
+TEST(SdcSource, RefusesTextsThatAreTooLong) {
+    const Folder folder;
+    const Readers::Sdc::Limits limits{.text = 1};
+    const std::string comment = "# " + std::string(std::size_t{1} << 20, 'x');
+    folder.write("inner.sdc", comment);
+    EXPECT_EQ(Support::runIn(folder, "source inner.sdc", limits).allMessages(),
+              "x.sdc:1: error: source: 'inner.sdc': the text has more than 1 MB\n");
+    EXPECT_EQ(Support::runIn(folder, comment, limits).allMessages(),
+              "x.sdc: error: the text has more than 1 MB\n");
+    EXPECT_EQ(Support::runIn(folder, comment.substr(2), limits).allMessages().substr(0, 30),
+              "x.sdc:1: error: unknown comman");
+}
+
 TEST(SdcSource, RefusesOtherPlaces) {
     const Folder folder;
     folder.write("a.sdc", "source b.sdc\n");
     folder.write("b.sdc", "\nsource a.sdc\n");
     const Row rows[] = {
-        {"source ../x.sdc",
-         "x.sdc:1: error: source: '../x.sdc': only files beside or below this one can be read\n"},
-        {"source sub/../../x.sdc",
-         "x.sdc:1: error: source: 'sub/../../x.sdc': only files beside or below this one can be read\n"},
+        {"source ../x.sdc", "x.sdc:1: error: source: '../x.sdc': only files in the folder of 'x.sdc', or "
+                            "below it, can be read\n"},
+        {"source sub/../../x.sdc", "x.sdc:1: error: source: 'sub/../../x.sdc': only files in the folder of "
+                                   "'x.sdc', or below it, can be "
+                                   "read\n"},
         {"source /etc/passwd",
          "x.sdc:1: error: source: '/etc/passwd': expected a path relative to this file\n"},
         {"source none.sdc", "x.sdc:1: error: source: 'none.sdc': cannot open: No such file or directory\n"},

@@ -248,6 +248,17 @@ const Row said[] = {
     {"set all [get_ports rst]\nappend_to_collection all {rst a}; puts [sizeof_collection $all]\n"
      "append_to_collection -unique all a; puts [sizeof_collection $all]",
      "x.sdc:2: note: puts: 3\nx.sdc:3: note: puts: 2\n"},
+    // The value that another variable has stays as it is; in a loop each one is added to what is there.
+    {"append_to_collection all [get_ports rst]\nset other $all\nappend_to_collection all [get_ports a]\n"
+     "puts [get_name $other]\nputs [get_name $all]",
+     "x.sdc:4: note: puts: rst\nx.sdc:5: note: puts: rst a\n"},
+    {"foreach_in_collection c [get_cells *] {\n  append_to_collection -unique all [list $c $c]\n"
+     "  append_to_collection -unique all [get_cells r0]\n}\nputs [sizeof_collection $all]\n"
+     "set few [remove_from_collection $all [get_cells {r0 l0}]]\nputs [get_name $few]\n"
+     "puts [sizeof_collection $all]\nputs [get_name [index_collection $all 1]]\n"
+     "puts [get_name [add_to_collection $few [get_cells l0]]]",
+     "x.sdc:5: note: puts: 4\nx.sdc:7: note: puts: r1 u1/u2/ff\nx.sdc:8: note: puts: 4\n"
+     "x.sdc:9: note: puts: r1\nx.sdc:10: note: puts: r1 u1/u2/ff l0\n"},
     {"set v(1) 2\nappend_to_collection v a", "x.sdc:2: error: can't set \"v\": variable is array\n"},
     // From the ninth pattern on names are looked up in order.
     {"for {set i 0} {$i < 9} {incr i} { get_cells r* }\n"

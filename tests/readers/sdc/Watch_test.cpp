@@ -82,6 +82,25 @@ TEST(SdcWatchDeathTest, CallsTheProgram) {
                 testing::Eq("x.sdc:1: error: the script ran for more than 0.1 s"));
 }
 
+// One command that takes more memory than a script may.
+class SdcMemoryDeathTest : public testing::TestWithParam<Support::Row> {};
+
+TEST_P(SdcMemoryDeathTest, EndsWhatTclDoesNot) {
+    const Limits little{.time = std::chrono::minutes(1), .memory = 50, .memoryGrace = 10};
+    EXPECT_EXIT(read(GetParam().script, little), ExitedWithCode(refused), testing::Eq(GetParam().expected));
+}
+
+#define TOO_MUCH "the script took more than 50 MB of memory\n"
+const Support::Row greedy[] = {
+    {"set x 1\nset y [format %.1500000000f 1.0]", "x.sdc:2: error: " TOO_MUCH},
+    {"catch {format %1500000000d 1}", "x.sdc:1: error: " TOO_MUCH},
+    {"string length [string repeat a 2000000000]", "x.sdc:1: error: " TOO_MUCH},
+    {"llength [lrepeat 200000000 a]", "x.sdc:1: error: " TOO_MUCH},
+    {"proc p {} {\n  split [string repeat ab 20000000] {}\n}\np", "x.sdc:4: error: " TOO_MUCH},
+    {"regsub -all a [string repeat a 20000000] bbbbbbbbbbbbbbbbbbbb x", "x.sdc:1: error: " TOO_MUCH},
+};
+INSTANTIATE_TEST_SUITE_P(Greedy, SdcMemoryDeathTest, testing::ValuesIn(greedy));
+
 // --- Tcl's panics ---------------------------------------------------------------------------------------------------
 
 void readWithPanic(std::string_view script) {
@@ -163,6 +182,7 @@ TEST(SdcLimits, DoNotCountTheWaitForTheProcessor) {
 TEST(SdcLimits, EndScriptsThatTakeTooMuchMemory) {
     Limits limits = ample;
     limits.memory = 50;
+    limits.memoryGrace = 100'000; // for a single command
     for (const char* script :
          {"while 1 { lappend l [string repeat a 100000] }", "set x a\nwhile 1 { append x $x; puts x }"}) {
         const std::vector<std::string> messages = Support::run(script, limits).messages;
