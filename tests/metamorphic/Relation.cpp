@@ -1,7 +1,7 @@
 #include "Relation.h"
 
 #include <algorithm>
-#include <cstdlib>
+#include <tuple>
 
 namespace Metamorphic {
 
@@ -114,6 +114,13 @@ void rename(json& value, const std::map<std::string, std::string>& names) {
         value = cell->second + text.substr(slash);
 }
 
+bool isSame(const Files& a, const Files& b) {
+    const auto all = [](const Files& f) {
+        return std::tie(f.sdf, f.sdc, f.besides, f.netlist, f.netlistEnding, f.top, f.gzipped);
+    };
+    return all(a) == all(b);
+}
+
 } // namespace
 
 Judge same(std::vector<std::string> apartFrom) {
@@ -220,6 +227,8 @@ std::optional<Verdict> judge(const Runner& runner, const Relation& relation, std
     verdict.before = write(first), verdict.after = write(second);
     if (relation.rewrite)
         relation.rewrite(verdict.after, second.random);
+    if (!relation.change && isSame(verdict.before, verdict.after))
+        return {};
     const Outcome before = runner.run(verdict.before, first.options);
     const Outcome after = runner.run(verdict.after, second.options);
     if (!before.refused.empty() || !after.refused.empty())
