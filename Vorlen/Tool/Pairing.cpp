@@ -251,9 +251,9 @@ std::vector<Pairing::Slot> Pairing::findLaunches(Slot end) {
 
 // Who hears of a new domain sees the marks of the walks up to it.
 void Pairing::markBehind(Slot end) {
-    for (Slot each = 0; each <= end; ++each)
-        if (!cone_.getPoles()[each]->isMarked())
-            walk(each, [this](Slot slot) {
+    for (; markedEnds_ <= end; ++markedEnds_)
+        if (!cone_.getPoles()[markedEnds_]->isMarked())
+            walk(markedEnds_, [this](Slot slot) {
                 Pole* pole = cone_.getPoles()[slot];
                 if (pole->isMarked())
                     return false;

@@ -102,6 +102,7 @@ private:
     Classes launches_;
     Classes latches_;
     std::vector<PairOfClasses> pairs_;
+    Slot markedEnds_ = 0; // the end points whose walks are marked
     std::vector<Slot> stack_;
     detail::LargeVector<std::uint32_t> visits_; // by slot
     std::uint32_t visit_ = 0;

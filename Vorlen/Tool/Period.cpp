@@ -38,9 +38,8 @@ Delay Tool::calculatePeriod(Pelko::Pole* clockSource) {
     const unsigned long dutyRatio = Pelko::analyzer->getDutyRatio(clockSource);
     Delay best = Delay::getMinimum();
     Pelko::Subdomain* decisive = nullptr;
-    for (const Pelko::Domain* domain : Pelko::analyzer->getDomains()) {
-        if (domain->getLaunchRoot() != clockSource || domain->getLatchRoot() != clockSource)
-            continue;
+    // The one domain of the pair, if there is one.
+    if (const Pelko::Domain* domain = Pelko::analyzer->getDomain(clockSource, clockSource))
         for (Pelko::Subdomain* subdomain : domain->getSubdomains()) {
             const Delay period = scale(subdomain->getLAT(), phaseFactor(*subdomain, dutyRatio));
             if (best < period) {
@@ -48,7 +47,6 @@ Delay Tool::calculatePeriod(Pelko::Pole* clockSource) {
                 decisive = subdomain;
             }
         }
-    }
     if (decisive)
         decisive->setDecisive(true);
     return best == Delay::getMinimum() ? Delay::getUndefined() : best;

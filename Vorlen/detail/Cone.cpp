@@ -12,23 +12,21 @@ namespace Vorlen::detail {
 Slot Cone::obtain(Pelko::Pole* pole) { return obtain(pole, pole->getIndex()); }
 
 Slot Cone::obtain(Pelko::Pole* pole, std::size_t index) {
-    if (index >= slots_.size())
-        slots_.resize(std::max<std::size_t>(Pelko::cell->getPoleBound(), index + 1), 0);
-    Slot& slot = slots_[index];
-    if (slot == 0) {
-        poles_.push_back(pole);
-        slot = static_cast<Slot>(poles_.size());
-    }
-    return slot - 1;
+    if (const Slot slot = slots_.find(index); slot != noSlot)
+        return slot;
+    if (!slots_.reaches(index))
+        slots_.reach(std::max<std::size_t>(Pelko::cell->getPoleBound(), index + 1));
+    poles_.push_back(pole);
+    slots_.add(index, static_cast<Slot>(poles_.size() - 1));
+    return static_cast<Slot>(poles_.size() - 1);
 }
 
 // Indices ascend in order of creation, and so do stamps.
 LargeVector<Pelko::Pole*> Cone::getSortedPoles() const {
     LargeVector<Pelko::Pole*> sorted;
     sorted.reserve(poles_.size());
-    for (const Slot slot : slots_)
-        if (slot != 0)
-            sorted.push_back(poles_[slot - 1]);
+    for (const Slot slot : slots_.getSorted())
+        sorted.push_back(poles_[slot]);
     return sorted;
 }
 
@@ -42,9 +40,8 @@ bool Cone::read(const std::vector<Pelko::Pole*>& ends, IsStart isStart) {
         if (place == smallCone)
             reserveAll();
         reader.advance(poles_, place);
-        reader.forEachEdgeAt(place + reader.farAhead, [this](const Pelko::Edge* edge) {
-            __builtin_prefetch(slots_.data() + edge->getSourceIndex());
-        });
+        reader.forEachEdgeAt(place + reader.farAhead,
+                             [this](const Pelko::Edge* edge) { slots_.prefetch(edge->getSourceIndex()); });
         addArcs(poles_[place], isStart);
         if (!pump())
             continue;

@@ -7,13 +7,14 @@
 //
 // Beside that, a cone gives slots to poles one by one, for walks that do without an order.
 //
-// Cost: 4 bytes a pole of the design; 17 bytes a pole of the cone, 12 an arc, and 8 more
+// Cost: what SlotTable costs; 17 bytes a pole of the cone, 12 an arc, and 8 more
 // while its delays are kept.
 #pragma once
 
 #include "Pelko/Edge.h"
 #include "Vorlen/detail/EventPump.h"
 #include "Vorlen/detail/LargeVector.h"
+#include "Vorlen/detail/SlotTable.h"
 #include "Vorlen/detail/TimingTable.h"
 #include "Vorlen/detail/Work.h"
 
@@ -37,12 +38,9 @@ public:
 
     // --- Slots ---
 
-    Slot find(const Pelko::Pole* pole) const {
-        const std::size_t index = pole->getIndex();
-        return index < slots_.size() ? slots_[index] - 1 : noSlot; // 0 becomes none
-    }
+    Slot find(const Pelko::Pole* pole) const { return slots_.find(pole->getIndex()); }
     Slot obtain(Pelko::Pole* pole);
-    void prefetchSlot(const Pelko::Pole* pole) const { __builtin_prefetch(slots_.data() + pole->getIndex()); }
+    void prefetchSlot(const Pelko::Pole* pole) const { slots_.prefetch(pole->getIndex()); }
     const LargeVector<Pelko::Pole*>& getPoles() const { return poles_; } // by slot
     std::size_t getSlotCount() const { return poles_.size(); }
     // The poles of all slots, in stamp order.
@@ -127,7 +125,7 @@ private:
     bool sort();
     void sortByLevel(const LargeVector<std::uint32_t>& levels);
 
-    LargeVector<Slot> slots_; // by pole index: the slot plus one, or 0
+    SlotTable slots_; // by pole index
     LargeVector<Pelko::Pole*> poles_;
     LargeVector<std::uint8_t> flags_;
     LargeVector<std::uint32_t> begins_; // by slot, and one more
