@@ -76,10 +76,12 @@ void separateDomains() {
     for (Pelko::Domain* domain : Pelko::analyzer->getDomains())
         domains.push_back(domain);
     for (Pelko::Domain* domain : domains) {
-        if (Pelko::analyzer->isExclusive(domain))
+        if (Pelko::analyzer->isExclusive(domain)) {
+            const Pelko::Tool::Run::Release release(domain);
             domain->destroy();
-        else if (Pelko::analyzer->isAsynchronous(domain))
+        } else if (Pelko::analyzer->isAsynchronous(domain)) {
             domain->setAsynchronous(true);
+        }
     }
 }
 

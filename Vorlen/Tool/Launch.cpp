@@ -13,9 +13,11 @@
 #include "Vorlen/detail/EventPump.h"
 #include "Vorlen/detail/Faults.h"
 #include "Vorlen/detail/Messages.h"
+#include "Vorlen/detail/SlotTable.h"
 
 #include <cxxabi.h>
-#include <vector>
+#include <list>
+#include <optional>
 
 namespace Vorlen {
 
@@ -99,36 +101,47 @@ void relateToArrival(Pelko::Subdomain& subdomain, const Delay& best) {
     }
 }
 
-// The sweeps of one domain, in order of creation. Those that have not ended by themselves end with it.
+// The sweeps of one domain, in order of creation. Those that have not ended by themselves end with it; until
+// then nobody else destroys them.
 class DomainSweeps {
 public:
     DomainSweeps() = default;
     DomainSweeps(const DomainSweeps&) = delete;
     DomainSweeps& operator=(const DomainSweeps&) = delete;
     ~DomainSweeps() {
-        for (Sweep* sweep : sweeps_)
-            if (sweep)
-                Sweep::abandon(sweep);
+        for (Driven& driven : sweeps_) {
+            driven.keep.reset();
+            if (driven.sweep)
+                Sweep::abandon(driven.sweep);
+        }
     }
 
     // The place comes first: for want of memory for it, no sweep is left behind.
     Sweep* add(Pelko::Subdomain* subdomain) {
-        Sweep*& place = sweeps_.emplace_back(nullptr);
-        return place = Sweep::create(subdomain);
+        Driven& place = sweeps_.emplace_back();
+        place.sweep = Sweep::create(subdomain);
+        place.keep.emplace(place.sweep);
+        return place.sweep;
     }
 
     template <class Finish>
     void finishEach(Finish finish) {
-        for (Sweep*& sweep : sweeps_) {
-            finish(*sweep);
-            sweep->destroy();
-            sweep = nullptr;
+        for (Driven& driven : sweeps_) {
+            finish(*driven.sweep);
+            driven.keep.reset();
+            driven.sweep->destroy();
+            driven.sweep = nullptr;
             detail::pump();
         }
     }
 
 private:
-    std::vector<Sweep*> sweeps_;
+    struct Driven {
+        Sweep* sweep = nullptr;
+        std::optional<Pelko::Object::Keep> keep;
+    };
+
+    std::list<Driven> sweeps_;
 };
 
 void finish(Sweep& sweep, const Delay& best, bool tagsSlacks) {
@@ -179,6 +192,7 @@ bool runPhases(Tool& tool) {
     detail::pump();
     tool.tagConstrainedPaths();
     detail::pump();
+    const detail::SlotTable::Keeping keepsTables;
     PoleSet clockRoots;
     const bool exhaustive = tool.isExhaustive();
     for (const Pelko::Domain* domain : analyzer->getDomains())
@@ -211,6 +225,7 @@ bool runPhases(Tool& tool) {
 } // namespace
 
 bool Tool::launch() {
+    const Run run(this);
     Ruvex::setRandomSeed(Ruvex::getDefaultSeed());
     const bool verbose = analyzer && analyzer->isVerbose();
     if (verbose)

@@ -1,6 +1,7 @@
 #include "Vorlen/detail/EventPump.h"
 
 #include "Pelko/Application.h"
+#include "Pelko/Tool.h"
 
 #include <QCoreApplication>
 #include <QTime>
@@ -26,6 +27,7 @@ bool pump() {
     if (!isPumpDue())
         return false;
     Pelko::application->getEventTimer().restart();
+    const Pelko::Tool::Run::Yield yield;
     QCoreApplication::processEvents();
     return true;
 }

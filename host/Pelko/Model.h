@@ -1,6 +1,10 @@
 // The whole in-memory host by one object: an application, a cell and an analyzer, as the globals, ended in
 // reverse.
 //
+// A model ends as a whole, whatever listeners do. All of them are told of every object, also if some throw:
+// `end()` throws the first exception when the model has ended, and the destructor prints it as a warning. A
+// destructor cannot refuse, so a model that is destroyed while a tool runs ends when the run is over.
+//
 //   Pelko::Model model("top");
 //   Pole* clk = Pole::createClockSource(model.getCell(), "clk");
 //   …
@@ -23,10 +27,20 @@ public:
     Model& operator=(const Model&) = delete;
     ~Model();
 
+    // Ends the model before its destructor does, which then does nothing; likewise a second time.
+    // InvalidRequest: "A tool is running".
+    void end();
+
     Application* getApplication() const { return application; }
     Cell* getCell() const { return cell; }
     Module* getModule() const { return cell->getModule(); }
     Analyzer* getAnalyzer() const { return analyzer; }
+
+private:
+    friend class Tool;
+
+    // For the end of a run: ends a model that was destroyed during it.
+    static void endPostponed() noexcept;
 };
 
 } // namespace Pelko

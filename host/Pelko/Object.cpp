@@ -1,6 +1,8 @@
 #include "Pelko/Object.h"
 
 #include "Pelko/Issue.h"
+#include "Pelko/Tool.h"
+#include "Pelko/detail/ModelEnd.h"
 #include "Ruvex/Console.h"
 #include "Ruvex/Record.h"
 #include "Ruvex/Refusal.h"
@@ -19,6 +21,7 @@ namespace {
 
 unsigned long lastStamp = 0;
 std::vector<ObjectListener*> listeners;
+Object::Keep* keeps = nullptr; // a list
 
 // A listener may come or go while others are told: one that goes leaves a hole until the telling is over, so
 // that none is told twice or passed over.
@@ -88,18 +91,45 @@ void Object::printDetails() const {
 
 void Object::check(Issue&) const {}
 
+Object::Keep::Keep(const Object* object) noexcept : object_(object), next_(keeps) {
+    if (next_)
+        next_->previous_ = this;
+    keeps = this;
+}
+
+Object::Keep::~Keep() {
+    (previous_ ? previous_->next_ : keeps) = next_;
+    if (next_)
+        next_->previous_ = previous_;
+}
+
+bool Object::isKept(const Object* object) {
+    for (const Keep* keep = keeps; keep; keep = keep->next_)
+        if (keep->object_ == object)
+            return true;
+    return false;
+}
+
+// While the model ends, a listener that throws stops nothing.
 void Object::preDestroy() {
-    tellListeners([this](ObjectListener& listener) { listener.onDestroyed(this); });
+    tellListeners(
+        [this](ObjectListener& listener) { detail::ModelEnd::guard([&] { listener.onDestroyed(this); }); });
 }
 
 void Object::destroy() {
     if (!isDestroyable())
         Ruvex::refuse<Ruvex::InvalidRequest>("Object", "destroy", 1, "Not destroyable: " + _getLabel());
-    preDestroy();
+    if (isKept(this) || Tool::Run::keeps(this))
+        Ruvex::refuse<Ruvex::InvalidRequest>("Object", "destroy", 3, "Not destroyable now: " + _getLabel());
+    {
+        const Keep keep(this);
+        preDestroy();
+    }
     delete this;
 }
 
 void Object::postCreate() {
+    const Keep keep(this);
     tellListeners([this](ObjectListener& listener) { listener.onCreated(this); });
 }
 

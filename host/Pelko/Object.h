@@ -70,8 +70,25 @@ public:
 
     unsigned long getStamp() const { return stamp_; }
     // Throws InvalidRequest "Not destroyable: " and the label where `isDestroyable()` is false, and leaves
-    // the object as it is.
+    // the object as it is. The same with "Not destroyable now: " for an object that somebody keeps, that a
+    // run works on (Tool::Run), or of whose creation or end listeners are just told.
     void destroy();
+
+    // While one lives, the object is not destroyed. Null keeps nothing.
+    class PELKO_API Keep {
+    public:
+        explicit Keep(const Object* object) noexcept;
+        Keep(const Keep&) = delete;
+        Keep& operator=(const Keep&) = delete;
+        ~Keep();
+
+    private:
+        friend class Object;
+
+        const Object* object_;
+        Keep* next_;
+        Keep* previous_ = nullptr;
+    };
 
     // A listener is heard from now on, in the order of adding. It must outlive its stay; adding twice counts
     // once.
@@ -87,6 +104,8 @@ protected:
     static void endPart(Object& part);
 
 private:
+    static bool isKept(const Object* object);
+
     unsigned long stamp_;
 };
 

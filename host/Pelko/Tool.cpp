@@ -1,5 +1,11 @@
 #include "Pelko/Tool.h"
 
+#include "Pelko/Analyzer.h"
+#include "Pelko/Application.h"
+#include "Pelko/Cell.h"
+#include "Pelko/Edge.h"
+#include "Pelko/Model.h"
+#include "Pelko/Subdomain.h"
 #include "Ruvex/Refusal.h"
 #include "Ruvex/Utility.h"
 
@@ -14,7 +20,51 @@ std::map<std::string, Tool*>& registry() {
     return tools;
 }
 
+const Tool::Run* innermost = nullptr;
+unsigned yields = 0;
+const Object* released = nullptr;
+
+// Domains end with their subdomains.
+bool isReleased(const Object* object) {
+    const auto* subdomain = dynamic_cast<const Subdomain*>(object);
+    return object == released || (subdomain && subdomain->getDomain() == released);
+}
+
 } // namespace
+
+Tool::Run::Run(const Tool* tool) noexcept : tool_(tool), outer_(innermost) { innermost = this; }
+
+Tool::Run::~Run() {
+    innermost = outer_;
+    if (!innermost)
+        Model::endPostponed();
+}
+
+bool Tool::Run::isGoingOn(const Tool* tool) noexcept {
+    for (const Run* run = innermost; run; run = run->outer_)
+        if (!tool || run->tool_ == tool)
+            return true;
+    return false;
+}
+
+bool Tool::Run::keeps(const Object* object) {
+    if (!innermost)
+        return false;
+    if (dynamic_cast<const Pole*>(object) || dynamic_cast<const Edge*>(object))
+        return yields == 0;
+    return (dynamic_cast<const Analyzer*>(object) || dynamic_cast<const Application*>(object) ||
+            dynamic_cast<const Cell*>(object) || dynamic_cast<const Domain*>(object) ||
+            dynamic_cast<const Subdomain*>(object) || dynamic_cast<const CPath*>(object)) &&
+           !isReleased(object);
+}
+
+Tool::Run::Yield::Yield() noexcept { ++yields; }
+
+Tool::Run::Yield::~Yield() { --yields; }
+
+Tool::Run::Release::Release(const Object* object) noexcept : outer_(released) { released = object; }
+
+Tool::Run::Release::~Release() { released = outer_; }
 
 Tool::~Tool() = default;
 
@@ -31,6 +81,7 @@ void Tool::postCreate(const std::string& name) {
 void Tool::preDestroy() { registry().erase(name_); }
 
 void Tool::destroy() {
+    Ruvex::require<Ruvex::InvalidRequest>(!Run::isGoingOn(this), "Tool", "destroy", 4, "Tool is running");
     preDestroy();
     delete this;
 }

@@ -10,6 +10,8 @@
 
 namespace Pelko {
 
+class Object;
+
 class PELKO_API Tool {
 public:
     Tool(const Tool&) = delete;
@@ -31,7 +33,48 @@ protected:
 
 public:
     const std::string& getName() const { return name_; }
+    // InvalidRequest: "Tool is running".
     void destroy();
+
+    // A run of a tool, while it lives: `launch()` has one. What the run works on stays until it is over. A
+    // listener, an event or another callback that destroys the tool, the analyzer, the application, the cell,
+    // a domain, a subdomain, an exception, a pole or an arc meanwhile gets InvalidRequest, and the run goes
+    // on. Events may destroy poles and arcs, since a run looks for that when it has processed them.
+    class PELKO_API Run {
+    public:
+        explicit Run(const Tool* tool) noexcept;
+        Run(const Run&) = delete;
+        Run& operator=(const Run&) = delete;
+        ~Run();
+
+        // Whether a run goes on: of this tool, or of any for null.
+        static bool isGoingOn(const Tool* tool = nullptr) noexcept;
+        static bool keeps(const Object* object);
+
+        // While one lives, the run processes events.
+        class PELKO_API Yield {
+        public:
+            Yield() noexcept;
+            Yield(const Yield&) = delete;
+            Yield& operator=(const Yield&) = delete;
+            ~Yield();
+        };
+        // While one lives, the run itself destroys the object.
+        class PELKO_API Release {
+        public:
+            explicit Release(const Object* object) noexcept;
+            Release(const Release&) = delete;
+            Release& operator=(const Release&) = delete;
+            ~Release();
+
+        private:
+            const Object* outer_;
+        };
+
+    private:
+        const Tool* tool_;
+        const Run* outer_;
+    };
 
     // The registered tool of this name, or null.
     static Tool* getTool(const std::string& name);
