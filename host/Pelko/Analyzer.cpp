@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <unordered_set>
 
 namespace Pelko {
 
@@ -152,9 +153,40 @@ void Analyzer::remove(Domain* domain) {
     domainsByRoots_.erase({domain->launchRoot_, domain->latchRoot_});
 }
 
+namespace {
+
+// All single groups of a kind are one statement: a clock's number there stands for the single groups that it
+// is in, and two clocks are separated if their numbers differ. So a pair of clocks is looked up once, however
+// many single groups there are.
+void addSingleGroup(const std::vector<Pole*>& group, std::unordered_map<const Pole*, std::size_t>& numberOf) {
+    static std::size_t lastNumber = 0;
+    std::unordered_map<std::size_t, std::size_t> numbers; // without this group and with it; 0: in none
+    for (Pole* root : std::unordered_set<Pole*>(group.begin(), group.end())) {
+        const auto [place, isNew] = numberOf.try_emplace(root, 0);
+        if (isNew)
+            Reference::add(root);
+        std::size_t& number = numbers[place->second];
+        if (number == 0)
+            number = ++lastNumber;
+        place->second = number;
+    }
+}
+
+} // namespace
+
 void Analyzer::addClockGroups(GroupKind kind, const std::vector<std::vector<Pole*>>& groups) {
     require(!groups.empty(), "addClockGroups", 3, "No clock group");
-    ClockGroups statement{kind, {}, groups.size() == 1};
+    if (groups.size() == 1) {
+        for (const Pole* root : groups.front())
+            require(root, "addClockGroups", 4, "Null clock root");
+        auto statement =
+            std::find_if(clockGroups_.begin(), clockGroups_.end(),
+                         [kind](const ClockGroups& other) { return other.single && other.kind == kind; });
+        if (statement == clockGroups_.end())
+            statement = clockGroups_.insert(clockGroups_.end(), ClockGroups{kind, {}, true});
+        return addSingleGroup(groups.front(), statement->groupOf);
+    }
+    ClockGroups statement{kind, {}, false};
     for (std::size_t group = 0; group < groups.size(); ++group)
         for (const Pole* root : groups[group]) {
             require(root, "addClockGroups", 4, "Null clock root");
