@@ -8,6 +8,7 @@
 #include "../readers/sdc/Reader.h"
 #include "../readers/sdf/Parser.h"
 #include "Harvest.h"
+#include "OwnPaths.h"
 #include "Roots.h"
 #include "Summary.h"
 
@@ -16,6 +17,7 @@
 #include <atomic>
 #include <chrono>
 #include <csignal>
+#include <functional>
 #include <iostream>
 #include <memory>
 
@@ -176,7 +178,58 @@ void Run::build() {
     warnOfUnclocked(design_, *network_, *model_, diagnostics);
 }
 
-// A sweep is read as it goes; the engine's own searches and tags are not needed.
+// The engine's tool, and what is set for its launches. All of it is put back.
+class Engine {
+public:
+    // hear: each message of the console.
+    Engine(Pelko::Application* application, std::function<void(const Ruvex::Console::Message&)> hear)
+        : application_(application), tool_(Vorlen::Tool::create()) {
+        Ruvex::console.setRecorder([this, hear = std::move(hear)](const Ruvex::Console::Message& message) {
+            if (message.level == Ruvex::Console::Level::Error)
+                lastError_ = message.text;
+            hear(message);
+        });
+    }
+    Engine(const Engine&) = delete;
+    Engine& operator=(const Engine&) = delete;
+    ~Engine() {
+        running = nullptr;
+        tool_->destroy();
+        Ruvex::console.setRecorder({});
+        Ruvex::console.setErrorOutput();
+    }
+
+    void launch() {
+        running = application_;
+        const bool completed = tool_->launch();
+        running = nullptr;
+        if (stopRequested)
+            throw Interrupted();
+        if (!completed)
+            throw std::logic_error("the analysis was given up: " + lastError_);
+    }
+
+private:
+    Pelko::Application* const application_;
+    Vorlen::Tool* const tool_;
+    std::string lastError_;
+};
+
+class Listening {
+public:
+    explicit Listening(Pelko::ObjectListener* listener) : listener_(listener) {
+        Pelko::Object::addListener(listener_);
+    }
+    Listening(const Listening&) = delete;
+    Listening& operator=(const Listening&) = delete;
+    ~Listening() { Pelko::Object::removeListener(listener_); }
+
+private:
+    Pelko::ObjectListener* const listener_;
+};
+
+// A sweep is read as it goes; the engine's own searches and tags are not needed. Clocks that were found are
+// not related to each other.
 void Run::launch() {
     begin("analysing");
     Pelko::Analyzer* analyzer = model_->host().getAnalyzer();
@@ -186,32 +239,23 @@ void Run::launch() {
     analyzer->setSlackTagging(false);
     analyzer->setAnalysisMode(options_.mode == AnalysisMode::critical ? Pelko::AnalysisMode::Critical
                                                                       : Pelko::AnalysisMode::Exhaustive);
-    std::string lastError;
     Pelko::Analyzer::_muted = !options_.verbose;
     Ruvex::console.setOutput(nullptr);
-    Ruvex::console.setRecorder([&](const Ruvex::Console::Message& message) {
-        if (message.level == Ruvex::Console::Level::Error)
-            lastError = message.text;
-        if (options_.verbose)
-            session_.onEngineMessage(message);
-    });
     harvest_ = std::make_unique<Harvest>(
         design_, *network_, *clocks_, constraints_, *model_, *exceptions_,
         HarvestOptions{options_.paths, options_.perEndpoint, options_.setupPaths, options_.holdPaths});
-    Pelko::Application* application = model_->host().getApplication();
-    Pelko::Object::addListener(harvest_.get());
-    running = application;
-    Vorlen::Tool* tool = Vorlen::Tool::create();
-    const bool completed = tool->launch();
-    running = nullptr;
-    tool->destroy();
-    Pelko::Object::removeListener(harvest_.get());
-    Ruvex::console.setRecorder({});
-    Ruvex::console.setErrorOutput();
-    if (stopRequested)
-        throw Interrupted();
-    if (!completed)
-        throw std::logic_error("the analysis was given up: " + lastError);
+    Engine engine(model_->host().getApplication(), [this](const Ruvex::Console::Message& message) {
+        if (options_.verbose)
+            session_.onEngineMessage(message);
+    });
+    if (!options_.sdc.empty() || clocks_->size() <= 1) {
+        const Listening listening(harvest_.get());
+        return engine.launch();
+    }
+    std::vector<Pelko::Pole*> roots;
+    for (std::uint32_t clock = 0; clock < clocks_->size(); ++clock)
+        roots.push_back(model_->root(clock));
+    achieveApart(roots, [&engine] { engine.launch(); });
 }
 
 // The first pairs one by one.

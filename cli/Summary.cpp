@@ -21,7 +21,23 @@ void add(Report::Summary& summary, Time slack) {
     summary.worst = std::min(summary.worst, slack);
 }
 
+// By the clock that captures, in one pass over the end points.
+struct ClockSums {
+    Report::Summary setup, hold;
+};
+std::vector<ClockSums> sumByClock(const Results& results) {
+    std::vector<ClockSums> sums(results.clocks.size());
+    for (const auto& [pin, result] : results.harvest.endpoints()) {
+        if (result.setup && result.setup->capture != none)
+            add(sums[result.setup->capture].setup, result.setup->slack);
+        if (result.hold && result.hold->capture != none)
+            add(sums[result.hold->capture].hold, result.hold->slack);
+    }
+    return sums;
+}
+
 void fillClocks(const Results& results, Report::Report& report) {
+    const std::vector<ClockSums> sums = sumByClock(results);
     for (std::uint32_t number = 0; number < results.clocks.size(); ++number) {
         const Readers::Model::Clock& clock = results.clocks[number];
         if (clock.removed)
@@ -43,12 +59,8 @@ void fillClocks(const Results& results, Report::Report& report) {
             achieved = ordinary(results.model.host().getAnalyzer()->getPeriod(results.model.root(number)));
         if (achieved && *achieved > 0)
             filled.achievedPeriod = achieved;
-        for (const auto& [pin, result] : results.harvest.endpoints()) {
-            if (result.setup && result.setup->capture == number)
-                add(filled.setup, result.setup->slack);
-            if (result.hold && result.hold->capture == number)
-                add(filled.hold, result.hold->slack);
-        }
+        filled.setup = sums[number].setup;
+        filled.hold = sums[number].hold;
     }
 }
 

@@ -173,9 +173,10 @@ Clocks::Clocks(const Design& design, const Network& network, const Sdc::Constrai
     : design_(design), network_(network), scale_(options.scale), diagnostics_(diagnostics) {
     for (const Sdc::Clock& clock : constraints.clocks)
         take(clock, constraints, options);
-    for (Clock& clock : clocks_)
-        if (!clock.removed)
-            flood(clock);
+    std::vector<std::uint32_t> seenBy(network.size(), none);
+    for (std::uint32_t number = 0; number < clocks_.size(); ++number)
+        if (!clocks_[number].removed)
+            flood(number, seenBy);
     resolveGenerated(constraints);
     const auto put = [&](Uncertainty& own, const Sdc::SetupHold& value, const Sdc::Origin& origin) {
         if (value.setup)
@@ -229,17 +230,19 @@ void Clocks::checkShape(const Clock& clock, const Sdc::Clock& from) const {
                                     "--resolution");
 }
 
-void Clocks::flood(Clock& clock) const {
-    std::unordered_map<std::uint32_t, bool> seen;
+void Clocks::flood(std::uint32_t number, std::vector<std::uint32_t>& seenBy) {
+    Clock& clock = clocks_[number];
     const auto reach = [&](std::uint32_t node) {
-        if (!network_.isConstant(node) && seen.try_emplace(node, true).second)
-            clock.reached.push_back(node);
+        if (network_.isConstant(node) || seenBy[node] == number)
+            return;
+        seenBy[node] = number;
+        clock.reached.push_back(node);
     };
     for (const std::uint32_t target : clock.targets)
         reach(target);
     for (std::size_t next = 0; next < clock.reached.size(); ++next)
-        for (const std::uint32_t number : network_.out(clock.reached[next]))
-            if (const Arc& arc = network_.arcs()[number]; arc.kind == ArcKind::through)
+        for (const std::uint32_t out : network_.out(clock.reached[next]))
+            if (const Arc& arc = network_.arcs()[out]; arc.kind == ArcKind::through)
                 reach(arc.to);
 }
 

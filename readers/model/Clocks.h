@@ -70,7 +70,8 @@ public:
 private:
     void take(const Sdc::Clock& from, const Sdc::Constraints& constraints, const ClockOptions& options);
     void checkShape(const Clock& clock, const Sdc::Clock& from) const;
-    void flood(Clock& clock) const;
+    // `seenBy`: by node, the clock that it was last reached by.
+    void flood(std::uint32_t clock, std::vector<std::uint32_t>& seenBy);
     void resolveGenerated(const Sdc::Constraints& constraints);
     // By a node that some generated clock has as its source: the clocks that reach it.
     using Reaching = std::unordered_map<std::uint32_t, std::vector<std::uint32_t>>;
