@@ -1,5 +1,9 @@
 // Which poles lie on the own paths of which clocks is found for some clocks at once, as a row of bits for
 // each pole: forwards the clocks that reach it, then backwards those whose checks it reaches too.
+//
+// Data that meets on one net reaches everything from there, and everything reaches the net. So the way
+// forwards is free only in the first half of the data; in the second it keeps to what leads to a check of
+// these clocks, which is found backwards before. Both are then small, and so is what they have in common.
 #include "OwnPaths.h"
 
 #include "Pelko/Analyzer.h"
@@ -11,6 +15,7 @@
 #include <bit>
 #include <cstdint>
 #include <memory>
+#include <numeric>
 #include <span>
 #include <stdexcept>
 
@@ -40,15 +45,43 @@ public:
     std::span<const Arc> outOf(Place place) const {
         return std::span(arcs_).subspan(first_[place], first_[place + 1] - first_[place]);
     }
+    std::span<const Place> into(Place place) const {
+        return std::span(sources_).subspan(firstInto_[place], firstInto_[place + 1] - firstInto_[place]);
+    }
+    // Every arc is held by one of its poles, the one with the smaller fan: so what is held is little, even by
+    // a pole that a hundred thousand arcs lead to, and to find the arcs among some poles costs little.
+    struct Held {
+        Place source, target;
+        const Edge* edge;
+    };
+    std::span<const Held> heldBy(Place place) const {
+        return std::span(held_).subspan(firstHeld_[place], firstHeld_[place + 1] - firstHeld_[place]);
+    }
+    // Whether the pole is a clock pole, or leads to one.
+    bool isClockSide(Place place) const { return isClockSide_[place]; }
+    // The last place of the first half of the data.
+    Place middle() const { return middle_; }
 
 private:
     void count(const Pelko::Cell& cell);
     void sort(const Pelko::Cell& cell);
+    void link();
+    Place holderOf(Place source, const Arc& arc) const {
+        return outOf(source).size() <= into(arc.target).size() ? source : arc.target;
+    }
+    void hold();
+    void findSides();
 
     std::vector<Pole*> poles_;  // by place
     std::vector<Place> places_; // by the pole's index; before they are sorted: what still drives the pole
     std::vector<std::uint32_t> first_; // by place, and one more
     std::vector<Arc> arcs_;
+    std::vector<std::uint32_t> firstInto_; // by place, and one more
+    std::vector<Place> sources_;
+    std::vector<std::uint32_t> firstHeld_; // by place, and one more
+    std::vector<Held> held_;
+    std::vector<bool> isClockSide_;
+    Place middle_ = 0;
 };
 
 const Pole* clockPoleOf(const Pole* pole) { return pole->isCheck() ? pole->getMainPole() : nullptr; }
@@ -76,6 +109,53 @@ Flow::Flow(const Pelko::Cell& cell) {
         });
     }
     first_.push_back(static_cast<std::uint32_t>(arcs_.size()));
+    link();
+    hold();
+    findSides();
+}
+
+void Flow::link() {
+    firstInto_.assign(size() + 1, 0);
+    for (const Arc& arc : arcs_)
+        if (arc.edge)
+            ++firstInto_[arc.target];
+    std::partial_sum(firstInto_.begin(), firstInto_.end(), firstInto_.begin());
+    sources_.resize(firstInto_.back());
+    for (Place place = 0; place < size(); ++place)
+        for (const Arc& arc : outOf(place))
+            if (arc.edge)
+                sources_[--firstInto_[arc.target]] = place;
+}
+
+void Flow::hold() {
+    const auto forEachArc = [this](auto visit) {
+        for (Place place = 0; place < size(); ++place)
+            for (const Arc& arc : outOf(place))
+                if (arc.edge)
+                    visit(place, arc);
+    };
+    firstHeld_.assign(size() + 1, 0);
+    forEachArc([this](Place source, const Arc& arc) { ++firstHeld_[holderOf(source, arc)]; });
+    std::partial_sum(firstHeld_.begin(), firstHeld_.end(), firstHeld_.begin());
+    held_.resize(firstHeld_.back());
+    forEachArc([this](Place source, const Arc& arc) {
+        held_[--firstHeld_[holderOf(source, arc)]] = {source, arc.target, arc.edge};
+    });
+}
+
+void Flow::findSides() {
+    isClockSide_.assign(size(), false);
+    std::vector<Place> data;
+    for (Place place = static_cast<Place>(size()); place-- > 0;) {
+        isClockSide_[place] =
+            pole(place)->isClock() || std::ranges::any_of(outOf(place), [this](const Arc& arc) {
+                return arc.edge && isClockSide_[arc.target];
+            });
+        if (!isClockSide_[place])
+            data.push_back(place);
+    }
+    if (!data.empty())
+        middle_ = data[data.size() / 2];
 }
 
 void Flow::count(const Pelko::Cell& cell) {
@@ -108,7 +188,7 @@ public:
 
     OwnPaths(const Flow& flow, std::size_t clocks)
         : flow_(flow), words_((std::min(clocks, most) + 63) / 64), rows_(flow.size() * words_),
-          reached_((flow.size() + 63) / 64) {}
+          reached_((flow.size() + 63) / 64), isUseful_(flow.size()) {}
 
     // Replaces what was found before.
     void find(std::span<const Place> roots);
@@ -129,7 +209,9 @@ private:
     const std::uint64_t* row(Place place) const { return &rows_[place * words_]; }
     void reach(Place place) { reached_[place / 64] |= std::uint64_t{1} << (place % 64); }
     void clear();
-    void flood();
+    void findUseful();
+    template <class Passes>
+    void flood(Passes passes);
     void prune(Place place);
 
     const Flow& flow_;
@@ -137,6 +219,8 @@ private:
     std::vector<std::uint64_t> rows_;
     std::vector<std::uint64_t> reached_; // a bit for each place
     std::vector<Place> touched_;         // places with a row that may not be empty, in order
+    std::vector<bool> isUseful_;         // in the second half of the data: leads to a check of these clocks
+    std::vector<Place> useful_;
     std::vector<std::uint64_t> kept_;
 };
 
@@ -146,7 +230,14 @@ void OwnPaths::find(std::span<const Place> roots) {
         row(roots[clock])[clock / 64] |= std::uint64_t{1} << (clock % 64);
         reach(roots[clock]);
     }
-    flood();
+    flood([this](Place place) { return flow_.isClockSide(place); });
+    findUseful();
+    for (const Place place : touched_)
+        reach(place);
+    touched_.clear();
+    flood([this](Place place) {
+        return !flow_.isClockSide(place) && (place <= flow_.middle() || isUseful_[place]);
+    });
     for (std::size_t i = touched_.size(); i-- > 0;)
         prune(touched_[i]);
 }
@@ -155,16 +246,38 @@ void OwnPaths::clear() {
     for (const Place place : touched_)
         std::fill_n(row(place), words_, 0);
     touched_.clear();
+    for (const Place place : useful_)
+        isUseful_[place] = false;
+    useful_.clear();
 }
 
-// What is reached lies ahead of what reaches it, so one pass over the places meets all of it in order.
-void OwnPaths::flood() {
+// Backwards from the checks of the clock poles that are reached, down to the middle.
+void OwnPaths::findUseful() {
+    const auto reachBack = [this](Place place) {
+        if (flow_.isClockSide(place) || place <= flow_.middle() || isUseful_[place])
+            return;
+        isUseful_[place] = true;
+        useful_.push_back(place);
+    };
+    for (const Place place : touched_)
+        for (const Flow::Arc& arc : flow_.outOf(place))
+            if (!arc.edge)
+                reachBack(arc.target);
+    for (std::size_t next = 0; next < useful_.size(); ++next)
+        for (const Place source : flow_.into(useful_[next]))
+            reachBack(source);
+}
+
+// From the places that are reached, on to those that `passes`. What is reached lies ahead of what reaches it,
+// so one pass over the places meets all of it in order.
+template <class Passes>
+void OwnPaths::flood(Passes passes) {
     for (std::size_t word = 0; word < reached_.size(); ++word)
         for (; reached_[word] != 0; reached_[word] &= reached_[word] - 1) {
             const auto place = static_cast<Place>(word * 64 + std::countr_zero(reached_[word]));
             touched_.push_back(place);
             for (const Flow::Arc& arc : flow_.outOf(place)) {
-                if (!arc.edge)
+                if (!arc.edge || !passes(arc.target))
                     continue;
                 for (std::size_t i = 0; i < words_; ++i)
                     row(arc.target)[i] |= row(place)[i];
@@ -244,9 +357,9 @@ void OwnDesigns::add(const OwnPaths& own, std::size_t clock, const std::vector<P
     for (const Place place : poles)
         copies_[place] = copy(*flow_.pole(place));
     for (const Place place : poles)
-        for (const Flow::Arc& arc : flow_.outOf(place))
-            if (arc.edge && own.contains(arc.target, clock))
-                Edge::create(copies_[place], copies_[arc.target], arc.edge->getMinDelay(),
+        for (const Flow::Held& arc : flow_.heldBy(place))
+            if (own.contains(arc.source, clock) && own.contains(arc.target, clock))
+                Edge::create(copies_[arc.source], copies_[arc.target], arc.edge->getMinDelay(),
                              arc.edge->getMaxDelay());
     roots_.emplace_back(flow_.pole(poles.front()), copies_[poles.front()]);
     size_ += poles.size();

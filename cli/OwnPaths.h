@@ -7,9 +7,10 @@
 // them meet, and finds for each clock what it would find among all pairs.
 //
 // Cost: the sum of the own designs, in time; as much memory as the model takes, or as the largest own design
-// takes if that is more. Finding them costs one pass over the design for each 512 clocks, and passes over
-// what a clock does not reach are free. The sum is linear in the design unless clocks share long ways to
-// themselves: logic that lies on the own paths of a hundred clocks counts a hundred times.
+// takes if that is more. Finding them costs, for each 512 clocks, a pass over what they reach in the
+// first half of the data, and over what leads to their checks in the second half. The sum is linear in the
+// design unless clocks share long ways to themselves: logic that lies on the own paths of a hundred clocks
+// counts a hundred times.
 #pragma once
 
 #include <functional>

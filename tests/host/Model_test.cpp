@@ -1,6 +1,11 @@
 // The whole model by one object: it makes the globals, and ends them.
 #include "ModelTest.h"
+#include "Recorder.h"
 #include "Refused.h"
+
+#include <functional>
+#include <optional>
+#include <stdexcept>
 
 namespace HostTest {
 
@@ -71,6 +76,131 @@ TEST(ModelObject, EndsWhateverIsInIt) {
     analyzer->mergeIODelayLongestSlack(in, Delay(3));
     for (const Pole* pole : owner->getPoles())
         EXPECT_FALSE(pole->isDestroyable()) << pole->getName();
+}
+
+// --- Listeners that throw ---
+
+class Failing : public ObjectListener {
+public:
+    explicit Failing(std::function<void(Object*)> fail) : fail_(std::move(fail)) {
+        Object::addListener(this);
+    }
+    ~Failing() override { Object::removeListener(this); }
+    void onDestroyed(Object* object) override {
+        ++told_;
+        fail_(object);
+    }
+    int getTold() const { return told_; }
+
+private:
+    std::function<void(Object*)> fail_;
+    int told_ = 0;
+};
+
+// A model with something of each kind in it; how many objects it is.
+int fill(const Model& model) {
+    Pole* clk = Pole::createClockSource(model.getCell(), "clk");
+    Pole* clock = Pole::createClock(model.getCell(), Pin::create(model.getModule(), "C"), ClockMode::Rising);
+    Pole* check = Pole::createCheck(clock);
+    Edge* edge = Edge::create(clk, check, Delay(1), Delay(2));
+    Subdomain* subdomain = Subdomain::create(Domain::create(clk, clk), ClockMode::Rising, ClockMode::Rising);
+    MPath* exception = MPath::create({{clk}, {check}, {}}, 2);
+    Path::createLongest(subdomain, view({edge}), Delay(0), Delay(0), Delay(0))->setConstrainedPath(exception);
+    return 13; // with application, analyzer, cell and module; the pin
+}
+
+struct EndRow {
+    const char* what;
+    void (*fail)(Object*);
+    std::string text;
+};
+
+const EndRow endRows[] = {
+    {"located",
+     [](Object* object) {
+         if (dynamic_cast<Domain*>(object))
+             throw Ruvex::Critical("broken", Ruvex::Error::locate("Host", "work", 12));
+     },
+     "broken (Host, work, 12)"},
+    {"standard", [](Object*) { throw std::runtime_error("whatever"); }, "whatever"},
+    {"no class", [](Object*) { throw 42; }, "something strange"},
+    {"the first of many", [](Object* object) { throw Ruvex::Error(object->getClass()); }, "Application"},
+};
+
+// All listeners are told of all objects, the model ends, and the destructor prints the first exception.
+TEST(ModelEnd, DestructorTells) {
+    for (const EndRow& row : endRows) {
+        SCOPED_TRACE(row.what);
+        const Support::Recorder console;
+        std::optional<Model> model(std::in_place, "top");
+        const int objects = fill(*model);
+        const Failing failing(row.fail), second([](Object*) {});
+        model.reset();
+        EXPECT_EQ(console.getLines(),
+                  Support::Lines{"warning: A listener failed while the model ended: " + row.text});
+        EXPECT_EQ(failing.getTold(), objects);
+        EXPECT_EQ(second.getTold(), objects);
+        EXPECT_TRUE(!cell && !analyzer && !application);
+    }
+}
+
+TEST(ModelEnd, EndThrowsTheFirst) {
+    const Support::Recorder console;
+    Model model("top");
+    const int objects = fill(model);
+    {
+        const Failing failing(endRows[0].fail), second([](Object*) {});
+        Support::expectThrown({"end", [&] { model.end(); }, typeid(Ruvex::Critical), "broken",
+                               Ruvex::Error::locate("Host", "work", 12)});
+        EXPECT_EQ(second.getTold(), objects);
+    }
+    EXPECT_TRUE(!cell && !analyzer && !application);
+    model.end(); // nothing is left
+    // The next model is not the ended one's.
+    std::optional<Model> next(std::in_place, "next");
+    model.end();
+    EXPECT_EQ(next->getCell()->getName(), "next");
+    EXPECT_TRUE(console.isEmpty());
+}
+
+// One by one, an object whose end a listener refuses stays whole.
+TEST(ModelEnd, OneByOneStays) {
+    const Model model("top");
+    fill(model);
+    const std::string before = takeSnapshot();
+    {
+        const Failing failing([](Object* object) {
+            if (dynamic_cast<Analyzer*>(object))
+                throw std::runtime_error("whatever");
+        });
+        EXPECT_THROW(analyzer->destroy(), std::runtime_error);
+    }
+    EXPECT_EQ(takeSnapshot(), before);
+}
+
+// An object is not destroyed while listeners are told of its creation or its end.
+TEST(ModelEnd, NoObjectTwice) {
+    const Model model("top");
+    class Twice : public ObjectListener {
+    public:
+        Twice() { Object::addListener(this); }
+        ~Twice() override { Object::removeListener(this); }
+        void onCreated(Object* object) override { refuse(object); }
+        void onDestroyed(Object* object) override { refuse(object); }
+        int refused = 0;
+
+    private:
+        void refuse(Object* object) {
+            Support::expectThrown({"now",
+                                   [object] { object->destroy(); },
+                                   invalidRequest,
+                                   "Not destroyable now: " + object->_getLabel(),
+                                   {"Object", "destroy", 3}});
+            ++refused;
+        }
+    } twice;
+    Pole::create(model.getCell(), "pole")->destroy();
+    EXPECT_EQ(twice.refused, 2);
 }
 
 } // namespace
