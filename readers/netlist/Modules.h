@@ -21,7 +21,7 @@ namespace Readers {
 inline constexpr std::uint32_t constantNet = 0;
 // A short text can ask for vectors of any width. These limits are for all modules of a file together.
 inline constexpr std::size_t mostNets = std::size_t{1} << 24;
-inline constexpr std::size_t mostBits = std::size_t{1} << 27; // of ports and connections
+inline constexpr std::size_t mostBits = std::size_t{1} << 26; // of ports and connections
 // Of a connection that is given by its position.
 inline constexpr Name noName{std::numeric_limits<std::uint32_t>::max()};
 

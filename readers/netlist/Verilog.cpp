@@ -189,6 +189,8 @@ bool VerilogReader::isAtBoundary() const {
 void VerilogReader::advanceQuietly() {
     try {
         lexer_.advance();
+    } catch (const BadInputs&) { // a limit
+        throw;
     } catch (const BadInput&) { // the next call goes on behind it
     }
 }
@@ -255,6 +257,8 @@ void VerilogReader::readModule(bool isPrimitive) {
         if (takeIf('('))
             readHeader();
         expect(';');
+    } catch (const BadInputs&) {
+        throw;
     } catch (const BadInput& error) {
         module_.setLenient();
         recover(error);
@@ -491,6 +495,8 @@ void VerilogReader::readAssignment(const VerilogModule::Bits& left, const Place&
         right = expression_.readComputed();
         if (!lexer_.isAt(',') && !lexer_.isAt(';'))
             lexer_.failExpected("',' or ';' (only structural Verilog can be read)");
+    } catch (const BadInputs&) {
+        throw;
     } catch (const BadInput& error) { // as long as the module is not needed
         if (lexer_.token().kind == Kind::end || lexer_.token().kind == Kind::invalid)
             throw;

@@ -277,21 +277,27 @@ void VerilogLexer::expand(std::string name) {
         failLexing("the macro " + quoted(name) + " takes " + std::to_string(macro.parameters.size()) +
                    " arguments, found " + std::to_string(arguments.size()));
     std::string text;
-    if (!VerilogMacros::expand(macro, arguments, text))
-        failLexing("the macro " + quoted(name) + " becomes longer than " +
-                   std::to_string(VerilogMacros::longestExpansion) + " characters");
+    const auto pending = std::max<std::int64_t>(expansionEnd_ - (next_ - block_.data()), 0);
+    if (!VerilogMacros::expand(macro, arguments, text) ||
+        pending + static_cast<std::int64_t>(text.size()) > longestPending)
+        failAtLimit("the macro " + quoted(name) + " becomes longer than " +
+                    std::to_string(VerilogMacros::longestExpansion) +
+                    " characters, or with what it is in than " + std::to_string(longestPending));
     expanded_ += text.size();
     if (++expansions_ > mostExpansions)
-        failLexing("the macro " + quoted(name) + " is one of more than " + std::to_string(mostExpansions) +
-                   " within one: does it use itself?");
+        failAtLimit("the macro " + quoted(name) + " is one of more than " + std::to_string(mostExpansions) +
+                    " within one: does it use itself?");
     if (expanded_ > mostExpanded)
-        failLexing("the macros of the file become more than " + std::to_string(mostExpanded) + " characters");
+        failAtLimit("the macros of the file become more than " + std::to_string(mostExpanded) +
+                    " characters");
     if (isOutermost || next_ - block_.data() > expansionEnd_)
         expansionEnd_ = next_ - block_.data();
     insert(text);
-    if (expansionEnd_ - (next_ - block_.data()) > longestPending)
-        failLexing("the macro " + quoted(name) + " becomes longer than " + std::to_string(longestPending) +
-                   " characters within another one");
+}
+
+// Nothing more is read.
+void VerilogLexer::failAtLimit(std::string text) const {
+    throw BadInputs({{Severity::error, place(), std::move(text)}});
 }
 
 // "(a, (b, c), {d, e})". White space, ends of lines and comments become blanks.

@@ -56,7 +56,7 @@ bool VerilogLexer::refill() {
     lineBegin_ -= gone;
     expansionEnd_ -= gone;
     if (begin_ && kept > longestToken)
-        failLexing("a text of more than " + std::to_string(longestToken) + " characters");
+        failAtLimit("a text of more than " + std::to_string(longestToken) + " characters");
     const std::size_t got = input_.read(block_.data() + kept, block_.size() - kept);
     end_ = block_.data() + kept + got;
     return got != 0;

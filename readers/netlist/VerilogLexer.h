@@ -88,6 +88,7 @@ private:
     void skipAttribute();
     void skipString(const char* what);
     [[noreturn]] void failLexing(std::string text);
+    [[noreturn]] void failAtLimit(std::string text) const;
 
     // --- Directives -----------------------------------------------------------------------------------------------
 

@@ -87,7 +87,7 @@ void VerilogModules::expand(std::size_t number) {
 // is as wide as a port goes to every cell.
 void VerilogModules::addCells(Module& made, const Module& module, const Module::Cell& cell,
                               const VerilogRange& range) {
-    constexpr std::uint64_t most = std::uint64_t{1} << 27;
+    constexpr std::uint64_t most = std::uint64_t{1} << 22;
     const std::uint32_t count = range.width();
     std::vector<std::uint32_t> widths;
     for (std::uint32_t i = 0; i < cell.connectionCount; ++i)

@@ -294,8 +294,9 @@ TEST(JsonNetlist, LongTextsTakeNoMemoryOrAreRefused) {
     for (const auto& row : rows) {
         const std::string result = read(row.text);
         EXPECT_EQ(result.substr(result.find(": error")), wrong) << row.what;
-        if (!row.expected.empty())
+        if (!row.expected.empty()) {
             EXPECT_EQ(result, row.expected + wrong) << row.what;
+        }
     }
     const struct {
         const char* what;

@@ -469,7 +469,7 @@ TEST(VerilogNetlist, ReadsArraysOfCells) {
         {"gates whose width does not fit", module("wire [2:0] v; buf b[1:0] (v, x);"),
          "1:29: error: expected 1 or 2 bits at each terminal of the array, found 3"},
         {"too many", module("F f[1048575:0] (.a({128{x}}));"),
-         "1:13: error: with the array 'f' of module 'm' the file has more than 134217728 cells and pins in "
+         "1:13: error: with the array 'f' of module 'm' the file has more than 4194304 cells and pins in "
          "arrays"},
         {".*", leaf + module("wire y; wire [1:0] a; wire z; L l (.*); L k (.y(z), .*);"),
          "m:\nL l y>y a[0]<a[0] a[1]<a[1]\nL k y>z a[0]<a[0] a[1]<a[1]\nnets: y a[0] a[1] z\n"},
@@ -658,12 +658,20 @@ TEST(VerilogNetlist, MacrosHaveLimits) {
     }
     EXPECT_EQ(read(doubling + module("initial `M29;")),
               "31:19: error: the macro '`M0' is one of more than 10000 within one: does it use itself?");
+    std::string large = "`define M `M";
+    for (int i = 0; i < 500'000; ++i)
+        large += " x";
+    EXPECT_EQ(
+        read(large + "\n" + module("initial `M;")),
+        "2:19: error: the macro '`M' becomes longer than 1048576 characters, or with what it is in than "
+        "16777216");
     const std::string many(1'000, 'x');
     std::string body;
     for (int i = 0; i < 1'100; ++i)
         body += " x";
     EXPECT_EQ(read("`define M(x)" + body + "\n" + module("`M(" + many + ")")),
-              "2:11: error: the macro '`M' becomes longer than 1048576 characters");
+              "2:11: error: the macro '`M' becomes longer than 1048576 characters, or with what it is in "
+              "than 16777216");
     EXPECT_EQ(read("`define M " + std::string(1'048'577, 'x') + "\n"),
               "1:1: error: the text of a macro has more than 1048576 characters");
 }
