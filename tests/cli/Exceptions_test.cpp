@@ -54,12 +54,17 @@ protected:
     ~Exceptions() override { std::filesystem::remove_all(folder_); }
 
     // The lines after that of the clocks, from line 2 on.
-    Report::Report run(const std::string& lines, const std::string& sdf = smallSdf()) {
+    Report::Report run(const std::string& lines, const std::string& sdf = smallSdf(),
+                       const std::string& json = "") {
         std::ofstream(folder_ / "d.sdf") << sdf;
         std::ofstream(folder_ / "d.sdc") << clocks << lines << "\n";
         Cli::Options options;
         options.sdf = (folder_ / "d.sdf").string();
         options.sdc = {(folder_ / "d.sdc").string()};
+        if (!json.empty()) {
+            std::ofstream(folder_ / "d.json") << json;
+            options.netlist = (folder_ / "d.json").string();
+        }
         return Cli::Session().run(options);
     }
     // What is said of the constraints: warnings and notes by line, and at last what ends the run.
@@ -258,6 +263,41 @@ TEST_F(Exceptions, PortsWithoutAClock) {
             (slacksAt(report, "r0/D") == none ? 1U : 0U) + (slacksAt(report, "dout") == none ? 1U : 0U);
         EXPECT_EQ(report.unconstrainedEndpoints, untimed + 1) << row.lines; // s/D
     }
+}
+
+// A port that goes both ways is an input and an output, each with a delay of its own.
+TEST_F(Exceptions, APortWithoutAClockThatGoesBothWays) {
+    const std::string json =
+        R"({"modules": {"top": {"attributes": {"top": "1"}, "ports": {
+ "a": {"direction": "input", "bits": [2]}, "b": {"direction": "input", "bits": [6]},
+ "din": {"direction": "input", "bits": [7]}, "dout": {"direction": "output", "bits": [4]},
+ "io": {"direction": "inout", "bits": [3]}}, "cells": {
+ "r0": {"type": "DFF", "port_directions": {"CLK": "input", "D": "input", "Q": "output"},
+  "connections": {"CLK": [2], "D": [7], "Q": [5]}},
+ "r1": {"type": "DFF", "port_directions": {"CLK": "input", "D": "input", "Q": "output"},
+  "connections": {"CLK": [2], "D": [3], "Q": [4]}},
+ "p": {"type": "PAD", "port_directions": {"A": "input", "IO": "inout"}, "connections": {"A": [5], "IO": [3]}}},
+ "netnames": {}}}})";
+    const std::string sdf = sdfOf("(INTERCONNECT io r1/D (1)) (INTERCONNECT p/IO r1/D (4))\n",
+                                  cell("DFF", "r0") + cell("DFF", "r1") +
+                                      "(CELL (CELLTYPE \"PAD\") (INSTANCE p) (DELAY (ABSOLUTE (IOPATH A IO "
+                                      "(1)))))\n");
+    const std::string delays = "set_input_delay 0.3 io; set_output_delay 0.2 io\n";
+    // It takes 2 ns from r0/CLK to io, 1 from io to r1/D, 6 from r0/CLK to r1/D.
+    const std::vector<std::array<const char*, 3>> rows = {
+        {"", "- -", "4000 6000"},
+        {"set_max_delay 7 -from r0", "4800 -", "1000 6000"},
+        {"set_min_delay 0.1 -to r1", "- -", "4000 1200"},
+        {"set_min_delay 0.1 -from io", "- -", "4000 1200"},
+        {"set_max_delay 7 -to io", "4800 -", "4000 6000"},
+        {"set_min_delay 0.1 -through io", "- 2100", "4000 1200"},
+    };
+    for (const auto& [lines, io, data] : rows) {
+        const Report::Report report = run(delays + lines, sdf, json);
+        EXPECT_EQ(slacksAt(report, "io"), io) << lines;
+        EXPECT_EQ(slacksAt(report, "r1/D"), data) << lines;
+    }
+    EXPECT_EQ(slacksAt(run("set_min_delay 0.1 -to r1", sdf, json), "r1/D"), "4000 900") << "without a delay";
 }
 
 // What the report shows of such a path.
