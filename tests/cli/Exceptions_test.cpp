@@ -339,6 +339,39 @@ TEST_F(Exceptions, FromARegisterThatMakesAClock) {
         EXPECT_EQ(slacksAt(run(clock + row.lines), "r1/D").substr(0, 4), row.expected) << row.lines;
 }
 
+// Not even if that output is a clock pin of the cell as well: m/Q sets off m/Q2 and begins a clock.
+TEST_F(Exceptions, FromARegisterWhoseOutputIsAClockPin) {
+    const std::string sdf =
+        sdfOf("(INTERCONNECT a m/CLK (0)) (INTERCONNECT a r1/CLK (0)) (INTERCONNECT m/Q r1/D (1))\n"
+              "(INTERCONNECT m/Q2 t/D (1)) (INTERCONNECT b t/CLK (0))\n"
+              "(INTERCONNECT r1/Q dout (0))\n",
+              cell("DFF", "r1") + cell("DFF", "t") +
+                  "(CELL (CELLTYPE \"COUNT\") (INSTANCE m) (DELAY (ABSOLUTE (IOPATH (posedge CLK) Q (1)) "
+                  "(IOPATH (posedge Q) Q2 (1)))))\n");
+    const std::string reg =
+        R"({"type": "DFF", "port_directions": {"CLK": "input", "D": "input", "Q": "output"}, "connections": )";
+    const std::string json =
+        R"({"modules": {"top": {"attributes": {"top": "1"}, "ports": {
+ "a": {"direction": "input", "bits": [2]}, "b": {"direction": "input", "bits": [3]},
+ "din": {"direction": "input", "bits": [4]}, "dout": {"direction": "output", "bits": [5]}}, "cells": {
+ "m": {"type": "COUNT", "port_directions": {"CLK": "input", "Q": "output", "Q2": "output"},
+  "connections": {"CLK": [2], "Q": [6], "Q2": [7]}}, "r1": )" +
+        reg + R"({"CLK": [2], "D": [6], "Q": [5]}}, "t": )" + reg +
+        R"({"CLK": [3], "D": [7], "Q": []}}}, "netnames": {}}}})";
+    const std::string clock = "create_generated_clock -name half -divide_by 2 -source m/CLK m/Q\n";
+    const std::vector<std::array<const char*, 3>> rows = {
+        {"", "8000", "7000"}, // from m/Q: 1 to the clock's source, 1 or 2 beyond it
+        {"set_max_delay 5 -from m", "8000", "2000"},
+        {"set_max_delay 5 -from m/Q", "3000", "2000"},
+        {"set_max_delay 5 -from m/CLK", "8000", "7000"},
+    };
+    for (const auto& [lines, data, second] : rows) {
+        const Report::Report report = run(clock + lines, sdf, json);
+        EXPECT_EQ(slacksAt(report, "r1/D").substr(0, 4), data) << lines;
+        EXPECT_EQ(slacksAt(report, "t/D").substr(0, 4), second) << lines;
+    }
+}
+
 // The same port, however it is asked for.
 TEST_F(Exceptions, APortIsOneObject) {
     const std::vector<std::array<const char*, 3>> rows = {
