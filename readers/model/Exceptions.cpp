@@ -188,7 +188,9 @@ bool Exceptions::addPoint(const Sdc::Object& object, bool from, Variant& pins,
         return addPin(object.index, from, pins, outputs);
     bool found = false;
     for (const std::uint32_t pin : design_.pinsOfCell(object.index))
-        if (from ? design_.isClockPin(pin) : design_.isDataPin(pin)) {
+        if (from ? design_.isClockPin(pin) ||
+                       (design_.isRegister(object.index) && network_.isClockSource(network_.sourceOf(pin)))
+                 : design_.isDataPin(pin)) {
             (from ? pins.from : pins.to).add(pin, byCell);
             found = true;
         }
@@ -354,8 +356,8 @@ std::vector<std::uint64_t> Exceptions::startsAlone() const {
     return alone;
 }
 
-// Points that the same variants name by the same kinds of objects share a number. A register's cell does not
-// name the data that starts at a clock's source on one of its pins.
+// Points that the same variants name by the same kinds of objects share a number. A register's cell names the
+// data that starts at a clock's source on one of its pins too; its clock pin does not.
 void Exceptions::numberPoints(bool from) {
     std::map<std::uint64_t, std::vector<Naming>> namingsOf;
     for (std::uint32_t variant = 0; variant < variants_.size(); ++variant) {
@@ -367,7 +369,7 @@ void Exceptions::numberPoints(bool from) {
                 continue;
             }
             for (const std::uint64_t key : startKeys(point)) {
-                const std::uint32_t bits = key == startKey(point, true) ? by & byPin : by;
+                const std::uint32_t bits = key == startKey(point, true) ? by & (byPin | byCell) : by;
                 if (bits != 0)
                     namingsOf[key].push_back({variant, bits});
             }

@@ -37,7 +37,10 @@ std::vector<End> fromEnds(const Design& d, const Clocks& clocks, const std::vect
         if (o.kind == Object::Kind::clock || o.kind == Object::Kind::port) {
             ends.push_back({o, o.index, {}});
         } else if (o.kind == Object::Kind::cell) {
-            const std::vector<int> pins = clockPins(d, o.index);
+            std::vector<int> pins = clockPins(d, o.index);
+            if (!pins.empty()) // what a clock begins with on it, too
+                std::ranges::copy_if(d.cells[at(o.index)].pins, std::back_inserter(pins),
+                                     [&](int pin) { return clocks.sources.contains(pin); });
             for (int pin : pins)
                 ends.push_back({o, pin, {}});
             if (pins.empty())
