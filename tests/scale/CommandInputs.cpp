@@ -72,6 +72,63 @@ SlacksByEnd writeClocks(Files& files) {
     return expected;
 }
 
+SlacksByEnd writeSeparateClocks(Files& files, std::size_t clocks) {
+    constexpr long period = 8'000;
+    constexpr std::size_t stages = 10;
+    SlacksByEnd expected;
+    const auto addShiftRegister = [&](const std::string& clock, std::size_t length) {
+        files.constrain("create_clock -name " + clock + " -period 8 [get_ports " + clock + "]");
+        for (std::size_t i = 0; i < length; ++i) {
+            const std::string name = clock + "r" + number(i);
+            files.flipFlop(name);
+            files.wire(clock, name + "/C");
+            if (i == 0)
+                continue;
+            files.wire(clock + "r" + number(i - 1) + "/Q", name + "/D", static_cast<long>(i));
+            expected[name + "/D"] = {period - setup - clockToOutput - static_cast<long>(i),
+                                     clockToOutput + static_cast<long>(i) - hold};
+        }
+    };
+    for (std::size_t k = 0; k < clocks; ++k)
+        addShiftRegister("k" + number(k), stages);
+    addShiftRegister("main", stages * clocks);
+    return expected;
+}
+
+std::vector<long> writeFoundClocks(Files& files, std::size_t clocks) {
+    constexpr long gate = 30;
+    std::vector<std::string> inputs;
+    std::vector<long> periods;
+    for (std::size_t i = 0; i < clocks; ++i) {
+        const std::string name = "r" + number(i);
+        const auto to = static_cast<long>(i % 997), from = static_cast<long>(i % 991);
+        files.flipFlop(name);
+        files.wire("p" + number(i), name + "/C");
+        files.wire(name + "/Q", "g/I" + number(i), to);
+        files.wire("g/Z", name + "/D", from);
+        inputs.push_back("I" + number(i));
+        periods.push_back(clockToOutput + to + gate + from + setup);
+    }
+    files.gate("g", inputs, gate);
+    return periods;
+}
+
+// The data goes from each register to the next, by a wire that takes 200.
+void writeJoinedClocks(Files& files, std::size_t clocks, std::size_t registers) {
+    std::vector<std::string> inputs;
+    for (std::size_t i = 0; i < clocks; ++i) {
+        inputs.push_back("I" + number(i));
+        files.wire("p" + number(i), "g/I" + number(i), static_cast<long>(i));
+    }
+    files.gate("g", inputs, 10);
+    for (std::size_t i = 0; i < registers; ++i) {
+        const std::string name = "r" + number(i);
+        files.flipFlop(name);
+        files.wire("g/Z", name + "/C");
+        files.wire(name + "/Q", "r" + number((i + 1) % registers) + "/D", 200);
+    }
+}
+
 // One gate joins what a hundred thousand registers launch; the last but one is the latest, the first the
 // earliest.
 SlacksByEnd writeWideEnd(Files& files) {

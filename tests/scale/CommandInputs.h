@@ -9,6 +9,12 @@ namespace Scale {
 SlacksByEnd writeExceptions(Files& files);
 // A thousand clocks, ten pairs of which meet.
 SlacksByEnd writeClocks(Files& files);
+// So many clocks, each with some registers of its own, and one clock with as many as all of them.
+SlacksByEnd writeSeparateClocks(Files& files, std::size_t clocks);
+// So many registers with a clock port each, whose data all meets on one net. The periods that they achieve.
+std::vector<long> writeFoundClocks(Files& files, std::size_t clocks);
+// So many clock ports that one gate joins, and registers behind it.
+void writeJoinedClocks(Files& files, std::size_t clocks, std::size_t registers);
 // An end point of a hundred thousand launch points.
 SlacksByEnd writeWideEnd(Files& files);
 // A clock tree of a hundred thousand leaves, a shift register along them.

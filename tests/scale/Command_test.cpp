@@ -39,13 +39,17 @@ void expectSlacks(const Report::Report& report, const SlacksByEnd& expected) {
 }
 
 struct Analysis {
-    explicit Analysis(Files& files) : arcs(files.getArcCount()) {
-        const Cli::Options options = files.write();
+    explicit Analysis(Files& files, bool isConstrained = true) : arcs(files.getArcCount()) {
+        Cli::Options options = files.write();
+        if (!isConstrained)
+            options.sdc.clear();
         const std::size_t before = Faults::liveBytes();
         Faults::startPeak();
         const std::uint64_t visitsBefore = Vorlen::detail::visitedArcs;
+        const std::uint64_t entriesBefore = Vorlen::detail::clearedEntries;
         report = Cli::Session().run(options);
         visits = Vorlen::detail::visitedArcs - visitsBefore;
+        entries = Vorlen::detail::clearedEntries - entriesBefore;
         peak = Faults::peakBytes() - before;
     }
 
@@ -63,6 +67,7 @@ struct Analysis {
     Report::Report report;
     std::size_t peak = 0; // bytes
     std::uint64_t visits = 0;
+    std::uint64_t entries = 0; // of tables, made or cleared
 };
 
 TEST(Scale, TenThousandExceptions) {
@@ -80,6 +85,46 @@ TEST(Scale, AThousandClocks) {
     EXPECT_EQ(run.report.clocks.size(), 1000U);
     expectSlacks(run.report, expected);
     run.expectBounds(20, 8);
+}
+
+// A sweep costs its cone, and no table of the size of the design.
+TEST(Scale, TwoThousandSeparateClocks) {
+    Files files;
+    const SlacksByEnd expected = writeSeparateClocks(files, 2000);
+    const Analysis run(files);
+    EXPECT_EQ(run.report.clocks.size(), 2001U);
+    expectSlacks(run.report, expected);
+    run.expectBounds(160, 12);
+    std::cout << run.entries << " entries of tables\n";
+    EXPECT_LE(run.entries, 10 * run.arcs);
+    EXPECT_GT(run.entries, run.arcs / 10); // somebody counts
+}
+
+std::vector<long> achievedPeriods(const Report::Report& report) {
+    std::vector<long> periods;
+    for (const Report::Clock& clock : report.clocks)
+        periods.push_back(clock.achievedPeriod.value_or(-1));
+    return periods;
+}
+
+// Without constraints: four hundred million pairs of clocks that could meet do not.
+TEST(Scale, TwentyThousandFoundClocks) {
+    Files files;
+    const std::vector<long> expected = writeFoundClocks(files, 20'000);
+    const Analysis run(files, false);
+    EXPECT_EQ(achievedPeriods(run.report), expected);
+    run.expectBounds(190, 13);
+    EXPECT_LE(run.entries, 20 * run.arcs);
+}
+
+// What a hundred clocks share counts a hundred times, and not ten thousand times.
+TEST(Scale, AHundredFoundClocksOnOneNet) {
+    constexpr std::size_t clocks = 100, registers = 1000;
+    Files files;
+    writeJoinedClocks(files, clocks, registers);
+    const Analysis run(files, false);
+    EXPECT_EQ(achievedPeriods(run.report), std::vector<long>(clocks, clockToOutput + 200 + setup));
+    run.expectBounds(10, 20 * clocks);
 }
 
 // The last launch point but one is the latest, the first the earliest.
