@@ -33,7 +33,7 @@ const Row language[] = {
     {"puts a\r\nputs \\\r\n b\r\nputs c\r\n",
      "x.sdc:1: note: puts: a\nx.sdc:2: note: puts: b\nx.sdc:4: note: puts: c\n"},
     {"\xEF\xBB\xBFputs a", "x.sdc:1: note: puts: a\n"},
-    {"puts a\x1b\\[31m\tb\nputs {c\nd}",
+    {"puts \"a\x1b\\[31m\tb\"\nputs {c\nd}",
      "x.sdc:1: note: puts: a\\x1B[31m\\x09b\nx.sdc:2: note: puts: c\nd\n"},
     {"for {set i 0} {$i < 3} {incr i} {\n  if {$i == 1} continue\n  puts $i\n}",
      "x.sdc:3: note: puts: 0\nx.sdc:3: note: puts: 2\n"},
@@ -132,8 +132,8 @@ const Row several[] = {
      "x.sdc:1: error: source: 'none.sdc': cannot open: No such file or directory\n"
      "x.sdc:4: error: set_false_path: unknown option '-form'\n"},
     {"create_clock -period x clk\nset_input_delay 1 -clock clk a\nset_false_path -from [get_clocks clk]\n"
-     "set_clock_groups -asynchronous -group {a b}\nset_false_path -to zz",
-     "x.sdc:5: warning: set_false_path: -to: no clock, port, cell or pin matches 'zz'\n"
+     "set_clock_groups -asynchronous -group {a b}\nget_ports zz",
+     "x.sdc:5: warning: get_ports: no port matches 'zz'\n"
      "x.sdc:1: error: create_clock: -period: expected a time, found 'x'\n"},
     {"catch {create_clock -period x clk}\nset_false_path -from [get_clocks clk]",
      "x.sdc:2: warning: get_clocks: no clock matches 'clk'\n"
