@@ -171,6 +171,7 @@ private:
     void countExtraPins();
     void inferDirections();
     void applyDevices();
+    void directPinsOf(const DeviceDelay& device, const std::vector<bool>& driven);
     void applyDevice(const DeviceDelay& device, const std::vector<Key>& arcs);
     void joinPads();
     void joinSilentCells();

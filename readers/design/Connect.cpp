@@ -28,16 +28,15 @@ constexpr const char* tooManyJoined =
 
 void Annotator::finish() {
     design_.index();
+    inferDirections();
     applyDevices();
     if (hasNetlist_) {
-        inferDirections();
         countExtraPins();
         joinPads();
         joinSilentCells();
         makeWires();
         applyExpressions();
     } else {
-        inferDirections();
         makeNetsOfWires();
         findPortsOfPads();
     }
@@ -76,8 +75,37 @@ void Annotator::applyDevices() {
         if (const auto found = arcsOfCells.find(design_.pins[arc.from].cell);
             !arc.wire && found != arcsOfCells.end())
             found->second.push_back({arc.from, arc.to, arc.fromEdge});
-    for (const DeviceDelay& device : devices_)
-        applyDevice(device, arcsOfCells.at(device.cell));
+    const std::vector<bool> driven = drivenNets(usesOfPins());
+    for (const DeviceDelay& device : devices_) {
+        const std::vector<Key>& arcs = arcsOfCells.at(device.cell);
+        if (arcs.empty())
+            directPinsOf(device, driven);
+        applyDevice(device, arcs);
+    }
+}
+
+// Pins without a direction: the one that the delay names is an output, those on driven nets are inputs, and
+// the only one left is the output of a cell that has no other. Of the rest the direction stays unknown.
+void Annotator::directPinsOf(const DeviceDelay& device, const std::vector<bool>& driven) {
+    bool hasOutput = false;
+    std::vector<std::uint32_t> left;
+    for (const std::uint32_t number : design_.pinsOfCell(device.cell)) {
+        Design::Pin& pin = design_.pins[number];
+        if (pin.direction == Direction::unknown && number == device.output)
+            pin.direction = Direction::output;
+        else if (pin.direction == Direction::unknown && pin.net != none && driven[pin.net])
+            pin.direction = Direction::input;
+        hasOutput = hasOutput || drives(number);
+        if (pin.direction == Direction::unknown && pin.net != none)
+            left.push_back(number);
+    }
+    if (left.size() == 1 && !hasOutput) {
+        design_.pins[left.front()].direction = Direction::output;
+        return;
+    }
+    for (const std::uint32_t number : left)
+        count("pins of cells with DEVICE delays that have no delay, since nothing tells their direction",
+              Severity::warning, device.where, design_.pinName(number));
 }
 
 // A cell without arcs gets one from every input to every output.

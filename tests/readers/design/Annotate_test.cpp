@@ -138,6 +138,27 @@ TEST(Annotate, MakesArcsOfACellWithoutAnyForADevice) {
     EXPECT_EQ(read.arcs(), "b/A > b/Y 9 9\nb/B > b/Y 9 9\na ~ b/A ?\nb/Y ~ y ?\n");
 }
 
+TEST(Annotate, KnowsTheDirectionsOfACellThatHasADeviceAlone) {
+    const struct {
+        const char *what, *netlist, *cells, *arcs, *messages;
+    } rows[] = {
+        {"the wires tell", "a<n1 y>n2 b:B(A?n1 Y?n2)", "(INTERCONNECT a b/A (1)) (INTERCONNECT b/Y y (2))",
+         "b/A > b/Y 9 9\na ~ b/A 1 1\nb/Y ~ y 2 2\n", ""},
+        {"inputs are on driven nets, the pin that is left is the output",
+         "a<n1 b<n2 y>n3 b:B(A?n1 B?n2 Y?n3)", "",
+         "b/A > b/Y 9 9\nb/B > b/Y 9 9\na ~ b/A ?\nb ~ b/B ?\nb/Y ~ y ?\n", ""},
+        {"two pins are left", "a<n1 b:B(A?n1 Y?n2 Z?n3)", "", "a ~ b/A ?\n",
+         "2:52: warning: 2 pins of cells with DEVICE delays that have no delay, since nothing tells their "
+         "direction, first 'b/Y'\n"},
+    };
+    for (const auto& row : rows) {
+        const std::string wired = *row.cells ? wires(row.cells) : "";
+        const Annotated read(wired + cell("B", "b", "(DEVICE (9))"), row.netlist);
+        EXPECT_EQ(read.arcs(), row.arcs) << row.what;
+        EXPECT_EQ(read.messages(), row.messages) << row.what;
+    }
+}
+
 TEST(Annotate, AppliesToAllCellsOfATypeForAStar) {
     const Annotated read(cell("B", "*", "(IOPATH A Y (3))") + cell("B", "c", "(IOPATH A Y (4))"),
                          "b:B(A< Y>) c:B(A< Y>) d:D(A< Y>)");
