@@ -95,10 +95,10 @@ SlacksByEnd writeSeparateClocks(Files& files, std::size_t clocks) {
     return expected;
 }
 
-std::vector<long> writeFoundClocks(Files& files, std::size_t clocks) {
+PeriodsByClock writeFoundClocks(Files& files, std::size_t clocks) {
     constexpr long gate = 30;
     std::vector<std::string> inputs;
-    std::vector<long> periods;
+    PeriodsByClock periods;
     for (std::size_t i = 0; i < clocks; ++i) {
         const std::string name = "r" + number(i);
         const auto to = static_cast<long>(i % 997), from = static_cast<long>(i % 991);
@@ -107,7 +107,7 @@ std::vector<long> writeFoundClocks(Files& files, std::size_t clocks) {
         files.wire(name + "/Q", "g/I" + number(i), to);
         files.wire("g/Z", name + "/D", from);
         inputs.push_back("I" + number(i));
-        periods.push_back(clockToOutput + to + gate + from + setup);
+        periods["p" + number(i)] = clockToOutput + to + gate + from + setup;
     }
     files.gate("g", inputs, gate);
     return periods;

@@ -3,7 +3,13 @@
 
 #include "Files.h"
 
+#include <map>
+#include <string>
+
 namespace Scale {
+
+// In units, by the clock's name.
+using PeriodsByClock = std::map<std::string, long>;
 
 // Ten thousand exceptions, one a path.
 SlacksByEnd writeExceptions(Files& files);
@@ -12,7 +18,7 @@ SlacksByEnd writeClocks(Files& files);
 // So many clocks, each with some registers of its own, and one clock with as many as all of them.
 SlacksByEnd writeSeparateClocks(Files& files, std::size_t clocks);
 // So many registers with a clock port each, whose data all meets on one net. The periods that they achieve.
-std::vector<long> writeFoundClocks(Files& files, std::size_t clocks);
+PeriodsByClock writeFoundClocks(Files& files, std::size_t clocks);
 // So many clock ports that one gate joins, and registers behind it.
 void writeJoinedClocks(Files& files, std::size_t clocks, std::size_t registers);
 // An end point of a hundred thousand launch points.
