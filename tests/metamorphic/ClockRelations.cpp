@@ -12,7 +12,9 @@ namespace {
 
 using Brute::Arc;
 using Brute::Clock;
+using Brute::Exception;
 using Brute::Latency;
+using Brute::Object;
 using Brute::PortDelay;
 
 std::size_t at(int index) { return static_cast<std::size_t>(index); }
@@ -120,6 +122,16 @@ bool clocksBehindAGate(Case& c) {
             std::ranges::replace(clock.targets, port, out);
             if (clock.generated && clock.generated->source == port)
                 clock.generated->source = out;
+        }
+        // What names the data of the clock's source goes on to do so.
+        const auto isPort = [&](const Object& object) {
+            return (object.kind == Object::Kind::port || object.kind == Object::Kind::pin) &&
+                   object.index == port;
+        };
+        for (Exception& exception : c.design.exceptions) {
+            std::ranges::replace_if(exception.from, isPort, Object{Object::Kind::pin, out});
+            for (std::vector<Object>& through : exception.through)
+                std::ranges::replace_if(through, isPort, Object{Object::Kind::pin, out});
         }
     }
     return !ports.empty();
