@@ -1,8 +1,8 @@
 // A run of the command, and the messages of its failures.
 #include "Command.h"
 
+#include "../base/Characters.h"
 #include "../report/Json.h"
-#include "../report/Table.h"
 #include "../report/Text.h"
 #include "Ending.h"
 #include "Output.h"
@@ -25,15 +25,7 @@ namespace Cli {
 namespace {
 
 // Lines on standard error. Names in them cannot steer the terminal.
-void say(std::string_view lines) {
-    while (true) {
-        const std::size_t end = std::min(lines.find('\n'), lines.size());
-        std::cerr << Report::printable(lines.substr(0, end)) << '\n';
-        if (end == lines.size())
-            return;
-        lines.remove_prefix(end + 1);
-    }
-}
+void say(std::string_view lines) { std::cerr << Base::printableLines(lines) << '\n'; }
 
 void print(const Readers::Diagnostics& diagnostics, bool quiet) {
     for (const Readers::Diagnostic& diagnostic : diagnostics.all())
@@ -52,10 +44,10 @@ void printEngineMessage(const Ruvex::Console::Message& message, bool color) {
     std::string line(2 * static_cast<std::size_t>(message.indentation), ' ');
     line += hasWord && color ? ink + std::string(word) + "\x1b[0m" : word;
     if (!message.label.empty())
-        line += (hasWord ? " [" : "[") + Report::printable(message.label) + (hasWord ? "]: " : "] ");
+        line += (hasWord ? " [" : "[") + Base::printable(message.label) + (hasWord ? "]: " : "] ");
     else if (hasWord)
         line += ": ";
-    std::cerr << line << Report::printable(message.text) << '\n';
+    std::cerr << line << Base::printable(message.text) << '\n';
 }
 
 // An output that would overwrite a file that a constraint file sources.
@@ -128,10 +120,10 @@ ExitStatus analyzeOrRefuse(const Options& options) {
         say(bad.what());
         return badInput;
     } catch (const CannotWrite& failure) {
-        say(Report::printable(failure.what()));
+        say(Base::printable(failure.what()));
         return badInput;
     } catch (const OverwritesInput& refused) {
-        say(Report::printable(refused.what()));
+        say(Base::printable(refused.what()));
         return badInput;
     } catch (const Interrupted&) {
         std::cerr << "vorlen: interrupted\n";
@@ -170,7 +162,7 @@ ExitStatus printAnswer(const std::string& answer, ExitStatus status) noexcept {
         output.commit();
         return status;
     } catch (const CannotWrite& failure) {
-        say(Report::printable(failure.what()));
+        say(Base::printable(failure.what()));
         return badInput;
     } catch (...) {
         return giveUp();

@@ -2,7 +2,7 @@
 #include "Ending.h"
 
 #include "../readers/sdc/Watch.h"
-#include "../report/Characters.h"
+#include "../base/Characters.h"
 #include "Options.h"
 #include "Output.h"
 #include "Progress.h"
@@ -30,14 +30,14 @@ void write(std::string_view bytes) noexcept {
     [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, bytes.data(), bytes.size());
 }
 
-// As Report::printable(), without memory: piece by piece.
+// As Base::printable(), without memory: piece by piece.
 void writeShown(std::string_view line) noexcept {
     constexpr std::string_view digits = "0123456789ABCDEF";
     while (!line.empty()) {
-        const std::size_t plain = Report::lengthWithoutControls(line);
+        const std::size_t plain = Base::lengthWithoutControls(line);
         write(line.substr(0, plain));
         line.remove_prefix(plain);
-        const std::size_t control = Report::controlLength(line);
+        const std::size_t control = Base::controlLength(line);
         for (const char c : line.substr(0, control)) {
             const auto byte = static_cast<unsigned char>(c);
             const std::array<char, 4> escape{'\\', 'x', digits[byte >> 4U], digits[byte & 0xFU]};

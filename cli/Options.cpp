@@ -1,7 +1,7 @@
 // The command line: options, their checks, help.
 #include "Options.h"
 
-#include "../report/Table.h"
+#include "../base/Characters.h"
 #include "Output.h"
 
 #include <CLI/CLI.hpp>
@@ -217,7 +217,7 @@ void refuseRest(const std::vector<std::string>& rest) {
 }
 
 ExitStatus refuse(const std::string& text, std::ostream& err) {
-    err << Report::printable(usageError(text)) << '\n';
+    err << Base::printable(usageError(text)) << '\n';
     return badInput;
 }
 

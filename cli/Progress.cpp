@@ -1,7 +1,7 @@
 // The progress line: when it is drawn, and that it fits one line.
 #include "Progress.h"
 
-#include "../report/Table.h"
+#include "../base/Characters.h"
 #include "Terminal.h"
 
 #include <algorithm>
@@ -69,7 +69,7 @@ void Progress::show(std::string_view step, std::uint64_t done, std::uint64_t tot
     // The last column stays free: some terminals wrap after it.
     const std::size_t width = columnsOf(descriptor_, usualColumns) - 1;
     const std::size_t room = width > end.size() ? width - end.size() : 0;
-    draw(fitted(Report::printable(step_), room) + end.substr(0, width));
+    draw(fitted(Base::printable(step_), room) + end.substr(0, width));
 }
 
 void Progress::clear() {

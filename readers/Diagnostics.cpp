@@ -1,7 +1,7 @@
 // The texts of diagnostics.
 #include "Diagnostics.h"
 
-#include "Printable.h"
+#include "../base/Characters.h"
 
 #include <algorithm>
 #include <utility>
@@ -24,7 +24,7 @@ std::string toString(const Diagnostic& diagnostic) {
     std::string text;
     const Place& place = diagnostic.place;
     if (!place.file.empty()) {
-        text += printable(place.file) + ":";
+        text += Base::printable(place.file) + ":";
         if (place.line != 0)
             text += std::to_string(place.line) + ":";
         if (place.line != 0 && place.column != 0)
@@ -32,7 +32,7 @@ std::string toString(const Diagnostic& diagnostic) {
         text += " ";
     }
     text += toString(diagnostic.severity);
-    return text + ": " + printableLines(diagnostic.text);
+    return text + ": " + Base::printableLines(diagnostic.text);
 }
 
 BadInput::BadInput(Place place, std::string text)

@@ -1,7 +1,7 @@
 // JSON text: structure, and strings.
 #include "JsonWriter.h"
 
-#include "Characters.h"
+#include "../base/Characters.h"
 
 #include <cstdint>
 #include <iterator>
@@ -127,10 +127,10 @@ void JsonWriter::quoted(std::string_view text) {
         if (text.empty())
             break;
 
-        const std::size_t length = sequenceLength(text);
+        const std::size_t length = Base::sequenceLength(text);
         if (const char letter = escapeLetter(text.front()))
             fmt::format_to(std::back_inserter(buffer_), "\\{}", letter);
-        else if (length != 0 && controlLength(text) != 0) // its last byte is its number
+        else if (length != 0 && Base::controlLength(text) != 0) // its last byte is its number
             fmt::format_to(std::back_inserter(buffer_), "\\u{:04x}",
                            static_cast<unsigned char>(text[length - 1]));
         else

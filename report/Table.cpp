@@ -1,8 +1,6 @@
 // Columns, colours, and names that a terminal can show.
 #include "Table.h"
 
-#include "Characters.h"
-
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -40,21 +38,6 @@ std::string paint(std::string_view text, Ink ink, bool color) {
     if (!color || ink == Ink::plain)
         return std::string(text);
     return fmt::format("{}{}\x1b[0m", sequenceOf(ink), text);
-}
-
-std::string printable(std::string_view text) {
-    std::string shown;
-    shown.reserve(text.size());
-    while (!text.empty()) {
-        const std::size_t plain = lengthWithoutControls(text);
-        shown += text.substr(0, plain);
-        text.remove_prefix(plain);
-        const std::size_t control = controlLength(text);
-        for (const char c : text.substr(0, control))
-            shown += fmt::format("\\x{:02X}", static_cast<unsigned char>(c));
-        text.remove_prefix(control);
-    }
-    return shown;
 }
 
 void Table::print(std::ostream& out, bool color) const {

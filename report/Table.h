@@ -4,6 +4,8 @@
 // Control characters in names are shown as \xNN: a report cannot steer a terminal.
 #pragma once
 
+#include "../base/Characters.h"
+
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
@@ -20,8 +22,7 @@ enum class Ink : std::uint8_t { plain, title, good, bad };
 // The text in that colour, or as it is where colour is off or the ink plain.
 std::string paint(std::string_view text, Ink ink, bool color);
 
-// The text with each byte of a control character as \xNN.
-std::string printable(std::string_view text);
+using Base::printable;
 
 class Table {
 public:

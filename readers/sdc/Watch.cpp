@@ -1,8 +1,8 @@
 // The watching thread, Tcl's panics, and the end of the stack.
 #include "Watch.h"
 
+#include "../../base/Characters.h"
 #include "../Decimal.h"
-#include "../Printable.h"
 
 #include <tcl.h>
 
@@ -131,7 +131,7 @@ Watch::Watch(const Limits& limits, std::string file)
     : giveUp_(limits.giveUp), overTime_(overTime(limits)), overMemory_(overMemory(limits)),
       clock_(clockOfThisThread()), last_(processorTime(clock_) + limits.time + limits.grace),
       mostMemory_(heldMemory() + limits.memory + limits.memoryGrace), stackEnd_(endOfStack()),
-      outer_(current), file_(std::move(file)), shownFile_(printable(file_)) {
+      outer_(current), file_(std::move(file)), shownFile_(Base::printable(file_)) {
     Tcl_SetPanicProc(&Watch::onPanic);
     const SignalsBlocked blocked;
     thread_ = std::jthread([this](const std::stop_token& stop) { wait(stop); });
@@ -144,7 +144,7 @@ void Watch::moveTo(const std::string& file, unsigned line) {
     const std::lock_guard lock(mutex_);
     if (file_ != file) {
         file_ = file;
-        shownFile_ = printable(file);
+        shownFile_ = Base::printable(file);
     }
     line_ = line;
 }

@@ -3,6 +3,7 @@
 #   the engine includes the host's headers and its own, each by its full name from host/ or from the root, and
 #   the host, the readers and the reports include nothing of the engine, and
 #   of the command only the run and the harvest do.
+# What every part of the command may use (base/) includes nothing else of the project.
 # Usage: layers.sh SOURCE_ROOT
 set -euo pipefail
 cd "$1"
@@ -29,6 +30,14 @@ while read -r file line kind header; do
             || fail "$file" "$line" "the project's own headers are included with quotes: $header" ;;
     esac
 done < <(includes Vorlen)
+
+while read -r file line kind header; do
+    checked=$((checked + 1))
+    case $kind$header in
+        \<*) ;;
+        *) [ -f "base/$header" ] || fail "$file" "$line" "base/ includes nothing else of the project: $header" ;;
+    esac
+done < <(includes base)
 
 for folder in host readers report; do
     while read -r file line kind header; do

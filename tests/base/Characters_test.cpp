@@ -1,16 +1,17 @@
 // Control characters of inputs, as messages and reports show them.
+#include "base/Characters.h"
+
 #include "readers/Diagnostics.h"
-#include "readers/Printable.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
 using namespace std::string_view_literals;
-using Readers::printable;
-using Readers::printableLines;
+using Base::printable;
+using Base::printableLines;
 
-TEST(Printable, EscapesControlCharacters) {
+TEST(Characters, EscapesControlCharacters) {
     const struct {
         std::string_view text, expected, lines;
     } rows[] = {
@@ -21,6 +22,8 @@ TEST(Printable, EscapesControlCharacters) {
         {"a\nb", "a\\x0Ab", "a\nb"},
         {"\xC3\xA4 \xFF", "\xC3\xA4 \xFF", "\xC3\xA4 \xFF"},
         {"a\\x", "a\\x", "a\\x"},
+        // No byte of a character is a control character; those from U+0080 to U+009F are.
+        {"\xC2\x9B\x9B\xC2\xA0", "\\xC2\\x9B\\x9B\xC2\xA0", "\\xC2\\x9B\\x9B\xC2\xA0"},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(printable(row.text), row.expected);
@@ -28,7 +31,7 @@ TEST(Printable, EscapesControlCharacters) {
     }
 }
 
-TEST(Printable, IsWhatDiagnosticsAre) {
+TEST(Characters, IsWhatDiagnosticsAre) {
     using Readers::Severity;
     EXPECT_EQ(toString(Readers::Diagnostic{Severity::note, {"a\nb", 3, 4}, "c\x1b\nd"}),
               "a\\x0Ab:3:4: note: c\\x1B\nd");

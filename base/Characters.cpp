@@ -3,11 +3,32 @@
 
 #include <algorithm>
 
-namespace Report {
+namespace Base {
 
 namespace {
 
 bool isBetween(unsigned char byte, unsigned low, unsigned high) { return byte >= low && byte <= high; }
+
+std::string escaped(std::string_view text, bool keepsNewlines) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string shown;
+    shown.reserve(text.size());
+    while (!text.empty()) {
+        const std::size_t plain = lengthWithoutControls(text);
+        shown += text.substr(0, plain);
+        text.remove_prefix(plain);
+        const std::size_t control = controlLength(text);
+        for (const char c : text.substr(0, control)) {
+            const auto byte = static_cast<unsigned char>(c);
+            if (keepsNewlines && c == '\n')
+                shown += c;
+            else
+                shown += {'\\', 'x', digits[byte >> 4U], digits[byte & 0xFU]};
+        }
+        text.remove_prefix(control);
+    }
+    return shown;
+}
 
 } // namespace
 
@@ -53,4 +74,8 @@ std::size_t lengthWithoutControls(std::string_view text) noexcept {
     return length;
 }
 
-} // namespace Report
+std::string printable(std::string_view text) { return escaped(text, false); }
+
+std::string printableLines(std::string_view text) { return escaped(text, true); }
+
+} // namespace Base
