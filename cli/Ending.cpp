@@ -1,8 +1,8 @@
 // Signals, no memory, and the end in the middle of a script.
 #include "Ending.h"
 
-#include "../readers/sdc/Watch.h"
 #include "../base/Characters.h"
+#include "../readers/sdc/Watch.h"
 #include "Options.h"
 #include "Output.h"
 #include "Progress.h"

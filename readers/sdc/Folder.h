@@ -10,8 +10,8 @@ namespace Readers::Sdc {
 
 class Folder {
 public:
-    // The folder is opened at once; the error comes with the first file. Stepwise: as on kernels without openat2,
-    // where no link is followed at all.
+    // The folder is opened at once; the error comes with the first file. Stepwise: as on kernels without
+    // openat2, where no link is followed at all.
     explicit Folder(const std::string& path, bool stepwise = false);
     ~Folder();
     Folder(const Folder&) = delete;
