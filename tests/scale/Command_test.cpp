@@ -79,6 +79,42 @@ TEST(Scale, TenThousandExceptions) {
     run.expectBounds(60, 20);
 }
 
+// 160,000 pairs of clocks in one command: within the script's limits of time.
+TEST(Scale, UncertaintiesBetweenFourHundredClocks) {
+    Files files;
+    files.wire("clk", "a/C");
+    files.wire("clk", "b/C");
+    files.wire("a/Q", "b/D");
+    files.flipFlop("a");
+    files.flipFlop("b");
+    files.constrain("create_clock -name clk -period 10 [get_ports clk]");
+    files.constrain("for {set i 1} {$i < 400} {incr i} { create_clock -name c$i -period 10 }");
+    files.constrain("set_clock_uncertainty 0.3 -from [all_clocks] -to [all_clocks]");
+    const Analysis run(files);
+    EXPECT_EQ(run.report.clocks.size(), 400U);
+    expectSlacks(run.report, {{"b/D", {10'000 - 300 - clockToOutput - setup, clockToOutput - 300 - hold}}});
+}
+
+TEST(Scale, ACollectionOfTwentyThousandCellsOneByOne) {
+    constexpr std::size_t registers = 20'000;
+    Files files;
+    files.constrain("create_clock -name clk -period 10 [get_ports clk]");
+    files.constrain("foreach_in_collection cell [get_cells *] { append_to_collection all $cell }");
+    files.constrain("set_multicycle_path 2 -setup -from $all");
+    files.constrain("set_multicycle_path 1 -hold -from $all");
+    SlacksByEnd expected;
+    for (std::size_t i = 0; i < registers; ++i) {
+        const std::string name = "r" + std::to_string(i);
+        files.wire("clk", name + "/C");
+        files.flipFlop(name);
+        if (i == 0)
+            continue;
+        files.wire("r" + std::to_string(i - 1) + "/Q", name + "/D");
+        expected[name + "/D"] = {20'000 - clockToOutput - setup, clockToOutput - hold};
+    }
+    expectSlacks(Analysis(files).report, expected);
+}
+
 TEST(Scale, AThousandClocks) {
     Files files;
     const SlacksByEnd expected = writeClocks(files);
