@@ -148,8 +148,9 @@ private:
     std::map<std::uint32_t, Time> achieved_;
     // Hold, setup: exceptions and the end pins where they govern.
     std::set<std::pair<std::uint32_t, std::uint32_t>> governed_[2];
-    // Hold, setup: arrivals of the sweep whose paths may be reported, and where they are thinned out.
+    // Hold, setup: arrivals of the sweep whose paths may be reported.
     std::vector<Arrival> queue_[2];
+    // Hold, setup: the number of arrivals at which the queue is thinned out.
     std::size_t queueLimit_[2] = {};
     KeptPaths kept_[2] = {KeptPaths(Order{this}), KeptPaths(Order{this})}; // hold, setup; in order
     std::unordered_map<std::uint32_t, std::vector<KeptPaths::iterator>> keptOfPin_[2]; // in order

@@ -3,8 +3,8 @@
 // The engine pairs every clock that launches data with every clock that captures it, so a hundred thousand
 // clocks that all reach each other would be ten thousand million pairs. Here each clock gets a design of its
 // own instead: what lies on a path from its root through a clock pin and through data to a check of a clock
-// pin that it reaches too. The engine runs on the own designs of many clocks side by side, where no two of
-// them meet, and finds for each clock what it would find among all pairs.
+// pin that it reaches too. The engine runs on the own designs of many clocks side by side. No two of
+// them meet, so it finds for each clock what it would find among all pairs.
 //
 // Cost: the sum of the own designs, in time; as much memory as the model takes, or as the largest own design
 // takes if that is more. Finding them costs, for each 512 clocks, a pass over what they reach in the

@@ -16,9 +16,9 @@ namespace {
 // How many roots without a clock are named one by one.
 constexpr std::size_t namedRoots = 20;
 
-// The roots behind clock pins: what nothing drives through nets and combinational cells, and of a loop that
-// nothing drives the pin where it is cut. Register outputs count only for clock pins that have no other root.
-// Every walk passes an arc once, whatever the number of roots and clock pins.
+// The roots behind clock pins: what nothing drives through nets and combinational cells, and the pin
+// at which a loop is cut that nothing drives. Register outputs count only for clock pins that have no other
+// root. Every walk passes an arc once, whatever the number of roots and clock pins.
 class Roots {
 public:
     Roots(const Readers::Design& design, const Readers::Model::Network& network,
