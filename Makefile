@@ -29,7 +29,7 @@ bench: setup
 
 format:
 	@command -v clang-format >/dev/null || { echo "make format: clang-format is not installed (apt-get install clang-format)"; exit 1; }
-	find base host Vorlen readers report cli tests bench examples -name '*.h' -o -name '*.cpp' | xargs clang-format -i
+	find base design readers model exceptions analysis report cli host Vorlen tests bench examples -name '*.h' -o -name '*.cpp' | xargs clang-format -i
 
 coverage: setup
 	cmake --preset coverage

@@ -1,5 +1,5 @@
 // Bytes to characters.
-#include "Characters.h"
+#include "base/Characters.h"
 
 #include <algorithm>
 

@@ -10,8 +10,8 @@
 //   many
 // Every run is a process of its own, so that the peak of its memory is its own too. An argument chooses one
 // kind, a second one the number of exceptions.
-#include "../cli/Session.h"
 #include "Measure.h"
+#include "cli/Session.h"
 
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -177,7 +177,7 @@ void run(const Folder& folder, Kind kind, const char* name, unsigned count) {
         std::printf(
             " peak %.0f MB; setup %.3f ns, hold %.3f ns\n", static_cast<double>(usage.ru_maxrss) / 1024,
             static_cast<double>(report.setup.total) / 1000, static_cast<double>(report.hold.total) / 1000);
-    } catch (const Readers::BadInput& error) {
+    } catch (const Base::BadInput& error) {
         std::printf("%-8s %6u exceptions: refused: %s\n", name, count, error.what());
     }
     std::fflush(stdout);

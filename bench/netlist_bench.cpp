@@ -3,9 +3,9 @@
 // The files are written to the folder for temporary files, from a fixed seed: cells of ten pins with
 // parameters and places, in modules of a thousand for Verilog. A pass over the bytes without reading them is
 // measured beside.
-#include "../readers/netlist/Json.h"
-#include "../readers/netlist/Verilog.h"
 #include "Measure.h"
+#include "readers/netlist/Json.h"
+#include "readers/netlist/Verilog.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -107,23 +107,23 @@ void writeVerilog(const std::string& path) {
     file << "endmodule\n";
 }
 
-using Reader = Readers::Netlist (*)(Readers::Source&, const std::string&, Readers::Diagnostics&);
+using Reader = Design::Netlist (*)(Base::Source&, const std::string&, Base::Diagnostics&);
 
 void measure(const char* what, void (*write)(const std::string&), Reader read) {
     const TemporaryFile file;
     write(file.path());
     const double size = static_cast<double>(std::filesystem::file_size(file.path())) / megabyte;
     const double bytes = bench::timeOf([&] {
-        Readers::Source source(file.path());
+        Base::Source source(file.path());
         std::vector<char> block(1 << 16);
         while (source.read(block.data(), block.size()) != 0) {
         }
     });
-    Readers::Diagnostics diagnostics;
-    Readers::Netlist netlist;
+    Base::Diagnostics diagnostics;
+    Design::Netlist netlist;
     const double before = bench::residentBytes();
     const double seconds = bench::timeOf([&] {
-        Readers::Source source(file.path());
+        Base::Source source(file.path());
         netlist = read(source, "", diagnostics);
     });
     const double grown = (bench::residentBytes() - before) / megabyte;

@@ -3,8 +3,8 @@
 // The file is written to the folder for temporary files, from a fixed seed: half of it connections, half
 // cells with their paths and checks. A pass over its bytes without parsing (reading and hashing) is measured
 // beside it.
-#include "../readers/sdf/Parser.h"
 #include "Measure.h"
+#include "readers/sdf/Parser.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -97,16 +97,16 @@ private:
 };
 
 void passOver(const std::string& path) {
-    Readers::Source source(path);
+    Base::Source source(path);
     std::vector<char> block(Readers::Sdf::Lexer::defaultBlock);
     while (source.read(block.data(), block.size()) != 0) {
     }
 }
 
 void parse(const std::string& path) {
-    Readers::Source source(path);
+    Base::Source source(path);
     Readers::Sdf::Handler nothing;
-    Readers::Diagnostics diagnostics;
+    Base::Diagnostics diagnostics;
     Readers::Sdf::parse(source, nothing, diagnostics);
 }
 

@@ -1,14 +1,15 @@
 // A run of the command, and the messages of its failures.
-#include "Command.h"
+#include "cli/Command.h"
 
-#include "../base/Characters.h"
-#include "../report/Json.h"
-#include "../report/Text.h"
-#include "Ending.h"
-#include "Output.h"
-#include "Progress.h"
-#include "Session.h"
-#include "Terminal.h"
+#include "base/Characters.h"
+#include "base/Stopping.h"
+#include "cli/Ending.h"
+#include "cli/Output.h"
+#include "cli/Progress.h"
+#include "cli/Session.h"
+#include "cli/Terminal.h"
+#include "report/Json.h"
+#include "report/Text.h"
 
 #include <algorithm>
 #include <iostream>
@@ -27,9 +28,9 @@ namespace {
 // Lines on standard error. Names in them cannot steer the terminal.
 void say(std::string_view lines) { std::cerr << Base::printableLines(lines) << '\n'; }
 
-void print(const Readers::Diagnostics& diagnostics, bool quiet) {
-    for (const Readers::Diagnostic& diagnostic : diagnostics.all())
-        if (!quiet || diagnostic.severity == Readers::Severity::error)
+void print(const Base::Diagnostics& diagnostics, bool quiet) {
+    for (const Base::Diagnostic& diagnostic : diagnostics.all())
+        if (!quiet || diagnostic.severity == Base::Severity::error)
             say(toString(diagnostic));
 }
 
@@ -115,7 +116,7 @@ ExitStatus analyzeOrRefuse(const Options& options) {
     session.limits.giveUp = endBadScript;
     try {
         return analyze(options, session);
-    } catch (const Readers::BadInput& bad) {
+    } catch (const Base::BadInput& bad) {
         print(session.diagnostics, options.quiet);
         say(bad.what());
         return badInput;
@@ -125,7 +126,7 @@ ExitStatus analyzeOrRefuse(const Options& options) {
     } catch (const OverwritesInput& refused) {
         say(Base::printable(refused.what()));
         return badInput;
-    } catch (const Interrupted&) {
+    } catch (const Base::Interrupted&) {
         std::cerr << "vorlen: interrupted\n";
         return interrupted;
     }

@@ -2,7 +2,7 @@
 // failures.
 #pragma once
 
-#include "Options.h"
+#include "cli/Options.h"
 
 namespace Cli {
 

@@ -1,12 +1,12 @@
 // Signals, no memory, and the end in the middle of a script.
-#include "Ending.h"
+#include "cli/Ending.h"
 
-#include "../base/Characters.h"
-#include "../readers/sdc/Watch.h"
-#include "Options.h"
-#include "Output.h"
-#include "Progress.h"
-#include "SignalsHeld.h"
+#include "base/Characters.h"
+#include "cli/Options.h"
+#include "cli/Output.h"
+#include "cli/Progress.h"
+#include "cli/SignalsHeld.h"
+#include "readers/sdc/Watch.h"
 
 #include <array>
 #include <atomic>

@@ -4,7 +4,7 @@
 // An output file that was begun is removed, and so is the progress line; nothing else is put away.
 #pragma once
 
-#include "Options.h"
+#include "cli/Options.h"
 
 #include <functional>
 #include <string_view>

@@ -1,8 +1,8 @@
 // The command line: options, their checks, help.
-#include "Options.h"
+#include "cli/Options.h"
 
-#include "../base/Characters.h"
-#include "Output.h"
+#include "base/Characters.h"
+#include "cli/Output.h"
 
 #include <CLI/CLI.hpp>
 

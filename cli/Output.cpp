@@ -1,7 +1,7 @@
 // Output files: where they are written, and how they come to their place.
-#include "Output.h"
+#include "cli/Output.h"
 
-#include "SignalsHeld.h"
+#include "cli/SignalsHeld.h"
 
 #include <array>
 #include <atomic>

@@ -1,8 +1,8 @@
 // The progress line: when it is drawn, and that it fits one line.
-#include "Progress.h"
+#include "cli/Progress.h"
 
-#include "../base/Characters.h"
-#include "Terminal.h"
+#include "base/Characters.h"
+#include "cli/Terminal.h"
 
 #include <algorithm>
 #include <atomic>

@@ -1,16 +1,17 @@
 // The stages of a run, in order.
-#include "Session.h"
+#include "cli/Session.h"
 
-#include "../readers/Source.h"
-#include "../readers/design/Annotate.h"
-#include "../readers/model/RoundedTimes.h"
-#include "../readers/netlist/Read.h"
-#include "../readers/sdc/Reader.h"
-#include "../readers/sdf/Parser.h"
-#include "Harvest.h"
-#include "OwnPaths.h"
-#include "Roots.h"
-#include "Summary.h"
+#include "analysis/Harvest.h"
+#include "analysis/OwnPaths.h"
+#include "analysis/Roots.h"
+#include "analysis/Summary.h"
+#include "base/Source.h"
+#include "base/Stopping.h"
+#include "model/RoundedTimes.h"
+#include "readers/netlist/Read.h"
+#include "readers/sdc/Reader.h"
+#include "readers/sdf/Annotate.h"
+#include "readers/sdf/Parser.h"
 
 #include "Vorlen/Tool.h"
 
@@ -23,12 +24,10 @@
 
 namespace Cli {
 
-using Readers::Design;
-using Readers::none;
+using Base::none;
 
 namespace {
 
-std::atomic<bool> stopRequested = false;
 std::atomic<Pelko::Application*> running = nullptr;
 static_assert(std::atomic<Pelko::Application*>::is_always_lock_free);
 
@@ -80,23 +79,22 @@ private:
     Session& session_;
     const Options& options_;
     Report::Report report_;
-    std::optional<Readers::Netlist> netlist_;
-    Design design_;
-    Readers::Rounding rounding_;
-    Readers::Sdc::Constraints constraints_;
-    std::unique_ptr<Readers::Model::Network> network_;
-    std::unique_ptr<Readers::Model::Clocks> clocks_;
-    std::unique_ptr<Readers::Model::Exceptions> exceptions_;
-    std::unique_ptr<Readers::Model::TimingModel> model_;
-    std::unique_ptr<Harvest> harvest_;
+    std::optional<Design::Netlist> netlist_;
+    Design::RoutedDesign design_;
+    Base::Rounding rounding_;
+    Design::Constraints constraints_;
+    std::unique_ptr<Model::Network> network_;
+    std::unique_ptr<Model::Clocks> clocks_;
+    std::unique_ptr<Exceptions::Exceptions> exceptions_;
+    std::unique_ptr<Model::TimingModel> model_;
+    std::unique_ptr<Analysis::Harvest> harvest_;
     std::string_view stage_;
     std::chrono::steady_clock::time_point started_;
 };
 
 void Run::begin(std::string_view stage) {
     finish();
-    if (stopRequested)
-        throw Interrupted();
+    Base::throwIfStopped();
     stage_ = stage;
     started_ = std::chrono::steady_clock::now();
     session_.onStage(stage);
@@ -113,14 +111,14 @@ void Run::readNetlist() {
     if (!options_.netlist)
         return;
     begin("reading the netlist");
-    Readers::Source source(*options_.netlist);
+    Base::Source source(*options_.netlist);
     netlist_ = Readers::readNetlist(source, options_.top.value_or(""), session_.diagnostics);
     report_.inputs.push_back({source.path(), "netlist", source.sha256()});
 }
 
 void Run::readSdf() {
     begin("reading the delays");
-    Readers::Source source(options_.sdf);
+    Base::Source source(options_.sdf);
     Readers::Annotator annotator(design_, netlist_ ? &*netlist_ : nullptr,
                                  {cornerOf(options_.delays), options_.scale}, source.path(),
                                  session_.diagnostics);
@@ -142,7 +140,7 @@ void Run::readConstraints() {
         return Readers::Sdc::Reader(design_, session_.diagnostics, session_.limits);
     }();
     for (const std::string& path : options_.sdc) {
-        Readers::Source source(path);
+        Base::Source source(path);
         reader.read(source);
     }
     constraints_ = reader.take();
@@ -151,31 +149,30 @@ void Run::readConstraints() {
     for (std::size_t file = 0; file < constraints_.files.size(); ++file)
         report_.inputs.push_back({constraints_.files[file], "sdc", constraints_.fileHashes[file]});
     report_.constraintsUnmatched = constraints_.unmatched;
-    Readers::Model::lookAtTimes(constraints_, options_.scale, rounding_);
+    Model::lookAtTimes(constraints_, options_.scale, rounding_);
 }
 
 void Run::build() {
     begin("building the timing graph");
     rounding_.report(options_.scale, session_.diagnostics);
     if (options_.sdc.empty())
-        constraints_ = clocksAtRoots(design_, session_.diagnostics);
+        constraints_ = Analysis::clocksAtRoots(design_, session_.diagnostics);
     std::vector<std::uint32_t> sources;
-    for (const Readers::Sdc::Clock& clock : constraints_.clocks)
+    for (const Design::Clock& clock : constraints_.clocks)
         if (!clock.removed)
             sources.insert(sources.end(), clock.targets.begin(), clock.targets.end());
-    Readers::Diagnostics& diagnostics = session_.diagnostics;
+    Base::Diagnostics& diagnostics = session_.diagnostics;
     const bool propagated = options_.clocks == ClockDefault::propagated;
-    network_ = std::make_unique<Readers::Model::Network>(design_, constraints_, sources, diagnostics,
-                                                         session_.loopLimits);
-    clocks_ = std::make_unique<Readers::Model::Clocks>(
-        design_, *network_, constraints_, Readers::Model::ClockOptions{propagated, options_.scale},
-        diagnostics);
-    exceptions_ = std::make_unique<Readers::Model::Exceptions>(design_, *network_, *clocks_, constraints_,
-                                                               options_.scale, diagnostics);
-    model_ = std::make_unique<Readers::Model::TimingModel>(
-        design_, *network_, *clocks_, constraints_, exceptions_->timedPorts(), options_.scale, diagnostics);
+    network_ =
+        std::make_unique<Model::Network>(design_, constraints_, sources, diagnostics, session_.loopLimits);
+    clocks_ = std::make_unique<Model::Clocks>(design_, *network_, constraints_,
+                                              Model::ClockOptions{propagated, options_.scale}, diagnostics);
+    exceptions_ = std::make_unique<Exceptions::Exceptions>(design_, *network_, *clocks_, constraints_,
+                                                           options_.scale, diagnostics);
+    model_ = std::make_unique<Model::TimingModel>(design_, *network_, *clocks_, constraints_,
+                                                  exceptions_->timedPorts(), options_.scale, diagnostics);
     exceptions_->makeClasses(*model_);
-    warnOfUnclocked(design_, *network_, *model_, diagnostics);
+    Analysis::warnOfUnclocked(design_, *network_, *model_, diagnostics);
 }
 
 // The engine's tool, and what is set for its launches. All of it is put back.
@@ -203,8 +200,7 @@ public:
         running = application_;
         const bool completed = tool_->launch();
         running = nullptr;
-        if (stopRequested)
-            throw Interrupted();
+        Base::throwIfStopped();
         if (!completed)
             throw std::logic_error("the analysis was given up: " + lastError_);
     }
@@ -241,9 +237,10 @@ void Run::launch() {
                                                                       : Pelko::AnalysisMode::Exhaustive);
     Pelko::Analyzer::_muted = !options_.verbose;
     Ruvex::console.setOutput(nullptr);
-    harvest_ = std::make_unique<Harvest>(
+    harvest_ = std::make_unique<Analysis::Harvest>(
         design_, *network_, *clocks_, constraints_, *model_, *exceptions_,
-        HarvestOptions{options_.paths, options_.perEndpoint, options_.setupPaths, options_.holdPaths});
+        Analysis::HarvestOptions{options_.paths, options_.perEndpoint, options_.setupPaths,
+                                 options_.holdPaths});
     Engine engine(model_->host().getApplication(), [this](const Ruvex::Console::Message& message) {
         if (options_.verbose)
             session_.onEngineMessage(message);
@@ -255,7 +252,7 @@ void Run::launch() {
     std::vector<Pelko::Pole*> roots;
     for (std::uint32_t clock = 0; clock < clocks_->size(); ++clock)
         roots.push_back(model_->root(clock));
-    achieveApart(roots, [&engine] { engine.launch(); });
+    Analysis::achieveApart(roots, [&engine] { engine.launch(); });
 }
 
 // The first pairs one by one.
@@ -269,10 +266,9 @@ void Run::noteCutOffs() {
                                               " more pairs of clocks have no short common period");
             return;
         }
-        const Readers::Model::Clock &a = (*clocks_)[first], &b = (*clocks_)[second];
+        const Model::Clock &a = (*clocks_)[first], &b = (*clocks_)[second];
         session_.diagnostics.note(b.place, "the common period of '" + a.name + "' and '" + b.name +
-                                               "' has more than " +
-                                               std::to_string(Readers::Model::edgeLimit) +
+                                               "' has more than " + std::to_string(Model::edgeLimit) +
                                                " edges of the faster clock: only these are compared");
     }
 }
@@ -281,8 +277,8 @@ void Run::report() {
     begin("reporting");
     noteCutOffs();
     exceptions_->findCut(*model_);
-    fillReport({design_, *network_, *clocks_, constraints_, *model_, *exceptions_, *harvest_},
-               options_.unconstrained, report_);
+    Analysis::fillReport({design_, *network_, *clocks_, constraints_, *model_, *exceptions_, *harvest_},
+                         options_.unconstrained, report_);
     report_.scale = options_.scale;
     report_.diagnostics = session_.diagnostics.all();
 }
@@ -302,13 +298,8 @@ Report::Report Run::run() {
 
 Report::Report Session::run(const Options& options) { return Run(*this, options).run(); }
 
-void throwIfStopped() {
-    if (stopRequested)
-        throw Interrupted();
-}
-
 bool requestStop() noexcept {
-    stopRequested = true;
+    Base::askToStop();
     Pelko::Application* application = running;
     if (application)
         application->requestStop();

@@ -1,10 +1,10 @@
 // One run of the command, from its files to its report: read, launch, harvest.
 #pragma once
 
-#include "../readers/model/Loops.h"
-#include "../readers/sdc/Limits.h"
-#include "../report/Report.h"
-#include "Options.h"
+#include "cli/Options.h"
+#include "model/Loops.h"
+#include "readers/sdc/Limits.h"
+#include "report/Report.h"
 
 #include "Ruvex/Console.h"
 
@@ -13,12 +13,6 @@
 #include <string_view>
 
 namespace Cli {
-
-// The user asked to stop, and the run did.
-class Interrupted : public std::runtime_error {
-public:
-    Interrupted() : std::runtime_error("interrupted") {}
-};
 
 // Where the time of a run goes.
 struct Stage {
@@ -37,22 +31,19 @@ struct Session {
     };
     // For each file of constraints.
     Readers::Sdc::Limits limits;
-    Readers::Model::LoopLimits loopLimits;
+    Model::LoopLimits loopLimits;
     // Diagnostics that were found before a failure.
-    Readers::Diagnostics diagnostics;
+    Base::Diagnostics diagnostics;
     std::vector<Stage> stages;
 
-    // Readers::BadInput: an input that cannot be read. Interrupted. std::logic_error: the engine gave up,
+    // Base::BadInput: an input that cannot be read. Base::Interrupted. std::logic_error: the engine gave up,
     // with its message.
     Report::Report run(const Options& options);
 };
 
-// Asks the run that goes on, if any, to stop, from another thread or a signal handler: it throws Interrupted.
+// Asks the run that goes on, if any, to stop, from another thread or a signal handler: it throws Base::Interrupted.
 // Returns whether it heeds that at once; while it reads or reports, it does so at the next stage. The command
 // itself does not wait for this, and ends its process (Ending.h).
 bool requestStop() noexcept;
-
-// For long loops of a run: throws Interrupted after a request to stop. Costs a load.
-void throwIfStopped();
 
 } // namespace Cli

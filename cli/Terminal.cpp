@@ -1,5 +1,5 @@
 // Terminals: what the system and the environment say of them.
-#include "Terminal.h"
+#include "cli/Terminal.h"
 
 #include <cstdlib>
 #include <string_view>

@@ -1,7 +1,7 @@
 // What a terminal takes: colour, a progress line, how wide it is.
 #pragma once
 
-#include "Options.h"
+#include "cli/Options.h"
 
 #include <cstddef>
 

@@ -1,6 +1,6 @@
 // The command `vorlen`: options in, a report out, and the exit status that says how it went.
-#include "Command.h"
-#include "Ending.h"
+#include "cli/Command.h"
+#include "cli/Ending.h"
 
 #include <iostream>
 #include <sstream>

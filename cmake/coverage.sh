@@ -5,7 +5,7 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 build=$1
-folders=(Vorlen host base readers report cli)
+folders=(Vorlen host base design readers model exceptions analysis report cli)
 
 filters=()
 for folder in "${folders[@]}"; do

@@ -1,9 +1,9 @@
 // The JSON report, key by key in the order of the document.
-#include "Json.h"
+#include "report/Json.h"
 
-#include "../readers/Decimal.h"
-#include "JsonWriter.h"
-#include "Numbers.h"
+#include "base/Decimal.h"
+#include "report/JsonWriter.h"
+#include "report/Numbers.h"
 
 #include <fmt/format.h>
 
@@ -248,7 +248,7 @@ private:
         count("line", exception.line);
         text("kind", exception.kind);
         json_.key("value");
-        const auto decimal = Readers::Decimal::parse(exception.value);
+        const auto decimal = Base::Decimal::parse(exception.value);
         if (decimal && exception.kind != "path_group")
             json_.number(decimal->toString());
         else
@@ -309,9 +309,9 @@ private:
 
     void diagnostics() {
         json_.key("diagnostics").beginArray(block);
-        for (const Readers::Diagnostic& diagnostic : report_.diagnostics) {
+        for (const Base::Diagnostic& diagnostic : report_.diagnostics) {
             json_.beginObject();
-            text("severity", Readers::toString(diagnostic.severity));
+            text("severity", Base::toString(diagnostic.severity));
             textOrNull("file", diagnostic.place.file);
             place("line", diagnostic.place.line);
             place("column", diagnostic.place.column);

@@ -4,7 +4,7 @@
 // gives the same bytes. Whether the stream took them is for the caller to ask.
 #pragma once
 
-#include "Report.h"
+#include "report/Report.h"
 
 #include <iosfwd>
 

@@ -1,7 +1,7 @@
 // JSON text: structure, and strings.
-#include "JsonWriter.h"
+#include "report/JsonWriter.h"
 
-#include "../base/Characters.h"
+#include "base/Characters.h"
 
 #include <cstdint>
 #include <iterator>

@@ -1,5 +1,5 @@
 // Times as text: exact decimals, three digits, and the frequency of a period.
-#include "Numbers.h"
+#include "report/Numbers.h"
 
 #include <fmt/format.h>
 

@@ -3,7 +3,7 @@
 // REQUIRES of every function: scale is from -15 (femtoseconds) to -12 (picoseconds).
 #pragma once
 
-#include "Report.h"
+#include "report/Report.h"
 
 #include <string>
 

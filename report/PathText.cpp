@@ -4,9 +4,9 @@
 // path rounded to ps, but for the required time: it is the shown arrival plus (setup) or minus (hold) the
 // shown slack. That differs from its own rounding by at most 1 ps, and only where the run's unit is finer
 // than that.
-#include "Numbers.h"
-#include "Table.h"
-#include "Text.h"
+#include "report/Numbers.h"
+#include "report/Table.h"
+#include "report/Text.h"
 
 #include <fmt/format.h>
 

@@ -1,5 +1,5 @@
 // What a report says as a whole.
-#include "Report.h"
+#include "report/Report.h"
 
 #include <algorithm>
 

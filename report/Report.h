@@ -4,7 +4,7 @@
 // slack or a time that does not exist is nothing.
 #pragma once
 
-#include "../readers/Diagnostics.h"
+#include "base/Diagnostics.h"
 
 #include <cstdint>
 #include <optional>
@@ -129,7 +129,7 @@ struct Report {
     std::vector<PulseCheck> pulseChecks;
     std::vector<ExceptionUse> exceptions;
     std::uint64_t arcs = 0, arcsWithoutDelay = 0, constraintsUnmatched = 0;
-    std::vector<Readers::Diagnostic> diagnostics;
+    std::vector<Base::Diagnostic> diagnostics;
 
     // Setup, hold or a pulse check fails.
     bool isViolated() const;

@@ -1,5 +1,5 @@
 // Columns, colours, and names that a terminal can show.
-#include "Table.h"
+#include "report/Table.h"
 
 #include <fmt/format.h>
 

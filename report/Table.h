@@ -4,7 +4,7 @@
 // Control characters in names are shown as \xNN: a report cannot steer a terminal.
 #pragma once
 
-#include "../base/Characters.h"
+#include "base/Characters.h"
 
 #include <concepts>
 #include <cstddef>

@@ -1,8 +1,8 @@
 // The text report: its tables and the order of its sections.
-#include "Text.h"
+#include "report/Text.h"
 
-#include "Numbers.h"
-#include "Table.h"
+#include "report/Numbers.h"
+#include "report/Table.h"
 
 #include <fmt/format.h>
 

@@ -4,7 +4,7 @@
 // that is shown adds up, and a violation never looks met: docs/command.md says how.
 #pragma once
 
-#include "Report.h"
+#include "report/Report.h"
 
 #include <cstddef>
 #include <iosfwd>

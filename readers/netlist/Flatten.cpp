@@ -4,9 +4,9 @@
 // entry 0 is the constant. A child's net that is connected takes its parent's entry, so that entries are
 // merged only where one module joins several of its ports. The result is measured before it is made: the time
 // is linear in it, and a small file cannot ask for more than the limits below.
-#include "Flatten.h"
+#include "readers/netlist/Flatten.h"
 
-#include "Hierarchy.h"
+#include "readers/netlist/Hierarchy.h"
 
 #include <algorithm>
 #include <unordered_map>
@@ -19,11 +19,11 @@ constexpr std::size_t mostClashes = 10; // of which each is told
 
 class Flattener {
 public:
-    Flattener(Modules& modules, const Hierarchy& hierarchy, Diagnostics& diagnostics)
+    Flattener(Modules& modules, const Hierarchy& hierarchy, Base::Diagnostics& diagnostics)
         : modules_(modules), names_(modules.names), hierarchy_(hierarchy), diagnostics_(diagnostics),
           portTables_(modules.all.size()) {}
 
-    Netlist run(std::uint32_t top);
+    Design::Netlist run(std::uint32_t top);
 
 private:
     // An instance that is being walked.
@@ -35,7 +35,7 @@ private:
     };
     // The outermost module knows a net best; there the shortest name counts, and of those the first.
     struct NetName {
-        Name name = noName;
+        Base::Name name = noName;
         bool generated = false;
         std::uint32_t depth = 0;
     };
@@ -67,13 +67,13 @@ private:
     void addPorts(const Frame& frame);
     void addCell(const Frame& frame, const Module::Cell& cell, std::uint32_t type);
     void addPins(const Frame& frame, const Module::Connection& connection, const Module::Port* port);
-    void addPin(Name name, Direction direction, const Numbering& numbering, std::size_t bit,
+    void addPin(Base::Name name, Design::Direction direction, const Numbering& numbering, std::size_t bit,
                 std::uint32_t net);
 
     template <class Action>
     void tryTo(Action action);
-    Name full(Name name);
-    Place place(const Module::Cell& cell) const { return {modules_.file, cell.line, cell.column}; }
+    Base::Name full(Base::Name name);
+    Base::Place place(const Module::Cell& cell) const { return {modules_.file, cell.line, cell.column}; }
     std::uint32_t findPort(std::uint32_t type, const Module::Cell& cell, const Module::Connection& connection,
                            std::uint32_t position);
     void checkWidth(const Module::Cell& cell, const Module::Connection& connection, const Module::Port& port);
@@ -88,20 +88,20 @@ private:
     void tellInversions();
 
     Modules& modules_;
-    Names& names_;
+    Base::Names& names_;
     const Hierarchy& hierarchy_;
-    Diagnostics& diagnostics_;
-    Netlist result_;
+    Base::Diagnostics& diagnostics_;
+    Design::Netlist result_;
     std::vector<std::uint32_t> parents_;
     std::vector<NetName> best_; // of a root: its best name so far
     std::vector<PortTable> portTables_;
     std::string path_; // of the instance at hand, with a '/' behind
-    ErrorList errors_;
-    std::vector<Diagnostic> errorsOfCells_; // each once, however often its module is instantiated
+    Base::ErrorList errors_;
+    std::vector<Base::Diagnostic> errorsOfCells_; // each once, however often its module is instantiated
     // Connections of inverted nets: to pins of cells, and to ports of modules, where the inversion is lost.
     std::uint64_t lostInversions_ = 0;
     std::string firstLost_, firstInverted_;
-    Place firstLostPlace_, firstInvertedPlace_;
+    Base::Place firstLostPlace_, firstInvertedPlace_;
     std::string scratch_;
 };
 
@@ -139,7 +139,7 @@ void Flattener::offer(std::uint32_t entry, const Module::Net& net, std::size_t d
         best = offered;
 }
 
-Name Flattener::full(Name name) {
+Base::Name Flattener::full(Base::Name name) {
     if (path_.empty())
         return name;
     scratch_.assign(path_).append(names_[name]);
@@ -148,7 +148,7 @@ Name Flattener::full(Name name) {
 
 // --- The walk -----------------------------------------------------------------------------------------------------
 
-Netlist Flattener::run(std::uint32_t top) {
+Design::Netlist Flattener::run(std::uint32_t top) {
     result_.top = modules_.nameOf(modules_.all[top]);
     const HierarchySize size = hierarchy_.sizeOf(top);
     tellBehaviour();
@@ -169,7 +169,7 @@ Netlist Flattener::run(std::uint32_t top) {
 
 void Flattener::walk(std::uint32_t top) {
     std::vector<Frame> frames;
-    frames.push_back({top, 0, 0, std::vector<std::uint32_t>(modules_.all[top].nets.size(), none)});
+    frames.push_back({top, 0, 0, std::vector<std::uint32_t>(modules_.all[top].nets.size(), Base::none)});
     nameNets(frames.back(), 0);
     addPorts(frames.back());
     while (!frames.empty()) {
@@ -186,7 +186,8 @@ void Flattener::walk(std::uint32_t top) {
             addCell(frame, cell, type);
             continue;
         }
-        Frame child{type, 0, path_.size(), std::vector<std::uint32_t>(modules_.all[type].nets.size(), none)};
+        Frame child{type, 0, path_.size(),
+                    std::vector<std::uint32_t>(modules_.all[type].nets.size(), Base::none)};
         for (std::uint32_t i = 0; i < cell.connectionCount; ++i)
             tryTo([&] { bind(frame, cell, module.connections[cell.firstConnection + i], type, i, child); });
         path_.append(names_[cell.name]).append(1, '/');
@@ -200,7 +201,7 @@ template <class Action>
 void Flattener::tryTo(Action action) {
     try {
         action();
-    } catch (const BadInput& error) {
+    } catch (const Base::BadInput& error) {
         if (std::ranges::find(errorsOfCells_, error.diagnostic()) != errorsOfCells_.end())
             return;
         errorsOfCells_.push_back(error.diagnostic());
@@ -223,12 +224,12 @@ void Flattener::bind(const Frame& above, const Module::Cell& cell, const Module:
         }
         const std::uint32_t outer = parent.bits[connection.bits.first + i];
         const std::uint32_t inner = child.bits[port.bits.first + i];
-        if (outer == none || inner == none)
+        if (outer == Base::none || inner == Base::none)
             continue;
         std::uint32_t& entry = frame.nets[inner];
         if (inner == constantNet)
             join(constantNet, above.nets[outer]);
-        else if (entry == none)
+        else if (entry == Base::none)
             entry = above.nets[outer];
         else
             join(entry, above.nets[outer]);
@@ -239,7 +240,7 @@ void Flattener::nameNets(Frame& frame, std::size_t depth) {
     frame.nets[constantNet] = constantNet;
     const std::vector<Module::Net>& nets = modules_.all[frame.module].nets;
     for (std::size_t i = constantNet + 1; i < nets.size(); ++i) {
-        if (frame.nets[i] == none)
+        if (frame.nets[i] == Base::none)
             frame.nets[i] = addEntry();
         offer(frame.nets[i], nets[i], depth);
     }
@@ -249,12 +250,12 @@ void Flattener::addPorts(const Frame& frame) {
     const Module& module = modules_.all[frame.module];
     for (const Module::Port& port : module.ports) {
         if (port.bits.count == 0)
-            result_.ports.push_back({port.name, port.direction, none});
+            result_.ports.push_back({port.name, port.direction, Base::none});
         for (std::uint32_t i = 0; i < port.bits.count; ++i) {
             const std::uint32_t net = module.bits[port.bits.first + i];
             writeBitName(scratch_, names_[port.name], port.numbering, i);
             result_.ports.push_back(
-                {names_.add(scratch_), port.direction, net == none ? none : frame.nets[net]});
+                {names_.add(scratch_), port.direction, net == Base::none ? Base::none : frame.nets[net]});
         }
     }
 }
@@ -267,7 +268,7 @@ void Flattener::addCell(const Frame& frame, const Module::Cell& cell, std::uint3
         tryTo([&] {
             const Module::Connection& connection = module.connections[cell.firstConnection + i];
             const std::uint32_t found = findPort(type, cell, connection, i);
-            const Module::Port* port = found == none ? nullptr : &modules_.all[type].ports[found];
+            const Module::Port* port = found == Base::none ? nullptr : &modules_.all[type].ports[found];
             if (port)
                 checkWidth(cell, connection, *port);
             addPins(frame, connection, port);
@@ -277,7 +278,7 @@ void Flattener::addCell(const Frame& frame, const Module::Cell& cell, std::uint3
                          std::string(names_[result_.pins[result_.invertedPins.front()].name]);
         firstInvertedPlace_ = place(cell);
     }
-    if ((type != none && modules_.all[type].isComputed) ||
+    if ((type != Base::none && modules_.all[type].isComputed) ||
         std::ranges::binary_search(module.expressions,
                                    static_cast<std::uint32_t>(&cell - module.cells.data())))
         result_.expressionCells.push_back(static_cast<std::uint32_t>(result_.cells.size()));
@@ -288,21 +289,22 @@ void Flattener::addCell(const Frame& frame, const Module::Cell& cell, std::uint3
 // A pin is as wide as the port says where there is one, else as what it is connected to.
 void Flattener::addPins(const Frame& frame, const Module::Connection& connection, const Module::Port* port) {
     const BitRange bits = connection.bits;
-    const Name name = port ? port->name : connection.name;
+    const Base::Name name = port ? port->name : connection.name;
     const std::size_t width = std::max(port ? port->bits.count : bits.count, 1U);
     const Numbering numbering = port ? port->numbering : Numbering::positions(width);
-    const Direction direction =
-        port && connection.direction == Direction::unknown ? port->direction : connection.direction;
+    const Design::Direction direction =
+        port && connection.direction == Design::Direction::unknown ? port->direction : connection.direction;
     for (std::uint32_t i = 0; i < width; ++i) {
-        const std::uint32_t net = i < bits.count ? modules_.all[frame.module].bits[bits.first + i] : none;
+        const std::uint32_t net =
+            i < bits.count ? modules_.all[frame.module].bits[bits.first + i] : Base::none;
         if (i < bits.count && modules_.all[frame.module].isInverted(bits.first + i))
             result_.invertedPins.push_back(static_cast<std::uint32_t>(result_.pins.size()));
-        addPin(name, direction, numbering, i, net == none ? none : frame.nets[net]);
+        addPin(name, direction, numbering, i, net == Base::none ? Base::none : frame.nets[net]);
     }
 }
 
-void Flattener::addPin(Name name, Direction direction, const Numbering& numbering, std::size_t bit,
-                       std::uint32_t net) {
+void Flattener::addPin(Base::Name name, Design::Direction direction, const Numbering& numbering,
+                       std::size_t bit, std::uint32_t net) {
     if (numbering.vector) {
         writeBitName(scratch_, names_[name], numbering, bit);
         name = names_.add(scratch_);
@@ -324,26 +326,26 @@ const Flattener::PortTable& Flattener::portsOf(std::uint32_t module) {
 // none for a pin of a cell whose type the file does not define.
 std::uint32_t Flattener::findPort(std::uint32_t type, const Module::Cell& cell,
                                   const Module::Connection& connection, std::uint32_t position) {
-    const auto quoted = [&](Name name) { return "'" + std::string(names_[name]) + "'"; };
+    const auto quoted = [&](Base::Name name) { return "'" + std::string(names_[name]) + "'"; };
     if (connection.name == noName) {
-        if (type == none)
-            throw BadInput(place(cell), "expected connections by name at cell " + quoted(cell.name) +
-                                            ": module " + quoted(cell.type) + " is not defined");
+        if (type == Base::none)
+            throw Base::BadInput(place(cell), "expected connections by name at cell " + quoted(cell.name) +
+                                                  ": module " + quoted(cell.type) + " is not defined");
         if (position >= modules_.all[type].ports.size())
-            throw BadInput(place(cell), "cell " + quoted(cell.name) + " has " +
-                                            std::to_string(cell.connectionCount) + " connections, module " +
-                                            quoted(cell.type) + " has " +
-                                            std::to_string(modules_.all[type].ports.size()) + " ports");
+            throw Base::BadInput(place(cell), "cell " + quoted(cell.name) + " has " +
+                                                  std::to_string(cell.connectionCount) +
+                                                  " connections, module " + quoted(cell.type) + " has " +
+                                                  std::to_string(modules_.all[type].ports.size()) + " ports");
         return position;
     }
-    if (type == none)
-        return none;
+    if (type == Base::none)
+        return Base::none;
     const PortTable& ports = portsOf(type);
     const auto found = ports.find(static_cast<std::uint32_t>(connection.name));
     if (found != ports.end())
         return found->second;
-    throw BadInput(place(cell), "cell " + quoted(cell.name) + " connects " + quoted(connection.name) +
-                                    ", which is not a port of module " + quoted(cell.type));
+    throw Base::BadInput(place(cell), "cell " + quoted(cell.name) + " connects " + quoted(connection.name) +
+                                          ", which is not a port of module " + quoted(cell.type));
 }
 
 void Flattener::checkWidth(const Module::Cell& cell, const Module::Connection& connection,
@@ -360,29 +362,29 @@ void Flattener::checkWidth(const Module::Cell& cell, const Module::Connection& c
 
 // Roots become nets, in the order of the entries.
 void Flattener::numberNets() {
-    std::vector<std::uint32_t> numbers(parents_.size(), none);
+    std::vector<std::uint32_t> numbers(parents_.size(), Base::none);
     for (std::uint32_t entry = constantNet + 1; entry < parents_.size(); ++entry)
         if (parents_[entry] == entry) {
             numbers[entry] = static_cast<std::uint32_t>(result_.nets.size());
             result_.nets.push_back(best_[entry].name);
         }
     const auto number = [&](auto& item) {
-        if (item.net != none)
+        if (item.net != Base::none)
             item.net = numbers[root(item.net)];
     };
     std::for_each(result_.ports.begin(), result_.ports.end(), number);
     std::for_each(result_.pins.begin(), result_.pins.end(), number);
 }
 
-Name nameOf(Name net) { return net; }
+Base::Name nameOf(Base::Name net) { return net; }
 template <class Item>
-Name nameOf(const Item& item) {
+Base::Name nameOf(const Item& item) {
     return item.name;
 }
 
 template <class Items>
 void Flattener::tellClashes(const Items& items, const char* what) {
-    NameTable known;
+    Base::NameTable known;
     std::size_t clashes = 0;
     for (const auto& item : items)
         if (!known.add(nameOf(item), 0) && ++clashes <= mostClashes)
@@ -429,7 +431,7 @@ void Flattener::tellInversions() {
 
 } // namespace
 
-Netlist flatten(Modules modules, const std::string& top, Diagnostics& diagnostics) {
+Design::Netlist flatten(Modules modules, const std::string& top, Base::Diagnostics& diagnostics) {
     const std::uint32_t root = modules.findTop(top);
     const Hierarchy hierarchy(modules, root);
     return Flattener(modules, hierarchy, diagnostics).run(root);

@@ -1,5 +1,5 @@
 // A walk over the modules that the top needs, each once, with a stack of its own.
-#include "Hierarchy.h"
+#include "readers/netlist/Hierarchy.h"
 
 #include <algorithm>
 #include <limits>
@@ -58,7 +58,7 @@ void Hierarchy::measure(std::uint32_t top) {
         Frame& frame = frames.back();
         const Module& module = modules_.all[frame.module];
         if (frame.cell == module.cells.size()) {
-            if (tooLarge_ == none && sizes_[frame.module].bytes() > HierarchySize::mostBytes)
+            if (tooLarge_ == Base::none && sizes_[frame.module].bytes() > HierarchySize::mostBytes)
                 tooLarge_ = frame.module; // the first from the leaves up, which is the one to name
             states_[frame.module] = State::known;
             frames.pop_back();
@@ -96,7 +96,7 @@ void Hierarchy::add(HierarchySize& size, const Module& module, const Module::Cel
     if (isLeaf(type)) {
         for (std::uint32_t i = 0; i < cell.connectionCount; ++i)
             addUp(size.pins, std::max(module.connections[cell.firstConnection + i].bits.count, 1U));
-        if (type != none)
+        if (type != Base::none)
             addUp(size.pins, modules_.all[type].bits.size());
         return;
     }
@@ -122,16 +122,16 @@ void Hierarchy::failAtCycle(const std::vector<Frame>& frames, std::uint32_t agai
     if (count > mostOfCycle)
         way += "... -> ";
     const Module::Cell& cell = modules_.all[frames.back().module].cells[frames.back().cell];
-    throw BadInput({modules_.file, cell.line, cell.column},
-                   "a module instantiates itself: " + way + "'" +
-                       std::string(modules_.nameOf(modules_.all[again])) + "'");
+    throw Base::BadInput({modules_.file, cell.line, cell.column},
+                         "a module instantiates itself: " + way + "'" +
+                             std::string(modules_.nameOf(modules_.all[again])) + "'");
 }
 
 void Hierarchy::checkLimits(std::uint32_t top) const {
     if (sizes_[top].levels > mostLevels)
         modules_.fail("the hierarchy has " + std::to_string(sizes_[top].levels) + " levels, more than " +
                       std::to_string(mostLevels));
-    if (tooLarge_ == none)
+    if (tooLarge_ == Base::none)
         return;
     const HierarchySize& size = sizes_[tooLarge_];
     modules_.fail("module '" + std::string(modules_.nameOf(modules_.all[tooLarge_])) +

@@ -1,7 +1,7 @@
 // What instantiates what, and how large it all becomes when it is flattened.
 #pragma once
 
-#include "Modules.h"
+#include "readers/netlist/Modules.h"
 
 #include <cstdint>
 #include <vector>
@@ -30,7 +30,7 @@ public:
 
     // The module that a cell is an instance of; none where the file does not define it.
     std::uint32_t typeOf(const Module::Cell& cell) const { return byName_.find(cell.type); }
-    bool isLeaf(std::uint32_t module) const { return module == none || leaves_[module]; }
+    bool isLeaf(std::uint32_t module) const { return module == Base::none || leaves_[module]; }
     HierarchySize sizeOf(std::uint32_t module) const { return sizes_[module]; }
     // Whether the top needs what is in the module.
     bool isNeeded(std::uint32_t module) const { return states_[module] == State::known; }
@@ -50,11 +50,11 @@ private:
     void checkLimits(std::uint32_t top) const;
 
     const Modules& modules_;
-    NameTable byName_;
+    Base::NameTable byName_;
     std::vector<bool> leaves_;
     std::vector<State> states_;
     std::vector<HierarchySize> sizes_;
-    std::uint32_t tooLarge_ = none;
+    std::uint32_t tooLarge_ = Base::none;
 };
 
 } // namespace Readers

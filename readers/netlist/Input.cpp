@@ -1,5 +1,5 @@
 // The bytes that were looked at are given first, then those of the source.
-#include "Input.h"
+#include "readers/netlist/Input.h"
 
 #include <algorithm>
 

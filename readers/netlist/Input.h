@@ -1,7 +1,7 @@
 // A netlist's bytes, whose beginning can be looked at before a reader for them is chosen.
 #pragma once
 
-#include "../Source.h"
+#include "base/Source.h"
 
 #include <optional>
 #include <string>
@@ -10,7 +10,7 @@ namespace Readers {
 
 class Input {
 public:
-    explicit Input(Source& source) : source_(source) {}
+    explicit Input(Base::Source& source) : source_(source) {}
 
     const std::string& path() const { return source_.path(); }
 
@@ -21,7 +21,7 @@ public:
     std::size_t read(char* buffer, std::size_t size);
 
 private:
-    Source& source_;
+    Base::Source& source_;
     std::string pending_; // looked at, not yet read
     std::size_t taken_ = 0;
 };

@@ -3,12 +3,12 @@
 // What the reader does not use (parameters, attributes, routing) passes by without being kept, so memory is
 // that of the modules and of the longest text. The way to where the parser stands is a stack of slots, each
 // of which says what may stand there; it is as deep as the format, whatever the nesting of the file.
-#include "Json.h"
+#include "readers/netlist/Json.h"
 
-#include "Flatten.h"
-#include "JsonModules.h"
-#include "JsonSlots.h"
-#include "JsonText.h"
+#include "readers/netlist/Flatten.h"
+#include "readers/netlist/JsonModules.h"
+#include "readers/netlist/JsonSlots.h"
+#include "readers/netlist/JsonText.h"
 
 #include <nlohmann/json.hpp>
 
@@ -48,7 +48,7 @@ public:
     bool parse_error(std::size_t, const std::string&, const std::exception& error);
 
     bool hasModules() const { return hasModules_; }
-    const ErrorList& errors() const { return errors_; }
+    const Base::ErrorList& errors() const { return errors_; }
 
 private:
     Slot memberOf(Slot in, const std::string& key);
@@ -67,17 +67,17 @@ private:
     void finish(Slot slot);
     void startItem(const std::string& name);
     void requireBits() const;
-    Direction direction(const Scalar& value);
+    Design::Direction direction(const Scalar& value);
     std::int64_t integer(const Scalar& value);
     bool flag(const Scalar& value);
     std::uint32_t bit(const Scalar& value);
 
     std::string describe(Slot slot) const;
     void check(JsonModules::Problem problem, Slot slot);
-    void check(JsonModules::Problem problem, Slot slot, const Place& place) const;
+    void check(JsonModules::Problem problem, Slot slot, const Base::Place& place) const;
     [[noreturn]] void failAtValue(Kind found, std::string_view text = {});
     [[noreturn]] void failAtLimit(const std::string& text) {
-        throw BadInputs({{Severity::error, text_.tokenPlace(), text}});
+        throw Base::BadInputs({{Base::Severity::error, text_.tokenPlace(), text}});
     }
 
     JsonText& text_;
@@ -88,9 +88,9 @@ private:
     std::size_t skipped_ = 0;    // arrays and objects that are open and ignored
     JsonModules::Item item_;     // the port, net or cell at hand
     Slot kind_ = Slot::ignored;  // what it is
-    Name pin_ = noName;
+    Base::Name pin_ = noName;
     std::vector<std::uint32_t> bits_;
-    ErrorList errors_;
+    Base::ErrorList errors_;
     bool isItemBad_ = false; // the item has had its error
 };
 
@@ -100,9 +100,9 @@ bool JsonReader::tryTo(Action action) {
     try {
         action();
         return true;
-    } catch (const BadInputs&) { // there are too many, or too much
+    } catch (const Base::BadInputs&) { // there are too many, or too much
         throw;
-    } catch (const BadInput& error) {
+    } catch (const Base::BadInput& error) {
         errors_.add(error);
         isItemBad_ = true;
         return false;
@@ -250,8 +250,8 @@ void JsonReader::finish(Slot slot) {
         break;
     case Slot::port:
         requireBits();
-        if (item_.direction == Direction::unknown)
-            throw BadInput(item_.place, describe(slot) + ": expected a direction");
+        if (item_.direction == Design::Direction::unknown)
+            throw Base::BadInput(item_.place, describe(slot) + ": expected a direction");
         check(modules_.addPort(item_, bits_), slot, item_.place);
         break;
     case Slot::net:
@@ -260,7 +260,7 @@ void JsonReader::finish(Slot slot) {
         break;
     case Slot::cell:
         if (item_.type == noName)
-            throw BadInput(item_.place, describe(slot) + ": expected a type");
+            throw Base::BadInput(item_.place, describe(slot) + ": expected a type");
         modules_.finishCell(item_);
         break;
     case Slot::bits:
@@ -284,16 +284,16 @@ void JsonReader::startItem(const std::string& name) {
 
 void JsonReader::requireBits() const {
     if (!item_.hasBits)
-        throw BadInput(item_.place, describe(kind_) + ": expected bits");
+        throw Base::BadInput(item_.place, describe(kind_) + ": expected bits");
 }
 
-Direction JsonReader::direction(const Scalar& value) {
+Design::Direction JsonReader::direction(const Scalar& value) {
     if (value.kind == Kind::string && value.text == "input")
-        return Direction::input;
+        return Design::Direction::input;
     if (value.kind == Kind::string && value.text == "output")
-        return Direction::output;
+        return Design::Direction::output;
     if (value.kind == Kind::string && value.text == "inout")
-        return Direction::inout;
+        return Design::Direction::inout;
     failAtValue(value.kind, value.text);
 }
 
@@ -318,7 +318,7 @@ std::uint32_t JsonReader::bit(const Scalar& value) {
     if (value.kind == Kind::string && (value.text == "0" || value.text == "1"))
         return constantNet;
     if (value.kind == Kind::string && (value.text == "x" || value.text == "z"))
-        return none;
+        return Base::none;
     failAtValue(value.kind, value.text);
 }
 
@@ -326,7 +326,7 @@ std::uint32_t JsonReader::bit(const Scalar& value) {
 
 // "bits of port 'a'".
 std::string JsonReader::describe(Slot slot) const {
-    const auto quoted = [&](Name name) { return " '" + std::string(modules_.text(name)) + "'"; };
+    const auto quoted = [&](Base::Name name) { return " '" + std::string(modules_.text(name)) + "'"; };
     const auto item = [&] {
         const char* kind = kind_ == Slot::cell ? "cell" : kind_ == Slot::port ? "port" : "net";
         return kind + quoted(item_.name);
@@ -375,9 +375,9 @@ void JsonReader::check(JsonModules::Problem problem, Slot slot) {
         check(problem, slot, text_.tokenPlace());
 }
 
-void JsonReader::check(JsonModules::Problem problem, Slot slot, const Place& place) const {
+void JsonReader::check(JsonModules::Problem problem, Slot slot, const Base::Place& place) const {
     if (!problem.empty())
-        throw BadInput(place, describe(slot) + " " + std::string(problem));
+        throw Base::BadInput(place, describe(slot) + " " + std::string(problem));
 }
 
 void JsonReader::failAtValue(Kind found, std::string_view text) {
@@ -385,8 +385,8 @@ void JsonReader::failAtValue(Kind found, std::string_view text) {
     std::string name = toString(found);
     if (found == Kind::string)
         name = "\"" + std::string(text.substr(0, longest)) + (text.size() > longest ? "..." : "") + "\"";
-    throw BadInput(text_.tokenPlace(),
-                   describe(slot()) + ": expected " + expected(slot()) + ", found " + name);
+    throw Base::BadInput(text_.tokenPlace(),
+                         describe(slot()) + ": expected " + expected(slot()) + ", found " + name);
 }
 
 } // namespace
@@ -398,11 +398,11 @@ Modules readJsonModules(Input& input) {
     nlohmann::json::sax_parse(text.begin(), JsonText::end(), &reader);
     reader.errors().finish();
     if (!reader.hasModules())
-        throw BadInput({input.path(), 0, 0}, "expected an object 'modules'");
+        throw Base::BadInput({input.path(), 0, 0}, "expected an object 'modules'");
     return modules;
 }
 
-Netlist readJson(Source& source, const std::string& top, Diagnostics& diagnostics) {
+Design::Netlist readJson(Base::Source& source, const std::string& top, Base::Diagnostics& diagnostics) {
     Input input(source);
     return flatten(readJsonModules(input), top, diagnostics);
 }

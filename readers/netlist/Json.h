@@ -2,13 +2,13 @@
 // numbers of nets or the constants "0", "1", "x" and "z".
 #pragma once
 
-#include "Input.h"
-#include "Modules.h"
+#include "readers/netlist/Input.h"
+#include "readers/netlist/Modules.h"
 
 namespace Readers {
 
 // One flat netlist of the top module (empty: to be found). Throws BadInput.
-Netlist readJson(Source& source, const std::string& top, Diagnostics& diagnostics);
+Design::Netlist readJson(Base::Source& source, const std::string& top, Base::Diagnostics& diagnostics);
 // The modules alone.
 Modules readJsonModules(Input& input);
 

@@ -1,5 +1,5 @@
 // Bits by their numbers, and names for them.
-#include "JsonModules.h"
+#include "readers/netlist/JsonModules.h"
 
 #include <limits>
 
@@ -24,7 +24,7 @@ bool number(const JsonModules::Item& item, std::size_t count, Numbering& numberi
 } // namespace
 
 JsonModules::Problem JsonModules::startModule(const std::string& name) {
-    const Name added = modules_.names.add(name);
+    const Base::Name added = modules_.names.add(name);
     if (!known_.add(added, 0))
         return isThereTwice;
     modules_.all.emplace_back().name = added;
@@ -68,7 +68,7 @@ JsonModules::Problem JsonModules::addNet(const Item& net, const std::vector<std:
     if (!number(net, bits.size(), numbering))
         return isOutOfRange;
     for (std::size_t i = 0; i < bits.size(); ++i) {
-        if (bits[i] == none || bits[i] == constantNet)
+        if (bits[i] == Base::none || bits[i] == constantNet)
             continue;
         Module::Net& known = module().nets[bits[i]];
         writeBitName(scratch_, modules_.names[net.name], numbering, i);
@@ -78,7 +78,7 @@ JsonModules::Problem JsonModules::addNet(const Item& net, const std::vector<std:
     return {};
 }
 
-JsonModules::Problem JsonModules::startCell(Name name) {
+JsonModules::Problem JsonModules::startCell(Base::Name name) {
     pins_.clear();
     directionByPin_.clear();
     directions_.clear();
@@ -86,16 +86,16 @@ JsonModules::Problem JsonModules::startCell(Name name) {
     return cells_.add(name, 0) ? Problem{} : isThereTwice;
 }
 
-JsonModules::Problem JsonModules::startConnection(Name pin) {
+JsonModules::Problem JsonModules::startConnection(Base::Name pin) {
     return pins_.add(pin, 0) ? Problem{} : isThereTwice;
 }
 
-void JsonModules::addConnection(Name pin, const std::vector<std::uint32_t>& bits) {
+void JsonModules::addConnection(Base::Name pin, const std::vector<std::uint32_t>& bits) {
     bits_ += bits.size();
-    module().connections.push_back({pin, Direction::unknown, module().addBits(bits)});
+    module().connections.push_back({pin, Design::Direction::unknown, module().addBits(bits)});
 }
 
-JsonModules::Problem JsonModules::addDirection(Name pin, Direction direction) {
+JsonModules::Problem JsonModules::addDirection(Base::Name pin, Design::Direction direction) {
     if (!directionByPin_.add(pin, static_cast<std::uint32_t>(directions_.size())))
         return isThereTwice;
     directions_.push_back({pin, direction});
@@ -106,10 +106,10 @@ JsonModules::Problem JsonModules::addDirection(Name pin, Direction direction) {
 void JsonModules::finishCell(const Item& cell) {
     std::vector<Module::Connection>& connections = module().connections;
     for (const PinDirection& known : directions_)
-        if (pins_.find(known.pin) == none)
+        if (pins_.find(known.pin) == Base::none)
             connections.push_back({known.pin, known.direction, {}});
     for (std::size_t i = firstConnection_; i < connections.size(); ++i)
-        if (const std::uint32_t at = directionByPin_.find(connections[i].name); at != none)
+        if (const std::uint32_t at = directionByPin_.find(connections[i].name); at != Base::none)
             connections[i].direction = directions_[at].direction;
     module().cells.push_back({cell.name, cell.type, static_cast<std::uint32_t>(firstConnection_),
                               static_cast<std::uint32_t>(connections.size() - firstConnection_),

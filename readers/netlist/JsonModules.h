@@ -3,7 +3,7 @@
 // The order of a cell's parts does not matter, nor does that of a module's.
 #pragma once
 
-#include "Modules.h"
+#include "readers/netlist/Modules.h"
 
 #include <cstdint>
 #include <string>
@@ -19,13 +19,13 @@ public:
 
     // A port, a net or a cell, with what is known of it.
     struct Item {
-        Name name = noName;
-        Name type = noName;                       // of a cell
-        Direction direction = Direction::unknown; // of a port
+        Base::Name name = noName;
+        Base::Name type = noName;                                 // of a cell
+        Design::Direction direction = Design::Direction::unknown; // of a port
         bool hasBits = false;
         bool upto = false;       // the most significant bit has the lowest number
         std::int64_t offset = 0; // the lowest number
-        Place place = {};
+        Base::Place place = {};
     };
     // What is wrong with a part; empty where nothing is.
     using Problem = std::string_view;
@@ -36,33 +36,33 @@ public:
     bool isFull() const { return nets_ + numbers_.size() > mostNets || bits_ > mostBits; }
     Problem addPort(const Item& port, const std::vector<std::uint32_t>& bits);
     Problem addNet(const Item& net, const std::vector<std::uint32_t>& bits);
-    Problem startCell(Name name);
+    Problem startCell(Base::Name name);
     void finishCell(const Item& cell);
     // Of the cell at hand.
-    Problem startConnection(Name pin);
-    void addConnection(Name pin, const std::vector<std::uint32_t>& bits);
-    Problem addDirection(Name pin, Direction direction);
+    Problem startConnection(Base::Name pin);
+    void addConnection(Base::Name pin, const std::vector<std::uint32_t>& bits);
+    Problem addDirection(Base::Name pin, Design::Direction direction);
 
     Module& module() { return modules_.all.back(); }
-    Name moduleName() const { return modules_.all.back().name; }
-    std::string_view text(Name name) const { return modules_.names[name]; }
-    Name name(std::string_view text) { return modules_.names.add(text); }
+    Base::Name moduleName() const { return modules_.all.back().name; }
+    std::string_view text(Base::Name name) const { return modules_.names[name]; }
+    Base::Name name(std::string_view text) { return modules_.names.add(text); }
     // The module's net that has the number in the file.
     std::uint32_t netOf(std::uint64_t number);
 
 private:
     struct PinDirection {
-        Name pin;
-        Direction direction;
+        Base::Name pin;
+        Design::Direction direction;
     };
 
     Modules& modules_;
-    NameTable known_, cells_, ports_, pins_;
+    Base::NameTable known_, cells_, ports_, pins_;
     using NumberMap = std::unordered_map<std::uint64_t, std::uint32_t>;
     NumberMap netByNumber_;
     std::vector<std::uint64_t> numbers_;   // of the module's nets
     std::vector<PinDirection> directions_; // of the cell's pins
-    NameTable directionByPin_;
+    Base::NameTable directionByPin_;
     std::size_t firstConnection_ = 0; // of the cell
     std::string scratch_;
     std::size_t nets_ = 0, bits_ = 0; // of the modules before; of all

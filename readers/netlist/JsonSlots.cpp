@@ -1,5 +1,5 @@
 // The shape of a JSON netlist, as tables.
-#include "JsonSlots.h"
+#include "readers/netlist/JsonSlots.h"
 
 #include <array>
 

@@ -1,5 +1,5 @@
 // Blocks of a JSON text.
-#include "JsonText.h"
+#include "readers/netlist/JsonText.h"
 
 #include <algorithm>
 #include <cstring>
@@ -24,8 +24,8 @@ bool JsonText::refill() {
         const char* from = wasBegun ? block_.data() : mark_;
         tokenBytes_ = (wasBegun ? tokenBytes_ : 0) + static_cast<std::size_t>(end_ - from);
         if (tokenBytes_ > longestToken)
-            throw BadInputs({{Severity::error, *begin_,
-                              "a text of more than " + std::to_string(longestToken) + " bytes"}});
+            throw Base::BadInputs({{Base::Severity::error, *begin_,
+                                    "a text of more than " + std::to_string(longestToken) + " bytes"}});
         isSkipped = isIgnored_ && firstByte_ == '"' && isInPlainText(from);
     }
     if (!readBlock())
@@ -74,7 +74,7 @@ void JsonText::skipString() {
     } while (readBlock());
 }
 
-Place JsonText::tokenPlace() {
+Base::Place JsonText::tokenPlace() {
     findBegin();
     return begin_ ? *begin_ : placeOf(next_);
 }
@@ -90,7 +90,7 @@ void JsonText::findBegin() {
 }
 
 // Places are asked for in the order of the text.
-Place JsonText::placeOf(const char* at) {
+Base::Place JsonText::placeOf(const char* at) {
     while (const void* newline = std::memchr(counted_, '\n', static_cast<std::size_t>(at - counted_))) {
         counted_ = lineBegin_ = static_cast<const char*>(newline) + 1;
         columnsBefore_ = 0;

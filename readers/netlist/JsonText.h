@@ -9,8 +9,8 @@
 // whatever the text is. Any other token may have 16 MB.
 #pragma once
 
-#include "../Diagnostics.h"
-#include "Input.h"
+#include "base/Diagnostics.h"
+#include "readers/netlist/Input.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -58,7 +58,7 @@ public:
         isIgnored_ = isIgnored;
     }
     // Where the token at hand begins, the one behind the mark. At the end of the text, where that is.
-    Place tokenPlace();
+    Base::Place tokenPlace();
 
 private:
     static constexpr std::size_t blockSize = std::size_t{1} << 16;
@@ -72,7 +72,7 @@ private:
     void skipWhiteSpace();
     void skipString();
     void findBegin();
-    Place placeOf(const char* at);
+    Base::Place placeOf(const char* at);
 
     Input& input_;
     std::vector<char> block_;
@@ -83,9 +83,9 @@ private:
     const char* lineBegin_ = next_;
     std::size_t columnsBefore_ = 0; // of the line, in the blocks before
     unsigned line_ = 1;
-    std::optional<Place> begin_; // of the token at hand, once it is known
-    char firstByte_ = 0;         // of that token
-    std::size_t tokenBytes_ = 0; // of it in the blocks before
+    std::optional<Base::Place> begin_; // of the token at hand, once it is known
+    char firstByte_ = 0;               // of that token
+    std::size_t tokenBytes_ = 0;       // of it in the blocks before
     bool isIgnored_ = false;
 };
 

@@ -1,5 +1,5 @@
 // Which module is the top, and what a leaf is.
-#include "Modules.h"
+#include "readers/netlist/Modules.h"
 
 #include <algorithm>
 #include <numeric>
@@ -26,9 +26,9 @@ bool Module::isLeaf() const {
     for (const Port& port : ports)
         for (std::uint32_t i = 0; i < port.bits.count; ++i) {
             const std::uint32_t net = bits[port.bits.first + i];
-            if (net != none && seen[net])
+            if (net != Base::none && seen[net])
                 return false;
-            if (net != none)
+            if (net != Base::none)
                 seen[net] = true;
         }
     return true;
@@ -40,8 +40,8 @@ BitRange Module::addBits(const std::vector<std::uint32_t>& added) {
     return range;
 }
 
-NameTable Modules::byName() const {
-    NameTable table;
+Base::NameTable Modules::byName() const {
+    Base::NameTable table;
     for (std::uint32_t i = 0; i < all.size(); ++i)
         table.add(all[i].name, i);
     return table;
@@ -72,11 +72,11 @@ std::uint32_t Modules::findTop(const std::string& wanted) const {
 
 // The modules that no other instantiates, and of those the leaves only where there is nothing else.
 std::vector<std::uint32_t> Modules::roots() const {
-    const NameTable table = byName();
+    const Base::NameTable table = byName();
     std::vector<bool> used(all.size());
     for (std::uint32_t i = 0; i < all.size(); ++i)
         for (const Module::Cell& cell : all[i].cells)
-            if (const std::uint32_t type = table.find(cell.type); type != none && type != i)
+            if (const std::uint32_t type = table.find(cell.type); type != Base::none && type != i)
                 used[type] = true;
     std::vector<std::uint32_t> found, leaves;
     for (std::uint32_t i = 0; i < all.size(); ++i)

@@ -4,9 +4,9 @@
 // least significant first, wherever there are some.
 #pragma once
 
-#include "../Diagnostics.h"
-#include "../NameTable.h"
-#include "Netlist.h"
+#include "base/Diagnostics.h"
+#include "base/NameTable.h"
+#include "design/Netlist.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -23,7 +23,7 @@ inline constexpr std::uint32_t constantNet = 0;
 inline constexpr std::size_t mostNets = std::size_t{1} << 24;
 inline constexpr std::size_t mostBits = std::size_t{1} << 26; // of ports and connections
 // Of a connection that is given by its position.
-inline constexpr Name noName{std::numeric_limits<std::uint32_t>::max()};
+inline constexpr Base::Name noName{std::numeric_limits<std::uint32_t>::max()};
 
 // A part of Module::bits.
 struct BitRange {
@@ -51,35 +51,35 @@ inline bool isBetterName(std::string_view name, std::string_view than) {
 
 struct Module {
     struct Port {
-        Name name;
-        Direction direction = Direction::unknown;
+        Base::Name name;
+        Design::Direction direction = Design::Direction::unknown;
         Numbering numbering = {};
         BitRange bits = {};
     };
     struct Connection {
-        Name name = noName; // of the port; a cell names none twice
-        Direction direction = Direction::unknown;
+        Base::Name name = noName; // of the port; a cell names none twice
+        Design::Direction direction = Design::Direction::unknown;
         BitRange bits = {}; // nets, or none where there is none
     };
     struct Cell {
-        Name name;
-        Name type;
+        Base::Name name;
+        Base::Name type;
         std::uint32_t firstConnection = 0;
         std::uint32_t connectionCount = 0;
         std::uint32_t line = 0, column = 0;
     };
     struct Net {
-        Name name = noName;     // the best of its names
-        bool generated = false; // made up, because it has none
+        Base::Name name = noName; // the best of its names
+        bool generated = false;   // made up, because it has none
     };
     // What has no structure that could be read: a process, an expression.
     struct Behaviour {
-        Place place;
+        Base::Place place;
         std::string text;     // the error if the module is needed; or the keyword of a process
         bool isError = false; // a process beside cells is none
     };
 
-    Name name;
+    Base::Name name;
     bool isMarkedTop = false;
     bool isBox = false;      // a leaf, whatever is in it
     bool isComputed = false; // a leaf of expressions alone
@@ -104,7 +104,7 @@ struct Modules {
     explicit Modules(std::string path) : file(std::move(path)) {}
 
     std::string file;
-    Names names;
+    Base::Names names;
     std::vector<Module> all;
 
     // The module that was asked for, or the one that is marked, or the only one that no other instantiates.
@@ -112,8 +112,8 @@ struct Modules {
     std::uint32_t findTop(const std::string& wanted) const;
 
     std::string_view nameOf(const Module& module) const { return names[module.name]; }
-    NameTable byName() const;
-    [[noreturn]] void fail(std::string text) const { throw BadInput({file, 0, 0}, std::move(text)); }
+    Base::NameTable byName() const;
+    [[noreturn]] void fail(std::string text) const { throw Base::BadInput({file, 0, 0}, std::move(text)); }
 
 private:
     std::vector<std::uint32_t> roots() const;

@@ -1,9 +1,9 @@
 // Which reader reads a netlist.
-#include "Read.h"
+#include "readers/netlist/Read.h"
 
-#include "Flatten.h"
-#include "Json.h"
-#include "Verilog.h"
+#include "readers/netlist/Flatten.h"
+#include "readers/netlist/Json.h"
+#include "readers/netlist/Verilog.h"
 
 #include <string_view>
 
@@ -20,14 +20,14 @@ bool isJson(Input& input) {
 
 } // namespace
 
-Netlist readNetlist(Source& source, const std::string& top, Diagnostics& diagnostics) {
+Design::Netlist readNetlist(Base::Source& source, const std::string& top, Base::Diagnostics& diagnostics) {
     Input input(source);
     return flatten(isJson(input) ? readJsonModules(input) : readVerilogModules(input, diagnostics), top,
                    diagnostics);
 }
 
-Netlist readNetlist(const std::string& path, const std::string& top, Diagnostics& diagnostics) {
-    Source source(path);
+Design::Netlist readNetlist(const std::string& path, const std::string& top, Base::Diagnostics& diagnostics) {
+    Base::Source source(path);
     return readNetlist(source, top, diagnostics);
 }
 

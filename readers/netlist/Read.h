@@ -1,9 +1,9 @@
 // A netlist in either format.
 #pragma once
 
-#include "../Diagnostics.h"
-#include "../Source.h"
-#include "Netlist.h"
+#include "base/Diagnostics.h"
+#include "base/Source.h"
+#include "design/Netlist.h"
 
 #include <string>
 
@@ -11,7 +11,7 @@ namespace Readers {
 
 // The name of the file tells the format: .json or .v, with or without .gz behind. Otherwise its first byte
 // does: JSON begins with a brace. Throws BadInput.
-Netlist readNetlist(Source& source, const std::string& top, Diagnostics& diagnostics);
-Netlist readNetlist(const std::string& path, const std::string& top, Diagnostics& diagnostics);
+Design::Netlist readNetlist(Base::Source& source, const std::string& top, Base::Diagnostics& diagnostics);
+Design::Netlist readNetlist(const std::string& path, const std::string& top, Base::Diagnostics& diagnostics);
 
 } // namespace Readers

@@ -1,8 +1,8 @@
 // Modules, their headers and their declarations.
-#include "Verilog.h"
+#include "readers/netlist/Verilog.h"
 
-#include "Flatten.h"
-#include "VerilogReader.h"
+#include "readers/netlist/Flatten.h"
+#include "readers/netlist/VerilogReader.h"
 
 #include <algorithm>
 #include <array>
@@ -17,11 +17,11 @@ std::optional<VerilogWord> VerilogReader::word() const {
     return lexer_.token().kind == Kind::name ? findWord(lexer_.token().text) : std::nullopt;
 }
 
-Name VerilogReader::readName(std::string_view what) {
+Base::Name VerilogReader::readName(std::string_view what) {
     const Kind kind = lexer_.token().kind;
     if ((kind != Kind::name && kind != Kind::escaped) || word())
         lexer_.failExpected(what);
-    const Name name = modules_.names.add(lexer_.token().text);
+    const Base::Name name = modules_.names.add(lexer_.token().text);
     lexer_.advance();
     return name;
 }
@@ -139,7 +139,7 @@ void VerilogReader::passOver(std::string_view what) {
 
 void VerilogReader::reportPassedOver() {
     std::string text;
-    Place first;
+    Base::Place first;
     for (const auto& [what, counted] : passedOver_) {
         text += (text.empty() ? "" : ", ") + std::to_string(counted.count) + " " + what;
         if (first.line == 0 ||
@@ -148,13 +148,13 @@ void VerilogReader::reportPassedOver() {
     }
     if (!text.empty())
         diagnostics_.note(first, "statements without structure are passed over: " + text);
-    const auto report = [this](Severity severity, const Counted& counted, const char* what) {
+    const auto report = [this](Base::Severity severity, const Counted& counted, const char* what) {
         if (counted.count != 0)
             diagnostics_.add({severity, counted.first, std::to_string(counted.count) + what});
     };
-    report(Severity::warning, inversions_,
+    report(Base::Severity::warning, inversions_,
            " assignments of inverted nets: the nets are joined, and their edges are not exchanged");
-    report(Severity::note, expressions_, " cells 'assign' stand for expressions: they have no delays");
+    report(Base::Severity::note, expressions_, " cells 'assign' stand for expressions: they have no delays");
 }
 
 // "logic", "bit" and "var" are types only in newer texts, and names in older ones.
@@ -170,7 +170,7 @@ bool VerilogReader::isTypeWord() {
 
 // Behind an error: up to the end of the statement, or to what ends the module. A text that ends too early
 // after another error is no news.
-void VerilogReader::recover(const BadInput& error) {
+void VerilogReader::recover(const Base::BadInput& error) {
     if (lexer_.token().kind != Kind::end || errors_.empty())
         errors_.add(error);
     while (!isAtBoundary()) {
@@ -189,9 +189,9 @@ bool VerilogReader::isAtBoundary() const {
 void VerilogReader::advanceQuietly() {
     try {
         lexer_.advance();
-    } catch (const BadInputs&) { // a limit
+    } catch (const Base::BadInputs&) { // a limit
         throw;
-    } catch (const BadInput&) { // the next call goes on behind it
+    } catch (const Base::BadInput&) { // the next call goes on behind it
     }
 }
 
@@ -205,9 +205,9 @@ Modules VerilogReader::run() {
                 lexer_.advance();
             else
                 readItem();
-        } catch (const BadInputs&) { // there are too many
+        } catch (const Base::BadInputs&) { // there are too many
             throw;
-        } catch (const BadInput& error) {
+        } catch (const Base::BadInput& error) {
             recover(error);
             while (lexer_.token().kind != Kind::end && word() != Word::module && !lexer_.isAt("primitive"))
                 advanceQuietly();
@@ -241,10 +241,10 @@ void VerilogReader::readItem() {
 void VerilogReader::readModule(bool isPrimitive) {
     const bool isCell = lexer_.isCellDefine();
     lexer_.advance();
-    const Place place = lexer_.place();
-    const Name name = readName("a module's name");
+    const Base::Place place = lexer_.place();
+    const Base::Name name = readName("a module's name");
     if (!known_.add(name, 0))
-        throw BadInput(place, "module '" + std::string(modules_.names[name]) + "' is there twice");
+        throw Base::BadInput(place, "module '" + std::string(modules_.names[name]) + "' is there twice");
     if (isPrimitive)
         primitives_.add(name, 0);
     lexer_.setInModule(true);
@@ -257,9 +257,9 @@ void VerilogReader::readModule(bool isPrimitive) {
         if (takeIf('('))
             readHeader();
         expect(';');
-    } catch (const BadInputs&) {
+    } catch (const Base::BadInputs&) {
         throw;
-    } catch (const BadInput& error) {
+    } catch (const Base::BadInput& error) {
         module_.setLenient();
         recover(error);
     }
@@ -279,9 +279,9 @@ bool VerilogReader::readBody(std::string_view end) {
         const std::optional<Word> first = word();
         try {
             readStatement();
-        } catch (const BadInputs&) {
+        } catch (const Base::BadInputs&) {
             throw;
-        } catch (const BadInput& error) {
+        } catch (const Base::BadInput& error) {
             if (first && *first <= Word::variable)
                 module_.setLenient();
             recover(error);
@@ -313,10 +313,10 @@ void VerilogReader::readHeaderPort(Declaration& declaration) {
     }
     if (const std::optional<Word> next = word(); next && *next <= Word::inout)
         readType(declaration, *next);
-    const Place place = lexer_.place();
-    const Name name = readName("a port");
+    const Base::Place place = lexer_.place();
+    const Base::Name name = readName("a port");
     module_.addPort(name, {{name, {}}}, place);
-    if (declaration.direction != Direction::unknown)
+    if (declaration.direction != Design::Direction::unknown)
         module_.declare(name, declaration, place);
     if (lexer_.isAt('='))
         skipToSeparator();
@@ -325,8 +325,8 @@ void VerilogReader::readHeaderPort(Declaration& declaration) {
 // ".name(net)", ".name({net, net[3]})".
 void VerilogReader::readExplicitPort() {
     lexer_.advance();
-    const Place place = lexer_.place();
-    const Name name = readName("a port");
+    const Base::Place place = lexer_.place();
+    const Base::Name name = readName("a port");
     std::vector<VerilogModule::Reference> parts;
     expect('(');
     const bool isList = takeIf('{');
@@ -425,7 +425,8 @@ bool VerilogReader::readOther(Word first) {
 void VerilogReader::readType(Declaration& declaration, Word first) {
     declaration = {};
     if (first <= Word::inout) {
-        constexpr Direction directions[] = {Direction::input, Direction::output, Direction::inout};
+        constexpr Design::Direction directions[] = {Design::Direction::input, Design::Direction::output,
+                                                    Design::Direction::inout};
         declaration.direction = directions[static_cast<std::size_t>(first)];
         lexer_.advance();
     }
@@ -449,8 +450,8 @@ void VerilogReader::readDeclaration(Word first) {
     Declaration declaration;
     readType(declaration, first);
     do {
-        const Place place = lexer_.place();
-        const Name name = readName("a name");
+        const Base::Place place = lexer_.place();
+        const Base::Name name = readName("a name");
         if (lexer_.isAt('[') && !declaration.isVariable)
             lexer_.fail("only structural Verilog can be read, found an array of wires");
         if (lexer_.isAt('['))
@@ -477,7 +478,7 @@ void VerilogReader::readAssign() {
     skipStrength();
     skipDelay();
     do {
-        const Place place = lexer_.place();
+        const Base::Place place = lexer_.place();
         const VerilogModule::Bits left = expression_.read();
         readAssignment(left, place);
     } while (takeIf(','));
@@ -485,19 +486,19 @@ void VerilogReader::readAssign() {
 }
 
 // From the '=' on, to the ',' or ';' behind it.
-void VerilogReader::readAssignment(const VerilogModule::Bits& left, const Place& place) {
+void VerilogReader::readAssignment(const VerilogModule::Bits& left, const Base::Place& place) {
     for (const std::uint32_t bit : left)
-        if (bit == none || bit == constantNet || VerilogModule::isInverted(bit))
-            throw BadInput(place, "expected nets before '=', found a constant");
+        if (bit == Base::none || bit == constantNet || VerilogModule::isInverted(bit))
+            throw Base::BadInput(place, "expected nets before '=', found a constant");
     expect('=');
     VerilogExpression::Computed right;
     try {
         right = expression_.readComputed();
         if (!lexer_.isAt(',') && !lexer_.isAt(';'))
             lexer_.failExpected("',' or ';' (only structural Verilog can be read)");
-    } catch (const BadInputs&) {
+    } catch (const Base::BadInputs&) {
         throw;
-    } catch (const BadInput& error) { // as long as the module is not needed
+    } catch (const Base::BadInput& error) { // as long as the module is not needed
         if (lexer_.token().kind == Kind::end || lexer_.token().kind == Kind::invalid)
             throw;
         module_.setBehaviour(error.diagnostic().place, error.diagnostic().text, true);
@@ -529,16 +530,16 @@ VerilogModule::Bits VerilogReader::operandsOf(const VerilogExpression::Computed&
             bits.push_back(operand[operand.size() - 1 - *bit]);
     }
     for (std::uint32_t& each : bits)
-        each = each == none ? none : each & ~VerilogModule::invertedMark;
+        each = each == Base::none ? Base::none : each & ~VerilogModule::invertedMark;
     std::sort(bits.begin(), bits.end());
     bits.erase(std::unique(bits.begin(), bits.end()), bits.end());
-    std::erase_if(bits, [](std::uint32_t each) { return each == none || each == constantNet; });
+    std::erase_if(bits, [](std::uint32_t each) { return each == Base::none || each == constantNet; });
     return bits;
 }
 
 // A cell "assign$1" with inputs I0, I1 ... and outputs Y0, Y1 ...
 void VerilogReader::addExpression(const VerilogModule::Bits& outputs, const VerilogModule::Bits& inputs,
-                                  const Place& place) {
+                                  const Base::Place& place) {
     constexpr std::size_t mostArcs = std::size_t{1} << 12, mostInAll = std::size_t{1} << 22;
     const std::size_t arcs = inputs.size() * outputs.size();
     arcsOfExpressions_ += arcs;
@@ -554,18 +555,20 @@ void VerilogReader::addExpression(const VerilogModule::Bits& outputs, const Veri
         expressions_.first = place;
     module_.startExpression(unnamed(modules_.names.add("assign")), modules_.names.add("assign"), place);
     for (std::size_t i = 0; i < inputs.size(); ++i)
-        module_.connect(modules_.names.add("I" + std::to_string(i)), Direction::input, {inputs[i]}, place);
+        module_.connect(modules_.names.add("I" + std::to_string(i)), Design::Direction::input, {inputs[i]},
+                        place);
     for (std::size_t i = 0; i < outputs.size(); ++i)
-        module_.connect(modules_.names.add("Y" + std::to_string(i)), Direction::output, {outputs[i]}, place);
+        module_.connect(modules_.names.add("Y" + std::to_string(i)), Design::Direction::output, {outputs[i]},
+                        place);
 }
 
 // --- Reading ------------------------------------------------------------------------------------------------------
 
-Modules readVerilogModules(Input& input, Diagnostics& diagnostics) {
+Modules readVerilogModules(Input& input, Base::Diagnostics& diagnostics) {
     return VerilogReader(input, diagnostics).run();
 }
 
-Netlist readVerilog(Source& source, const std::string& top, Diagnostics& diagnostics) {
+Design::Netlist readVerilog(Base::Source& source, const std::string& top, Base::Diagnostics& diagnostics) {
     Input input(source);
     return flatten(readVerilogModules(input, diagnostics), top, diagnostics);
 }

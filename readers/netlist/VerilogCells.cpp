@@ -1,5 +1,5 @@
 // Instances of modules and of gates.
-#include "VerilogReader.h"
+#include "readers/netlist/VerilogReader.h"
 
 #include <algorithm>
 #include <array>
@@ -19,8 +19,8 @@ constexpr std::size_t switchedTerminals = 3; // an output, an input, a control
 
 // "TYPE #(...) name (...), name [3:0] (...);"
 void VerilogReader::readInstances() {
-    const Name type = readName("a statement or 'endmodule'");
-    const bool isPrimitive = primitives_.find(type) != none;
+    const Base::Name type = readName("a statement or 'endmodule'");
+    const bool isPrimitive = primitives_.find(type) != Base::none;
     bool isOpen = isPrimitive && takeIf('('); // of a strength, or of an instance without a name
     if (isOpen && isStrength()) {
         skipPast(")");
@@ -38,10 +38,10 @@ void VerilogReader::readInstances() {
 }
 
 // isOpen: what comes next is behind the '(' of an instance without a name.
-void VerilogReader::readInstance(Name type, bool isOpen) {
-    const Place place = lexer_.place();
-    const bool isUnnamed = isOpen || (lexer_.isAt('(') && primitives_.find(type) != none);
-    const Name name = isUnnamed ? unnamed(type) : readName("the name of a cell");
+void VerilogReader::readInstance(Base::Name type, bool isOpen) {
+    const Base::Place place = lexer_.place();
+    const bool isUnnamed = isOpen || (lexer_.isAt('(') && primitives_.find(type) != Base::none);
+    const Base::Name name = isUnnamed ? unnamed(type) : readName("the name of a cell");
     module_.startCell(name, type, place);
     if (lexer_.isAt('['))
         module_.setArray(expression_.readRange());
@@ -51,7 +51,7 @@ void VerilogReader::readInstance(Name type, bool isOpen) {
 }
 
 // "nand$1", the first one without a name.
-Name VerilogReader::unnamed(Name type) {
+Base::Name VerilogReader::unnamed(Base::Name type) {
     return modules_.names.add(std::string(modules_.names[type]) + "$" + std::to_string(++unnamed_));
 }
 
@@ -71,11 +71,11 @@ void VerilogReader::readConnections() {
 
 // ".pin(net)", ".net", ".*", or the net alone; nothing where nothing is connected.
 void VerilogReader::readConnection() {
-    const Place place = lexer_.place();
+    const Base::Place place = lexer_.place();
     VerilogModule::Bits nothing;
     if (!takeIf('.')) {
         const bool isOpen = lexer_.isAt(',') || lexer_.isAt(')');
-        module_.connect(noName, Direction::unknown, isOpen ? nothing : readConnected(), place);
+        module_.connect(noName, Design::Direction::unknown, isOpen ? nothing : readConnected(), place);
         return;
     }
     if (takeIf('*')) {
@@ -84,15 +84,15 @@ void VerilogReader::readConnection() {
             lexer_.failExpected("')' behind '.*'");
         return;
     }
-    const Name pin = readName("a pin");
+    const Base::Name pin = readName("a pin");
     if (lexer_.isAt(',') || lexer_.isAt(')')) {
         module_.addBits({pin, {}}, place, nothing);
-        module_.connect(pin, Direction::unknown, nothing, place);
+        module_.connect(pin, Design::Direction::unknown, nothing, place);
         return;
     }
     expect('(');
     const bool isOpen = lexer_.isAt(')');
-    module_.connect(pin, Direction::unknown, isOpen ? nothing : readConnected(), place);
+    module_.connect(pin, Design::Direction::unknown, isOpen ? nothing : readConnected(), place);
     expect(')');
 }
 
@@ -107,7 +107,7 @@ const VerilogModule::Bits& VerilogReader::readConnected() {
 
 // "and (strong0, strong1) #1 name (y, a, b), (z, c, d);": all but the terminals may be missing.
 void VerilogReader::readGates(Word word) {
-    const Name type = modules_.names.add(lexer_.token().text);
+    const Base::Name type = modules_.names.add(lexer_.token().text);
     lexer_.advance();
     bool isOpen = takeIf('(');
     if (isOpen && isStrength()) {
@@ -134,9 +134,9 @@ bool VerilogReader::isStrength() const {
 }
 
 // isOpen: what comes next is behind the '('.
-void VerilogReader::readGate(Name type, Word word, bool isOpen) {
-    const Place place = lexer_.place();
-    const Name name = isOpen || lexer_.isAt('(') ? unnamed(type) : readName("the name of a gate");
+void VerilogReader::readGate(Base::Name type, Word word, bool isOpen) {
+    const Base::Place place = lexer_.place();
+    const Base::Name name = isOpen || lexer_.isAt('(') ? unnamed(type) : readName("the name of a gate");
     VerilogModule::Range range;
     if (lexer_.isAt('['))
         range = expression_.readRange();
@@ -153,9 +153,9 @@ void VerilogReader::readGate(Name type, Word word, bool isOpen) {
     }
     for (const VerilogModule::Bits& terminal : terminals)
         if (terminal.size() != 1 && terminal.size() != range->width())
-            throw BadInput(place, "expected 1 or " + std::to_string(range->width()) +
-                                      " bits at each terminal of the array, found " +
-                                      std::to_string(terminal.size()));
+            throw Base::BadInput(place, "expected 1 or " + std::to_string(range->width()) +
+                                            " bits at each terminal of the array, found " +
+                                            std::to_string(terminal.size()));
     const std::int32_t step = range->left < range->right ? 1 : -1;
     std::vector<VerilogModule::Bits> own(terminals.size());
     for (std::uint32_t i = 0; i < range->width(); ++i) {
@@ -167,27 +167,28 @@ void VerilogReader::readGate(Name type, Word word, bool isOpen) {
     }
 }
 
-void VerilogReader::connectGate(Name name, Name type, Word word,
-                                const std::vector<VerilogModule::Bits>& terminals, const Place& place) {
+void VerilogReader::connectGate(Base::Name name, Base::Name type, Word word,
+                                const std::vector<VerilogModule::Bits>& terminals, const Base::Place& place) {
     module_.startCell(name, type, place);
     const std::size_t outputs = outputsOf(word, terminals.size(), place);
     for (std::size_t i = 0; i < terminals.size(); ++i)
         module_.connect(modules_.names.add(gatePin(i, outputs)),
-                        i < outputs ? Direction::output : Direction::input, terminals[i], place);
+                        i < outputs ? Design::Direction::output : Design::Direction::input, terminals[i],
+                        place);
 }
 
 // "tran name (a, b), (c, d);": each pair of nets is one.
 void VerilogReader::readTran() {
     lexer_.advance();
     do {
-        const Place place = lexer_.place();
+        const Base::Place place = lexer_.place();
         if (!lexer_.isAt('('))
             readName("the name of a gate");
         expect('(');
         const VerilogModule::Bits left = expression_.read();
         for (const std::uint32_t bit : left)
-            if (bit == none || bit == constantNet || VerilogModule::isInverted(bit))
-                throw BadInput(place, "expected nets at the terminals, found a constant");
+            if (bit == Base::none || bit == constantNet || VerilogModule::isInverted(bit))
+                throw Base::BadInput(place, "expected nets at the terminals, found a constant");
         expect(',');
         module_.alias(left, expression_.read());
         expect(')');
@@ -196,15 +197,15 @@ void VerilogReader::readTran() {
 }
 
 // Of a gate with so many terminals.
-std::size_t VerilogReader::outputsOf(Word word, std::size_t terminals, const Place& place) {
+std::size_t VerilogReader::outputsOf(Word word, std::size_t terminals, const Base::Place& place) {
     const std::size_t most = word == Word::pull       ? 1
                              : word == Word::switched ? switchedTerminals
                                                       : inputPins.size() + 1;
     const std::size_t least = word == Word::gate || word == Word::buffer ? 2 : most;
     if (terminals < least || terminals > most)
-        throw BadInput(place, "expected a gate with " + std::to_string(least) +
-                                  (least == most ? "" : " to " + std::to_string(most)) +
-                                  " terminals, found " + std::to_string(terminals));
+        throw Base::BadInput(place, "expected a gate with " + std::to_string(least) +
+                                        (least == most ? "" : " to " + std::to_string(most)) +
+                                        " terminals, found " + std::to_string(terminals));
     return word == Word::buffer ? terminals - 1 : 1;
 }
 

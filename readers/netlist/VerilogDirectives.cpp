@@ -3,7 +3,7 @@
 // The text of a macro is copied in front of the bytes that follow its use, where there is room because the
 // use has been read: the bytes behind it stay where they are, and so do their lines and columns. A macro that
 // uses itself is found by counting, since the text does not tell where it came from.
-#include "VerilogLexer.h"
+#include "readers/netlist/VerilogLexer.h"
 
 #include <algorithm>
 #include <array>
@@ -297,7 +297,7 @@ void VerilogLexer::expand(std::string name) {
 
 // Nothing more is read.
 void VerilogLexer::failAtLimit(std::string text) const {
-    throw BadInputs({{Severity::error, place(), std::move(text)}});
+    throw Base::BadInputs({{Base::Severity::error, place(), std::move(text)}});
 }
 
 // "(a, (b, c), {d, e})". White space, ends of lines and comments become blanks.

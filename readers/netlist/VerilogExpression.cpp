@@ -1,6 +1,6 @@
 // Nested braces are kept on a stack, each with the place in the bits where it begins; a replication repeats
 // what came since.
-#include "VerilogExpression.h"
+#include "readers/netlist/VerilogExpression.h"
 
 #include <algorithm>
 #include <charconv>
@@ -17,13 +17,13 @@ constexpr std::uint64_t widest = std::uint64_t{1} << 20; // of vectors and expre
 constexpr std::string_view operand = "a net, a constant or '{' (only structural Verilog can be read)";
 constexpr std::size_t deepest = 1'000'000; // of braces and parentheses in each other
 
-struct Base {
+struct Radix {
     char letter;
     unsigned bits; // of a digit; 0 for a decimal one
     std::string_view digits;
 };
 constexpr std::string_view anyDigits = "0123456789abcdefABCDEF";
-constexpr Base bases[] = {
+constexpr Radix radices[] = {
     {'b', 1, anyDigits.substr(0, 2)},
     {'o', 3, anyDigits.substr(0, 8)},
     {'d', 0, anyDigits.substr(0, 10)},
@@ -32,7 +32,7 @@ constexpr Base bases[] = {
 
 // What a digit says of each of its bits.
 std::uint32_t netOf(char digit) {
-    return std::string_view("xXzZ?").find(digit) == std::string_view::npos ? constantNet : none;
+    return std::string_view("xXzZ?").find(digit) == std::string_view::npos ? constantNet : Base::none;
 }
 
 std::optional<std::uint64_t> toNumber(std::string_view text) {
@@ -55,7 +55,7 @@ void VerilogExpression::expect(char symbol) {
 
 std::int32_t VerilogExpression::readInteger() {
     constexpr std::int64_t limit = std::numeric_limits<std::int32_t>::max();
-    const Place place = lexer_.place();
+    const Base::Place place = lexer_.place();
     std::int64_t sum = 0;
     bool negative = lexer_.isAt('-');
     if (negative)
@@ -68,7 +68,7 @@ std::int32_t VerilogExpression::readInteger() {
         lexer_.advance();
         sum += negative ? -static_cast<std::int64_t>(*value) : static_cast<std::int64_t>(*value);
         if (sum > limit || sum < -limit)
-            throw BadInput(place, "expected an integer of 32 bits, found " + std::to_string(sum));
+            throw Base::BadInput(place, "expected an integer of 32 bits, found " + std::to_string(sum));
         if (!lexer_.isAt('+') && !lexer_.isAt('-'))
             return static_cast<std::int32_t>(sum);
         negative = lexer_.isAt('-');
@@ -79,7 +79,7 @@ std::int32_t VerilogExpression::readInteger() {
 VerilogRange VerilogExpression::readRange() { return readBrackets(false); }
 
 VerilogRange VerilogExpression::readBrackets(bool mayBeOneBit) {
-    const Place place = lexer_.place();
+    const Base::Place place = lexer_.place();
     expect('[');
     VerilogRange range;
     range.left = range.right = readInteger();
@@ -89,7 +89,7 @@ VerilogRange VerilogExpression::readBrackets(bool mayBeOneBit) {
     }
     expect(']');
     if (std::uint64_t{range.width()} - 1 >= widest)
-        throw BadInput(place, "a range of more than " + std::to_string(widest) + " bits");
+        throw Base::BadInput(place, "a range of more than " + std::to_string(widest) + " bits");
     return range;
 }
 
@@ -164,7 +164,7 @@ void VerilogExpression::readRest(Computed& computed, std::size_t depth) {
             lexer_.advance();
         } else if (kind == Kind::name || kind == Kind::escaped) {
             bits_.clear();
-            const Place place = lexer_.place();
+            const Base::Place place = lexer_.place();
             module_.addBits(readReference(), place, bits_);
             if (lexer_.isAt('('))
                 lexer_.fail("only structural Verilog can be read, found a call of a function");
@@ -213,7 +213,7 @@ void VerilogExpression::readOperand() {
     if (lexer_.token().kind == Kind::number)
         readConstant();
     else {
-        const Place place = lexer_.place();
+        const Base::Place place = lexer_.place();
         module_.addBits(readReference(), place, bits_);
         checkWidth(bits_.size());
     }
@@ -234,7 +234,7 @@ void VerilogExpression::invert(const Brace& brace) {
         lexer_.fail("'!' of " + std::to_string(bits_.size() - brace.firstBit) +
                     " bits (only structural Verilog can be read)");
     for (std::size_t i = brace.firstBit; brace.isInverted && i < bits_.size(); ++i)
-        if (bits_[i] != none && bits_[i] != constantNet)
+        if (bits_[i] != Base::none && bits_[i] != constantNet)
             bits_[i] ^= VerilogModule::invertedMark;
 }
 
@@ -246,14 +246,14 @@ bool VerilogExpression::openBrace(const Brace& brace) {
     if (brace.isParenthesis || lexer_.token().kind != Kind::number)
         return false;
     const std::optional<std::uint64_t> count = toNumber(lexer_.token().text);
-    const Place place = lexer_.place();
+    const Base::Place place = lexer_.place();
     const std::size_t before = bits_.size();
     readConstant();
     if (!lexer_.isAt('{'))
         return true;
     bits_.resize(before);
     if (!count || *count == 0)
-        throw BadInput(place, "expected a count above 0");
+        throw Base::BadInput(place, "expected a count above 0");
     braces_.push_back({.firstBit = bits_.size(), .count = *count, .isReplication = true});
     lexer_.advance();
     return false;
@@ -302,16 +302,16 @@ bool VerilogExpression::addDigits(std::string_view digits, std::uint64_t width) 
     checkWidth(width);
     digits.remove_prefix((digits[1] | 0x20) == 's' ? 2 : 1); // a small letter
     const char letter = static_cast<char>(digits.front() | 0x20);
-    const Base* base = std::find_if(std::begin(bases), std::end(bases),
-                                    [&](const Base& each) { return each.letter == letter; });
+    const Radix* radix = std::find_if(std::begin(radices), std::end(radices),
+                                      [&](const Radix& each) { return each.letter == letter; });
     digits.remove_prefix(1);
     for (const char digit : digits)
-        if (netOf(digit) == constantNet && base->digits.find(digit) == std::string_view::npos)
+        if (netOf(digit) == constantNet && radix->digits.find(digit) == std::string_view::npos)
             return false;
     const std::size_t first = bits_.size();
-    if (base->bits != 0)
+    if (radix->bits != 0)
         for (std::size_t i = digits.size(); i-- != 0 && bits_.size() - first < width;)
-            bits_.insert(bits_.end(), base->bits, netOf(digits[i]));
+            bits_.insert(bits_.end(), radix->bits, netOf(digits[i]));
     bits_.resize(first + width, netOf(digits.front())); // cut, or widened
     std::reverse(bits_.begin() + static_cast<std::ptrdiff_t>(first), bits_.end());
     return true;

@@ -2,8 +2,8 @@
 // replications, inversions and parentheses.
 #pragma once
 
-#include "VerilogLexer.h"
-#include "VerilogModule.h"
+#include "readers/netlist/VerilogLexer.h"
+#include "readers/netlist/VerilogModule.h"
 
 #include <optional>
 #include <string_view>
@@ -13,7 +13,7 @@ namespace Readers {
 
 class VerilogExpression {
 public:
-    VerilogExpression(VerilogLexer& lexer, VerilogModule& module, Names& names)
+    VerilogExpression(VerilogLexer& lexer, VerilogModule& module, Base::Names& names)
         : lexer_(lexer), module_(module), names_(names) {}
 
     // Reads an expression; its bits, the most significant first, are valid until the next one is read.
@@ -68,7 +68,7 @@ private:
 
     VerilogLexer& lexer_;
     VerilogModule& module_;
-    Names& names_;
+    Base::Names& names_;
     VerilogModule::Bits bits_;
     std::vector<Brace> braces_;
     bool isFill_ = false;

@@ -1,5 +1,5 @@
 // One pass over the bytes, block by block.
-#include "VerilogLexer.h"
+#include "readers/netlist/VerilogLexer.h"
 
 #include <algorithm>
 #include <array>
@@ -34,7 +34,7 @@ bool is(int c, Class what) { return c >= 0 && (classes[static_cast<std::size_t>(
 
 } // namespace
 
-VerilogLexer::VerilogLexer(Input& input, Diagnostics& diagnostics, std::size_t block)
+VerilogLexer::VerilogLexer(Input& input, Base::Diagnostics& diagnostics, std::size_t block)
     : input_(input), diagnostics_(diagnostics), block_(block) {
     next_ = end_ = block_.data();
 }
@@ -301,7 +301,7 @@ void VerilogLexer::failLexing(std::string text) {
     begin_ = nullptr;
     token_.kind = Kind::invalid;
     token_.text = {};
-    throw BadInput(place(), std::move(text));
+    throw Base::BadInput(place(), std::move(text));
 }
 
 void VerilogLexer::failExpected(std::string_view what) const {

@@ -7,9 +7,9 @@
 // token.
 #pragma once
 
-#include "../Diagnostics.h"
-#include "Input.h"
-#include "VerilogMacros.h"
+#include "base/Diagnostics.h"
+#include "readers/netlist/Input.h"
+#include "readers/netlist/VerilogMacros.h"
 
 #include <cstdint>
 #include <string>
@@ -39,7 +39,7 @@ public:
     static constexpr std::size_t defaultBlock = std::size_t{1} << 16;
 
     // advance() reads the first token. The diagnostics get what is passed over.
-    VerilogLexer(Input& input, Diagnostics& diagnostics, std::size_t block = defaultBlock);
+    VerilogLexer(Input& input, Base::Diagnostics& diagnostics, std::size_t block = defaultBlock);
     VerilogLexer(const VerilogLexer&) = delete;
     VerilogLexer& operator=(const VerilogLexer&) = delete;
 
@@ -58,10 +58,10 @@ public:
     bool isAt(char symbol) const { return token_.kind == Kind::symbol && token_.text.front() == symbol; }
     bool isAt(std::string_view word) const { return token_.kind == Kind::name && token_.text == word; }
 
-    Place place() const { return {input_.path(), token_.line, token_.column}; }
+    Base::Place place() const { return {input_.path(), token_.line, token_.column}; }
     // "expected a name, found ';'", at the token at hand.
     [[noreturn]] void failExpected(std::string_view what) const;
-    [[noreturn]] void fail(std::string text) const { throw BadInput(place(), std::move(text)); }
+    [[noreturn]] void fail(std::string text) const { throw Base::BadInput(place(), std::move(text)); }
 
 private:
     static constexpr int endOfText = -1;
@@ -117,7 +117,7 @@ private:
     void readUndefined();
 
     Input& input_;
-    Diagnostics& diagnostics_;
+    Base::Diagnostics& diagnostics_;
     std::vector<char> block_;
     std::vector<char>::size_type filled_ = 0;
     char* next_ = nullptr;

@@ -1,5 +1,5 @@
 // Replacing parameters by arguments, in one pass over the body.
-#include "VerilogMacros.h"
+#include "readers/netlist/VerilogMacros.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,6 +1,6 @@
 // Nets are numbered as they are declared. What assignments join is kept in a forest and becomes one net each
 // when the module ends.
-#include "VerilogModule.h"
+#include "readers/netlist/VerilogModule.h"
 
 #include <algorithm>
 #include <utility>
@@ -21,7 +21,7 @@ Numbering VerilogModule::Symbol::numbering() const {
     return range ? Numbering{true, range->right, range->left < range->right ? -1 : 1} : Numbering{};
 }
 
-void VerilogModule::start(Name name) {
+void VerilogModule::start(Base::Name name) {
     module_ = {};
     module_.name = name;
     symbols_.clear();
@@ -35,28 +35,29 @@ void VerilogModule::start(Name name) {
 }
 
 // Nothing more is read.
-void VerilogModule::failAtLimit(const Place& place, std::size_t limit, const char* what) const {
-    throw BadInputs({{Severity::error, place,
-                      "with module " + quoted(module_.name) + " the file has more than " +
-                          std::to_string(limit) + " " + what}});
+void VerilogModule::failAtLimit(const Base::Place& place, std::size_t limit, const char* what) const {
+    throw Base::BadInputs({{Base::Severity::error, place,
+                            "with module " + quoted(module_.name) + " the file has more than " +
+                                std::to_string(limit) + " " + what}});
 }
 
 // --- Declarations -------------------------------------------------------------------------------------------------
 
 // A port may be declared twice, once for its direction and once as a wire.
-void VerilogModule::declare(Name name, const Declaration& declaration, const Place& place) {
+void VerilogModule::declare(Base::Name name, const Declaration& declaration, const Base::Place& place) {
     const std::uint32_t known = symbolByName_.find(name);
-    Symbol& symbol = known == none ? add(name, declaration, place) : symbols_[known];
+    Symbol& symbol = known == Base::none ? add(name, declaration, place) : symbols_[known];
     Declaration& now = symbol.declaration;
-    if (known != none) {
+    if (known != Base::none) {
         if (declaration.range && now.range != declaration.range && isLenient_)
             return;
         if (declaration.range && now.range != declaration.range)
-            throw BadInput(place, symbol.isImplicit ? quoted(name) + " is used before it is declared"
-                                                    : quoted(name) + " is declared with another range");
-        if (declaration.direction != Direction::unknown && now.direction != Direction::unknown)
-            throw BadInput(place, quoted(name) + " is declared twice");
-        if (declaration.direction != Direction::unknown)
+            throw Base::BadInput(place, symbol.isImplicit ? quoted(name) + " is used before it is declared"
+                                                          : quoted(name) + " is declared with another range");
+        if (declaration.direction != Design::Direction::unknown &&
+            now.direction != Design::Direction::unknown)
+            throw Base::BadInput(place, quoted(name) + " is declared twice");
+        if (declaration.direction != Design::Direction::unknown)
             now.direction = declaration.direction;
         symbol.isImplicit = false;
     }
@@ -65,7 +66,8 @@ void VerilogModule::declare(Name name, const Declaration& declaration, const Pla
             join(symbol.firstNet + i, constantNet);
 }
 
-VerilogModule::Symbol& VerilogModule::add(Name name, const Declaration& declaration, const Place& place) {
+VerilogModule::Symbol& VerilogModule::add(Base::Name name, const Declaration& declaration,
+                                          const Base::Place& place) {
     Symbol symbol{name,       declaration, static_cast<std::uint32_t>(parents_.size()), false, false,
                   place.line, place.column};
     if (netsBefore_ + parents_.size() + symbol.width() > mostNets)
@@ -77,11 +79,11 @@ VerilogModule::Symbol& VerilogModule::add(Name name, const Declaration& declarat
     return symbols_.back();
 }
 
-void VerilogModule::addBits(const Reference& reference, const Place& place, Bits& bits) {
+void VerilogModule::addBits(const Reference& reference, const Base::Place& place, Bits& bits) {
     std::uint32_t known = symbolByName_.find(reference.name);
-    if (known == none) {
+    if (known == Base::none) {
         if (reference.part && !isLenient_)
-            throw BadInput(place, quoted(reference.name) + " is not declared");
+            throw Base::BadInput(place, quoted(reference.name) + " is not declared");
         add(reference.name, {}, place).isImplicit = true;
         known = static_cast<std::uint32_t>(symbols_.size() - 1);
     }
@@ -90,7 +92,7 @@ void VerilogModule::addBits(const Reference& reference, const Place& place, Bits
     std::int64_t last = 0;
     if (reference.part && !(isLenient_ && symbol.isImplicit)) {
         if (!symbol.declaration.range)
-            throw BadInput(place, quoted(reference.name) + " is not a vector");
+            throw Base::BadInput(place, quoted(reference.name) + " is not a vector");
         const Numbering numbering = symbol.numbering();
         const auto offset = [&](std::int32_t index) {
             return (std::int64_t{index} - numbering.right) * numbering.step;
@@ -99,8 +101,9 @@ void VerilogModule::addBits(const Reference& reference, const Place& place, Bits
         first = offset(reference.part->left);
         last = offset(reference.part->right);
         if (last < 0 || first < last || first >= width)
-            throw BadInput(place, quoted(reference.name) + " is " + toString(*symbol.declaration.range) +
-                                      ", which has no part " + toString(*reference.part));
+            throw Base::BadInput(place, quoted(reference.name) + " is " +
+                                            toString(*symbol.declaration.range) + ", which has no part " +
+                                            toString(*reference.part));
     }
     for (std::int64_t i = first; i >= last; --i)
         bits.push_back(symbol.firstNet + static_cast<std::uint32_t>(i));
@@ -125,7 +128,7 @@ bool VerilogModule::alias(const Bits& left, const Bits& right) {
         const std::uint32_t other =
             i < right.size() ? right.end()[-1 - static_cast<std::ptrdiff_t>(i)] : constantNet;
         isAnyInverted = isAnyInverted || isInverted(other);
-        if (other != none)
+        if (other != Base::none)
             join(left.end()[-1 - static_cast<std::ptrdiff_t>(i)], other & ~invertedMark);
     }
     return isAnyInverted;
@@ -133,24 +136,26 @@ bool VerilogModule::alias(const Bits& left, const Bits& right) {
 
 // --- Ports and cells ----------------------------------------------------------------------------------------------
 
-void VerilogModule::addPort(Name name, std::vector<Reference> parts, const Place& place) {
+void VerilogModule::addPort(Base::Name name, std::vector<Reference> parts, const Base::Place& place) {
     if (!ports_.add(name, 0))
-        throw BadInput(place, "port " + quoted(name) + " is there twice");
+        throw Base::BadInput(place, "port " + quoted(name) + " is there twice");
     header_.push_back({name, std::move(parts), place});
 }
 
-void VerilogModule::startCell(Name name, Name type, const Place& place) {
+void VerilogModule::startCell(Base::Name name, Base::Name type, const Base::Place& place) {
     if (!cells_.add(name, 0))
-        throw BadInput(place, "cell " + quoted(name) + " is there twice");
+        throw Base::BadInput(place, "cell " + quoted(name) + " is there twice");
     module_.cells.push_back(
         {name, type, static_cast<std::uint32_t>(module_.connections.size()), 0, place.line, place.column});
     pins_.clear();
 }
 
-void VerilogModule::connect(Name pin, Direction direction, const Bits& bits, const Place& place) {
+void VerilogModule::connect(Base::Name pin, Design::Direction direction, const Bits& bits,
+                            const Base::Place& place) {
     Module::Cell& cell = module_.cells.back();
     if (pin != noName && !pins_.add(pin, 0))
-        throw BadInput(place, "pin " + quoted(pin) + " of cell " + quoted(cell.name) + " is connected twice");
+        throw Base::BadInput(place,
+                             "pin " + quoted(pin) + " of cell " + quoted(cell.name) + " is connected twice");
     if (bitsBefore_ + module_.bits.size() + bits.size() > mostBits)
         failAtLimit(place, mostBits, "connected bits");
     const BitRange range = module_.addBits(Bits(bits.rbegin(), bits.rend()));
@@ -164,7 +169,7 @@ void VerilogModule::connect(Name pin, Direction direction, const Bits& bits, con
     ++cell.connectionCount;
 }
 
-void VerilogModule::startExpression(Name name, Name type, const Place& place) {
+void VerilogModule::startExpression(Base::Name name, Base::Name type, const Base::Place& place) {
     module_.expressions.push_back(static_cast<std::uint32_t>(module_.cells.size()));
     startCell(name, type, place);
 }
@@ -174,36 +179,36 @@ void VerilogModule::setArray(const VerilogRange& range) {
 }
 
 // To every net that is declared. Which of them are ports is known later.
-void VerilogModule::connectByNames(const Place& place) {
+void VerilogModule::connectByNames(const Base::Place& place) {
     rest_.wildcards.push_back({static_cast<std::uint32_t>(module_.cells.size() - 1),
                                static_cast<std::uint32_t>(module_.connections.size())});
     constexpr std::size_t most = std::size_t{1} << 22;
     wildcardNames_ += symbols_.size();
     if (wildcardNames_ > most)
-        throw BadInput(place, "'.*' is too often in too large modules: expected connections by name");
+        throw Base::BadInput(place, "'.*' is too often in too large modules: expected connections by name");
     Bits bits;
     for (std::size_t i = 0; i < symbols_.size(); ++i) {
-        const Name name = symbols_[i].name;
-        if (pins_.find(name) != none)
+        const Base::Name name = symbols_[i].name;
+        if (pins_.find(name) != Base::none)
             continue;
         bits.clear();
         addBits({name, {}}, place, bits);
-        connect(name, Direction::unknown, bits, place);
+        connect(name, Design::Direction::unknown, bits, place);
     }
 }
 
-void VerilogModule::setBehaviour(const Place& place, const std::string& text, bool isError) {
+void VerilogModule::setBehaviour(const Base::Place& place, const std::string& text, bool isError) {
     if (!module_.behaviour || (isError && !module_.behaviour->isError))
         module_.behaviour = {place, text, isError};
 }
 
 // --- The end ------------------------------------------------------------------------------------------------------
 
-Module VerilogModule::finish(Rest& rest, ErrorList& errors) {
+Module VerilogModule::finish(Rest& rest, Base::ErrorList& errors) {
     for (const HeaderPort& port : header_)
         finishPort(port, errors);
     for (const Symbol& symbol : symbols_)
-        if (symbol.declaration.direction != Direction::unknown && !symbol.isPort && !isLenient_)
+        if (symbol.declaration.direction != Design::Direction::unknown && !symbol.isPort && !isLenient_)
             errors.add({file_, symbol.line, symbol.column},
                        quoted(symbol.name) + " is not in the module's list of ports");
     std::vector<std::uint32_t> numbers(parents_.size());
@@ -211,7 +216,7 @@ Module VerilogModule::finish(Rest& rest, ErrorList& errors) {
     for (std::uint32_t net = 0; net < parents_.size(); ++net) // a root comes before the others of its tree
         numbers[net] = root(net) == net ? count++ : numbers[root(net)];
     for (std::uint32_t& bit : module_.bits)
-        bit = bit == none ? none : numbers[bit];
+        bit = bit == Base::none ? Base::none : numbers[bit];
     module_.nets.resize(count);
     nameNets(numbers);
     netsBefore_ += parents_.size();
@@ -220,12 +225,12 @@ Module VerilogModule::finish(Rest& rest, ErrorList& errors) {
     return std::move(module_);
 }
 
-void VerilogModule::finishPort(const HeaderPort& port, ErrorList& errors) {
+void VerilogModule::finishPort(const HeaderPort& port, Base::ErrorList& errors) {
     Module::Port made{port.name};
     Bits bits;
     for (const Reference& part : port.parts) {
         const std::uint32_t known = symbolByName_.find(part.name);
-        if (known == none || symbols_[known].declaration.direction == Direction::unknown) {
+        if (known == Base::none || symbols_[known].declaration.direction == Design::Direction::unknown) {
             if (!isLenient_)
                 errors.add(port.place, "port " + quoted(port.name) + " has no direction");
             return;
@@ -247,7 +252,7 @@ void VerilogModule::nameNets(const std::vector<std::uint32_t>& numbers) {
         const Numbering numbering = symbol.numbering();
         for (std::uint32_t i = 0; i < symbol.width(); ++i) {
             const std::uint32_t net = numbers[symbol.firstNet + i];
-            Name& known = module_.nets[net].name;
+            Base::Name& known = module_.nets[net].name;
             if (net == constantNet)
                 continue;
             writeBitName(scratch_, names_[symbol.name], numbering, i);

@@ -5,7 +5,7 @@
 // number, or none; of a net whose value is inverted the number is marked.
 #pragma once
 
-#include "Modules.h"
+#include "readers/netlist/Modules.h"
 
 #include <cstdint>
 #include <optional>
@@ -30,21 +30,21 @@ struct VerilogRange {
 
 class VerilogModule {
 public:
-    VerilogModule(Names& names, std::string file) : names_(names), file_(std::move(file)) {}
+    VerilogModule(Base::Names& names, std::string file) : names_(names), file_(std::move(file)) {}
 
     using Bits = std::vector<std::uint32_t>;
     using Range = std::optional<VerilogRange>;
 
     // What a declaration says.
     struct Declaration {
-        Direction direction = Direction::unknown;
+        Design::Direction direction = Design::Direction::unknown;
         bool isConstant = false; // a supply
         bool isVariable = false;
         Range range = {};
     };
     // A name, and a bit or a part of it.
     struct Reference {
-        Name name = noName;
+        Base::Name name = noName;
         Range part = {};
     };
 
@@ -65,36 +65,36 @@ public:
     };
 
     static constexpr std::uint32_t invertedMark = std::uint32_t{1} << 31;
-    static bool isInverted(std::uint32_t bit) { return bit != none && (bit & invertedMark) != 0; }
+    static bool isInverted(std::uint32_t bit) { return bit != Base::none && (bit & invertedMark) != 0; }
 
-    void start(Name name);
+    void start(Base::Name name);
     // The errors get what is wrong with the module as a whole.
-    Module finish(Rest& rest, ErrorList& errors);
+    Module finish(Rest& rest, Base::ErrorList& errors);
     // After an error in a declaration: names are taken as they are used.
     void setLenient() { isLenient_ = true; }
 
-    void declare(Name name, const Declaration& declaration, const Place& place);
+    void declare(Base::Name name, const Declaration& declaration, const Base::Place& place);
     // Adds the bits that are referred to. A name that is not known becomes a wire.
-    void addBits(const Reference& reference, const Place& place, Bits& bits);
+    void addBits(const Reference& reference, const Base::Place& place, Bits& bits);
     // One name for both; the shorter one is widened by zeros, or cut. Whether some of the right were
     // inverted, which is lost.
     bool alias(const Bits& left, const Bits& right);
 
     // Of the header, with what it is made of.
-    void addPort(Name name, std::vector<Reference> parts, const Place& place);
-    void startCell(Name name, Name type, const Place& place);
-    void startExpression(Name name, Name type, const Place& place);
+    void addPort(Base::Name name, std::vector<Reference> parts, const Base::Place& place);
+    void startCell(Base::Name name, Base::Name type, const Base::Place& place);
+    void startExpression(Base::Name name, Base::Name type, const Base::Place& place);
     // Of the cell that was started.
     void setArray(const VerilogRange& range);
-    void connectByNames(const Place& place);
+    void connectByNames(const Base::Place& place);
     // The first counts, but an error counts more.
-    void setBehaviour(const Place& place, const std::string& text, bool isError);
+    void setBehaviour(const Base::Place& place, const std::string& text, bool isError);
     // Of the cell; noName: by its position.
-    void connect(Name pin, Direction direction, const Bits& bits, const Place& place);
+    void connect(Base::Name pin, Design::Direction direction, const Bits& bits, const Base::Place& place);
 
 private:
     struct Symbol {
-        Name name;
+        Base::Name name;
         Declaration declaration;
         std::uint32_t firstNet = 0; // of the least significant bit
         bool isImplicit = false;
@@ -105,24 +105,24 @@ private:
         std::uint32_t width() const { return declaration.range ? declaration.range->width() : 1; }
     };
     struct HeaderPort {
-        Name name;
+        Base::Name name;
         std::vector<Reference> parts;
-        Place place;
+        Base::Place place;
     };
 
-    [[noreturn]] void failAtLimit(const Place& place, std::size_t limit, const char* what) const;
-    Symbol& add(Name name, const Declaration& declaration, const Place& place);
+    [[noreturn]] void failAtLimit(const Base::Place& place, std::size_t limit, const char* what) const;
+    Symbol& add(Base::Name name, const Declaration& declaration, const Base::Place& place);
     std::uint32_t root(std::uint32_t net);
     void join(std::uint32_t a, std::uint32_t b);
-    void finishPort(const HeaderPort& port, ErrorList& errors);
+    void finishPort(const HeaderPort& port, Base::ErrorList& errors);
     void nameNets(const std::vector<std::uint32_t>& numbers);
-    std::string quoted(Name name) const { return "'" + std::string(names_[name]) + "'"; }
+    std::string quoted(Base::Name name) const { return "'" + std::string(names_[name]) + "'"; }
 
-    Names& names_;
+    Base::Names& names_;
     std::string file_;
     Module module_;
     std::vector<Symbol> symbols_;
-    NameTable symbolByName_, cells_, pins_, ports_;
+    Base::NameTable symbolByName_, cells_, pins_, ports_;
     std::vector<HeaderPort> header_;
     std::vector<std::uint32_t> parents_{constantNet}; // a forest of nets; a root is the first of its tree
     Rest rest_;

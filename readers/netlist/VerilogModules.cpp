@@ -1,7 +1,7 @@
 // Arrays and ".*" make a module anew: its cells and their connections are copied, with what they stand for.
-#include "VerilogModules.h"
+#include "readers/netlist/VerilogModules.h"
 
-#include "VerilogWords.h"
+#include "readers/netlist/VerilogWords.h"
 
 #include <algorithm>
 #include <string>
@@ -28,7 +28,8 @@ void VerilogModules::finish() {
 bool VerilogModules::isModel(std::size_t number) const {
     const auto isPart = [&](const Module::Cell& cell) { // a gate or an expression has a keyword for its type
         const std::uint32_t type = byName_.find(cell.type);
-        return type == none ? findWord(modules_.names[cell.type]).has_value() : facts_[type].isPrimitive;
+        return type == Base::none ? findWord(modules_.names[cell.type]).has_value()
+                                  : facts_[type].isPrimitive;
     };
     const Module& module = modules_.all[number];
     if (!facts_[number].isSpecified && !module.behaviour && (module.expressions.empty() || !isSmall(module)))
@@ -41,8 +42,8 @@ bool VerilogModules::isSmall(const Module& module) {
     constexpr std::uint64_t mostArcs = 4'096;
     std::uint64_t inputs = 0, outputs = 0;
     for (const Module::Port& port : module.ports) {
-        inputs += port.direction == Direction::output ? 0 : port.bits.count;
-        outputs += port.direction == Direction::input ? 0 : port.bits.count;
+        inputs += port.direction == Design::Direction::output ? 0 : port.bits.count;
+        outputs += port.direction == Design::Direction::input ? 0 : port.bits.count;
     }
     return inputs * outputs <= mostArcs;
 }
@@ -65,8 +66,8 @@ void VerilogModules::expand(std::size_t number) {
         const bool isWildcard = wildcard != rest.wildcards.end() && wildcard->cell == i;
         try {
             if (isArray && isWildcard)
-                throw BadInput(place(cell), "'.*' at the array " + quoted(cell.name) +
-                                                " is not supported: expected connections by name");
+                throw Base::BadInput(place(cell), "'.*' at the array " + quoted(cell.name) +
+                                                      " is not supported: expected connections by name");
             if (std::ranges::binary_search(module.expressions, i))
                 made.expressions.push_back(static_cast<std::uint32_t>(made.cells.size()));
             if (isArray)
@@ -75,7 +76,7 @@ void VerilogModules::expand(std::size_t number) {
                 addWildcard(made, module, cell,
                             isWildcard ? wildcard->firstConnection
                                        : cell.firstConnection + cell.connectionCount);
-        } catch (const BadInput& error) {
+        } catch (const Base::BadInput& error) {
             errors_.add(error);
         }
         array += isArray ? 1 : 0;
@@ -96,9 +97,9 @@ void VerilogModules::addCells(Module& made, const Module& module, const Module::
     for (const std::uint32_t width : widths)
         added_ += std::uint64_t{width} * count;
     if (added_ > most)
-        throw BadInput(place(cell), "with the array " + quoted(cell.name) + " of module " +
-                                        quoted(module.name) + " the file has more than " +
-                                        std::to_string(most) + " cells and pins in arrays");
+        throw Base::BadInput(place(cell), "with the array " + quoted(cell.name) + " of module " +
+                                              quoted(module.name) + " the file has more than " +
+                                              std::to_string(most) + " cells and pins in arrays");
     const std::int32_t step = range.left < range.right ? 1 : -1;
     std::string name;
     for (std::uint32_t i = 0; i < count; ++i) {
@@ -130,18 +131,18 @@ std::uint32_t VerilogModules::widthOf(const Module& module, const Module::Cell& 
     if (width == 0 || width == port->bits.count)
         return width;
     if (width != whole)
-        throw BadInput(place(cell), "the array " + quoted(cell.name) + " has " + std::to_string(cells) +
-                                        " cells with " + std::to_string(port->bits.count) + " bits at port " +
-                                        quoted(port->name) + ": expected a connection of " +
-                                        std::to_string(port->bits.count) + " or " + std::to_string(whole) +
-                                        " bits, found " + std::to_string(width));
+        throw Base::BadInput(
+            place(cell), "the array " + quoted(cell.name) + " has " + std::to_string(cells) + " cells with " +
+                             std::to_string(port->bits.count) + " bits at port " + quoted(port->name) +
+                             ": expected a connection of " + std::to_string(port->bits.count) + " or " +
+                             std::to_string(whole) + " bits, found " + std::to_string(width));
     return port->bits.count;
 }
 
 const Module::Port* VerilogModules::portOf(const Module::Cell& cell, const Module::Connection& connection,
                                            std::uint32_t position) const {
     const std::uint32_t type = byName_.find(cell.type);
-    if (type == none)
+    if (type == Base::none)
         return nullptr;
     const std::vector<Module::Port>& ports = modules_.all[type].ports;
     if (connection.name == noName)
@@ -169,9 +170,10 @@ void VerilogModules::addConnection(Module& made, const Module& module, const Mod
 void VerilogModules::addWildcard(Module& made, const Module& module, Module::Cell cell,
                                  std::uint32_t firstByName) {
     const std::uint32_t end = cell.firstConnection + cell.connectionCount;
-    if (firstByName != end && byName_.find(cell.type) == none)
-        throw BadInput(place(cell), "'.*' at cell " + quoted(cell.name) + ": module " + quoted(cell.type) +
-                                        " is not defined: expected connections by name");
+    if (firstByName != end && byName_.find(cell.type) == Base::none)
+        throw Base::BadInput(place(cell), "'.*' at cell " + quoted(cell.name) + ": module " +
+                                              quoted(cell.type) +
+                                              " is not defined: expected connections by name");
     const std::uint32_t first = cell.firstConnection;
     cell.firstConnection = static_cast<std::uint32_t>(made.connections.size());
     for (std::uint32_t i = first; i < end; ++i)

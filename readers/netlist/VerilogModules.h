@@ -2,8 +2,8 @@
 // of cells and ".*" connect.
 #pragma once
 
-#include "Modules.h"
-#include "VerilogModule.h"
+#include "readers/netlist/Modules.h"
+#include "readers/netlist/VerilogModule.h"
 
 #include <vector>
 
@@ -38,13 +38,13 @@ private:
                                std::uint32_t position) const;
     std::uint32_t widthOf(const Module& module, const Module::Cell& cell, std::uint32_t position,
                           std::uint32_t cells);
-    Place place(const Module::Cell& cell) const { return {modules_.file, cell.line, cell.column}; }
-    std::string quoted(Name name) const { return "'" + std::string(modules_.names[name]) + "'"; }
+    Base::Place place(const Module::Cell& cell) const { return {modules_.file, cell.line, cell.column}; }
+    std::string quoted(Base::Name name) const { return "'" + std::string(modules_.names[name]) + "'"; }
 
     Modules& modules_;
     const std::vector<Facts>& facts_;
-    NameTable byName_;
-    ErrorList errors_;
+    Base::NameTable byName_;
+    Base::ErrorList errors_;
     std::uint64_t added_ = 0; // cells and bits
 };
 

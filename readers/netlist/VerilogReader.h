@@ -7,13 +7,13 @@
 // several errors are reported at once.
 #pragma once
 
-#include "Input.h"
-#include "Modules.h"
-#include "VerilogExpression.h"
-#include "VerilogLexer.h"
-#include "VerilogModule.h"
-#include "VerilogModules.h"
-#include "VerilogWords.h"
+#include "readers/netlist/Input.h"
+#include "readers/netlist/Modules.h"
+#include "readers/netlist/VerilogExpression.h"
+#include "readers/netlist/VerilogLexer.h"
+#include "readers/netlist/VerilogModule.h"
+#include "readers/netlist/VerilogModules.h"
+#include "readers/netlist/VerilogWords.h"
 
 #include <map>
 #include <optional>
@@ -24,7 +24,7 @@ namespace Readers {
 
 class VerilogReader {
 public:
-    VerilogReader(Input& input, Diagnostics& diagnostics)
+    VerilogReader(Input& input, Base::Diagnostics& diagnostics)
         : modules_(input.path()), diagnostics_(diagnostics), lexer_(input, diagnostics),
           module_(modules_.names, input.path()), expression_(lexer_, module_, modules_.names) {}
 
@@ -41,7 +41,7 @@ private:
     void readItem();
     void readModule(bool isPrimitive);
     bool readBody(std::string_view end);
-    void recover(const BadInput& error);
+    void recover(const Base::BadInput& error);
     bool isAtBoundary() const;
     void advanceQuietly();
     void readHeader();
@@ -55,30 +55,30 @@ private:
     void readType(Declaration& declaration, Word word);
     void readDeclaration(Word word);
     void readAssign();
-    void readAssignment(const VerilogModule::Bits& left, const Place& place);
+    void readAssignment(const VerilogModule::Bits& left, const Base::Place& place);
     static VerilogModule::Bits operandsOf(const VerilogExpression::Computed& computed,
                                           std::optional<std::size_t> bit);
     void addExpression(const VerilogModule::Bits& outputs, const VerilogModule::Bits& inputs,
-                       const Place& place);
+                       const Base::Place& place);
     void readInstances();
-    void readInstance(Name type, bool isOpen);
-    Name unnamed(Name type);
+    void readInstance(Base::Name type, bool isOpen);
+    Base::Name unnamed(Base::Name type);
     void readConnections();
     void readConnection();
     const VerilogModule::Bits& readConnected();
     void readGates(Word word);
-    void readGate(Name type, Word word, bool isOpen);
+    void readGate(Base::Name type, Word word, bool isOpen);
     void readTran();
-    void connectGate(Name name, Name type, Word word, const std::vector<VerilogModule::Bits>& terminals,
-                     const Place& place);
+    void connectGate(Base::Name name, Base::Name type, Word word,
+                     const std::vector<VerilogModule::Bits>& terminals, const Base::Place& place);
     bool isStrength() const;
-    static std::size_t outputsOf(Word word, std::size_t terminals, const Place& place);
+    static std::size_t outputsOf(Word word, std::size_t terminals, const Base::Place& place);
     static std::string gatePin(std::size_t at, std::size_t outputs);
 
     // --- Parts ----------------------------------------------------------------------------------------------------
 
     std::optional<Word> word() const;
-    Name readName(std::string_view what);
+    Base::Name readName(std::string_view what);
     void skipBalanced();
     void skipDelay();
     void skipStrength();
@@ -96,18 +96,18 @@ private:
     // What is passed over, or loses a part of its meaning.
     struct Counted {
         std::uint64_t count = 0;
-        Place first;
+        Base::Place first;
     };
 
     Modules modules_;
-    Diagnostics& diagnostics_;
-    ErrorList errors_;
+    Base::Diagnostics& diagnostics_;
+    Base::ErrorList errors_;
     VerilogLexer lexer_;
     VerilogModule module_;
     VerilogExpression expression_;
-    NameTable known_;
+    Base::NameTable known_;
     unsigned unnamed_ = 0; // gates of the module
-    NameTable primitives_;
+    Base::NameTable primitives_;
     std::vector<VerilogModules::Facts> facts_; // of the modules
     std::map<std::string, Counted, std::less<>> passedOver_;
     Counted inversions_;  // that are lost

@@ -1,5 +1,5 @@
 // One table, looked up for each name that may not be a keyword.
-#include "VerilogWords.h"
+#include "readers/netlist/VerilogWords.h"
 
 #include <initializer_list>
 #include <unordered_map>

@@ -3,8 +3,8 @@
 // A clock keeps its index for good. Without -add a new clock takes its targets away from those that were
 // there; one that has none left is removed, and with it what named it. A clock of the same name is redefined
 // in place, and what named it stays.
-#include "Objects.h"
-#include "Session.h"
+#include "readers/sdc/Objects.h"
+#include "readers/sdc/Session.h"
 
 #include <algorithm>
 #include <set>
@@ -15,14 +15,14 @@ namespace {
 
 constexpr int comparedScale = 9; // times are compared in 10^-9 ns
 
-std::optional<std::int64_t> comparable(const Decimal& time) { return time.scaled(comparedScale); }
+std::optional<std::int64_t> comparable(const Base::Decimal& time) { return time.scaled(comparedScale); }
 
-std::vector<Decimal> decimals(const Session& session, const Arguments& arguments, std::string_view option,
-                              std::size_t count, std::string_view what) {
-    std::vector<Decimal> values;
+std::vector<Base::Decimal> decimals(const Session& session, const Arguments& arguments,
+                                    std::string_view option, std::size_t count, std::string_view what) {
+    std::vector<Base::Decimal> values;
     Tcl_Obj* const list = arguments.find(option);
     for (Tcl_Obj* const element : elementsOf(list)) {
-        const std::optional<Decimal> value = toDecimal(element);
+        const std::optional<Base::Decimal> value = toDecimal(element);
         if (!value)
             arguments.failValue(option, what, list);
         values.push_back(session.time(*value));
@@ -34,14 +34,15 @@ std::vector<Decimal> decimals(const Session& session, const Arguments& arguments
 
 // --- Replacing ------------------------------------------------------------------------------------------------------
 
-bool dropFrom(std::optional<Points>& points, const Object& clock) {
+bool dropFrom(std::optional<Design::Points>& points, const Design::Object& clock) {
     return points && std::erase(points->objects, clock) != 0 && points->objects.empty();
 }
 
 std::size_t forgetPairs(Session& session, std::uint32_t index) {
-    std::vector<ClockPairUncertainty>& all = session.result.pairUncertainties;
-    const std::size_t count = std::erase_if(
-        all, [index](const ClockPairUncertainty& pair) { return pair.from == index || pair.to == index; });
+    std::vector<Design::ClockPairUncertainty>& all = session.result.pairUncertainties;
+    const std::size_t count = std::erase_if(all, [index](const Design::ClockPairUncertainty& pair) {
+        return pair.from == index || pair.to == index;
+    });
     if (count != 0) {
         session.uncertaintyOfPair.clear();
         for (std::size_t at = 0; at < all.size(); ++at)
@@ -52,15 +53,15 @@ std::size_t forgetPairs(Session& session, std::uint32_t index) {
 
 // Takes the clock out of everything that names it, and tells how many commands that ended.
 std::size_t forget(Session& session, std::uint32_t index) {
-    Constraints& result = session.result;
-    const Object clock{ObjectKind::clock, index};
+    Design::Constraints& result = session.result;
+    const Design::Object clock{Design::ObjectKind::clock, index};
     std::size_t count = session.portDelays.forgetClock(index);
-    count += std::erase_if(result.exceptions, [&clock](Exception& exception) {
+    count += std::erase_if(result.exceptions, [&clock](Design::Exception& exception) {
         const bool from = dropFrom(exception.from, clock), to = dropFrom(exception.to, clock);
         return from || to;
     });
     count += forgetPairs(session, index);
-    count += std::erase_if(result.clockGroups, [index](ClockGroups& groups) {
+    count += std::erase_if(result.clockGroups, [index](Design::ClockGroups& groups) {
         const std::size_t before = groups.groups.size();
         for (std::vector<std::uint32_t>& group : groups.groups)
             std::erase(group, index);
@@ -68,14 +69,14 @@ std::size_t forget(Session& session, std::uint32_t index) {
         // A single group that was left over would stand against all other clocks.
         return groups.groups.empty() || (before > 1 && groups.groups.size() == 1);
     });
-    for (Clock& other : result.clocks)
+    for (Design::Clock& other : result.clocks)
         if (other.generated && other.generated->master == index)
             other.generated->master.reset();
     return count;
 }
 
 void remove(Session& session, std::uint32_t index, const std::string& by) {
-    Clock& clock = session.result.clocks[index];
+    Design::Clock& clock = session.result.clocks[index];
     clock.removed = true;
     session.finder.forgetClock(clock.name);
     const std::size_t lost = forget(session, index);
@@ -89,13 +90,13 @@ void remove(Session& session, std::uint32_t index, const std::string& by) {
         session.note(text);
 }
 
-void takeTargets(Session& session, const Clock& clock) {
+void takeTargets(Session& session, const Design::Clock& clock) {
     std::set<std::uint32_t> others;
     for (const std::uint32_t pin : clock.targets)
         for (const std::uint32_t index : session.clocksOn(pin))
             others.insert(index);
     for (const std::uint32_t index : others) {
-        Clock& other = session.result.clocks[index];
+        Design::Clock& other = session.result.clocks[index];
         if (other.name == clock.name)
             continue;
         std::erase_if(other.targets, [&clock](std::uint32_t pin) {
@@ -106,23 +107,23 @@ void takeTargets(Session& session, const Clock& clock) {
     }
 }
 
-void define(Session& session, Clock clock, bool add) {
+void define(Session& session, Design::Clock clock, bool add) {
     if (!add)
         takeTargets(session, clock);
     const std::uint32_t known = session.finder.clock(clock.name);
-    const auto index = known != none ? known : static_cast<std::uint32_t>(session.result.clocks.size());
+    const auto index = known != Base::none ? known : static_cast<std::uint32_t>(session.result.clocks.size());
     for (const std::uint32_t pin : clock.targets)
         if (std::vector<std::uint32_t>& here = session.clocksOfPin[pin];
             std::ranges::find(here, index) == here.end())
             here.push_back(index);
-    if (known == none) {
+    if (known == Base::none) {
         session.finder.nameClock(clock.name, index);
         session.result.clocks.push_back(std::move(clock));
         session.sourceLatency.emplace_back();
         session.networkLatency.emplace_back();
         return;
     }
-    Clock& old = session.result.clocks[known];
+    Design::Clock& old = session.result.clocks[known];
     clock.propagated = old.propagated;
     clock.sourceLatency = old.sourceLatency;
     clock.networkLatency = old.networkLatency;
@@ -131,8 +132,8 @@ void define(Session& session, Clock clock, bool add) {
 }
 
 // The clock's name and targets, which both kinds of clock have.
-Clock named(Session& session, const Arguments& arguments) {
-    Clock clock;
+Design::Clock named(Session& session, const Arguments& arguments) {
+    Design::Clock clock;
     clock.origin = session.tcl.origin();
     clock.timeExponent = session.timeExponent;
     if (Tcl_Obj* const targets = arguments.argument(0))
@@ -147,7 +148,7 @@ Clock named(Session& session, const Arguments& arguments) {
 
 // --- create_clock ---------------------------------------------------------------------------------------------------
 
-void readWaveform(const Session& session, const Arguments& arguments, Clock& clock) {
+void readWaveform(const Session& session, const Arguments& arguments, Design::Clock& clock) {
     if (!arguments.has("-waveform")) {
         clock.fall = {clock.period.mantissa * 5, clock.period.exponent - 1};
         if (clock.period.mantissa % 2 == 0)
@@ -155,7 +156,7 @@ void readWaveform(const Session& session, const Arguments& arguments, Clock& clo
         return;
     }
     constexpr std::string_view what = "two increasing times within one period";
-    const std::vector<Decimal> edges = decimals(session, arguments, "-waveform", 2, what);
+    const std::vector<Base::Decimal> edges = decimals(session, arguments, "-waveform", 2, what);
     const auto rise = comparable(edges[0]), fall = comparable(edges[1]), period = comparable(clock.period);
     if (!rise || !fall || !period || *rise < 0 || *fall <= *rise || *fall - *rise >= *period)
         arguments.failValue("-waveform", what, arguments.find("-waveform"));
@@ -173,12 +174,12 @@ void createClock(Session& session, Words words) {
                                1};
     const Arguments arguments(syntax, words);
     arguments.needsOne({"-period"});
-    const Decimal period = session.time(*arguments.decimal("-period"));
+    const Base::Decimal period = session.time(*arguments.decimal("-period"));
     if (period.isZero() || period.isNegative())
         arguments.failValue("-period", "a time above 0", arguments.find("-period"));
     if (arguments.argument(0) == nullptr)
         arguments.needsOne({"-name", "targets"});
-    Clock clock = named(session, arguments);
+    Design::Clock clock = named(session, arguments);
     clock.period = period;
     readWaveform(session, arguments, clock);
     define(session, std::move(clock), arguments.has("-add"));
@@ -208,8 +209,8 @@ int readFactor(const Arguments& arguments, std::string_view option) {
     return factor;
 }
 
-void readShape(const Session& session, const Arguments& arguments, GeneratedClock& generated) {
-    using Kind = GeneratedClock::Kind;
+void readShape(const Session& session, const Arguments& arguments, Design::GeneratedClock& generated) {
+    using Kind = Design::GeneratedClock::Kind;
     arguments.atMostOne({"-divide_by", "-multiply_by", "-edges", "-combinational"});
     if (arguments.has("-divide_by"))
         generated.factor = readFactor(arguments, "-divide_by");
@@ -227,15 +228,15 @@ void readShape(const Session& session, const Arguments& arguments, GeneratedCloc
         generated.edgeShifts = decimals(session, arguments, "-edge_shift", 3, "three times");
     }
     generated.dutyCycle = arguments.decimal("-duty_cycle");
-    if (generated.dutyCycle &&
-        (!isLess(Decimal::of(0), *generated.dutyCycle) || !isLess(*generated.dutyCycle, Decimal::of(100))))
+    if (generated.dutyCycle && (!isLess(Base::Decimal::of(0), *generated.dutyCycle) ||
+                                !isLess(*generated.dutyCycle, Base::Decimal::of(100))))
         arguments.failValue("-duty_cycle", "a percentage between 0 and 100", arguments.find("-duty_cycle"));
     if (generated.dutyCycle && generated.kind == Kind::edges)
         arguments.fail("-duty_cycle does not go with -edges");
     generated.invert = arguments.has("-invert");
-    generated.offset = session.time(arguments.decimal("-offset").value_or(Decimal()));
-    generated.phase = arguments.decimal("-phase").value_or(Decimal());
-    if (isLess(generated.phase, Decimal::of(-360)) || isLess(Decimal::of(360), generated.phase))
+    generated.offset = session.time(arguments.decimal("-offset").value_or(Base::Decimal()));
+    generated.phase = arguments.decimal("-phase").value_or(Base::Decimal());
+    if (isLess(generated.phase, Base::Decimal::of(-360)) || isLess(Base::Decimal::of(360), generated.phase))
         arguments.failValue("-phase", "degrees from -360 to 360", arguments.find("-phase"));
 }
 
@@ -257,7 +258,7 @@ void createGeneratedClock(Session& session, Words words) {
                                {Takes::objects}};
     const Arguments arguments(syntax, words);
     arguments.needsOne({"-source"});
-    GeneratedClock generated;
+    Design::GeneratedClock generated;
     readShape(session, arguments, generated);
     const std::vector<std::uint32_t> source =
         session.sources(arguments, "-source", arguments.find("-source"));
@@ -265,8 +266,8 @@ void createGeneratedClock(Session& session, Words words) {
         arguments.fail("-source: expected one port or pin, found " + std::to_string(source.size()));
     generated.source = source.front();
     if (arguments.has("-master_clock"))
-        generated.master = session.one(arguments, "-master_clock", {ObjectKind::clock}).index;
-    Clock clock = named(session, arguments);
+        generated.master = session.one(arguments, "-master_clock", {Design::ObjectKind::clock}).index;
+    Design::Clock clock = named(session, arguments);
     clock.generated = std::move(generated);
     define(session, std::move(clock), arguments.has("-add"));
 }
@@ -285,7 +286,7 @@ void setClockGroups(Session& session, Words words) {
     const Arguments arguments(syntax, words);
     arguments.needsOne({"-asynchronous", "-logically_exclusive", "-physically_exclusive", "-exclusive"});
     arguments.needsOne({"-group"});
-    ClockGroups groups;
+    Design::ClockGroups groups;
     groups.name = arguments.text("-name");
     groups.origin = session.tcl.origin();
     std::size_t given = 0;
@@ -294,7 +295,8 @@ void setClockGroups(Session& session, Words words) {
             continue;
         ++given;
         std::vector<std::uint32_t> group;
-        for (const Object& object : session.resolve(arguments, "-group", option.value, {ObjectKind::clock}))
+        for (const Design::Object& object :
+             session.resolve(arguments, "-group", option.value, {Design::ObjectKind::clock}))
             group.push_back(object.index);
         if (!group.empty())
             groups.groups.push_back(std::move(group));

@@ -1,8 +1,8 @@
 // Commands about lists of objects. A collection is a Tcl list, so that most of these are for files that use
 // them.
-#include "Filter.h"
-#include "Objects.h"
-#include "Session.h"
+#include "readers/sdc/Filter.h"
+#include "readers/sdc/Objects.h"
+#include "readers/sdc/Session.h"
 
 #include <algorithm>
 
@@ -10,28 +10,30 @@ namespace Readers::Sdc {
 
 namespace {
 
-constexpr Kinds anything = {ObjectKind::port, ObjectKind::pin, ObjectKind::cell, ObjectKind::net,
-                            ObjectKind::clock};
+constexpr Kinds anything = {Design::ObjectKind::port, Design::ObjectKind::pin, Design::ObjectKind::cell,
+                            Design::ObjectKind::net, Design::ObjectKind::clock};
 
 Tcl_Obj* newText(std::string_view text) {
     return Tcl_NewStringObj(text.data(), static_cast<int>(text.size()));
 }
 
 // Adds the objects that a value names behind a list of handles.
-void appendTo(Tcl_Obj* list, const std::vector<Object>& objects) {
-    for (const Object& object : objects)
+void appendTo(Tcl_Obj* list, const std::vector<Design::Object>& objects) {
+    for (const Design::Object& object : objects)
         Tcl_ListObjAppendElement(nullptr, list, newHandle(object));
 }
 
 // A few objects, or many, among which others are looked for.
 class Set {
 public:
-    explicit Set(std::vector<Object> objects) : sorted_(std::move(objects)) { std::ranges::sort(sorted_); }
+    explicit Set(std::vector<Design::Object> objects) : sorted_(std::move(objects)) {
+        std::ranges::sort(sorted_);
+    }
 
     // The place of what a value stands for; the size if it is none of them.
     std::size_t find(Tcl_Obj* value) const {
         constexpr std::size_t few = 4;
-        const std::optional<Object> object = toObject(value);
+        const std::optional<Design::Object> object = toObject(value);
         if (!object)
             return sorted_.size();
         const auto known = sorted_.size() <= few ? std::ranges::find(sorted_, *object)
@@ -40,23 +42,23 @@ public:
                    ? sorted_.size()
                    : static_cast<std::size_t>(known - sorted_.begin());
     }
-    std::size_t find(const Object& object) const {
+    std::size_t find(const Design::Object& object) const {
         return static_cast<std::size_t>(std::ranges::lower_bound(sorted_, object) - sorted_.begin());
     }
     std::size_t size() const { return sorted_.size(); }
 
 private:
-    std::vector<Object> sorted_;
+    std::vector<Design::Object> sorted_;
 };
 
 // Those that the list does not have, each once.
-std::vector<Object> missingIn(Tcl_Obj* list, std::vector<Object> objects) {
+std::vector<Design::Object> missingIn(Tcl_Obj* list, std::vector<Design::Object> objects) {
     removeDuplicates(objects);
     const Set set(objects);
     std::vector<bool> has(set.size() + 1);
     for (Tcl_Obj* const element : elementsOf(list))
         has[set.find(element)] = true;
-    std::erase_if(objects, [&](const Object& object) { return has[set.find(object)]; });
+    std::erase_if(objects, [&](const Design::Object& object) { return has[set.find(object)]; });
     return objects;
 }
 
@@ -74,13 +76,14 @@ void sizeofCollection(Session& session, Words words) {
 void getObjectName(Session& session, Words words) {
     static const Syntax syntax{{}, {Takes::objects}};
     const Arguments arguments(syntax, words);
-    const std::vector<Object> objects = session.resolve(arguments, "", arguments.argument(0), anything);
+    const std::vector<Design::Object> objects =
+        session.resolve(arguments, "", arguments.argument(0), anything);
     if (objects.size() == 1) {
         session.tcl.setResult(newText(session.finder.name(objects.front())));
         return;
     }
     Tcl_Obj* const names = Tcl_NewListObj(0, nullptr);
-    for (const Object& object : objects)
+    for (const Design::Object& object : objects)
         Tcl_ListObjAppendElement(nullptr, names, newText(session.finder.name(object)));
     session.tcl.setResult(names);
 }
@@ -93,10 +96,10 @@ void getAttribute(Session& session, Words words) {
     const bool swapped = !elementsOf(arguments.argument(1)).empty() &&
                          session.finder.toKnown(elementsOf(arguments.argument(1)).front()).has_value();
     const std::string name = Tcl_GetString(arguments.argument(swapped ? 0 : 1));
-    const std::vector<Object> objects =
+    const std::vector<Design::Object> objects =
         session.resolve(arguments, "", arguments.argument(swapped ? 1 : 0), anything);
     std::vector<std::string> values;
-    for (const Object& object : objects) {
+    for (const Design::Object& object : objects) {
         const auto value = attribute(session.design, session.result.clocks, object, name);
         if (!value && !arguments.has("-quiet"))
             arguments.fail("a " + std::string(kindName(object.kind)) + " has no attribute '" + name + "'");
@@ -120,7 +123,7 @@ void addToCollection(Session& session, Words words) {
         isCollection(arguments.argument(0)) && !arguments.has("-unique")
             ? Tcl_DuplicateObj(arguments.argument(0))
             : newCollection(session.resolve(arguments, "", arguments.argument(0), anything));
-    std::vector<Object> more = session.resolve(arguments, "", arguments.argument(1), anything);
+    std::vector<Design::Object> more = session.resolve(arguments, "", arguments.argument(1), anything);
     appendTo(base, arguments.has("-unique") ? missingIn(base, std::move(more)) : more);
     session.tcl.setResult(base);
 }
@@ -130,11 +133,11 @@ void appendToCollection(Session& session, Words words) {
     static const Syntax syntax{{{"-unique"}}, {Takes::name, Takes::objects}};
     const Arguments arguments(syntax, words);
     Tcl_Obj* const old = Tcl_ObjGetVar2(session.tcl.raw(), arguments.argument(0), nullptr, 0);
-    std::vector<Object> more = session.resolve(arguments, "", arguments.argument(1), anything);
+    std::vector<Design::Object> more = session.resolve(arguments, "", arguments.argument(1), anything);
     const bool unique = arguments.has("-unique");
     Tcl_Obj* result = old;
     if (old == nullptr || !isCollection(old) || (unique && !session.isKnownUnique(old)))
-        result = newCollection(old == nullptr ? std::vector<Object>()
+        result = newCollection(old == nullptr ? std::vector<Design::Object>()
                                               : session.resolve(arguments, "", old, anything));
     else if (Tcl_IsShared(old))
         result = Tcl_DuplicateObj(old);
@@ -166,8 +169,8 @@ void filterCollection(Session& session, Words words) {
     static const Syntax syntax{{}, {Takes::objects, Takes::name}};
     const Arguments arguments(syntax, words);
     const Filter filter(Tcl_GetString(arguments.argument(1)));
-    std::vector<Object> objects = session.resolve(arguments, "", arguments.argument(0), anything);
-    std::erase_if(objects, [&](const Object& object) {
+    std::vector<Design::Object> objects = session.resolve(arguments, "", arguments.argument(0), anything);
+    std::erase_if(objects, [&](const Design::Object& object) {
         return !filter.accepts(session.design, session.result.clocks, object);
     });
     session.tcl.setResult(newCollection(objects));

@@ -1,6 +1,6 @@
 // set_false_path, set_multicycle_path, set_max_delay, set_min_delay, group_path: what stands between points,
 // and what they ask of the paths there.
-#include "Session.h"
+#include "readers/sdc/Session.h"
 
 #include <algorithm>
 
@@ -8,8 +8,10 @@ namespace Readers::Sdc {
 
 namespace {
 
-constexpr Kinds ends = {ObjectKind::clock, ObjectKind::port, ObjectKind::cell, ObjectKind::pin};
-constexpr Kinds between = {ObjectKind::port, ObjectKind::pin, ObjectKind::cell, ObjectKind::net};
+constexpr Kinds ends = {Design::ObjectKind::clock, Design::ObjectKind::port, Design::ObjectKind::cell,
+                        Design::ObjectKind::pin};
+constexpr Kinds between = {Design::ObjectKind::port, Design::ObjectKind::pin, Design::ObjectKind::cell,
+                           Design::ObjectKind::net};
 
 Syntax withPoints(std::vector<Option> options, std::vector<Takes> arguments = {}) {
     const Option points[] = {{"-from", Takes::objects},
@@ -26,29 +28,32 @@ Syntax withPoints(std::vector<Option> options, std::vector<Takes> arguments = {}
     return {std::move(options), std::move(arguments)};
 }
 
-Transition transitionOf(std::string_view option) {
+Design::Transition transitionOf(std::string_view option) {
     if (option.starts_with("-rise"))
-        return Transition::rise;
-    return option.starts_with("-fall") ? Transition::fall : Transition::any;
+        return Design::Transition::rise;
+    return option.starts_with("-fall") ? Design::Transition::fall : Design::Transition::any;
 }
 
-Points readPoints(Session& session, const Arguments& arguments, const Arguments::Given& given, Kinds kinds) {
-    Points points{session.objects(arguments, given.option, given.value, kinds), transitionOf(given.option)};
+Design::Points readPoints(Session& session, const Arguments& arguments, const Arguments::Given& given,
+                          Kinds kinds) {
+    Design::Points points{session.objects(arguments, given.option, given.value, kinds),
+                          transitionOf(given.option)};
     std::ranges::sort(points.objects);
     return points;
 }
 
 // -rise and -fall are about the edge at the path's end.
-void readEndEdge(const Arguments& arguments, Exception& exception) {
+void readEndEdge(const Arguments& arguments, Design::Exception& exception) {
     if (arguments.has("-rise") == arguments.has("-fall"))
         return;
     if (!exception.to)
         arguments.fail("-rise and -fall need -to");
-    if (exception.to->transition == Transition::any)
-        exception.to->transition = arguments.has("-rise") ? Transition::rise : Transition::fall;
+    if (exception.to->transition == Design::Transition::any)
+        exception.to->transition =
+            arguments.has("-rise") ? Design::Transition::rise : Design::Transition::fall;
 }
 
-void readAllPoints(Session& session, const Arguments& arguments, Exception& exception) {
+void readAllPoints(Session& session, const Arguments& arguments, Design::Exception& exception) {
     arguments.atMostOne({"-from", "-rise_from", "-fall_from"});
     arguments.atMostOne({"-to", "-rise_to", "-fall_to"});
     for (const Arguments::Given& given : arguments.given()) {
@@ -64,10 +69,10 @@ void readAllPoints(Session& session, const Arguments& arguments, Exception& exce
     readEndEdge(arguments, exception);
 }
 
-void add(Session& session, const Arguments& arguments, Exception exception) {
+void add(Session& session, const Arguments& arguments, Design::Exception exception) {
     exception.origin = session.tcl.origin();
     exception.text = describe(session, arguments.words());
-    const Exception bare = exception;
+    const Design::Exception bare = exception;
     try {
         readAllPoints(session, arguments, exception);
     } catch (const NoObjects&) {
@@ -77,7 +82,7 @@ void add(Session& session, const Arguments& arguments, Exception exception) {
     session.result.exceptions.push_back(std::move(exception));
 }
 
-void readSides(const Arguments& arguments, Exception& exception) {
+void readSides(const Arguments& arguments, Design::Exception& exception) {
     exception.flagged = arguments.has("-setup") || arguments.has("-hold");
     exception.setup = arguments.has("-setup") || !exception.flagged;
     exception.hold = arguments.has("-hold") || !exception.flagged;
@@ -86,8 +91,8 @@ void readSides(const Arguments& arguments, Exception& exception) {
 void setFalsePath(Session& session, Words words) {
     static const Syntax syntax = withPoints({{"-setup"}, {"-hold"}, {"-rise"}, {"-fall"}});
     const Arguments arguments(syntax, words);
-    Exception exception;
-    exception.kind = Exception::Kind::falsePath;
+    Design::Exception exception;
+    exception.kind = Design::Exception::Kind::falsePath;
     readSides(arguments, exception);
     add(session, arguments, std::move(exception));
 }
@@ -97,8 +102,8 @@ void setMulticyclePath(Session& session, Words words) {
         withPoints({{"-setup"}, {"-hold"}, {"-rise"}, {"-fall"}, {"-start"}, {"-end"}}, {Takes::integer});
     const Arguments arguments(syntax, words);
     arguments.atMostOne({"-start", "-end"});
-    Exception exception;
-    exception.kind = Exception::Kind::multicycle;
+    Design::Exception exception;
+    exception.kind = Design::Exception::Kind::multicycle;
     readSides(arguments, exception);
     exception.multiplier = arguments.integerArgument(0);
     constexpr int largest = 1'000'000;
@@ -109,12 +114,12 @@ void setMulticyclePath(Session& session, Words words) {
     add(session, arguments, std::move(exception));
 }
 
-void setDelayLimit(Session& session, Words words, Exception::Kind kind) {
+void setDelayLimit(Session& session, Words words, Design::Exception::Kind kind) {
     static const Syntax syntax = withPoints({{"-rise"}, {"-fall"}, {"-ignore_clock_latency"}}, {Takes::time});
     const Arguments arguments(syntax, words);
-    Exception exception;
+    Design::Exception exception;
     exception.kind = kind;
-    exception.setup = kind == Exception::Kind::maxDelay;
+    exception.setup = kind == Design::Exception::Kind::maxDelay;
     exception.hold = !exception.setup;
     exception.value = session.time(arguments.decimalArgument(0));
     exception.ignoreClockLatency = arguments.has("-ignore_clock_latency");
@@ -129,8 +134,8 @@ void groupPath(Session& session, Words words) {
     arguments.atMostOne({"-name", "-default"});
     if (arguments.has("-weight") || arguments.has("-critical_range"))
         session.note("group_path: -weight and -critical_range are accepted, and not applied");
-    Exception exception;
-    exception.kind = Exception::Kind::pathGroup;
+    Design::Exception exception;
+    exception.kind = Design::Exception::Kind::pathGroup;
     exception.group = arguments.has("-default") ? "default" : arguments.text("-name");
     add(session, arguments, std::move(exception));
 }
@@ -140,10 +145,12 @@ void groupPath(Session& session, Words words) {
 void addExceptionCommands(Session& session) {
     session.add("set_false_path", setFalsePath);
     session.add("set_multicycle_path", setMulticyclePath);
-    session.add("set_max_delay",
-                [](Session& self, Words words) { setDelayLimit(self, words, Exception::Kind::maxDelay); });
-    session.add("set_min_delay",
-                [](Session& self, Words words) { setDelayLimit(self, words, Exception::Kind::minDelay); });
+    session.add("set_max_delay", [](Session& self, Words words) {
+        setDelayLimit(self, words, Design::Exception::Kind::maxDelay);
+    });
+    session.add("set_min_delay", [](Session& self, Words words) {
+        setDelayLimit(self, words, Design::Exception::Kind::minDelay);
+    });
     session.add("group_path", groupPath);
 }
 

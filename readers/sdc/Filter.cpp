@@ -1,9 +1,9 @@
 // Attributes by kind of object; and filters, read by operator precedence into postfix steps (! before &&
 // before ||).
-#include "Filter.h"
+#include "readers/sdc/Filter.h"
 
-#include "Interpreter.h"
-#include "Objects.h"
+#include "readers/sdc/Interpreter.h"
+#include "readers/sdc/Objects.h"
 
 #include <algorithm>
 
@@ -13,34 +13,35 @@ namespace {
 
 std::string truth(bool value) { return value ? "true" : "false"; }
 
-std::string_view directionName(Direction direction) {
+std::string_view directionName(Design::Direction direction) {
     switch (direction) {
-    case Direction::input:
+    case Design::Direction::input:
         return "input";
-    case Direction::output:
+    case Design::Direction::output:
         return "output";
-    case Direction::inout:
+    case Design::Direction::inout:
         return "inout";
-    case Direction::unknown:
+    case Design::Direction::unknown:
         break;
     }
     return "unknown";
 }
 
-bool isClockSource(const std::vector<Clock>& clocks, std::uint32_t pin) {
-    return std::ranges::any_of(clocks, [pin](const Clock& clock) {
+bool isClockSource(const std::vector<Design::Clock>& clocks, std::uint32_t pin) {
+    return std::ranges::any_of(clocks, [pin](const Design::Clock& clock) {
         return !clock.removed && std::ranges::find(clock.targets, pin) != clock.targets.end();
     });
 }
 
-std::string ownName(const Design& design, std::string_view name) {
+std::string ownName(const Design::RoutedDesign& design, std::string_view name) {
     const char dividers[] = {'/', design.divider};
     const std::size_t divider = name.find_last_of(std::string_view(dividers, 2));
     return std::string(divider == std::string_view::npos ? name : name.substr(divider + 1));
 }
 
-std::optional<std::string> pinAttribute(const Design& design, const std::vector<Clock>& clocks,
-                                        std::uint32_t index, std::string_view name) {
+std::optional<std::string> pinAttribute(const Design::RoutedDesign& design,
+                                        const std::vector<Design::Clock>& clocks, std::uint32_t index,
+                                        std::string_view name) {
     const Design::Pin& pin = design.pins[index];
     if (name == "name" || name == "pin_name" || name == "lib_pin_name")
         return std::string(design.names[pin.name]);
@@ -55,7 +56,7 @@ std::optional<std::string> pinAttribute(const Design& design, const std::vector<
     if (name == "is_data" || name == "is_data_pin")
         return truth(design.isDataPin(index));
     if (name == "net" || name == "net_name")
-        return pin.net == none ? std::string() : std::string(design.netName(pin.net));
+        return pin.net == Base::none ? std::string() : std::string(design.netName(pin.net));
     if ((name == "cell" || name == "cell_name") && !design.isPortOfTop(index))
         return std::string(design.cellName(pin.cell));
     if (name == "ref_name" && !design.isPortOfTop(index))
@@ -63,7 +64,8 @@ std::optional<std::string> pinAttribute(const Design& design, const std::vector<
     return std::nullopt;
 }
 
-std::optional<std::string> cellAttribute(const Design& design, std::uint32_t index, std::string_view name) {
+std::optional<std::string> cellAttribute(const Design::RoutedDesign& design, std::uint32_t index,
+                                         std::string_view name) {
     if (name == "name" || name == "base_name")
         return ownName(design, design.cellName(index));
     if (name == "full_name")
@@ -77,7 +79,8 @@ std::optional<std::string> cellAttribute(const Design& design, std::uint32_t ind
     return std::nullopt;
 }
 
-std::optional<std::string> clockAttribute(const Design& design, const Clock& clock, std::string_view name) {
+std::optional<std::string> clockAttribute(const Design::RoutedDesign& design, const Design::Clock& clock,
+                                          std::string_view name) {
     if (name == "name" || name == "full_name")
         return clock.name;
     if (name == "period")
@@ -101,21 +104,22 @@ std::optional<std::string> clockAttribute(const Design& design, const Clock& clo
 
 } // namespace
 
-std::optional<std::string> attribute(const Design& design, const std::vector<Clock>& clocks,
-                                     const Object& object, std::string_view name) {
+std::optional<std::string> attribute(const Design::RoutedDesign& design,
+                                     const std::vector<Design::Clock>& clocks, const Design::Object& object,
+                                     std::string_view name) {
     if (name == "object_class" || name == "object_type" || name == "class")
         return std::string(kindName(object.kind));
     switch (object.kind) {
-    case ObjectKind::cell:
+    case Design::ObjectKind::cell:
         return cellAttribute(design, object.index, name);
-    case ObjectKind::clock:
+    case Design::ObjectKind::clock:
         return clockAttribute(design, clocks[object.index], name);
-    case ObjectKind::net:
+    case Design::ObjectKind::net:
         if (name == "name")
             return ownName(design, design.netName(object.index));
         return name == "full_name" ? std::optional(std::string(design.netName(object.index))) : std::nullopt;
-    case ObjectKind::port:
-    case ObjectKind::pin:
+    case Design::ObjectKind::port:
+    case Design::ObjectKind::pin:
         break;
     }
     return pinAttribute(design, clocks, object.index, name);
@@ -272,7 +276,8 @@ bool Filter::compare(const Step& step, const std::optional<std::string>& value) 
     }
 }
 
-bool Filter::accepts(const Design& design, const std::vector<Clock>& clocks, const Object& object) const {
+bool Filter::accepts(const Design::RoutedDesign& design, const std::vector<Design::Clock>& clocks,
+                     const Design::Object& object) const {
     std::vector<bool> results;
     for (const Step& step : steps_) {
         if (step.action < Operator::negate) {

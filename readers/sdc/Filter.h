@@ -3,9 +3,9 @@
 // == and != compare text, =~ and !~ match a pattern; an attribute alone asks whether it is true.
 #pragma once
 
-#include "Constraints.h"
-#include "Finder.h"
-#include "Glob.h"
+#include "design/Constraints.h"
+#include "readers/sdc/Finder.h"
+#include "readers/sdc/Glob.h"
 
 #include <optional>
 #include <string>
@@ -16,15 +16,17 @@ namespace Readers::Sdc {
 
 // The attribute's value; nothing where objects of the kind have no such attribute. Truth is "true" and
 // "false".
-std::optional<std::string> attribute(const Design& design, const std::vector<Clock>& clocks,
-                                     const Object& object, std::string_view name);
+std::optional<std::string> attribute(const Design::RoutedDesign& design,
+                                     const std::vector<Design::Clock>& clocks, const Design::Object& object,
+                                     std::string_view name);
 
 class Filter {
 public:
     // Throws CommandError for an expression that cannot be read.
     explicit Filter(std::string_view text);
 
-    bool accepts(const Design& design, const std::vector<Clock>& clocks, const Object& object) const;
+    bool accepts(const Design::RoutedDesign& design, const std::vector<Design::Clock>& clocks,
+                 const Design::Object& object) const;
 
 private:
     enum class Operator : std::uint8_t { test, equal, unequal, match, noMatch, negate, both, either, open };

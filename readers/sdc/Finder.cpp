@@ -1,8 +1,8 @@
 // Looking up objects: by hash for names, one pass over all names of the kind for patterns.
-#include "Finder.h"
+#include "readers/sdc/Finder.h"
 
-#include "Interpreter.h"
-#include "Objects.h"
+#include "readers/sdc/Interpreter.h"
+#include "readers/sdc/Objects.h"
 
 #include <algorithm>
 #include <numeric>
@@ -32,53 +32,53 @@ std::string withoutEscapes(std::string_view text) {
 
 } // namespace
 
-Finder::Finder(const Design& design, const std::vector<Clock>& clocks, Tcl_Interp* tcl)
+Finder::Finder(const Design::RoutedDesign& design, const std::vector<Design::Clock>& clocks, Tcl_Interp* tcl)
     : design_(design), clocks_(clocks), tcl_(tcl) {}
 
 std::uint32_t Finder::clock(std::string_view name) const {
     const auto known = clockByName_.find(std::string(name));
-    return known == clockByName_.end() ? none : known->second;
+    return known == clockByName_.end() ? Base::none : known->second;
 }
 
-std::string Finder::name(const Object& object) const {
+std::string Finder::name(const Design::Object& object) const {
     switch (object.kind) {
-    case ObjectKind::cell:
+    case Design::ObjectKind::cell:
         return std::string(design_.cellName(object.index));
-    case ObjectKind::net:
+    case Design::ObjectKind::net:
         return std::string(design_.netName(object.index));
-    case ObjectKind::clock:
+    case Design::ObjectKind::clock:
         return clocks_[object.index].name;
-    case ObjectKind::port:
-    case ObjectKind::pin:
+    case Design::ObjectKind::port:
+    case Design::ObjectKind::pin:
         break;
     }
     return design_.pinName(object.index);
 }
 
-bool Finder::exists(const Object& object) const {
+bool Finder::exists(const Design::Object& object) const {
     switch (object.kind) {
-    case ObjectKind::cell:
+    case Design::ObjectKind::cell:
         return object.index < design_.cells.size();
-    case ObjectKind::net:
+    case Design::ObjectKind::net:
         return object.index < design_.nets.size();
-    case ObjectKind::clock:
+    case Design::ObjectKind::clock:
         return object.index < clocks_.size() && !clocks_[object.index].removed;
-    case ObjectKind::port:
-    case ObjectKind::pin:
+    case Design::ObjectKind::port:
+    case Design::ObjectKind::pin:
         break;
     }
     if (object.index >= design_.pins.size())
         return false;
     // A pad's pin can be both.
-    return object.kind == ObjectKind::port ? design_.isPort(object.index)
-                                           : !design_.isPortOfTop(object.index);
+    return object.kind == Design::ObjectKind::port ? design_.isPort(object.index)
+                                                   : !design_.isPortOfTop(object.index);
 }
 
-std::optional<Object> Finder::toKnown(Tcl_Obj* value) const {
-    const std::optional<Object> object = toObject(value);
+std::optional<Design::Object> Finder::toKnown(Tcl_Obj* value) const {
+    const std::optional<Design::Object> object = toObject(value);
     if (!object)
         return std::nullopt;
-    const bool replaced = object->kind == ObjectKind::clock && object->index < clocks_.size();
+    const bool replaced = object->kind == Design::ObjectKind::clock && object->index < clocks_.size();
     return replaced || exists(*object) ? object : std::nullopt;
 }
 
@@ -87,43 +87,45 @@ std::optional<Object> Finder::toKnown(Tcl_Obj* value) const {
 std::uint32_t Finder::exactPin(std::string_view name) const {
     const std::size_t slash = name.rfind('/');
     if (slash == npos)
-        return none;
+        return Base::none;
     const std::uint32_t cell = design_.findCell(name.substr(0, slash));
-    return cell == none ? none : design_.findPin(cell, name.substr(slash + 1));
+    return cell == Base::none ? Base::none : design_.findPin(cell, name.substr(slash + 1));
 }
 
-bool Finder::findExactName(ObjectKind kind, const std::string& name, std::vector<Object>& found) const {
-    std::uint32_t index = none;
+bool Finder::findExactName(Design::ObjectKind kind, const std::string& name,
+                           std::vector<Design::Object>& found) const {
+    std::uint32_t index = Base::none;
     switch (kind) {
-    case ObjectKind::port:
+    case Design::ObjectKind::port:
         index = design_.findPort(name);
         break;
-    case ObjectKind::pin:
+    case Design::ObjectKind::pin:
         index = exactPin(name);
         break;
-    case ObjectKind::cell:
+    case Design::ObjectKind::cell:
         index = design_.findCell(name);
         break;
-    case ObjectKind::net:
+    case Design::ObjectKind::net:
         index = design_.findNet(name);
         break;
-    case ObjectKind::clock:
+    case Design::ObjectKind::clock:
         index = clock(name);
         break;
     }
-    if (index != none)
+    if (index != Base::none)
         found.push_back({kind, index});
-    return index != none;
+    return index != Base::none;
 }
 
 // Also with slashes where the design's divider is another one.
-bool Finder::findExact(ObjectKind kind, std::string_view pattern, std::vector<Object>& found) const {
+bool Finder::findExact(Design::ObjectKind kind, std::string_view pattern,
+                       std::vector<Design::Object>& found) const {
     std::string name = withoutEscapes(pattern);
     if (findExactName(kind, name, found))
         return true;
-    if (design_.divider == '/' || kind == ObjectKind::port || kind == ObjectKind::clock)
+    if (design_.divider == '/' || kind == Design::ObjectKind::port || kind == Design::ObjectKind::clock)
         return false;
-    const std::size_t last = kind == ObjectKind::pin ? name.rfind('/') : npos;
+    const std::size_t last = kind == Design::ObjectKind::pin ? name.rfind('/') : npos;
     const auto end = last == npos ? name.end() : name.begin() + static_cast<std::ptrdiff_t>(last);
     std::replace(name.begin(), end, '/', design_.divider);
     return findExactName(kind, name, found);
@@ -131,11 +133,11 @@ bool Finder::findExact(ObjectKind kind, std::string_view pattern, std::vector<Ob
 
 // --- By pattern -----------------------------------------------------------------------------------------------------
 
-void Finder::find(ObjectKind kind, std::string_view pattern, const FindOptions& options,
-                  std::vector<Object>& found) const {
+void Finder::find(Design::ObjectKind kind, std::string_view pattern, const FindOptions& options,
+                  std::vector<Design::Object>& found) const {
     if (!options.regexp && !options.hierarchical && !options.ignoreCase && findExact(kind, pattern, found))
         return;
-    if (kind == ObjectKind::clock) { // they come and go
+    if (kind == Design::ObjectKind::clock) { // they come and go
         search(kind, pattern, options, found);
         return;
     }
@@ -144,7 +146,7 @@ void Finder::find(ObjectKind kind, std::string_view pattern, const FindOptions& 
     key += pattern;
     auto known = known_.find(key);
     if (known == known_.end()) {
-        std::vector<Object> objects;
+        std::vector<Design::Object> objects;
         search(kind, pattern, options, objects);
         knownObjects_ += objects.size() + 1;
         if (knownObjects_ > mostKnownObjects) {
@@ -156,8 +158,8 @@ void Finder::find(ObjectKind kind, std::string_view pattern, const FindOptions& 
     found.insert(found.end(), known->second.begin(), known->second.end());
 }
 
-void Finder::search(ObjectKind kind, std::string_view pattern, const FindOptions& options,
-                    std::vector<Object>& found) const {
+void Finder::search(Design::ObjectKind kind, std::string_view pattern, const FindOptions& options,
+                    std::vector<Design::Object>& found) const {
     if (options.regexp) {
         const std::string whole = "^(?:" + std::string(pattern) + ")$";
         Tcl_Obj* const text = Tcl_NewStringObj(whole.c_str(), -1);
@@ -178,7 +180,7 @@ void Finder::search(ObjectKind kind, std::string_view pattern, const FindOptions
         Tcl_DecrRefCount(text);
         return;
     }
-    const std::size_t slash = kind == ObjectKind::pin ? pattern.rfind('/') : npos;
+    const std::size_t slash = kind == Design::ObjectKind::pin ? pattern.rfind('/') : npos;
     const Glob glob(pattern, options.ignoreCase);
     if (glob.isLiteral() && !options.hierarchical)
         return;
@@ -188,7 +190,7 @@ void Finder::search(ObjectKind kind, std::string_view pattern, const FindOptions
                  Glob(pattern.substr(slash + 1), options.ignoreCase), options, found);
         return;
     }
-    if (kind == ObjectKind::pin && !isInAPinsOwnName(glob.piece())) {
+    if (kind == Design::ObjectKind::pin && !isInAPinsOwnName(glob.piece())) {
         findWholePins(glob, options, found);
         return;
     }
@@ -243,7 +245,8 @@ bool Finder::isInAPinsOwnName(std::string_view piece) const {
 
 // Pins by their whole names, where a piece of the pattern can only stand in that of the cell: so the cells
 // without it are left out.
-void Finder::findWholePins(const Glob& glob, const FindOptions& options, std::vector<Object>& found) const {
+void Finder::findWholePins(const Glob& glob, const FindOptions& options,
+                           std::vector<Design::Object>& found) const {
     const Test test = [&glob](std::string_view name) { return glob.matches(name); };
     const auto first = static_cast<std::ptrdiff_t>(found.size());
     std::string name;
@@ -257,22 +260,22 @@ void Finder::findWholePins(const Glob& glob, const FindOptions& options, std::ve
             name += '/';
             name += design_.names[design_.pins[pin].name];
             if (all || matches(test, name, options))
-                found.push_back({ObjectKind::pin, pin});
+                found.push_back({Design::ObjectKind::pin, pin});
         }
     }
     std::ranges::sort(found.begin() + first, found.end());
 }
 
 void Finder::findPins(const Glob& cells, const Glob& pins, const FindOptions& options,
-                      std::vector<Object>& found) const {
+                      std::vector<Design::Object>& found) const {
     const auto addPins = [&](std::uint32_t cell) {
         for (const std::uint32_t pin : design_.pinsOfCell(cell))
             if (pins.matches(design_.names[design_.pins[pin].name]))
-                found.push_back({ObjectKind::pin, pin});
+                found.push_back({Design::ObjectKind::pin, pin});
     };
-    std::vector<Object> exact;
+    std::vector<Design::Object> exact;
     if (cells.isLiteral() && !options.hierarchical) {
-        if (findExact(ObjectKind::cell, cells.literal(), exact))
+        if (findExact(Design::ObjectKind::cell, cells.literal(), exact))
             addPins(exact.front().index);
         return;
     }
@@ -286,8 +289,8 @@ void Finder::findPins(const Glob& cells, const Glob& pins, const FindOptions& op
         });
 }
 
-void Finder::findAll(ObjectKind kind, const Test& test, const std::string& prefix,
-                     std::vector<Object>& found) const {
+void Finder::findAll(Design::ObjectKind kind, const Test& test, const std::string& prefix,
+                     std::vector<Design::Object>& found) const {
     const auto scan = [&](std::size_t count, std::vector<std::uint32_t>& order, const auto& nameOf) {
         forEachNamed(count, nameOf, prefix, order, [&](std::uint32_t index) {
             if (test(nameOf(index)))
@@ -295,12 +298,12 @@ void Finder::findAll(ObjectKind kind, const Test& test, const std::string& prefi
         });
     };
     switch (kind) {
-    case ObjectKind::port:
+    case Design::ObjectKind::port:
         for (const std::uint32_t port : design_.ports())
             if (test(design_.pinName(port)))
                 found.push_back({kind, port});
         break;
-    case ObjectKind::pin: {
+    case Design::ObjectKind::pin: {
         std::string name;
         for (std::uint32_t pin = 0; pin < design_.pins.size(); ++pin) {
             if (design_.isPortOfTop(pin))
@@ -313,14 +316,14 @@ void Finder::findAll(ObjectKind kind, const Test& test, const std::string& prefi
         }
         break;
     }
-    case ObjectKind::cell:
+    case Design::ObjectKind::cell:
         scan(design_.cells.size(), cellsByName_,
              [this](std::uint32_t cell) { return design_.cellName(cell); });
         break;
-    case ObjectKind::net:
+    case Design::ObjectKind::net:
         scan(design_.nets.size(), netsByName_, [this](std::uint32_t net) { return design_.netName(net); });
         break;
-    case ObjectKind::clock:
+    case Design::ObjectKind::clock:
         for (std::uint32_t index = 0; index < clocks_.size(); ++index)
             if (!clocks_[index].removed && test(clocks_[index].name))
                 found.push_back({kind, index});

@@ -7,8 +7,8 @@
 // without a slash it is matched against the whole name.
 #pragma once
 
-#include "Constraints.h"
-#include "Glob.h"
+#include "design/Constraints.h"
+#include "readers/sdc/Glob.h"
 
 #include <tcl.h>
 
@@ -31,18 +31,18 @@ struct FindOptions {
 class Finder {
 public:
     // The clocks may grow and change while the finder lives. The interpreter is for regular expressions.
-    Finder(const Design& design, const std::vector<Clock>& clocks, Tcl_Interp* tcl);
+    Finder(const Design::RoutedDesign& design, const std::vector<Design::Clock>& clocks, Tcl_Interp* tcl);
 
     // Appends what matches. Throws CommandError for a bad regular expression.
-    void find(ObjectKind kind, std::string_view pattern, const FindOptions& options,
-              std::vector<Object>& found) const;
+    void find(Design::ObjectKind kind, std::string_view pattern, const FindOptions& options,
+              std::vector<Design::Object>& found) const;
     // By name alone.
-    bool findExact(ObjectKind kind, std::string_view name, std::vector<Object>& found) const;
+    bool findExact(Design::ObjectKind kind, std::string_view name, std::vector<Design::Object>& found) const;
 
-    std::string name(const Object& object) const;
-    bool exists(const Object& object) const; // a clock that was replaced does not
+    std::string name(const Design::Object& object) const;
+    bool exists(const Design::Object& object) const; // a clock that was replaced does not
     // The object behind a handle; nothing for any other value, and for an index that never was.
-    std::optional<Object> toKnown(Tcl_Obj* value) const;
+    std::optional<Design::Object> toKnown(Tcl_Obj* value) const;
 
     std::uint32_t clock(std::string_view name) const; // none where there is none
     void nameClock(const std::string& name, std::uint32_t index) { clockByName_[name] = index; }
@@ -51,28 +51,30 @@ public:
 private:
     using Test = std::function<bool(std::string_view)>;
 
-    void search(ObjectKind kind, std::string_view pattern, const FindOptions& options,
-                std::vector<Object>& found) const;
-    bool findExactName(ObjectKind kind, const std::string& name, std::vector<Object>& found) const;
+    void search(Design::ObjectKind kind, std::string_view pattern, const FindOptions& options,
+                std::vector<Design::Object>& found) const;
+    bool findExactName(Design::ObjectKind kind, const std::string& name,
+                       std::vector<Design::Object>& found) const;
     std::uint32_t exactPin(std::string_view name) const;
-    void findWholePins(const Glob& glob, const FindOptions& options, std::vector<Object>& found) const;
+    void findWholePins(const Glob& glob, const FindOptions& options,
+                       std::vector<Design::Object>& found) const;
     bool isInAPinsOwnName(std::string_view piece) const;
     void findPins(const Glob& cells, const Glob& pins, const FindOptions& options,
-                  std::vector<Object>& found) const;
-    void findAll(ObjectKind kind, const Test& test, const std::string& prefix,
-                 std::vector<Object>& found) const;
+                  std::vector<Design::Object>& found) const;
+    void findAll(Design::ObjectKind kind, const Test& test, const std::string& prefix,
+                 std::vector<Design::Object>& found) const;
     template <class NameOf, class Use>
     void forEachNamed(std::size_t count, NameOf nameOf, const std::string& prefix,
                       std::vector<std::uint32_t>& order, Use use) const;
     bool matches(const Test& test, std::string_view name, const FindOptions& options) const;
 
-    const Design& design_;
-    const std::vector<Clock>& clocks_;
+    const Design::RoutedDesign& design_;
+    const std::vector<Design::Clock>& clocks_;
     Tcl_Interp* tcl_;
     std::unordered_map<std::string, std::uint32_t> clockByName_; // those that live
     mutable unsigned patterns_ = 0;
-    mutable std::vector<std::uint32_t> cellsByName_, netsByName_;        // in byte order; empty: not yet made
-    mutable std::unordered_map<std::string, std::vector<Object>> known_; // what patterns have found
+    mutable std::vector<std::uint32_t> cellsByName_, netsByName_; // in byte order; empty: not yet made
+    mutable std::unordered_map<std::string, std::vector<Design::Object>> known_; // what patterns have found
     mutable std::size_t knownObjects_ = 0;
     mutable std::vector<std::string_view> pinsOwnNames_; // each once; empty: not yet made
 };

@@ -1,5 +1,5 @@
 // Opening beneath a folder: by openat2, or folder by folder on kernels that lack it.
-#include "Folder.h"
+#include "readers/sdc/Folder.h"
 
 #include <cerrno>
 #include <cstring>

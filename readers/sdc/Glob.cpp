@@ -1,5 +1,5 @@
 // Compiling and matching of name patterns.
-#include "Glob.h"
+#include "readers/sdc/Glob.h"
 
 #include <algorithm>
 

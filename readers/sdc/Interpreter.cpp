@@ -1,6 +1,6 @@
 // Running constraint files: commands, nested files and limits. What a script may call is chosen in
 // Sandbox.cpp, lines are found in Lines.cpp.
-#include "Interpreter.h"
+#include "readers/sdc/Interpreter.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -68,7 +68,7 @@ std::string_view quoted(std::string_view text, std::string_view opening, char qu
 
 } // namespace
 
-Interpreter::Interpreter(Constraints& constraints, const Limits& limits)
+Interpreter::Interpreter(Design::Constraints& constraints, const Limits& limits)
     : limits_(limits), files_(constraints.files), fileHashes_(constraints.fileHashes) {
     static std::once_flag once; // Tcl wants to know its encodings before the first interpreter
     std::call_once(once, [] { Tcl_FindExecutable(nullptr); });
@@ -123,7 +123,7 @@ int Interpreter::carryOut(const Handler& handler, Words words) {
     }
 }
 
-int Interpreter::fail(std::string_view text, const Place& place) {
+int Interpreter::fail(std::string_view text, const Base::Place& place) {
     Tcl_SetObjResult(tcl_, Tcl_NewStringObj(text.data(), static_cast<int>(text.size())));
     Tcl_SetErrorCode(tcl_, placeCode, place.file.c_str(), std::to_string(place.line).c_str(), nullptr);
     return TCL_ERROR;
@@ -132,7 +132,7 @@ int Interpreter::fail(std::string_view text, const Place& place) {
 // --- Files ----------------------------------------------------------------------------------------------------------
 
 // How long the file's bytes take to come, through a pipe perhaps, is not the script's matter.
-void Interpreter::run(Source& source) {
+void Interpreter::run(Base::Source& source) {
     const std::string text = cleaned(source.readAll(limits_.text << 20));
     main_ = source.path();
     folder_.reset();
@@ -158,7 +158,7 @@ void Interpreter::run(Source& source) {
     if (internal_)
         std::rethrow_exception(internal_);
     if (code != TCL_OK)
-        errors_.add(markedPlace().value_or(Place{source.path(), 0, 0}), Tcl_GetStringResult(tcl_));
+        errors_.add(markedPlace().value_or(Base::Place{source.path(), 0, 0}), Tcl_GetStringResult(tcl_));
     errors_.finish();
 }
 
@@ -205,7 +205,7 @@ void Interpreter::tellWatch() {
 }
 
 // The file's number; that of the first time where it is read again.
-std::uint32_t Interpreter::addFile(Source& source) {
+std::uint32_t Interpreter::addFile(Base::Source& source) {
     const auto known = std::ranges::find(files_, source.path());
     const auto index = static_cast<std::uint32_t>(known - files_.begin());
     if (known == files_.end()) {
@@ -215,7 +215,7 @@ std::uint32_t Interpreter::addFile(Source& source) {
     return index;
 }
 
-int Interpreter::evaluate(Source& source, const std::string& text, File file) {
+int Interpreter::evaluate(Base::Source& source, const std::string& text, File file) {
     file.index = addFile(source);
     file.frames = stack_.empty() ? 0 : frameCount(); // Tcl can not be asked where it runs nothing
     if (const unsigned line = lineTooDeep(text); line != 0)
@@ -270,7 +270,7 @@ int Interpreter::evaluateText(std::string_view text) {
 }
 
 int Interpreter::evaluateCommand(std::string_view command) {
-    const Place where{files_[stack_.back().index], stack_.back().line, 0};
+    const Base::Place where{files_[stack_.back().index], stack_.back().line, 0};
     const int code = Tcl_EvalEx(tcl_, command.data(), static_cast<int>(command.size()), TCL_EVAL_GLOBAL);
     if (code == TCL_BREAK || code == TCL_CONTINUE)
         return fail("'break' and 'continue' work inside of a loop only", where);
@@ -297,7 +297,7 @@ bool Interpreter::hasReturned(int& code) {
     const File& file = stack_.back();
     const std::string_view command = file.command;
     const std::size_t at = std::min(command.find("return"), command.size());
-    const Place where{files_[file.index], file.line + linesIn(command.substr(0, at)), 0};
+    const Base::Place where{files_[file.index], file.line + linesIn(command.substr(0, at)), 0};
     if (level == "1" && asked == "1")
         code = fail(text.empty() ? "return -code error" : text, where);
     else
@@ -313,7 +313,7 @@ bool Interpreter::goesOnBehindError() {
     const std::string trace = errorOption("-errorinfo");
     markError();
     const std::string error = Tcl_GetStringResult(tcl_);
-    const Place where = markedPlace().value_or(Place{files_[file.index], file.line, 0});
+    const Base::Place where = markedPlace().value_or(Base::Place{files_[file.index], file.line, 0});
     if (!followsEarlierError(error))
         errors_.add(where, error);
     for (const char* maker : {"create_clock", "create_generated_clock", "source"})
@@ -361,7 +361,7 @@ void Interpreter::noteRest(std::string_view rest, unsigned line, const std::stri
 }
 
 // The text of a file, by its path below the folder of the one that is run.
-std::string Interpreter::readNested(const std::filesystem::path& path, std::optional<Source>& nested) {
+std::string Interpreter::readNested(const std::filesystem::path& path, std::optional<Base::Source>& nested) {
     if (!folder_)
         folder_.emplace(main_.parent_path().string());
     nested.emplace((main_.parent_path() / path).lexically_normal().string(), folder_->open(path.string()));
@@ -391,11 +391,11 @@ void Interpreter::source(Words words) {
             throw CommandError(opening + " is being read already");
     // Inside of `catch`, or of any other body, an error is that command's matter.
     const bool goesOn = outer.goesOn && frameCount() == outer.frames + 1;
-    std::optional<Source> nested;
+    std::optional<Base::Source> nested;
     std::string text;
     try {
         text = readNested(path, nested);
-    } catch (const BadInput& error) {
+    } catch (const Base::BadInput& error) {
         throw CommandError(opening + ": " + error.diagnostic().text);
     } catch (const std::runtime_error& error) {
         throw CommandError(opening + ": " + error.what());

@@ -10,12 +10,12 @@
 // fails since an earlier command did is not reported.
 #pragma once
 
-#include "../Diagnostics.h"
-#include "../Source.h"
-#include "Constraints.h"
-#include "Folder.h"
-#include "Limits.h"
-#include "Watch.h"
+#include "base/Diagnostics.h"
+#include "base/Source.h"
+#include "design/Constraints.h"
+#include "readers/sdc/Folder.h"
+#include "readers/sdc/Limits.h"
+#include "readers/sdc/Watch.h"
 
 #include <tcl.h>
 
@@ -48,7 +48,7 @@ public:
     using Handler = std::function<void(Words)>;
 
     // Files that are read are added to the constraints' files.
-    Interpreter(Constraints& constraints, const Limits& limits);
+    Interpreter(Design::Constraints& constraints, const Limits& limits);
     ~Interpreter();
     Interpreter(const Interpreter&) = delete;
     Interpreter& operator=(const Interpreter&) = delete;
@@ -58,16 +58,16 @@ public:
     void alias(const char* name, const char* known);
 
     // Evaluates the file. Throws BadInput with the places of its errors.
-    void run(Source& source);
+    void run(Base::Source& source);
 
     // Some command that would have made a clock has failed: a clock that is missing needs no further message.
     bool lacksClocks() const { return lacksClocks_; }
     // Told of what a file leaves out by itself.
-    std::function<void(Place, std::string)> onNote = [](Place, std::string) {};
+    std::function<void(Base::Place, std::string)> onNote = [](Base::Place, std::string) {};
 
     // Where the command stands that is being carried out.
-    Origin origin();
-    Place place() { return place(origin()); }
+    Design::Origin origin();
+    Base::Place place() { return place(origin()); }
 
     void setResult(Tcl_Obj* value) { Tcl_SetObjResult(tcl_, value); }
     Tcl_Interp* raw() { return tcl_; }
@@ -87,7 +87,7 @@ private:
         std::string_view command;     // its text
     };
     struct Procedure {
-        Origin body;
+        Design::Origin body;
         std::string text;
     };
     struct Frame {
@@ -101,28 +101,28 @@ private:
 
     static int call(ClientData data, Tcl_Interp* tcl, int count, Tcl_Obj* const words[]);
     int carryOut(const Handler& handler, Words words);
-    int fail(std::string_view text, const Place& place);
+    int fail(std::string_view text, const Base::Place& place);
 
     void confine();
     void source(Words words);
     void defineProcedure(Words words);
     void unknown(Words words);
 
-    int evaluate(Source& source, const std::string& text, File file);
-    std::uint32_t addFile(Source& source);
+    int evaluate(Base::Source& source, const std::string& text, File file);
+    std::uint32_t addFile(Base::Source& source);
     int evaluateText(std::string_view text);
     int evaluateCommand(std::string_view command);
     bool hasReturned(int& code);
     bool goesOnBehindError();
     bool followsEarlierError(const std::string& error) const;
     void noteRest(std::string_view rest, unsigned line, const std::string& reason);
-    std::string readNested(const std::filesystem::path& path, std::optional<Source>& nested);
+    std::string readNested(const std::filesystem::path& path, std::optional<Base::Source>& nested);
     std::string limitText() const;
     void startLimits();
     static void onTime(ClientData data, Tcl_Interp* tcl);
     void setTimeLimit(std::chrono::milliseconds left);
     void tellWatch();
-    Place place(const Origin& origin) const { return {files_[origin.file], origin.line, 0}; }
+    Base::Place place(const Design::Origin& origin) const { return {files_[origin.file], origin.line, 0}; }
 
     static std::string fetch(Tcl_Obj* dict, const char* key); // the value as text; empty without the key
     int frameCount();
@@ -130,14 +130,14 @@ private:
     Tcl_Obj* askFrame(Tcl_Obj* level);
     void markError();
     std::string errorOption(const char* name);
-    Origin errorOrigin();
-    std::optional<Place> markedPlace();
+    Design::Origin errorOrigin();
+    std::optional<Base::Place> markedPlace();
 
     Limits limits_;
     std::vector<std::string>&files_, &fileHashes_;
     std::filesystem::path main_;   // the file that is run
     std::optional<Folder> folder_; // its folder, once a file was sourced
-    ErrorList errors_;
+    Base::ErrorList errors_;
     std::vector<std::string> failed_; // the texts of top-level commands that failed
     bool lacksClocks_ = false;
     Tcl_Interp* tcl_ = nullptr;

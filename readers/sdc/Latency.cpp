@@ -1,5 +1,5 @@
 // set_clock_latency, set_propagated_clock, set_clock_uncertainty.
-#include "Session.h"
+#include "readers/sdc/Session.h"
 
 #include <algorithm>
 
@@ -7,13 +7,14 @@ namespace Readers::Sdc {
 
 namespace {
 
-constexpr Kinds clockOrSource = {ObjectKind::clock, ObjectKind::port, ObjectKind::pin};
+constexpr Kinds clockOrSource = {Design::ObjectKind::clock, Design::ObjectKind::port,
+                                 Design::ObjectKind::pin};
 
 // The clocks that the value names: by themselves, or by a port or pin that they are defined on.
 std::vector<std::uint32_t> clocksOf(Session& session, const Arguments& arguments, Tcl_Obj* value) {
     std::vector<std::uint32_t> clocks;
-    for (const Object& object : session.objects(arguments, "", value, clockOrSource)) {
-        if (object.kind == ObjectKind::clock) {
+    for (const Design::Object& object : session.objects(arguments, "", value, clockOrSource)) {
+        if (object.kind == Design::ObjectKind::clock) {
             clocks.push_back(object.index);
             continue;
         }
@@ -22,21 +23,21 @@ std::vector<std::uint32_t> clocksOf(Session& session, const Arguments& arguments
         if (here.empty())
             session.unmatched(arguments.command() + ": no clock is defined on '" +
                                   session.finder.name(object) + "'",
-                              {ObjectKind::clock});
+                              {Design::ObjectKind::clock});
     }
     if (clocks.empty())
         throw NoObjects{arguments.command() + ": no objects"};
     return clocks;
 }
 
-void put(EdgeLatency& latency, const Arguments& arguments, const Decimal& value) {
+void put(EdgeLatency& latency, const Arguments& arguments, const Base::Decimal& value) {
     if (!arguments.has("-fall") || arguments.has("-rise"))
         latency.rise = value;
     if (!arguments.has("-rise") || arguments.has("-fall"))
         latency.fall = value;
 }
 
-std::optional<Decimal> worse(const EdgeLatency& latency, bool largest) {
+std::optional<Base::Decimal> worse(const EdgeLatency& latency, bool largest) {
     if (!latency.rise || !latency.fall)
         return latency.rise ? latency.rise : latency.fall;
     return isLess(*latency.rise, *latency.fall) == largest ? latency.fall : latency.rise;
@@ -44,7 +45,7 @@ std::optional<Decimal> worse(const EdgeLatency& latency, bool largest) {
 
 // The values of a clock's rising and falling edge may be given apart: the later one is late, the earlier one
 // early.
-EarlyLate bounds(const ClockLatency& latency) {
+Design::EarlyLate bounds(const ClockLatency& latency) {
     return {worse(latency.early, false), worse(latency.late, true)};
 }
 
@@ -53,7 +54,7 @@ void setClockLatency(Session& session, Words words) {
                                {Takes::time, Takes::objects}};
     const Arguments arguments(syntax, words);
     const bool source = arguments.has("-source");
-    const Decimal value = session.time(arguments.decimalArgument(0));
+    const Base::Decimal value = session.time(arguments.decimalArgument(0));
     bool early = arguments.has("-early"), late = arguments.has("-late");
     if (!early && !late) {
         early = arguments.has("-min");
@@ -67,7 +68,7 @@ void setClockLatency(Session& session, Words words) {
             put(latency.early, arguments, value);
         if (late)
             put(latency.late, arguments, value);
-        Clock& clock = session.result.clocks[index];
+        Design::Clock& clock = session.result.clocks[index];
         (source ? clock.sourceLatency : clock.networkLatency) = bounds(latency);
         if (!source)
             clock.propagated = false;
@@ -86,15 +87,15 @@ void setPropagatedClock(Session& session, Words words) {
 
 // --- Uncertainty ----------------------------------------------------------------------------------------------------
 
-void put(SetupHold& place, const Arguments& arguments, const Decimal& value) {
+void put(Design::SetupHold& place, const Arguments& arguments, const Base::Decimal& value) {
     if (!arguments.has("-hold") || arguments.has("-setup"))
         place.setup = value;
     if (!arguments.has("-setup") || arguments.has("-hold"))
         place.hold = value;
 }
 
-void putOnPin(Session& session, const Arguments& arguments, std::uint32_t pin, const Decimal& value) {
-    std::vector<PinUncertainty>& all = session.result.pinUncertainties;
+void putOnPin(Session& session, const Arguments& arguments, std::uint32_t pin, const Base::Decimal& value) {
+    std::vector<Design::PinUncertainty>& all = session.result.pinUncertainties;
     const auto [known, isNew] = session.uncertaintyOfPin.try_emplace(pin, all.size());
     if (isNew)
         all.push_back({pin, {}, {}});
@@ -102,10 +103,11 @@ void putOnPin(Session& session, const Arguments& arguments, std::uint32_t pin, c
     all[known->second].origin = session.tcl.origin();
 }
 
-void putOnObject(Session& session, const Arguments& arguments, const Object& object, const Decimal& value) {
-    if (object.kind == ObjectKind::clock) {
+void putOnObject(Session& session, const Arguments& arguments, const Design::Object& object,
+                 const Base::Decimal& value) {
+    if (object.kind == Design::ObjectKind::clock) {
         put(session.result.clocks[object.index].uncertainty, arguments, value);
-    } else if (object.kind == ObjectKind::cell) {
+    } else if (object.kind == Design::ObjectKind::cell) {
         for (const std::uint32_t pin : session.design.pinsOfCell(object.index))
             if (session.design.isClockPin(pin))
                 putOnPin(session, arguments, pin, value);
@@ -114,12 +116,12 @@ void putOnObject(Session& session, const Arguments& arguments, const Object& obj
     }
 }
 
-void putBetween(Session& session, const Arguments& arguments, const std::vector<Object>& from,
-                const std::vector<Object>& to, const Decimal& value) {
-    std::vector<ClockPairUncertainty>& all = session.result.pairUncertainties;
-    const Origin origin = session.tcl.origin();
-    for (const Object& end : to)
-        for (const Object& start : from) {
+void putBetween(Session& session, const Arguments& arguments, const std::vector<Design::Object>& from,
+                const std::vector<Design::Object>& to, const Base::Decimal& value) {
+    std::vector<Design::ClockPairUncertainty>& all = session.result.pairUncertainties;
+    const Design::Origin origin = session.tcl.origin();
+    for (const Design::Object& end : to)
+        for (const Design::Object& start : from) {
             const auto [known, isNew] = session.uncertaintyOfPair.try_emplace(
                 (std::uint64_t{start.index} << 32) | end.index, all.size());
             if (isNew)
@@ -153,7 +155,7 @@ void setClockUncertainty(Session& session, Words words) {
     const Arguments arguments(syntax, words);
     arguments.atMostOne({"-from", "-rise_from", "-fall_from"});
     arguments.atMostOne({"-to", "-rise_to", "-fall_to"});
-    const Decimal value = session.time(arguments.decimalArgument(0));
+    const Base::Decimal value = session.time(arguments.decimalArgument(0));
     const Arguments::Given* const from = givenForm(arguments, {"-from", "-rise_from", "-fall_from"});
     const Arguments::Given* const to = givenForm(arguments, {"-to", "-rise_to", "-fall_to"});
     const bool pair = from != nullptr || to != nullptr;
@@ -166,15 +168,17 @@ void setClockUncertainty(Session& session, Words words) {
         session.warning(
             "set_clock_uncertainty: a clock's edges are not told apart: the value holds for both");
     if (!pair) {
-        for (const Object& object :
+        for (const Design::Object& object :
              session.objects(arguments, "", arguments.argument(1),
-                             {ObjectKind::clock, ObjectKind::port, ObjectKind::pin, ObjectKind::cell}))
+                             {Design::ObjectKind::clock, Design::ObjectKind::port, Design::ObjectKind::pin,
+                              Design::ObjectKind::cell}))
             putOnObject(session, arguments, object, value);
         return;
     }
-    const std::vector<Object> starts =
-        session.objects(arguments, from->option, from->value, {ObjectKind::clock});
-    const std::vector<Object> ends = session.objects(arguments, to->option, to->value, {ObjectKind::clock});
+    const std::vector<Design::Object> starts =
+        session.objects(arguments, from->option, from->value, {Design::ObjectKind::clock});
+    const std::vector<Design::Object> ends =
+        session.objects(arguments, to->option, to->value, {Design::ObjectKind::clock});
     putBetween(session, arguments, starts, ends, value);
 }
 

@@ -4,7 +4,7 @@
 // A frame's line counts from where its text begins: the top-level command, or a procedure's body. Text that
 // was put together by the script has no line in the file; its frames are told by lines that lie outside of
 // the command around them, and are passed over.
-#include "Interpreter.h"
+#include "readers/sdc/Interpreter.h"
 
 #include <algorithm>
 #include <charconv>
@@ -125,9 +125,9 @@ Interpreter::Frame Interpreter::frame(int level) {
     return result;
 }
 
-Origin Interpreter::origin() {
+Design::Origin Interpreter::origin() {
     const File& file = stack_.back();
-    Origin at{file.index, file.line};
+    Design::Origin at{file.index, file.line};
     unsigned first = file.line, last = first + linesIn(file.command);
     const int top = frameCount();
     if (top == file.frames + 1 && first == last)
@@ -170,9 +170,9 @@ std::string Interpreter::limitText() const {
 // Tcl's trace has the innermost text first. A body's first line is taken as that of the command which has the
 // body; the failed command's own text then corrects that where an `else` or a multi-line condition stands
 // before.
-Origin Interpreter::errorOrigin() {
+Design::Origin Interpreter::errorOrigin() {
     const File& file = stack_.back();
-    Origin at{file.index, file.line};
+    Design::Origin at{file.index, file.line};
     std::string_view text = file.command;
     unsigned first = at.line;
     const std::string trace = errorOption("-errorinfo");
@@ -205,15 +205,15 @@ std::string Interpreter::errorOption(const char* name) {
     return value;
 }
 
-std::optional<Place> Interpreter::markedPlace() {
+std::optional<Base::Place> Interpreter::markedPlace() {
     const std::string code = errorOption("-errorcode");
     int count = 0;
     const char** parts = nullptr;
     if (Tcl_SplitList(nullptr, code.c_str(), &count, &parts) != TCL_OK)
         return std::nullopt; // GCOVR_EXCL_LINE: a script can set no error code that is no list
-    std::optional<Place> place;
+    std::optional<Base::Place> place;
     if (count == 3 && std::string_view(parts[0]) == placeCode)
-        place = Place{parts[1], toNumber(parts[2]), 0};
+        place = Base::Place{parts[1], toNumber(parts[2]), 0};
     Tcl_Free(reinterpret_cast<char*>(parts));
     return place;
 }

@@ -1,5 +1,5 @@
 // The Tcl type of a handle, and lists of handles.
-#include "Objects.h"
+#include "readers/sdc/Objects.h"
 
 #include <array>
 #include <charconv>
@@ -12,18 +12,18 @@ namespace {
 
 constexpr std::array<std::string_view, 5> kinds = {"port", "pin", "cell", "net", "clock"};
 
-std::uintptr_t packed(Object object) {
+std::uintptr_t packed(Design::Object object) {
     return (static_cast<std::uintptr_t>(object.index) << 3) | static_cast<std::uintptr_t>(object.kind);
 }
 
-Object unpacked(const Tcl_Obj* value) {
+Design::Object unpacked(const Tcl_Obj* value) {
     const auto bits = reinterpret_cast<std::uintptr_t>(value->internalRep.otherValuePtr);
-    return {static_cast<ObjectKind>(bits & 7), static_cast<std::uint32_t>(bits >> 3)};
+    return {static_cast<Design::ObjectKind>(bits & 7), static_cast<std::uint32_t>(bits >> 3)};
 }
 
 // Called by Tcl: nothing may be thrown.
 void writeText(Tcl_Obj* value) {
-    const Object object = unpacked(value);
+    const Design::Object object = unpacked(value);
     std::array<char, 32> text{};
     const int size =
         std::snprintf(text.data(), text.size(), "@%s:%u", kindName(object.kind).data(), object.index);
@@ -44,7 +44,7 @@ const Tcl_ObjType* listType() {
     return type;
 }
 
-std::optional<Object> parseHandle(std::string_view text) {
+std::optional<Design::Object> parseHandle(std::string_view text) {
     const std::size_t colon = text.find(':');
     if (!text.starts_with('@') || colon == std::string_view::npos)
         return std::nullopt;
@@ -55,15 +55,15 @@ std::optional<Object> parseHandle(std::string_view text) {
         return std::nullopt;
     for (std::size_t i = 0; i < kinds.size(); ++i)
         if (kinds[i] == kind)
-            return Object{static_cast<ObjectKind>(i), index};
+            return Design::Object{static_cast<Design::ObjectKind>(i), index};
     return std::nullopt;
 }
 
 } // namespace
 
-std::string_view kindName(ObjectKind kind) { return kinds[static_cast<std::size_t>(kind)]; }
+std::string_view kindName(Design::ObjectKind kind) { return kinds[static_cast<std::size_t>(kind)]; }
 
-Tcl_Obj* newHandle(Object object) {
+Tcl_Obj* newHandle(Design::Object object) {
     Tcl_Obj* const value = Tcl_NewObj();
     Tcl_InvalidateStringRep(value);
     value->internalRep.otherValuePtr = reinterpret_cast<void*>(packed(object));
@@ -71,15 +71,15 @@ Tcl_Obj* newHandle(Object object) {
     return value;
 }
 
-Tcl_Obj* newCollection(const std::vector<Object>& objects) {
+Tcl_Obj* newCollection(const std::vector<Design::Object>& objects) {
     std::vector<Tcl_Obj*> handles;
     handles.reserve(objects.size());
-    for (const Object& object : objects)
+    for (const Design::Object& object : objects)
         handles.push_back(newHandle(object));
     return Tcl_NewListObj(static_cast<int>(handles.size()), handles.data());
 }
 
-std::optional<Object> toObject(Tcl_Obj* value) {
+std::optional<Design::Object> toObject(Tcl_Obj* value) {
     if (value->typePtr == &handleType)
         return unpacked(value);
     int length = 0;

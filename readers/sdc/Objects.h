@@ -5,7 +5,7 @@
 // again.
 #pragma once
 
-#include "Constraints.h"
+#include "design/Constraints.h"
 
 #include <tcl.h>
 
@@ -15,13 +15,13 @@
 
 namespace Readers::Sdc {
 
-std::string_view kindName(ObjectKind kind);
+std::string_view kindName(Design::ObjectKind kind);
 
-Tcl_Obj* newHandle(Object object);
-Tcl_Obj* newCollection(const std::vector<Object>& objects);
+Tcl_Obj* newHandle(Design::Object object);
+Tcl_Obj* newCollection(const std::vector<Design::Object>& objects);
 
 // The object behind the value, where it is a handle. Indices are not checked.
-std::optional<Object> toObject(Tcl_Obj* value);
+std::optional<Design::Object> toObject(Tcl_Obj* value);
 
 // A handle, or a list that begins with one. Asked where the value's text, which may be long, is best not
 // made.

@@ -1,7 +1,7 @@
 // Reading a command's words by its syntax.
-#include "Options.h"
+#include "readers/sdc/Options.h"
 
-#include "Objects.h"
+#include "readers/sdc/Objects.h"
 
 #include <algorithm>
 #include <charconv>
@@ -42,7 +42,7 @@ std::string_view possibleOption(Tcl_Obj* word) {
 
 } // namespace
 
-std::optional<Decimal> toDecimal(Tcl_Obj* value) { return Decimal::parse(Tcl_GetString(value)); }
+std::optional<Base::Decimal> toDecimal(Tcl_Obj* value) { return Base::Decimal::parse(Tcl_GetString(value)); }
 
 std::optional<int> toInteger(Tcl_Obj* value) {
     std::string_view text = Tcl_GetString(value);
@@ -120,7 +120,7 @@ std::string Arguments::text(std::string_view option) const {
     return value == nullptr ? std::string() : Tcl_GetString(value);
 }
 
-std::optional<Decimal> Arguments::decimal(std::string_view option) const {
+std::optional<Base::Decimal> Arguments::decimal(std::string_view option) const {
     Tcl_Obj* const value = find(option);
     return value == nullptr ? std::nullopt : toDecimal(value);
 }
@@ -130,7 +130,7 @@ std::optional<int> Arguments::integer(std::string_view option) const {
     return value == nullptr ? std::nullopt : toInteger(value);
 }
 
-Decimal Arguments::decimalArgument(std::size_t index) const { return *toDecimal(arguments_[index]); }
+Base::Decimal Arguments::decimalArgument(std::size_t index) const { return *toDecimal(arguments_[index]); }
 
 int Arguments::integerArgument(std::size_t index) const { return *toInteger(arguments_[index]); }
 

@@ -6,8 +6,8 @@
 // asks for them.
 #pragma once
 
-#include "../Decimal.h"
-#include "Interpreter.h"
+#include "base/Decimal.h"
+#include "readers/sdc/Interpreter.h"
 
 #include <initializer_list>
 #include <optional>
@@ -56,9 +56,9 @@ public:
     }
 
     std::string text(std::string_view option) const;
-    std::optional<Decimal> decimal(std::string_view option) const;
+    std::optional<Base::Decimal> decimal(std::string_view option) const;
     std::optional<int> integer(std::string_view option) const;
-    Decimal decimalArgument(std::size_t index) const;
+    Base::Decimal decimalArgument(std::size_t index) const;
     int integerArgument(std::size_t index) const;
 
     [[noreturn]] void fail(std::string_view text) const;
@@ -82,7 +82,7 @@ private:
 };
 
 // The value as a decimal or a whole number; nothing where it is neither.
-std::optional<Decimal> toDecimal(Tcl_Obj* value);
+std::optional<Base::Decimal> toDecimal(Tcl_Obj* value);
 std::optional<int> toInteger(Tcl_Obj* value);
 
 } // namespace Readers::Sdc

@@ -1,7 +1,7 @@
 // set_disable_timing, set_case_analysis, set_units, current_design, puts; and the commands that are accepted
 // without effect: loads, drives, power and design rules say nothing where delays come with the design.
-#include "Objects.h"
-#include "Session.h"
+#include "readers/sdc/Objects.h"
+#include "readers/sdc/Session.h"
 
 #include <algorithm>
 #include <array>
@@ -64,7 +64,7 @@ constexpr std::array withoutEffect = {"create_voltage_area",
 std::optional<std::string> pinOf(Session& session, const Arguments& arguments, std::string_view option,
                                  std::uint32_t cell) {
     const std::string name = Glob(arguments.text(option)).literal();
-    if (session.design.findPin(cell, name) != none)
+    if (session.design.findPin(cell, name) != Base::none)
         return name;
     session.unmatched("set_disable_timing: " + std::string(option) + ": the cell '" +
                       std::string(session.design.cellName(cell)) + "' has no pin '" + name + "'");
@@ -75,12 +75,13 @@ void setDisableTiming(Session& session, Words words) {
     static const Syntax syntax{{{"-from", Takes::name}, {"-to", Takes::name}}, {Takes::objects}};
     const Arguments arguments(syntax, words);
     const bool from = arguments.has("-from"), to = arguments.has("-to");
-    for (const Object& object : session.objects(arguments, "", arguments.argument(0),
-                                                {ObjectKind::port, ObjectKind::cell, ObjectKind::pin})) {
-        if ((from || to) && object.kind != ObjectKind::cell)
+    for (const Design::Object& object :
+         session.objects(arguments, "", arguments.argument(0),
+                         {Design::ObjectKind::port, Design::ObjectKind::cell, Design::ObjectKind::pin})) {
+        if ((from || to) && object.kind != Design::ObjectKind::cell)
             arguments.fail("-from and -to are pins of a cell; '" + session.finder.name(object) + "' is a " +
                            std::string(kindName(object.kind)));
-        Disable disable{object, std::nullopt, std::nullopt, session.tcl.origin()};
+        Design::Disable disable{object, std::nullopt, std::nullopt, session.tcl.origin()};
         if (from && !(disable.from = pinOf(session, arguments, "-from", object.index)))
             continue;
         if (to && !(disable.to = pinOf(session, arguments, "-to", object.index)))
@@ -98,9 +99,9 @@ void setCaseAnalysis(Session& session, Words words) {
     const bool one = text == "1" || text == "one";
     if (!one && text != "0" && text != "zero")
         arguments.failValue("", "0 or 1", arguments.argument(0));
-    for (const Object& object :
-         session.objects(arguments, "", arguments.argument(1), {ObjectKind::port, ObjectKind::pin})) {
-        std::vector<CaseValue>& all = session.result.caseValues;
+    for (const Design::Object& object : session.objects(
+             arguments, "", arguments.argument(1), {Design::ObjectKind::port, Design::ObjectKind::pin})) {
+        std::vector<Design::CaseValue>& all = session.result.caseValues;
         const auto [known, isNew] = session.caseOfPin.try_emplace(object.index, all.size());
         if (isNew)
             all.emplace_back();
@@ -118,9 +119,9 @@ std::optional<int> unitExponent(std::string_view text) {
     while (number.ends_with(' '))
         number.remove_suffix(1);
     if (!number.empty()) {
-        const std::optional<Decimal> factor = Decimal::parse(number);
+        const std::optional<Base::Decimal> factor = Base::Decimal::parse(number);
         for (exponent = 0; factor && exponent <= 2; ++exponent)
-            if (*factor == Decimal{1, exponent})
+            if (*factor == Base::Decimal{1, exponent})
                 break;
         if (!factor || exponent > 2)
             return std::nullopt;

@@ -1,5 +1,5 @@
 // Which entry of a port a command replaces, joins or adds.
-#include "PortDelays.h"
+#include "readers/sdc/PortDelays.h"
 
 #include <algorithm>
 
@@ -7,17 +7,17 @@ namespace Readers::Sdc {
 
 namespace {
 
-bool sameEdge(const PortDelay& a, const PortDelay& b) {
+bool sameEdge(const Design::PortDelay& a, const Design::PortDelay& b) {
     return a.clock == b.clock && a.clockFall == b.clockFall;
 }
 
-void put(std::optional<Decimal>& place, const Decimal& value, bool worst, bool largest) {
+void put(std::optional<Base::Decimal>& place, const Base::Decimal& value, bool worst, bool largest) {
     if (worst && place && isLess(*place, value) != largest)
         return;
     place = value;
 }
 
-std::optional<Decimal> worse(const std::array<std::optional<Decimal>, 2>& edges, bool largest) {
+std::optional<Base::Decimal> worse(const std::array<std::optional<Base::Decimal>, 2>& edges, bool largest) {
     if (!edges[0] || !edges[1])
         return edges[0] ? edges[0] : edges[1];
     return isLess(*edges[0], *edges[1]) == largest ? edges[1] : edges[0];
@@ -25,7 +25,9 @@ std::optional<Decimal> worse(const std::array<std::optional<Decimal>, 2>& edges,
 
 } // namespace
 
-bool isLess(const Decimal& a, const Decimal& b) { return !(a == b) && a.toDouble() < b.toDouble(); }
+bool isLess(const Base::Decimal& a, const Base::Decimal& b) {
+    return !(a == b) && a.toDouble() < b.toDouble();
+}
 
 // Without -add_delay the entries of other clock edges go.
 PortDelays::Entry& PortDelays::entryFor(const Setting& setting, std::vector<std::size_t>& ofPort) {
@@ -67,8 +69,8 @@ std::size_t PortDelays::forgetClock(std::uint32_t clock) {
     return count;
 }
 
-std::vector<PortDelay> PortDelays::take() const {
-    std::vector<PortDelay> delays;
+std::vector<Design::PortDelay> PortDelays::take() const {
+    std::vector<Design::PortDelay> delays;
     for (const Entry& entry : entries_) {
         if (!entry.live)
             continue;

@@ -4,7 +4,7 @@
 // apart here, and the worse of both is handed out.
 #pragma once
 
-#include "Constraints.h"
+#include "design/Constraints.h"
 
 #include <array>
 #include <optional>
@@ -17,8 +17,8 @@ class PortDelays {
 public:
     // One command's values for one port.
     struct Setting {
-        PortDelay entry; // without min and max
-        Decimal value;
+        Design::PortDelay entry; // without min and max
+        Base::Decimal value;
         bool min = true, max = true;
         bool rise = true, fall = true;
         bool add = false; // -add_delay
@@ -27,12 +27,12 @@ public:
     void set(const Setting& setting);
     // Drops the entries that refer to the clock, and tells how many.
     std::size_t forgetClock(std::uint32_t clock);
-    std::vector<PortDelay> take() const;
+    std::vector<Design::PortDelay> take() const;
 
 private:
     struct Entry {
-        PortDelay delay;
-        std::array<std::optional<Decimal>, 2> min, max; // rise, fall
+        Design::PortDelay delay;
+        std::array<std::optional<Base::Decimal>, 2> min, max; // rise, fall
         bool live = true;
     };
 
@@ -43,6 +43,6 @@ private:
 };
 
 // Less, by value. Exact as far as doubles tell apart.
-bool isLess(const Decimal& a, const Decimal& b);
+bool isLess(const Base::Decimal& a, const Base::Decimal& b);
 
 } // namespace Readers::Sdc

@@ -1,5 +1,5 @@
 // set_input_delay, set_output_delay.
-#include "Session.h"
+#include "readers/sdc/Session.h"
 
 namespace Readers::Sdc {
 
@@ -22,8 +22,8 @@ const Syntax& portDelaySyntax() {
 
 // Ports that go the other way get nothing, with a warning each.
 bool fits(Session& session, const Arguments& arguments, std::uint32_t port, bool input) {
-    const Direction direction = session.design.pins[port].direction;
-    if (direction != (input ? Direction::output : Direction::input))
+    const Design::Direction direction = session.design.pins[port].direction;
+    if (direction != (input ? Design::Direction::output : Design::Direction::input))
         return true;
     session.warning(arguments.command() + ": '" + session.design.pinName(port) + "' is no " +
                     (input ? "input" : "output") + ": it gets no delay");
@@ -50,8 +50,9 @@ void setPortDelay(Session& session, Words words, bool input) {
     setting.fall = arguments.has("-fall") || !arguments.has("-rise");
     setting.add = arguments.has("-add_delay");
     if (arguments.has("-clock"))
-        setting.entry.clock = session.one(arguments, "-clock", {ObjectKind::clock}).index;
-    for (const Object& object : session.objects(arguments, "", arguments.argument(1), {ObjectKind::port})) {
+        setting.entry.clock = session.one(arguments, "-clock", {Design::ObjectKind::clock}).index;
+    for (const Design::Object& object :
+         session.objects(arguments, "", arguments.argument(1), {Design::ObjectKind::port})) {
         setting.entry.pin = object.index;
         if (fits(session, arguments, object.index, input))
             session.portDelays.set(setting);

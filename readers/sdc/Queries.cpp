@@ -1,7 +1,7 @@
 // get_clocks, get_ports, get_pins, get_cells, get_nets, all_clocks, all_inputs, all_outputs, all_registers.
-#include "Filter.h"
-#include "Objects.h"
-#include "Session.h"
+#include "readers/sdc/Filter.h"
+#include "readers/sdc/Objects.h"
+#include "readers/sdc/Session.h"
 
 #include <algorithm>
 #include <unordered_set>
@@ -24,12 +24,12 @@ const Syntax& querySyntax() {
     return syntax;
 }
 
-void addPatterns(Session& session, const Arguments& arguments, ObjectKind kind, Tcl_Obj* patterns,
-                 std::vector<Object>& found) {
+void addPatterns(Session& session, const Arguments& arguments, Design::ObjectKind kind, Tcl_Obj* patterns,
+                 std::vector<Design::Object>& found) {
     const FindOptions options{arguments.has("-regexp"), arguments.has("-nocase"),
                               arguments.has("-hierarchical")};
     for (Tcl_Obj* const element : elementsOf(patterns)) {
-        const std::optional<Object> object = session.finder.toKnown(element);
+        const std::optional<Design::Object> object = session.finder.toKnown(element);
         if (object && object->kind != kind)
             arguments.fail("expected a " + std::string(kindName(kind)) + ", found the " +
                            std::string(kindName(object->kind)) + " '" + session.finder.name(*object) + "'");
@@ -49,77 +49,82 @@ void addPatterns(Session& session, const Arguments& arguments, ObjectKind kind, 
 
 // --- -of_objects ----------------------------------------------------------------------------------------------------
 
-void addPinsOf(const Session& session, const Object& object, bool ports, std::vector<Object>& found) {
+void addPinsOf(const Session& session, const Design::Object& object, bool ports,
+               std::vector<Design::Object>& found) {
     const auto add = [&](std::uint32_t pin) {
         if (ports ? session.design.isPort(pin) : !session.design.isPortOfTop(pin))
-            found.push_back({ports ? ObjectKind::port : ObjectKind::pin, pin});
+            found.push_back({ports ? Design::ObjectKind::port : Design::ObjectKind::pin, pin});
     };
-    if (object.kind == ObjectKind::cell)
+    if (object.kind == Design::ObjectKind::cell)
         std::ranges::for_each(session.design.pinsOfCell(object.index), add);
-    else if (object.kind == ObjectKind::net)
+    else if (object.kind == Design::ObjectKind::net)
         std::ranges::for_each(session.design.pinsOfNet(object.index), add);
-    else if (object.kind == ObjectKind::clock)
+    else if (object.kind == Design::ObjectKind::clock)
         std::ranges::for_each(session.result.clocks[object.index].targets, add);
     else
         add(object.index);
 }
 
-void addNetsOf(const Session& session, const Object& object, std::vector<Object>& found) {
+void addNetsOf(const Session& session, const Design::Object& object, std::vector<Design::Object>& found) {
     const auto add = [&](std::uint32_t pin) {
-        if (const std::uint32_t net = session.design.pins[pin].net; net != none)
-            found.push_back({ObjectKind::net, net});
+        if (const std::uint32_t net = session.design.pins[pin].net; net != Base::none)
+            found.push_back({Design::ObjectKind::net, net});
     };
-    if (object.kind == ObjectKind::cell)
+    if (object.kind == Design::ObjectKind::cell)
         std::ranges::for_each(session.design.pinsOfCell(object.index), add);
     else
         add(object.index);
 }
 
-void addCellsOf(const Session& session, const Object& object, std::vector<Object>& found) {
+void addCellsOf(const Session& session, const Design::Object& object, std::vector<Design::Object>& found) {
     const auto add = [&](std::uint32_t pin) {
         if (!session.design.isPortOfTop(pin))
-            found.push_back({ObjectKind::cell, session.design.pins[pin].cell});
+            found.push_back({Design::ObjectKind::cell, session.design.pins[pin].cell});
     };
-    if (object.kind == ObjectKind::net)
+    if (object.kind == Design::ObjectKind::net)
         std::ranges::for_each(session.design.pinsOfNet(object.index), add);
     else
         add(object.index);
 }
 
-void addClocksOf(const Session& session, const Object& object, std::vector<Object>& found) {
+void addClocksOf(const Session& session, const Design::Object& object, std::vector<Design::Object>& found) {
     for (const std::uint32_t index : session.clocksOn(object.index))
-        found.push_back({ObjectKind::clock, index});
+        found.push_back({Design::ObjectKind::clock, index});
 }
 
-Kinds sourcesOf(ObjectKind kind) {
-    static constexpr Kinds ofPins = {ObjectKind::cell, ObjectKind::net, ObjectKind::clock},
-                           ofPorts = {ObjectKind::net, ObjectKind::clock, ObjectKind::port},
-                           ofNets = {ObjectKind::port, ObjectKind::pin, ObjectKind::cell},
-                           ofCells = {ObjectKind::pin, ObjectKind::net},
-                           ofClocks = {ObjectKind::port, ObjectKind::pin};
+Kinds sourcesOf(Design::ObjectKind kind) {
+    static constexpr Kinds ofPins = {Design::ObjectKind::cell, Design::ObjectKind::net,
+                                     Design::ObjectKind::clock},
+                           ofPorts = {Design::ObjectKind::net, Design::ObjectKind::clock,
+                                      Design::ObjectKind::port},
+                           ofNets = {Design::ObjectKind::port, Design::ObjectKind::pin,
+                                     Design::ObjectKind::cell},
+                           ofCells = {Design::ObjectKind::pin, Design::ObjectKind::net},
+                           ofClocks = {Design::ObjectKind::port, Design::ObjectKind::pin};
     switch (kind) {
-    case ObjectKind::port:
+    case Design::ObjectKind::port:
         return ofPorts;
-    case ObjectKind::pin:
+    case Design::ObjectKind::pin:
         return ofPins;
-    case ObjectKind::net:
+    case Design::ObjectKind::net:
         return ofNets;
-    case ObjectKind::cell:
+    case Design::ObjectKind::cell:
         return ofCells;
-    case ObjectKind::clock:
+    case Design::ObjectKind::clock:
         break;
     }
     return ofClocks;
 }
 
-void addRelated(Session& session, const Arguments& arguments, ObjectKind kind, std::vector<Object>& found) {
+void addRelated(Session& session, const Arguments& arguments, Design::ObjectKind kind,
+                std::vector<Design::Object>& found) {
     Tcl_Obj* const value = arguments.find("-of_objects");
-    for (const Object& object : session.resolve(arguments, "-of_objects", value, sourcesOf(kind))) {
-        if (kind == ObjectKind::port || kind == ObjectKind::pin)
-            addPinsOf(session, object, kind == ObjectKind::port, found);
-        else if (kind == ObjectKind::net)
+    for (const Design::Object& object : session.resolve(arguments, "-of_objects", value, sourcesOf(kind))) {
+        if (kind == Design::ObjectKind::port || kind == Design::ObjectKind::pin)
+            addPinsOf(session, object, kind == Design::ObjectKind::port, found);
+        else if (kind == Design::ObjectKind::net)
             addNetsOf(session, object, found);
-        else if (kind == ObjectKind::cell)
+        else if (kind == Design::ObjectKind::cell)
             addCellsOf(session, object, found);
         else
             addClocksOf(session, object, found);
@@ -128,10 +133,10 @@ void addRelated(Session& session, const Arguments& arguments, ObjectKind kind, s
 
 // --- Commands -------------------------------------------------------------------------------------------------------
 
-void query(Session& session, Words words, ObjectKind kind) {
+void query(Session& session, Words words, Design::ObjectKind kind) {
     const Arguments arguments(querySyntax(), words);
     const bool related = arguments.has("-of_objects");
-    std::vector<Object> found;
+    std::vector<Design::Object> found;
     if (related && arguments.argument(0) != nullptr)
         arguments.fail("patterns do not go with -of_objects");
     if (related)
@@ -143,7 +148,7 @@ void query(Session& session, Words words, ObjectKind kind) {
     removeDuplicates(found);
     if (arguments.has("-filter") && !found.empty()) {
         const Filter filter(arguments.text("-filter"));
-        std::erase_if(found, [&](const Object& object) {
+        std::erase_if(found, [&](const Design::Object& object) {
             return !filter.accepts(session.design, session.result.clocks, object);
         });
         if (found.empty() && !arguments.has("-quiet"))
@@ -156,23 +161,23 @@ void query(Session& session, Words words, ObjectKind kind) {
 void allClocks(Session& session, Words words) {
     static const Syntax syntax{{}, {}};
     const Arguments arguments(syntax, words);
-    std::vector<Object> found;
-    session.finder.find(ObjectKind::clock, "*", {}, found);
+    std::vector<Design::Object> found;
+    session.finder.find(Design::ObjectKind::clock, "*", {}, found);
     session.tcl.setResult(newCollection(found));
 }
 
-void allPorts(Session& session, Words words, Direction direction) {
+void allPorts(Session& session, Words words, Design::Direction direction) {
     static const Syntax syntax{{{"-no_clocks"}}, {}};
     const Arguments arguments(syntax, words);
     std::unordered_set<std::uint32_t> left;
     if (arguments.has("-no_clocks"))
-        for (const Clock& clock : session.result.clocks)
+        for (const Design::Clock& clock : session.result.clocks)
             left.insert(clock.targets.begin(), clock.targets.end());
-    std::vector<Object> found;
+    std::vector<Design::Object> found;
     for (const std::uint32_t port : session.design.ports()) {
-        const Direction is = session.design.pins[port].direction;
-        if ((is == direction || is == Direction::inout) && !left.contains(port))
-            found.push_back({ObjectKind::port, port});
+        const Design::Direction is = session.design.pins[port].direction;
+        if ((is == direction || is == Design::Direction::inout) && !left.contains(port))
+            found.push_back({Design::ObjectKind::port, port});
     }
     session.tcl.setResult(newCollection(found));
 }
@@ -189,20 +194,20 @@ void allRegisters(Session& session, Words words) {
     if (arguments.has("-clock"))
         arguments.fail(
             "-clock is not supported: what a clock reaches is not known while constraints are read");
-    const Design& design = session.design;
+    const Design::RoutedDesign& design = session.design;
     const bool data = arguments.has("-data_pins"), clock = arguments.has("-clock_pins"),
                output = arguments.has("-output_pins");
     const bool cells = arguments.has("-cells") || (!data && !clock && !output);
-    std::vector<Object> found;
+    std::vector<Design::Object> found;
     for (std::uint32_t cell = 0; cell < design.cells.size(); ++cell) {
         if (!design.isRegister(cell))
             continue;
         if (cells)
-            found.push_back({ObjectKind::cell, cell});
+            found.push_back({Design::ObjectKind::cell, cell});
         for (const std::uint32_t pin : design.pinsOfCell(cell))
             if ((data && design.isDataPin(pin)) || (clock && design.isClockPin(pin)) ||
                 (output && design.isRegisterOutput(pin)))
-                found.push_back({ObjectKind::pin, pin});
+                found.push_back({Design::ObjectKind::pin, pin});
     }
     session.tcl.setResult(newCollection(found));
 }
@@ -210,14 +215,19 @@ void allRegisters(Session& session, Words words) {
 } // namespace
 
 void addQueryCommands(Session& session) {
-    session.add("get_ports", [](Session& self, Words words) { query(self, words, ObjectKind::port); });
-    session.add("get_pins", [](Session& self, Words words) { query(self, words, ObjectKind::pin); });
-    session.add("get_cells", [](Session& self, Words words) { query(self, words, ObjectKind::cell); });
-    session.add("get_nets", [](Session& self, Words words) { query(self, words, ObjectKind::net); });
-    session.add("get_clocks", [](Session& self, Words words) { query(self, words, ObjectKind::clock); });
+    session.add("get_ports",
+                [](Session& self, Words words) { query(self, words, Design::ObjectKind::port); });
+    session.add("get_pins", [](Session& self, Words words) { query(self, words, Design::ObjectKind::pin); });
+    session.add("get_cells",
+                [](Session& self, Words words) { query(self, words, Design::ObjectKind::cell); });
+    session.add("get_nets", [](Session& self, Words words) { query(self, words, Design::ObjectKind::net); });
+    session.add("get_clocks",
+                [](Session& self, Words words) { query(self, words, Design::ObjectKind::clock); });
     session.add("all_clocks", allClocks);
-    session.add("all_inputs", [](Session& self, Words words) { allPorts(self, words, Direction::input); });
-    session.add("all_outputs", [](Session& self, Words words) { allPorts(self, words, Direction::output); });
+    session.add("all_inputs",
+                [](Session& self, Words words) { allPorts(self, words, Design::Direction::input); });
+    session.add("all_outputs",
+                [](Session& self, Words words) { allPorts(self, words, Design::Direction::output); });
     session.add("all_registers", allRegisters);
 }
 

@@ -1,7 +1,7 @@
 // The reader: a session, and a file at a time.
-#include "Reader.h"
+#include "readers/sdc/Reader.h"
 
-#include "Session.h"
+#include "readers/sdc/Session.h"
 
 namespace Readers::Sdc {
 
@@ -9,17 +9,17 @@ struct Reader::State {
     Session session;
 };
 
-Reader::Reader(const Design& design, Diagnostics& diagnostics, const Limits& limits)
+Reader::Reader(const Design::RoutedDesign& design, Base::Diagnostics& diagnostics, const Limits& limits)
     : state_(new State{Session(design, diagnostics, limits)}) {}
 
 Reader::~Reader() = default;
 
-void Reader::read(Source& source) {
+void Reader::read(Base::Source& source) {
     state_->session.timeExponent = 0; // a file's unit is its own
     state_->session.tcl.run(source);
 }
 
-Constraints Reader::take() {
+Design::Constraints Reader::take() {
     Session& session = state_->session;
     session.noteWithoutEffect();
     session.result.portDelays = session.portDelays.take();

@@ -4,11 +4,11 @@
 // is passed over, guessed or matches nothing is a diagnostic.
 #pragma once
 
-#include "../Diagnostics.h"
-#include "../Source.h"
-#include "../design/Design.h"
-#include "Constraints.h"
-#include "Limits.h"
+#include "base/Diagnostics.h"
+#include "base/Source.h"
+#include "design/Constraints.h"
+#include "design/RoutedDesign.h"
+#include "readers/sdc/Limits.h"
 
 #include <memory>
 
@@ -17,16 +17,16 @@ namespace Readers::Sdc {
 class Reader {
 public:
     // The design must be indexed and classified, and both must outlive the reader.
-    Reader(const Design& design, Diagnostics& diagnostics, const Limits& limits = {});
+    Reader(const Design::RoutedDesign& design, Base::Diagnostics& diagnostics, const Limits& limits = {});
     ~Reader();
     Reader(const Reader&) = delete;
     Reader& operator=(const Reader&) = delete;
 
     // Throws BadInput; the reader is of no use after that.
-    void read(Source& source);
+    void read(Base::Source& source);
 
     // The state after the last file. Adds the notes about commands without effect. Call it once, at the end.
-    Constraints take();
+    Design::Constraints take();
 
 private:
     struct State;

@@ -1,6 +1,6 @@
 // Which of Tcl's commands a constraint file can use. Everything that is not kept here is refused by its name,
 // so that a new version of Tcl opens nothing new.
-#include "Interpreter.h"
+#include "readers/sdc/Interpreter.h"
 
 #include <algorithm>
 #include <array>

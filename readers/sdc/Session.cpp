@@ -1,7 +1,7 @@
 // Objects by handle or bare name, and the messages that all commands share.
-#include "Session.h"
+#include "readers/sdc/Session.h"
 
-#include "Objects.h"
+#include "readers/sdc/Objects.h"
 
 #include <algorithm>
 #include <array>
@@ -18,14 +18,15 @@ std::string prefix(const Arguments& arguments, std::string_view option) {
     return arguments.command() + ": " + (option.empty() ? "" : std::string(option) + ": ");
 }
 
-bool contains(Kinds kinds, ObjectKind kind) { return std::ranges::find(kinds, kind) != kinds.end(); }
+bool contains(Kinds kinds, Design::ObjectKind kind) { return std::ranges::find(kinds, kind) != kinds.end(); }
 
 // What drives the net: cells' outputs and input ports.
-void addDrivers(const Design& design, std::uint32_t net, std::vector<std::uint32_t>& pins) {
+void addDrivers(const Design::RoutedDesign& design, std::uint32_t net, std::vector<std::uint32_t>& pins) {
     for (const std::uint32_t pin : design.pinsOfNet(net)) {
-        const Direction direction = design.pins[pin].direction;
-        const Direction driving = design.isPort(pin) ? Direction::input : Direction::output;
-        if (direction == driving || direction == Direction::inout)
+        const Design::Direction direction = design.pins[pin].direction;
+        const Design::Direction driving =
+            design.isPort(pin) ? Design::Direction::input : Design::Direction::output;
+        if (direction == driving || direction == Design::Direction::inout)
             pins.push_back(pin);
     }
 }
@@ -35,7 +36,7 @@ void addDrivers(const Design& design, std::uint32_t net, std::vector<std::uint32
 std::string kindNames(Kinds kinds) {
     std::string text;
     std::size_t left = kinds.size();
-    for (const ObjectKind kind : kinds) {
+    for (const Design::ObjectKind kind : kinds) {
         text += kindName(kind);
         --left;
         text += left > 1 ? ", " : left == 1 ? " or " : "";
@@ -43,13 +44,13 @@ std::string kindNames(Kinds kinds) {
     return text;
 }
 
-void removeDuplicates(std::vector<Object>& objects) {
+void removeDuplicates(std::vector<Design::Object>& objects) {
     // What a pattern finds is in order.
     if (std::ranges::adjacent_find(objects, std::greater_equal{}) == objects.end())
         return;
     std::unordered_set<std::uint64_t> seen;
     seen.reserve(objects.size());
-    std::erase_if(objects, [&seen](const Object& object) {
+    std::erase_if(objects, [&seen](const Design::Object& object) {
         return !seen.insert((std::uint64_t{object.index} << 8) | static_cast<std::uint64_t>(object.kind))
                     .second;
     });
@@ -58,9 +59,9 @@ void removeDuplicates(std::vector<Object>& objects) {
 // Lists in lists, as [list [get_pins ...] [get_cells ...]] makes them, count as one. A name may have spaces.
 std::vector<Tcl_Obj*> Session::flatElementsOf(Tcl_Obj* value) const {
     const auto isName = [&](Tcl_Obj* element) {
-        using enum ObjectKind;
-        std::vector<Object> found;
-        return std::ranges::any_of(std::array{clock, port, cell, pin, net}, [&](ObjectKind kind) {
+        using enum Design::ObjectKind;
+        std::vector<Design::Object> found;
+        return std::ranges::any_of(std::array{clock, port, cell, pin, net}, [&](Design::ObjectKind kind) {
             return finder.findExact(kind, Tcl_GetString(element), found);
         });
     };
@@ -87,7 +88,7 @@ std::string describe(const Session& session, Words words) {
         text += text.empty() ? "" : " ";
         text += elements.size() == 1 ? "" : "{";
         for (std::size_t i = 0; i < std::min(elements.size(), describedObjects); ++i) {
-            const std::optional<Object> object = session.finder.toKnown(elements[i]);
+            const std::optional<Design::Object> object = session.finder.toKnown(elements[i]);
             text += i == 0 ? "" : " ";
             text += object ? session.finder.name(*object) : Tcl_GetString(elements[i]);
         }
@@ -100,10 +101,11 @@ std::string describe(const Session& session, Words words) {
     return text;
 }
 
-Session::Session(const Design& theDesign, Diagnostics& theDiagnostics, const Limits& limits)
+Session::Session(const Design::RoutedDesign& theDesign, Base::Diagnostics& theDiagnostics,
+                 const Limits& limits)
     : design(theDesign), diagnostics(theDiagnostics), tcl(result, limits),
       finder(theDesign, result.clocks, tcl.raw()) {
-    tcl.onNote = [this](Place place, std::string text) {
+    tcl.onNote = [this](Base::Place place, std::string text) {
         diagnostics.note(std::move(place), std::move(text));
     };
     addClockCommands(*this);
@@ -132,7 +134,7 @@ void Session::unmatched(std::string text) {
 }
 
 void Session::unmatched(std::string text, Kinds kinds) {
-    if (!tcl.lacksClocks() || !contains(kinds, ObjectKind::clock))
+    if (!tcl.lacksClocks() || !contains(kinds, Design::ObjectKind::clock))
         unmatched(std::move(text));
 }
 
@@ -142,7 +144,7 @@ std::vector<std::uint32_t> Session::clocksOn(std::uint32_t pin) const {
     if (known == clocksOfPin.end())
         return clocks;
     for (const std::uint32_t index : known->second) {
-        const Clock& clock = result.clocks[index];
+        const Design::Clock& clock = result.clocks[index];
         if (!clock.removed && std::ranges::find(clock.targets, pin) != clock.targets.end())
             clocks.push_back(index);
     }
@@ -173,15 +175,15 @@ void Session::print(const std::string& text) {
         note("puts: " + text);
 }
 
-Decimal Session::time(Decimal value) const {
+Base::Decimal Session::time(Base::Decimal value) const {
     value.exponent += value.isZero() ? 0 : timeExponent;
     return value;
 }
 
 // --- Objects --------------------------------------------------------------------------------------------------------
 
-void Session::resolveHandle(const Arguments& arguments, std::string_view option, const Object& object,
-                            Kinds kinds, std::vector<Object>& found) {
+void Session::resolveHandle(const Arguments& arguments, std::string_view option, const Design::Object& object,
+                            Kinds kinds, std::vector<Design::Object>& found) {
     if (!contains(kinds, object.kind))
         arguments.fail((option.empty() ? "" : std::string(option) + ": ") + "expected a " + kindNames(kinds) +
                        ", found the " + std::string(kindName(object.kind)) + " '" + finder.name(object) +
@@ -194,13 +196,13 @@ void Session::resolveHandle(const Arguments& arguments, std::string_view option,
 }
 
 void Session::resolveName(const Arguments& arguments, std::string_view option, Tcl_Obj* value, Kinds kinds,
-                          std::vector<Object>& found) {
+                          std::vector<Design::Object>& found) {
     const std::string_view name = Tcl_GetString(value);
-    for (const ObjectKind kind : kinds)
+    for (const Design::ObjectKind kind : kinds)
         if (finder.findExact(kind, name, found))
             return;
     const std::size_t before = found.size();
-    for (const ObjectKind kind : kinds) {
+    for (const Design::ObjectKind kind : kinds) {
         finder.find(kind, name, {}, found);
         if (found.size() != before)
             return;
@@ -209,11 +211,11 @@ void Session::resolveName(const Arguments& arguments, std::string_view option, T
               kinds);
 }
 
-std::vector<Object> Session::resolve(const Arguments& arguments, std::string_view option, Tcl_Obj* value,
-                                     Kinds kinds) {
-    std::vector<Object> found;
+std::vector<Design::Object> Session::resolve(const Arguments& arguments, std::string_view option,
+                                             Tcl_Obj* value, Kinds kinds) {
+    std::vector<Design::Object> found;
     for (Tcl_Obj* const element : flatElementsOf(value)) {
-        if (const std::optional<Object> object = finder.toKnown(element))
+        if (const std::optional<Design::Object> object = finder.toKnown(element))
             resolveHandle(arguments, option, *object, kinds, found);
         else
             resolveName(arguments, option, element, kinds, found);
@@ -222,16 +224,16 @@ std::vector<Object> Session::resolve(const Arguments& arguments, std::string_vie
     return found;
 }
 
-std::vector<Object> Session::objects(const Arguments& arguments, std::string_view option, Tcl_Obj* value,
-                                     Kinds kinds) {
-    std::vector<Object> found = resolve(arguments, option, value, kinds);
+std::vector<Design::Object> Session::objects(const Arguments& arguments, std::string_view option,
+                                             Tcl_Obj* value, Kinds kinds) {
+    std::vector<Design::Object> found = resolve(arguments, option, value, kinds);
     if (found.empty())
         throw NoObjects{prefix(arguments, option) + "no objects"};
     return found;
 }
 
-Object Session::one(const Arguments& arguments, std::string_view option, Kinds kinds) {
-    const std::vector<Object> found = objects(arguments, option, arguments.find(option), kinds);
+Design::Object Session::one(const Arguments& arguments, std::string_view option, Kinds kinds) {
+    const std::vector<Design::Object> found = objects(arguments, option, arguments.find(option), kinds);
     if (found.size() > 1)
         arguments.fail(std::string(option) + ": expected one " + kindNames(kinds) + ", found " +
                        std::to_string(found.size()));
@@ -241,10 +243,11 @@ Object Session::one(const Arguments& arguments, std::string_view option, Kinds k
 std::vector<std::uint32_t> Session::sources(const Arguments& arguments, std::string_view option,
                                             Tcl_Obj* value) {
     std::vector<std::uint32_t> pins;
-    for (const Object& object :
-         objects(arguments, option, value, {ObjectKind::port, ObjectKind::pin, ObjectKind::net})) {
+    for (const Design::Object& object :
+         objects(arguments, option, value,
+                 {Design::ObjectKind::port, Design::ObjectKind::pin, Design::ObjectKind::net})) {
         const std::size_t before = pins.size();
-        if (object.kind == ObjectKind::net)
+        if (object.kind == Design::ObjectKind::net)
             addDrivers(design, object.index, pins);
         else
             pins.push_back(object.index);

@@ -2,11 +2,11 @@
 // names.
 #pragma once
 
-#include "Constraints.h"
-#include "Finder.h"
-#include "Interpreter.h"
-#include "Options.h"
-#include "PortDelays.h"
+#include "design/Constraints.h"
+#include "readers/sdc/Finder.h"
+#include "readers/sdc/Interpreter.h"
+#include "readers/sdc/Options.h"
+#include "readers/sdc/PortDelays.h"
 
 #include <initializer_list>
 #include <optional>
@@ -18,7 +18,7 @@
 namespace Readers::Sdc {
 
 // The kinds of object that a command takes, in the order in which a bare name is looked up.
-using Kinds = std::initializer_list<ObjectKind>;
+using Kinds = std::initializer_list<Design::ObjectKind>;
 
 // Thrown where nothing is left of what a command names: it is then skipped with a warning.
 struct NoObjects {
@@ -27,7 +27,7 @@ struct NoObjects {
 
 // A clock's latency by the edges of its source, where they were given apart.
 struct EdgeLatency {
-    std::optional<Decimal> rise, fall;
+    std::optional<Base::Decimal> rise, fall;
 };
 struct ClockLatency {
     EdgeLatency early, late;
@@ -37,7 +37,7 @@ class Session {
 public:
     using Command = void (*)(Session&, Words);
 
-    Session(const Design& design, Diagnostics& diagnostics, const Limits& limits);
+    Session(const Design::RoutedDesign& design, Base::Diagnostics& diagnostics, const Limits& limits);
 
     void add(const char* name, Command command);
     void note(std::string text) { diagnostics.note(tcl.place(), std::move(text)); }
@@ -61,23 +61,23 @@ public:
     bool isKnownUnique(Tcl_Obj* list) const { return list == unique_ && lengthOf(list) == uniqueLength_; }
     void noteUnique(Tcl_Obj* list) { unique_ = list, uniqueLength_ = lengthOf(list); }
     // A time of the file, in ns.
-    Decimal time(Decimal value) const;
+    Base::Decimal time(Base::Decimal value) const;
 
     // The objects that the value names, each once, in order. Names that match nothing are warned of; handles
     // of other kinds are errors. `option` is for messages; empty for an argument.
-    std::vector<Object> resolve(const Arguments& arguments, std::string_view option, Tcl_Obj* value,
-                                Kinds kinds);
+    std::vector<Design::Object> resolve(const Arguments& arguments, std::string_view option, Tcl_Obj* value,
+                                        Kinds kinds);
     // Likewise, and at least one: throws NoObjects.
-    std::vector<Object> objects(const Arguments& arguments, std::string_view option, Tcl_Obj* value,
-                                Kinds kinds);
+    std::vector<Design::Object> objects(const Arguments& arguments, std::string_view option, Tcl_Obj* value,
+                                        Kinds kinds);
     // Exactly one.
-    Object one(const Arguments& arguments, std::string_view option, Kinds kinds);
+    Design::Object one(const Arguments& arguments, std::string_view option, Kinds kinds);
     // Pins and ports; nets stand for what drives them.
     std::vector<std::uint32_t> sources(const Arguments& arguments, std::string_view option, Tcl_Obj* value);
 
-    const Design& design;
-    Diagnostics& diagnostics;
-    Constraints result;
+    const Design::RoutedDesign& design;
+    Base::Diagnostics& diagnostics;
+    Design::Constraints result;
     PortDelays portDelays;
     std::vector<ClockLatency> sourceLatency, networkLatency; // by clock
     // Where a pin's entry stands in the result.
@@ -93,14 +93,14 @@ public:
 private:
     struct Ignored {
         std::string command;
-        Origin first;
+        Design::Origin first;
         unsigned count = 0;
     };
 
     void resolveName(const Arguments& arguments, std::string_view option, Tcl_Obj* value, Kinds kinds,
-                     std::vector<Object>& found);
-    void resolveHandle(const Arguments& arguments, std::string_view option, const Object& object, Kinds kinds,
-                       std::vector<Object>& found);
+                     std::vector<Design::Object>& found);
+    void resolveHandle(const Arguments& arguments, std::string_view option, const Design::Object& object,
+                       Kinds kinds, std::vector<Design::Object>& found);
 
     static int lengthOf(Tcl_Obj* list) {
         int length = 0;
@@ -114,7 +114,7 @@ private:
     unsigned printed_ = 0;
 };
 
-void removeDuplicates(std::vector<Object>& objects);
+void removeDuplicates(std::vector<Design::Object>& objects);
 // "clock, port or pin"
 std::string kindNames(Kinds kinds);
 // The command as its words say it, objects by their names, long lists cut.

@@ -1,8 +1,8 @@
 // The watching thread, Tcl's panics, and the end of the stack.
-#include "Watch.h"
+#include "readers/sdc/Watch.h"
 
-#include "../../base/Characters.h"
-#include "../Decimal.h"
+#include "base/Characters.h"
+#include "base/Decimal.h"
 
 #include <tcl.h>
 
@@ -119,7 +119,7 @@ void endProcess(std::string_view line) noexcept {
 }
 
 std::string overTime(const Limits& limits) {
-    const Decimal seconds{limits.time.count(), -3};
+    const Base::Decimal seconds{limits.time.count(), -3};
     return "the script ran for more than " + seconds.toString() + " s";
 }
 

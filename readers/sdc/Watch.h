@@ -7,7 +7,7 @@
 // is none of its business: the limits of the interpreter come first.
 #pragma once
 
-#include "Limits.h"
+#include "readers/sdc/Limits.h"
 
 #include <condition_variable>
 #include <mutex>

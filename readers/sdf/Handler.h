@@ -7,8 +7,8 @@
 // in the file's own time unit, as written.
 #pragma once
 
-#include "../Decimal.h"
-#include "../design/Design.h"
+#include "base/Decimal.h"
+#include "design/RoutedDesign.h"
 
 #include <cstdint>
 #include <optional>
@@ -19,7 +19,7 @@ namespace Readers::Sdf {
 
 // One value, or a triple of which some may be missing. A single value is all three. "()" has none.
 struct Value {
-    std::optional<Decimal> minimum, typical, maximum;
+    std::optional<Base::Decimal> minimum, typical, maximum;
 
     bool isEmpty() const { return !minimum && !typical && !maximum; }
 };
@@ -35,7 +35,7 @@ struct Path {
 // any. The condition is there where the port stands in "(COND ...)".
 struct Event {
     Path path;
-    Transition edge = Transition::any;
+    Design::Transition edge = Design::Transition::any;
     bool conditional = false;
 };
 

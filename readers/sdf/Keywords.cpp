@@ -1,6 +1,6 @@
 // The table of words, and a look-up by a hash that has no collision among them (checked when this is
 // compiled).
-#include "Keywords.h"
+#include "readers/sdf/Keywords.h"
 
 #include <algorithm>
 #include <array>

@@ -3,9 +3,9 @@
 // Invariant: *end_ is a zero byte, which belongs to no class, so that a loop over a class needs no look at
 // the end; what stops at end_ asks for more and goes on. At most one unread byte is ever carried over to the
 // next block.
-#include "Lexer.h"
+#include "readers/sdf/Lexer.h"
 
-#include "../Diagnostics.h"
+#include "base/Diagnostics.h"
 
 #include <cstring>
 
@@ -49,7 +49,7 @@ constexpr std::array<std::uint8_t, 256> Lexer::classify() {
 
 const std::array<std::uint8_t, 256> Lexer::classes_ = classify();
 
-Lexer::Lexer(Source& source, std::size_t blockSize)
+Lexer::Lexer(Base::Source& source, std::size_t blockSize)
     : source_(source), blockSize_(blockSize), buffer_(carried + blockSize + 1), at_(buffer_.data()),
       end_(buffer_.data()) {}
 
@@ -168,7 +168,7 @@ std::string_view Lexer::run(std::uint8_t wanted) {
     return run_;
 }
 
-Decimal Lexer::number() {
+Base::Decimal Lexer::number() {
     peek();
     const Where place = where();
     const std::string_view text = run(numberCharacter);
@@ -176,7 +176,7 @@ Decimal Lexer::number() {
         fail("a number");
     // A letter right behind is not the next element: "12x" is no number.
     if (const int next = at_ == end_ ? endOfFile : *at_; !isLetter(next))
-        if (const std::optional<Decimal> value = Decimal::parse(text))
+        if (const std::optional<Base::Decimal> value = Base::Decimal::parse(text))
             return *value;
     std::string all(text);
     all += run(wordCharacter);
@@ -359,7 +359,7 @@ void Lexer::fail(Where place, std::string_view expected, std::string_view found)
 }
 
 void Lexer::failAt(Where place, std::string text) const {
-    throw BadInput({source_.path(), place.line, place.column}, std::move(text));
+    throw Base::BadInput({source_.path(), place.line, place.column}, std::move(text));
 }
 
 } // namespace Readers::Sdf

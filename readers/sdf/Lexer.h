@@ -9,8 +9,8 @@
 // column are kept as the line's number and the offset of its start, at the price of nothing per character.
 #pragma once
 
-#include "../Source.h"
-#include "Handler.h"
+#include "base/Source.h"
+#include "readers/sdf/Handler.h"
 
 #include <array>
 #include <cstdint>
@@ -47,7 +47,7 @@ public:
     static constexpr std::size_t defaultBlock = std::size_t{1} << 18;
     static constexpr int endOfFile = -1;
 
-    explicit Lexer(Source& source, std::size_t blockSize = defaultBlock);
+    explicit Lexer(Base::Source& source, std::size_t blockSize = defaultBlock);
 
     void setDivider(char divider) { divider_ = divider; }
     char divider() const { return divider_; }
@@ -80,7 +80,7 @@ public:
     // Letters, digits and underscores; empty where none stands. Valid until the next call.
     std::string_view word() { return run(wordCharacter); }
     // A number. Valid until the next call.
-    Decimal number();
+    Base::Decimal number();
     // A name with its bits, which must be there: `expected` says what it is.
     void name(NameText& into, std::string_view expected);
     // The text between quotes, which must be there.
@@ -135,7 +135,7 @@ private:
     void append(std::string& into, const char* from);
     std::string found();
 
-    Source& source_;
+    Base::Source& source_;
     std::size_t blockSize_;
     std::vector<char> buffer_; // a byte kept from before, a block, and a zero that ends every run
     const char* at_;

@@ -2,9 +2,9 @@
 //
 // The depth of sections is fixed by the grammar, so functions that call each other do for a stack; what may
 // nest without bound (conditions, sections passed over) is counted, not called.
-#include "Parser.h"
+#include "readers/sdf/Parser.h"
 
-#include "Phrases.h"
+#include "readers/sdf/Phrases.h"
 
 #include <algorithm>
 
@@ -14,7 +14,7 @@ namespace {
 
 class Parser {
 public:
-    Parser(Source& source, Handler& handler, Diagnostics& diagnostics, std::size_t blockSize)
+    Parser(Base::Source& source, Handler& handler, Base::Diagnostics& diagnostics, std::size_t blockSize)
         : source_(source), handler_(handler), diagnostics_(diagnostics), lexer_(source, blockSize),
           phrases_(lexer_) {}
 
@@ -49,9 +49,9 @@ private:
 
     void ignore(Keyword keyword, Where place);
 
-    Source& source_;
+    Base::Source& source_;
     Handler& handler_;
-    Diagnostics& diagnostics_;
+    Base::Diagnostics& diagnostics_;
     Lexer lexer_;
     Phrases phrases_;
 
@@ -163,10 +163,10 @@ void Parser::timeScale() {
         return std::ranges::equal(unit.name, name, {}, {}, lower);
     };
     const Unit* const unit = std::ranges::find_if(units, same);
-    const std::optional<Decimal> factor = Decimal::parse(text.substr(0, digits));
+    const std::optional<Base::Decimal> factor = Base::Decimal::parse(text.substr(0, digits));
     if (unit != std::end(units) && factor)
         for (int power = 0; power <= largestPower; ++power)
-            if (*factor == Decimal{1, power}) {
+            if (*factor == Base::Decimal{1, power}) {
                 scale_ = unit->power + power;
                 scaled_ = true;
                 return;
@@ -437,7 +437,7 @@ void Parser::ignore(Keyword keyword, Where place) {
 
 } // namespace
 
-void parse(Source& source, Handler& handler, Diagnostics& diagnostics, std::size_t blockSize) {
+void parse(Base::Source& source, Handler& handler, Base::Diagnostics& diagnostics, std::size_t blockSize) {
     Parser(source, handler, diagnostics, blockSize).file();
 }
 

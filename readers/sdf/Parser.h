@@ -7,15 +7,15 @@
 // Memory is a block of the file; the time is that of one look at each character.
 #pragma once
 
-#include "../Diagnostics.h"
-#include "../Source.h"
-#include "Handler.h"
-#include "Lexer.h"
+#include "base/Diagnostics.h"
+#include "base/Source.h"
+#include "readers/sdf/Handler.h"
+#include "readers/sdf/Lexer.h"
 
 namespace Readers::Sdf {
 
 // Throws BadInput at the first thing that is no SDF; the events before it were fired.
-void parse(Source& source, Handler& handler, Diagnostics& diagnostics,
+void parse(Base::Source& source, Handler& handler, Base::Diagnostics& diagnostics,
            std::size_t blockSize = Lexer::defaultBlock);
 
 } // namespace Readers::Sdf

@@ -1,5 +1,5 @@
 // Reading of ports, conditions and values.
-#include "Phrases.h"
+#include "readers/sdf/Phrases.h"
 
 #include <algorithm>
 
@@ -46,9 +46,9 @@ void Phrases::edge(EventText& into) {
     constexpr std::string_view others[] = {"01", "10", "0z", "z1", "1z", "z0"};
     const Keyword keyword = keywordOf(word_);
     if (keyword == Keyword::posedge) {
-        into.edge = Transition::rise;
+        into.edge = Design::Transition::rise;
     } else if (keyword == Keyword::negedge) {
-        into.edge = Transition::fall;
+        into.edge = Design::Transition::fall;
     } else {
         const auto same = [this](std::string_view text) {
             return std::ranges::equal(text, word_, {}, {}, [](char c) { return c == 'Z' ? 'z' : c; });
@@ -61,7 +61,7 @@ void Phrases::edge(EventText& into) {
 }
 
 void Phrases::edgedPort(EventText& into) {
-    into.edge = Transition::any;
+    into.edge = Design::Transition::any;
     into.conditional = false;
     if (lexer_.take('(')) {
         edgeWord();
@@ -72,7 +72,7 @@ void Phrases::edgedPort(EventText& into) {
 }
 
 void Phrases::checkedPort(EventText& into) {
-    into.edge = Transition::any;
+    into.edge = Design::Transition::any;
     into.conditional = false;
     if (!lexer_.take('(')) {
         port(into.name);
@@ -152,7 +152,7 @@ void Phrases::digits() {
 // --- Values -------------------------------------------------------------------------------------------------------------
 
 // A member of a triple, which may be missing before the character that ends it.
-void Phrases::member(std::optional<Decimal>& into, char behind) {
+void Phrases::member(std::optional<Base::Decimal>& into, char behind) {
     if (lexer_.peek() != behind)
         into = lexer_.number();
 }

@@ -3,8 +3,8 @@
 // Everything is read into room that is used again, so that a statement allocates nothing.
 #pragma once
 
-#include "Keywords.h"
-#include "Lexer.h"
+#include "readers/sdf/Keywords.h"
+#include "readers/sdf/Lexer.h"
 
 #include <array>
 #include <span>
@@ -14,7 +14,7 @@ namespace Readers::Sdf {
 // An Event with its own text.
 struct EventText {
     NameText name;
-    Transition edge = Transition::any;
+    Design::Transition edge = Design::Transition::any;
     bool conditional = false;
 
     Event event() const { return {name.path(), edge, conditional}; }
@@ -71,7 +71,7 @@ private:
     void digits();
     void valueBody(Value& into);
     bool delay(Value& into);
-    void member(std::optional<Decimal>& into, char behind);
+    void member(std::optional<Base::Decimal>& into, char behind);
 
     Lexer& lexer_;
     Where wordPlace_;

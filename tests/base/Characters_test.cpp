@@ -1,7 +1,7 @@
 // Control characters of inputs, as messages and reports show them.
 #include "base/Characters.h"
 
-#include "readers/Diagnostics.h"
+#include "base/Diagnostics.h"
 
 #include <gtest/gtest.h>
 
@@ -32,10 +32,10 @@ TEST(Characters, EscapesControlCharacters) {
 }
 
 TEST(Characters, IsWhatDiagnosticsAre) {
-    using Readers::Severity;
-    EXPECT_EQ(toString(Readers::Diagnostic{Severity::note, {"a\nb", 3, 4}, "c\x1b\nd"}),
+    using Base::Severity;
+    EXPECT_EQ(toString(Base::Diagnostic{Severity::note, {"a\nb", 3, 4}, "c\x1b\nd"}),
               "a\\x0Ab:3:4: note: c\\x1B\nd");
-    EXPECT_STREQ(Readers::BadInput({"f"}, "\x07").what(), "f: error: \\x07");
+    EXPECT_STREQ(Base::BadInput({"f"}, "\x07").what(), "f: error: \\x07");
 }
 
 } // namespace

@@ -126,8 +126,7 @@ Inputs inputsOf(const Folder& folder, std::uint64_t seed, Brute::Shape shape) {
     return inputs;
 }
 
-Report::Report runOf(const Folder& folder, const Inputs& inputs,
-                     const Readers::Model::LoopLimits& loopLimits = {}) {
+Report::Report runOf(const Folder& folder, const Inputs& inputs, const Model::LoopLimits& loopLimits = {}) {
     Cli::Session session;
     session.loopLimits = loopLimits;
     Report::Report report = session.run(inputs.command);
@@ -161,7 +160,7 @@ std::string difference(const Folder& folder, std::uint64_t seed, const Brute::Sh
                 text += pin + (side == 0 ? " setup" : " hold") + ": expected " + wanted[side] + ", found " +
                         found[side] + "\n";
     };
-    for (const Readers::Diagnostic& diagnostic : report.diagnostics)
+    for (const Base::Diagnostic& diagnostic : report.diagnostics)
         if (diagnostic.text.find("too large to be timed") != std::string::npos)
             text += diagnostic.text + "\n"; // not exact: there would be nothing to compare
     std::map<std::string, Brute::EndResult> left = expected;
@@ -240,7 +239,7 @@ TEST(Command, RandomDesignsWithLoopsAgree) {
 struct Counts {
     std::size_t smaller = 0, greater = 0;
 };
-Counts compareUnder(const Readers::Model::LoopLimits& limits) {
+Counts compareUnder(const Model::LoopLimits& limits) {
     const Folder folder;
     constexpr std::uint64_t share = 10; // of the designs of other tests
     const std::uint64_t first = number("VORLEN_SEED", 1),
@@ -258,7 +257,7 @@ Counts compareUnder(const Readers::Model::LoopLimits& limits) {
         for (const Report::Endpoint& endpoint : report.endpoints)
             found[endpoint.pin] = endpoint;
         std::string named;
-        for (const Readers::Diagnostic& diagnostic : report.diagnostics)
+        for (const Base::Diagnostic& diagnostic : report.diagnostics)
             if (const std::size_t names = diagnostic.text.find("may be too large: ");
                 names != std::string::npos)
                 named = ", " + diagnostic.text.substr(diagnostic.text.find(": ", names) + 2);
@@ -282,7 +281,7 @@ Counts compareUnder(const Readers::Model::LoopLimits& limits) {
 }
 
 TEST(Command, SlacksBehindLoopsInLayersAreSafe) {
-    Readers::Model::LoopLimits inLayers;
+    Model::LoopLimits inLayers;
     inLayers.exactNodes = 0;
     const Counts counts = compareUnder(inLayers);
     EXPECT_GT(counts.smaller, 0U);

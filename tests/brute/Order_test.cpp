@@ -126,10 +126,10 @@ std::string reportOf(const Folder& folder, const Brute::Design& design, const st
     report.inputs.clear();
     for (std::size_t path = 1; path < report.paths.size(); ++path)
         ties += report.paths[path - 1].slack == report.paths[path].slack ? 1U : 0U;
-    for (Readers::Diagnostic& diagnostic : report.diagnostics)
+    for (Base::Diagnostic& diagnostic : report.diagnostics)
         if (sdc.empty() || diagnostic.place.file != options.sdc.front())
             diagnostic.place = {};
-    std::ranges::sort(report.diagnostics, {}, [](const Readers::Diagnostic& of) { return toString(of); });
+    std::ranges::sort(report.diagnostics, {}, [](const Base::Diagnostic& of) { return toString(of); });
     std::ostringstream json;
     writeJson(report, json);
     return json.str();

@@ -1,8 +1,8 @@
 // Ends of the process that do not come back: what is said, the status, and that no begun file stays.
-#include "../../cli/Ending.h"
+#include "cli/Ending.h"
 
-#include "../../cli/Output.h"
-#include "../../readers/sdc/Reader.h"
+#include "cli/Output.h"
+#include "readers/sdc/Reader.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -43,11 +43,11 @@ private:
 };
 
 void readScript(std::string_view script) {
-    Readers::Design design;
+    Design::RoutedDesign design;
     design.index();
     design.classify();
-    Readers::Diagnostics diagnostics;
-    Readers::Source source("x.sdc", script);
+    Base::Diagnostics diagnostics;
+    Base::Source source("x.sdc", script);
     Readers::Sdc::Reader(design, diagnostics, {.giveUp = Cli::endBadScript}).read(source);
 }
 

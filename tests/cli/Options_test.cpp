@@ -1,6 +1,6 @@
 // The command line: what it gives, and what it refuses with which words.
-#include "../../cli/Options.h"
 #include "ProjectFiles.h"
+#include "cli/Options.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

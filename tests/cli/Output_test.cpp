@@ -1,5 +1,5 @@
 // Output files: whole or not at all, and what is no regular file is written directly.
-#include "../../cli/Output.h"
+#include "cli/Output.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

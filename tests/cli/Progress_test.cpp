@@ -1,7 +1,7 @@
 // The progress line as a terminal gets it, and when terminals get anything.
-#include "../../cli/Progress.h"
+#include "cli/Progress.h"
 
-#include "../../cli/Terminal.h"
+#include "cli/Terminal.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,5 @@
 // The whole command in process: what becomes of inputs that are cut off, and of runs one after the other.
+#include "base/Stopping.h"
 #include "cli/Session.h"
 
 #include "report/Json.h"
@@ -56,7 +57,7 @@ std::optional<std::string> reportOf(const Cli::Options& options, std::string& er
         std::ostringstream out;
         writeJson(report, out);
         return out.str();
-    } catch (const Readers::BadInput& bad) {
+    } catch (const Base::BadInput& bad) {
         error = bad.what();
         return std::nullopt;
     }
@@ -177,7 +178,7 @@ TEST(Session, AStopEndsTheNextStage) {
         };
         try {
             session.run(options);
-        } catch (const Cli::Interrupted&) {
+        } catch (const Base::Interrupted&) {
             std::exit(stages == 1 ? Cli::interrupted : Cli::internalError);
         }
         std::exit(Cli::timingMet);
@@ -191,7 +192,7 @@ TEST(Session, NamesTheFirstPairsWithoutAShortCommonPeriod) {
     options.sdf = folder.write("d.sdf", smallSdf);
     options.sdc = {folder.write("d.sdc", "foreach p {10.007 10.009 10.037 10.039 10.061 10.067 10.069} {\n"
                                          "  create_clock -add -name c$p -period $p [get_ports clk]\n}\n")};
-    const std::vector<Readers::Diagnostic> said = Cli::Session().run(options).diagnostics;
+    const std::vector<Base::Diagnostic> said = Cli::Session().run(options).diagnostics;
     ASSERT_EQ(said.size(), 21U);
     EXPECT_EQ(toString(said.front()), options.sdc[0] +
                                           ":2: note: the common period of 'c10.007' and 'c10.009' has more "
@@ -241,7 +242,7 @@ TEST(Session, NamesTheFirstRootsWithoutAClock) {
                               "(INSTANCE) (DELAY (ABSOLUTE " +
                                   wires + ")))\n" + cells + ")");
     options.sdc = {folder.write("d.sdc", "create_clock -name v -period 10\n")};
-    const std::vector<Readers::Diagnostic> said = Cli::Session().run(options).diagnostics;
+    const std::vector<Base::Diagnostic> said = Cli::Session().run(options).diagnostics;
     ASSERT_EQ(said.size(), 21U);
     EXPECT_EQ(toString(said.front()), "warning: no clock reaches 1 clock pin behind 'p0'");
     EXPECT_EQ(toString(said.back()), "warning: 2 more roots of clock pins have no clock");
@@ -255,7 +256,7 @@ TEST(Session, TellsItsStages) {
     Cli::Session session;
     std::string stages;
     session.onStage = [&](std::string_view stage) { stages.append(stage).append("; "); };
-    EXPECT_THROW(session.run(options), Readers::BadInput);
+    EXPECT_THROW(session.run(options), Base::BadInput);
     EXPECT_EQ(stages, "reading the delays; reading the constraints; ");
 }
 

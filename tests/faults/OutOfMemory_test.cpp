@@ -3,10 +3,10 @@
 // program that reads files by the library, nothing is kept.
 //
 // Each run is a process of its own, as the command is.
-#include "../../cli/Command.h"
-#include "../../cli/Ending.h"
 #include "Allocator.h"
 #include "ProjectFiles.h"
+#include "cli/Command.h"
+#include "cli/Ending.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // What the netlist readers' fuzzers ask of a netlist that was read: it hangs together, and makes a design.
 #pragma once
 
-#include "readers/design/Annotate.h"
+#include "readers/sdf/Annotate.h"
 
 #include <stdexcept>
 
@@ -18,8 +18,8 @@ inline void require(bool holds, const char* what) {
         throw Broken(what);
 }
 
-inline void checkNetlist(const Readers::Netlist& netlist) {
-    const auto isNet = [&](std::uint32_t net) { return net == Readers::none || net < netlist.nets.size(); };
+inline void checkNetlist(const Design::Netlist& netlist) {
+    const auto isNet = [&](std::uint32_t net) { return net == Base::none || net < netlist.nets.size(); };
     for (const auto& port : netlist.ports)
         require(isNet(port.net), "a port's net is one");
     std::uint64_t pins = 0;
@@ -33,9 +33,9 @@ inline void checkNetlist(const Readers::Netlist& netlist) {
 }
 
 // A design of the netlist's connections, without any delay.
-inline void makeDesign(const Readers::Netlist& netlist) {
-    Readers::Design design;
-    Readers::Diagnostics diagnostics;
+inline void makeDesign(const Design::Netlist& netlist) {
+    Design::RoutedDesign design;
+    Base::Diagnostics diagnostics;
     Readers::Annotator annotator(design, &netlist, {}, "fuzz.sdf", diagnostics);
     annotator.finish();
     require(design.pins.size() <= netlist.pins.size() + netlist.ports.size(), "no pins come from nowhere");

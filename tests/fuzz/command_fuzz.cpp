@@ -214,9 +214,9 @@ std::string outcome(const Cli::Options& options, const Folder& folder) {
         require(nlohmann::json::accept(json.str()), "JSON");
         writeText(report, {.listUnconstrained = true, .listExceptions = true}, text);
         return json.str() + text.str();
-    } catch (const Readers::BadInput& bad) {
+    } catch (const Base::BadInput& bad) {
         // Sums of delays are of no place.
-        const Readers::Diagnostic& said = bad.diagnostic();
+        const Base::Diagnostic& said = bad.diagnostic();
         require(said.place.file.starts_with(folder.path()) ||
                     said.text.starts_with("the delays of a path may"),
                 "a refusal names the file");

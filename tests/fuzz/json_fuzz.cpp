@@ -9,13 +9,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     constexpr const char* name = "fuzz.json";
-    Readers::Source source(name, std::string_view(reinterpret_cast<const char*>(data), size));
-    Readers::Diagnostics diagnostics;
+    Base::Source source(name, std::string_view(reinterpret_cast<const char*>(data), size));
+    Base::Diagnostics diagnostics;
     try {
-        const Readers::Netlist netlist = Readers::readJson(source, "", diagnostics);
+        const Design::Netlist netlist = Readers::readJson(source, "", diagnostics);
         Fuzz::checkNetlist(netlist);
         Fuzz::makeDesign(netlist);
-    } catch (const Readers::BadInput& bad) {
+    } catch (const Base::BadInput& bad) {
         Fuzz::require(bad.diagnostic().place.file == name, "a refusal names the file");
     }
     return 0;

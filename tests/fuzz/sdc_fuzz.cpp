@@ -1,7 +1,7 @@
 // Any bytes as a constraint file of a small design: understood, or refused with BadInput, and either way
 // within the limits. What was understood refers to nothing that is not there.
-#include "../readers/sdc/Script.h"
 #include "Netlists.h"
+#include "tests/support/command/Script.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -23,21 +23,21 @@ constexpr Limits limits{.time = std::chrono::milliseconds(200),
                             std::abort();
                         }};
 
-void check(const Constraints& constraints) {
-    const Readers::Design& design = Support::smallDesign();
+void check(const Design::Constraints& constraints) {
+    const Design::RoutedDesign& design = Support::smallDesign();
     const auto isPin = [&](std::uint32_t pin) { return pin < design.pins.size(); };
     const auto isClock = [&](std::uint32_t clock) { return clock < constraints.clocks.size(); };
-    for (const Clock& clock : constraints.clocks)
+    for (const Design::Clock& clock : constraints.clocks)
         for (const std::uint32_t target : clock.targets)
             Fuzz::require(isPin(target), "a clock's targets are pins");
-    for (const PortDelay& delay : constraints.portDelays)
+    for (const Design::PortDelay& delay : constraints.portDelays)
         Fuzz::require(isPin(delay.pin) && (!delay.clock || isClock(*delay.clock)),
                       "a delay's port and clock are there");
-    for (const ClockGroups& groups : constraints.clockGroups)
+    for (const Design::ClockGroups& groups : constraints.clockGroups)
         for (const auto& group : groups.groups)
             for (const std::uint32_t clock : group)
                 Fuzz::require(isClock(clock), "a group's clocks are there");
-    for (const CaseValue& value : constraints.caseValues)
+    for (const Design::CaseValue& value : constraints.caseValues)
         Fuzz::require(isPin(value.pin), "a constant's pin is there");
     // Names every object once more.
     Support::toText(design, constraints);
@@ -49,13 +49,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     // No such folder, so that nothing can be sourced.
-    Readers::Source source("fuzz.none/fuzz.sdc", std::string_view(reinterpret_cast<const char*>(data), size));
-    Readers::Diagnostics diagnostics;
+    Base::Source source("fuzz.none/fuzz.sdc", std::string_view(reinterpret_cast<const char*>(data), size));
+    Base::Diagnostics diagnostics;
     try {
         Reader reader(Support::smallDesign(), diagnostics, limits);
         reader.read(source);
         check(reader.take());
-    } catch (const Readers::BadInput& bad) {
+    } catch (const Base::BadInput& bad) {
         Fuzz::require(bad.diagnostic().place.file == source.path(), "a refusal names the file");
     }
     return 0;

@@ -15,15 +15,15 @@ constexpr const char* name = "fuzz.sdf";
 std::vector<std::string> eventsOf(std::string_view bytes, std::size_t blockSize) {
     Support::EventLog log;
     log.withPlaces = true;
-    Readers::Diagnostics diagnostics;
-    Readers::Source source(name, bytes);
+    Base::Diagnostics diagnostics;
+    Base::Source source(name, bytes);
     std::vector<std::string> end;
     try {
         Readers::Sdf::parse(source, log, diagnostics, blockSize);
-    } catch (const Readers::BadInput& bad) {
+    } catch (const Base::BadInput& bad) {
         end.emplace_back(bad.what());
     }
-    for (const Readers::Diagnostic& diagnostic : diagnostics.all())
+    for (const Base::Diagnostic& diagnostic : diagnostics.all())
         end.push_back(toString(diagnostic));
     std::vector<std::string> events = log.lines();
     events.insert(events.end(), end.begin(), end.end());
@@ -31,14 +31,14 @@ std::vector<std::string> eventsOf(std::string_view bytes, std::size_t blockSize)
 }
 
 void annotate(std::string_view bytes) {
-    Readers::Design design;
-    Readers::Diagnostics diagnostics;
+    Design::RoutedDesign design;
+    Base::Diagnostics diagnostics;
     Readers::Annotator annotator(design, nullptr, {}, name, diagnostics);
-    Readers::Source source(name, bytes);
+    Base::Source source(name, bytes);
     try {
         Readers::Sdf::parse(source, annotator, diagnostics);
         annotator.finish();
-    } catch (const Readers::BadInput& bad) {
+    } catch (const Base::BadInput& bad) {
         Fuzz::require(bad.diagnostic().place.file == name, "a refusal names the file");
     }
 }

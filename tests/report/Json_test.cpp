@@ -1,5 +1,5 @@
 // The JSON report: its exact text, strings of any bytes, and that every report fits the published schema.
-#include "../../report/Json.h"
+#include "report/Json.h"
 
 #include "ProjectFiles.h"
 #include "Sample.h"

@@ -1,5 +1,5 @@
 // Numbers as text.
-#include "../../report/Numbers.h"
+#include "report/Numbers.h"
 
 #include <gtest/gtest.h>
 

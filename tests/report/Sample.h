@@ -1,7 +1,7 @@
 // A report with two paths, one met and one violated, and something in every section.
 #pragma once
 
-#include "../../report/Report.h"
+#include "report/Report.h"
 
 namespace ReportTests {
 
@@ -93,8 +93,8 @@ inline Report::Report sample() {
     report.arcs = 100;
     report.arcsWithoutDelay = 1;
     report.constraintsUnmatched = 1;
-    report.diagnostics = {{Readers::Severity::warning, {"x.sdc", 15, 3}, "matches nothing: 'nothing'"},
-                          {Readers::Severity::note, {}, "no netlist"}};
+    report.diagnostics = {{Base::Severity::warning, {"x.sdc", 15, 3}, "matches nothing: 'nothing'"},
+                          {Base::Severity::note, {}, "no netlist"}};
     return report;
 }
 

@@ -1,8 +1,8 @@
 // The text report: a whole one as it is printed, and what differs by options and by paths.
-#include "../../report/Text.h"
+#include "report/Text.h"
 
-#include "../../report/Table.h"
 #include "Sample.h"
+#include "report/Table.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,10 +1,10 @@
 // A netlist as text, a line for each port, cell and list of nets, and readers of texts.
 #pragma once
 
-#include "InputFile.h"
-#include "readers/Diagnostics.h"
-#include "readers/Source.h"
-#include "readers/netlist/Netlist.h"
+#include "base/Diagnostics.h"
+#include "base/Source.h"
+#include "design/Netlist.h"
+#include "tests/support/command/InputFile.h"
 
 #include <algorithm>
 #include <string>
@@ -12,14 +12,14 @@
 
 namespace Support {
 
-using NetlistReader = Readers::Netlist (*)(Readers::Source&, const std::string&, Readers::Diagnostics&);
+using NetlistReader = Design::Netlist (*)(Base::Source&, const std::string&, Base::Diagnostics&);
 
 // "top:", "port clk<clk", "DFF ff D<a Q>b", "nets: a b". '?' is an unknown direction, '=' both; '-' is no
 // net.
-inline std::string dump(const Readers::Netlist& netlist) {
+inline std::string dump(const Design::Netlist& netlist) {
     const auto connected = [&](const auto& item) {
         constexpr std::string_view directions = "?<>=";
-        const std::string net(item.net == Readers::none ? "-" : netlist.names[netlist.nets.at(item.net)]);
+        const std::string net(item.net == Base::none ? "-" : netlist.names[netlist.nets.at(item.net)]);
         return std::string(netlist.names[item.name]) + directions[static_cast<std::size_t>(item.direction)] +
                net;
     };
@@ -33,7 +33,7 @@ inline std::string dump(const Readers::Netlist& netlist) {
         text += "\n";
     }
     text += "nets:";
-    for (const Readers::Name net : netlist.nets)
+    for (const Base::Name net : netlist.nets)
         text += " " + std::string(netlist.names[net]);
     return text + "\n";
 }
@@ -54,15 +54,15 @@ inline std::string withoutPath(std::string text, const std::string& path) {
 // ..." or "error: ...".
 inline std::string outcome(NetlistReader read, std::string_view text, const std::string& top = "") {
     const InputFile file(text);
-    Readers::Source source(file.path());
-    Readers::Diagnostics diagnostics;
+    Base::Source source(file.path());
+    Base::Diagnostics diagnostics;
     std::string result;
     try {
-        const Readers::Netlist netlist = read(source, top, diagnostics);
-        for (const Readers::Diagnostic& diagnostic : diagnostics.all())
+        const Design::Netlist netlist = read(source, top, diagnostics);
+        for (const Base::Diagnostic& diagnostic : diagnostics.all())
             result += withoutPath(toString(diagnostic), file.path()) + "\n";
         result += dump(netlist);
-    } catch (const Readers::BadInput& error) {
+    } catch (const Base::BadInput& error) {
         result = withoutPath(error.what(), file.path());
     }
     return result;

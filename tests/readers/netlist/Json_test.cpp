@@ -402,11 +402,11 @@ TEST(JsonNetlist, TheNameOrTheFirstByteTellsTheFormat) {
         const InputFile plain("");
         const std::string path = plain.path() + row.ending;
         std::ofstream(path) << row.text;
-        Readers::Diagnostics diagnostics;
+        Base::Diagnostics diagnostics;
         std::string top = "error";
         try {
             top = Readers::readNetlist(path, "", diagnostics).top;
-        } catch (const Readers::BadInput&) {
+        } catch (const Base::BadInput&) {
             EXPECT_EQ(row.expected, "error");
         }
         EXPECT_EQ(top, row.expected) << row.ending << " " << row.text.substr(0, 20);

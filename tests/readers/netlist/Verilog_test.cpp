@@ -739,9 +739,9 @@ TEST(VerilogNetlist, BeginningsAreErrorsUnlessTheyAreWhole) {
 TEST(VerilogLexer, BlocksDoNotMatter) {
     const auto tokens = [](std::size_t block) {
         const Support::InputFile file(sample);
-        Readers::Source source(file.path());
+        Base::Source source(file.path());
         Readers::Input input(source);
-        Readers::Diagnostics diagnostics;
+        Base::Diagnostics diagnostics;
         std::vector<std::string> found;
         VerilogLexer lexer(input, diagnostics, block);
         for (lexer.advance(); lexer.token().kind != VerilogLexer::Kind::end; lexer.advance()) {

@@ -1,5 +1,5 @@
 // Clocks: what the commands leave behind, and what replaces what.
-#include "Script.h"
+#include "tests/support/command/Script.h"
 
 using Support::Row;
 

@@ -13,7 +13,6 @@
 
 namespace {
 
-using Readers::Design;
 using namespace Readers::Sdc;
 
 using Random = std::mt19937;
@@ -26,8 +25,8 @@ std::string word(Random& random, std::string_view letters, unsigned longest) {
 }
 
 // Cells' pins come in any order, as the connections of an SDF name them.
-Design makeDesign(Random& random) {
-    Design design;
+Design::RoutedDesign makeDesign(Random& random) {
+    Design::RoutedDesign design;
     for (int i = 0; i < 60; ++i) {
         const std::uint32_t cell =
             design.addCell(design.names.add(word(random, "abc/", 7)), design.names.add("T"));
@@ -36,7 +35,7 @@ Design makeDesign(Random& random) {
     for (int i = 0; i < 120; ++i)
         design.addPin(static_cast<std::uint32_t>(random() % design.cells.size()),
                       design.names.add(word(random, "abQ", 3)));
-    design.addPin(Readers::none, design.names.add("abc"));
+    design.addPin(Base::none, design.names.add("abc"));
     for (int i = 0; i < 30; ++i)
         design.addNet(design.names.add(word(random, "abc/", 7)));
     design.index();
@@ -53,21 +52,21 @@ bool matchesAtAnyLevel(const Glob& glob, std::string_view name, bool hierarchica
     return false;
 }
 
-std::vector<Object> searchPlainly(const Design& design, ObjectKind kind, const std::string& pattern,
-                                  const FindOptions& options) {
-    const std::size_t slash = kind == ObjectKind::pin ? pattern.rfind('/') : std::string::npos;
+std::vector<Design::Object> searchPlainly(const Design::RoutedDesign& design, Design::ObjectKind kind,
+                                          const std::string& pattern, const FindOptions& options) {
+    const std::size_t slash = kind == Design::ObjectKind::pin ? pattern.rfind('/') : std::string::npos;
     const Glob whole(pattern), cells(pattern.substr(0, slash)),
         pins(slash == std::string::npos ? "" : pattern.substr(slash + 1));
-    std::vector<Object> found;
-    const auto count = kind == ObjectKind::pin    ? design.pins.size()
-                       : kind == ObjectKind::cell ? design.cells.size()
-                                                  : design.nets.size();
+    std::vector<Design::Object> found;
+    const auto count = kind == Design::ObjectKind::pin    ? design.pins.size()
+                       : kind == Design::ObjectKind::cell ? design.cells.size()
+                                                          : design.nets.size();
     for (std::uint32_t index = 0; index < count; ++index) {
-        if (kind == ObjectKind::pin && design.isPortOfTop(index))
+        if (kind == Design::ObjectKind::pin && design.isPortOfTop(index))
             continue;
-        const std::string name = kind == ObjectKind::pin    ? design.pinName(index)
-                                 : kind == ObjectKind::cell ? std::string(design.cellName(index))
-                                                            : std::string(design.netName(index));
+        const std::string name = kind == Design::ObjectKind::pin    ? design.pinName(index)
+                                 : kind == Design::ObjectKind::cell ? std::string(design.cellName(index))
+                                                                    : std::string(design.netName(index));
         const std::size_t last = name.rfind('/');
         const bool matches = slash == std::string::npos
                                  ? matchesAtAnyLevel(whole, name, options.hierarchical)
@@ -80,7 +79,7 @@ std::vector<Object> searchPlainly(const Design& design, ObjectKind kind, const s
 }
 
 // With a slash, pins come cell by cell.
-std::vector<Object> sorted(std::vector<Object> objects) {
+std::vector<Design::Object> sorted(std::vector<Design::Object> objects) {
     std::ranges::sort(objects);
     return objects;
 }
@@ -91,19 +90,19 @@ TEST(SdcFinder, AgreesWithThePlainestSearch) {
     Random random(seed);
     int matched = 0;
     for (int round = 0; round < 20; ++round) {
-        const Design design = makeDesign(random);
-        const std::vector<Clock> clocks;
+        const Design::RoutedDesign design = makeDesign(random);
+        const std::vector<Design::Clock> clocks;
         const Finder finder(design, clocks, nullptr);
         for (int i = 0; i < 500; ++i) {
-            constexpr std::array kinds = {ObjectKind::pin, ObjectKind::pin, ObjectKind::cell,
-                                          ObjectKind::net};
-            const ObjectKind kind = kinds[random() % kinds.size()];
+            constexpr std::array kinds = {Design::ObjectKind::pin, Design::ObjectKind::pin,
+                                          Design::ObjectKind::cell, Design::ObjectKind::net};
+            const Design::ObjectKind kind = kinds[random() % kinds.size()];
             // A star, so that it is not taken as a name.
             const std::string pattern = word(random, "ab/*?cQ", 4) + "*" + word(random, "ab/*?cQ", 4);
             const FindOptions options{.hierarchical = random() % 4 == 0};
-            const std::vector<Object> expected = searchPlainly(design, kind, pattern, options);
+            const std::vector<Design::Object> expected = searchPlainly(design, kind, pattern, options);
             for (const char* time : {"first", "second"}) {
-                std::vector<Object> found;
+                std::vector<Design::Object> found;
                 finder.find(kind, pattern, options, found);
                 EXPECT_EQ(sorted(found), expected) << pattern << ", asked for the " << time << " time";
                 if (pattern.find('/') == std::string::npos) {
@@ -118,49 +117,49 @@ TEST(SdcFinder, AgreesWithThePlainestSearch) {
 
 TEST(SdcFinder, KeepsWhatEachQueryFoundApart) {
     Random random(1);
-    Design design;
+    Design::RoutedDesign design;
     const std::uint32_t cell = design.addCell(design.names.add("u/abc"), design.names.add("T"));
     design.addPin(cell, design.names.add("Q"));
     design.addNet(design.names.add("abc"));
     design.index();
     design.classify();
-    std::vector<Clock> clocks;
+    std::vector<Design::Clock> clocks;
     Finder finder(design, clocks, nullptr);
-    const auto count = [&](ObjectKind kind, const char* pattern, const FindOptions& options) {
-        std::vector<Object> found;
+    const auto count = [&](Design::ObjectKind kind, const char* pattern, const FindOptions& options) {
+        std::vector<Design::Object> found;
         finder.find(kind, pattern, options, found);
         return found.size();
     };
     for (int time = 0; time < 2; ++time) {
-        EXPECT_EQ(count(ObjectKind::cell, "ab*", {}), 0U);
-        EXPECT_EQ(count(ObjectKind::cell, "ab*", {.hierarchical = true}), 1U);
-        EXPECT_EQ(count(ObjectKind::cell, "AB*", {.hierarchical = true}), 0U);
-        EXPECT_EQ(count(ObjectKind::cell, "AB*", {.ignoreCase = true, .hierarchical = true}), 1U);
-        EXPECT_EQ(count(ObjectKind::net, "ab*", {}), 1U);
-        EXPECT_EQ(count(ObjectKind::pin, "*ab*", {}), 1U);
-        EXPECT_EQ(count(ObjectKind::clock, "ab*", {}), 0U);
+        EXPECT_EQ(count(Design::ObjectKind::cell, "ab*", {}), 0U);
+        EXPECT_EQ(count(Design::ObjectKind::cell, "ab*", {.hierarchical = true}), 1U);
+        EXPECT_EQ(count(Design::ObjectKind::cell, "AB*", {.hierarchical = true}), 0U);
+        EXPECT_EQ(count(Design::ObjectKind::cell, "AB*", {.ignoreCase = true, .hierarchical = true}), 1U);
+        EXPECT_EQ(count(Design::ObjectKind::net, "ab*", {}), 1U);
+        EXPECT_EQ(count(Design::ObjectKind::pin, "*ab*", {}), 1U);
+        EXPECT_EQ(count(Design::ObjectKind::clock, "ab*", {}), 0U);
     }
     clocks.emplace_back().name = "abc"; // clocks come at any time
-    EXPECT_EQ(count(ObjectKind::clock, "ab*", {}), 1U);
+    EXPECT_EQ(count(Design::ObjectKind::clock, "ab*", {}), 1U);
     clocks[0].removed = true;
-    EXPECT_EQ(count(ObjectKind::clock, "ab*", {}), 0U);
+    EXPECT_EQ(count(Design::ObjectKind::clock, "ab*", {}), 0U);
 }
 
 // What patterns have found is forgotten from four million objects on, and found again.
 TEST(SdcFinder, FindsTheSameWhenItHasForgotten) {
     constexpr std::size_t cells = 50'000;
-    Design design;
-    const Readers::Name type = design.names.add("T");
+    Design::RoutedDesign design;
+    const Base::Name type = design.names.add("T");
     for (std::size_t i = 0; i < cells; ++i)
         design.addCell(design.names.add("c" + std::to_string(i)), type);
     design.index();
     design.classify();
-    const std::vector<Clock> clocks;
+    const std::vector<Design::Clock> clocks;
     const Finder finder(design, clocks, nullptr);
     for (std::size_t round = 0; round < 2; ++round)
         for (std::size_t stars = 1; stars <= 90; ++stars) {
-            std::vector<Object> found;
-            finder.find(ObjectKind::cell, std::string(stars, '*'), {}, found);
+            std::vector<Design::Object> found;
+            finder.find(Design::ObjectKind::cell, std::string(stars, '*'), {}, found);
             ASSERT_EQ(found.size(), cells) << stars;
         }
 }
@@ -185,12 +184,15 @@ TEST(SdcGlob, KnowsAPieceOfWhatMatches) {
 
 // A long list of objects that a command gets is not written out.
 TEST(SdcArguments, DoNotAskForTheTextOfObjects) {
-    Constraints constraints;
+    Design::Constraints constraints;
     const Interpreter tcl(constraints, {}); // makes Tcl's types known
     static const Syntax syntax{{{"-from", Takes::objects}, {"-to", Takes::objects}}, {Takes::objects}};
-    const auto collection = [] { return newCollection({{ObjectKind::pin, 1}, {ObjectKind::pin, 2}}); };
-    Tcl_Obj* const words[] = {Tcl_NewStringObj("command", -1), Tcl_NewStringObj("-from", -1),   collection(),
-                              Tcl_NewStringObj("-to", -1),     newHandle({ObjectKind::pin, 3}), collection()};
+    const auto collection = [] {
+        return newCollection({{Design::ObjectKind::pin, 1}, {Design::ObjectKind::pin, 2}});
+    };
+    Tcl_Obj* const words[] = {
+        Tcl_NewStringObj("command", -1), Tcl_NewStringObj("-from", -1),           collection(),
+        Tcl_NewStringObj("-to", -1),     newHandle({Design::ObjectKind::pin, 3}), collection()};
     for (Tcl_Obj* word : words)
         Tcl_IncrRefCount(word);
     const Arguments arguments(syntax, words);

@@ -1,5 +1,5 @@
 // The interpreter: what a script may do, what it may not, and where its errors stand.
-#include "Script.h"
+#include "tests/support/command/Script.h"
 
 #include "readers/sdc/Folder.h"
 
@@ -276,9 +276,9 @@ TEST(SdcSource, ReadsFilesBesideAndBelow) {
     EXPECT_EQ(files, "x.sdc clocks.sdc sub/io.sdc sub/more.sdc ");
     EXPECT_EQ(outcome.result.fileHashes.size(), 4U);
     EXPECT_EQ(outcome.result.fileHashes[3],
-              Readers::Source(folder.write("copy", "get_ports zz\nreturn\nfoo\n")).sha256());
-    const auto place = [&](const Readers::Sdc::Origin& origin) {
-        const Readers::Place found = outcome.result.place(origin);
+              Base::Source(folder.write("copy", "get_ports zz\nreturn\nfoo\n")).sha256());
+    const auto place = [&](const Design::Origin& origin) {
+        const Base::Place found = outcome.result.place(origin);
         return folder.relative(found.file) + ":" + std::to_string(found.line);
     };
     EXPECT_EQ(place(outcome.result.clocks[0].origin), "x.sdc:2");
@@ -336,13 +336,13 @@ TEST(SdcSource, RefusesWhatIsNoFileOfTheFolder) {
     for (const auto& [name, reason] : rows)
         EXPECT_EQ(Support::runIn(folder, "source " + name).allMessages(),
                   "x.sdc:1: error: source: '" + name + "': " + reason + "\n");
-    Readers::Diagnostics diagnostics;
+    Base::Diagnostics diagnostics;
     Readers::Sdc::Reader reader(Support::smallDesign(), diagnostics);
-    Readers::Source device("/dev/x.sdc", "source zero");
+    Base::Source device("/dev/x.sdc", "source zero");
     try {
         reader.read(device);
         ADD_FAILURE();
-    } catch (const Readers::BadInput& error) {
+    } catch (const Base::BadInput& error) {
         EXPECT_EQ(error.diagnostic().text, "source: 'zero': expected a file, found a pipe or a device");
     }
 }

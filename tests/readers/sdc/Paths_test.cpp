@@ -1,5 +1,5 @@
 // Port delays, exceptions, disabled arcs and constants: what each command leaves behind, and its errors.
-#include "Script.h"
+#include "tests/support/command/Script.h"
 
 using Support::Row;
 

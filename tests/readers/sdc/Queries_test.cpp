@@ -1,7 +1,7 @@
 // Queries: which objects a pattern, a filter or a relation gives.
 #include "readers/sdc/Glob.h"
 
-#include "Script.h"
+#include "tests/support/command/Script.h"
 
 #include <chrono>
 #include <random>
@@ -292,7 +292,7 @@ INSTANTIATE_TEST_SUITE_P(Said, SdcQueryMessages, testing::ValuesIn(said));
 // --- Other designs --------------------------------------------------------------------------------------------------
 
 TEST(SdcQueries, TakeSlashesForAnotherDivider) {
-    Readers::Design design;
+    Design::RoutedDesign design;
     design.divider = '.';
     const std::uint32_t cell = design.addCell(design.names.add("u1.u2"), design.names.add("DFF"));
     design.addPin(cell, design.names.add("D"));
@@ -307,8 +307,8 @@ TEST(SdcQueries, TakeSlashesForAnotherDivider) {
 
 TEST(SdcQueries, AreFastOnALargeDesign) {
     constexpr int cells = 100'000;
-    Readers::Design design;
-    const Readers::Name type = design.names.add("DFF");
+    Design::RoutedDesign design;
+    const Base::Name type = design.names.add("DFF");
     for (int i = 0; i < cells; ++i) {
         const std::uint32_t cell =
             design.addCell(design.names.add("top/block/reg_" + std::to_string(i)), type);

@@ -1,8 +1,8 @@
 // Scripts that Tcl cannot end: how the process ends then, and that nothing is left where it does not.
 #include "readers/sdc/Watch.h"
 
-#include "Script.h"
 #include "readers/sdc/Interpreter.h"
+#include "tests/support/command/Script.h"
 
 #include <chrono>
 #include <filesystem>
@@ -14,7 +14,7 @@
 
 namespace {
 
-using Readers::Source;
+using Base::Source;
 using Readers::Sdc::Limits;
 using testing::ExitedWithCode;
 namespace fs = std::filesystem;
@@ -24,7 +24,7 @@ constexpr Limits brief{.time = std::chrono::milliseconds(100), .grace = std::chr
 constexpr Limits ample{.time = std::chrono::minutes(1)};
 
 void read(Source& source, const Limits& limits) {
-    Readers::Diagnostics diagnostics;
+    Base::Diagnostics diagnostics;
     Readers::Sdc::Reader(Support::smallDesign(), diagnostics, limits).read(source);
 }
 
@@ -102,7 +102,7 @@ INSTANTIATE_TEST_SUITE_P(Greedy, SdcMemoryDeathTest, testing::ValuesIn(greedy));
 // --- Tcl's panics ---------------------------------------------------------------------------------------------------
 
 void readWithPanic(std::string_view script) {
-    Readers::Sdc::Constraints constraints;
+    Design::Constraints constraints;
     Readers::Sdc::Interpreter interpreter(constraints, ample);
     interpreter.define("panic", [](Readers::Sdc::Words) { Tcl_Panic("no more than %d bytes", 17); });
     Source source("x.sdc", script);
@@ -136,7 +136,7 @@ TEST(SdcWatch, LeavesNoThread) {
     for (const char* script : {"set x 1", "foo", "while 1 {}", "set x {", "source none.sdc", "return"}) {
         try {
             read(script, brief);
-        } catch (const Readers::BadInput&) {
+        } catch (const Base::BadInput&) {
         }
         EXPECT_EQ(threads(), before) << script;
     }
@@ -168,7 +168,7 @@ TEST(SdcLimits, DoNotCountTheWaitForTheFile) {
 
 // As on a machine with other work, or while the process is suspended.
 TEST(SdcLimits, DoNotCountTheWaitForTheProcessor) {
-    Readers::Sdc::Constraints constraints;
+    Design::Constraints constraints;
     Readers::Sdc::Interpreter interpreter(constraints, brief);
     interpreter.define(
         "wait", [](Readers::Sdc::Words) { std::this_thread::sleep_for(2 * (brief.time + brief.grace)); });

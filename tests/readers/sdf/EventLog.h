@@ -67,14 +67,14 @@ private:
         return (path.instance.empty() ? "" : "{" + std::string(path.instance) + "}") + std::string(path.pin);
     }
     static std::string text(const Event& event) {
-        using Readers::Transition;
+        using Design::Transition;
         return std::string(event.conditional ? "?" : "") +
                (event.edge == Transition::rise   ? "^"
                 : event.edge == Transition::fall ? "v"
                                                  : "") +
                text(event.path);
     }
-    static std::string text(const std::optional<Readers::Decimal>& number) {
+    static std::string text(const std::optional<Base::Decimal>& number) {
         return number ? number->toString() : "_";
     }
     static std::string text(Values values, bool increment) {

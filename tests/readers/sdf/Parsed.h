@@ -1,9 +1,9 @@
 // Texts of SDF, read into lines of events or a message, and the texts around the part that a test is about.
 #pragma once
 
-#include "../InputFile.h"
 #include "EventLog.h"
 #include "readers/sdf/Parser.h"
+#include "tests/support/command/InputFile.h"
 
 #include <gtest/gtest.h>
 
@@ -14,10 +14,10 @@ using Lines = std::vector<std::string>;
 inline Lines parsed(std::string_view text, bool withPlaces = false,
                     std::size_t blockSize = Readers::Sdf::Lexer::defaultBlock) {
     const InputFile file(text);
-    Readers::Source source(file.path());
+    Base::Source source(file.path());
     EventLog log;
     log.withPlaces = withPlaces;
-    Readers::Diagnostics diagnostics;
+    Base::Diagnostics diagnostics;
     Readers::Sdf::parse(source, log, diagnostics, blockSize);
     return log.lines();
 }
@@ -26,8 +26,8 @@ inline Lines parsed(std::string_view text, bool withPlaces = false,
 inline std::string refusal(std::string_view text, std::size_t blockSize = Readers::Sdf::Lexer::defaultBlock) {
     try {
         parsed(text, false, blockSize);
-    } catch (const Readers::BadInput& error) {
-        const Readers::Diagnostic& diagnostic = error.diagnostic();
+    } catch (const Base::BadInput& error) {
+        const Base::Diagnostic& diagnostic = error.diagnostic();
         EXPECT_FALSE(diagnostic.place.file.empty());
         return std::to_string(diagnostic.place.line) + ":" + std::to_string(diagnostic.place.column) + ": " +
                diagnostic.text;

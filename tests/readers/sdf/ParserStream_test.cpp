@@ -6,9 +6,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-using Readers::BadInput;
-using Readers::Diagnostics;
-using Readers::Source;
+using Base::BadInput;
+using Base::Diagnostics;
+using Base::Source;
 using Support::delayOf;
 using Support::EventLog;
 using Support::InputFile;

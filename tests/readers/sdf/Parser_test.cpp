@@ -7,8 +7,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-using Readers::Diagnostics;
-using Readers::Source;
+using Base::Diagnostics;
+using Base::Source;
 using Support::cellOf;
 using Support::checkOf;
 using Support::delayOf;
@@ -85,9 +85,9 @@ TEST(Parser, NotesAMissingTimeScale) {
         Diagnostics diagnostics;
         Readers::Sdf::Handler nothing;
         Readers::Sdf::parse(source, nothing, diagnostics);
-        std::vector<Readers::Diagnostic> expected;
+        std::vector<Base::Diagnostic> expected;
         if (!given)
-            expected = {{Readers::Severity::note, {file.path()}, "no TIMESCALE: the unit of time is 1 ns"}};
+            expected = {{Base::Severity::note, {file.path()}, "no TIMESCALE: the unit of time is 1 ns"}};
         EXPECT_EQ(diagnostics.all(), expected);
     }
 }

@@ -1,0 +1,391 @@
+#include "model/Loops.h"
+
+#include "model/Network.h"
+
+#include <algorithm>
+#include <numeric>
+#include <unordered_map>
+
+namespace Model {
+
+// --- One loop ---
+
+struct Loops::Part {
+    struct Out {
+        std::uint32_t to, arc;
+    };
+
+    std::uint32_t size = 0;
+    std::vector<std::uint32_t> entries;
+    std::vector<std::uint32_t> first; // into outs, by node
+    std::vector<Out> outs;
+
+    std::span<const Out> out(std::uint32_t node) const {
+        return std::span(outs).subspan(first[node], first[node + 1] - first[node]);
+    }
+};
+
+// --- The exact form ---
+
+// What can still be reached from two copies of a node is the same or the copies differ; nothing else of the
+// way to them counts for what follows.
+class Loops::Exact {
+public:
+    struct Move {
+        std::uint32_t from, to, arc;
+    };
+
+    Exact(const Part& part, std::uint64_t nodeLimit, std::uint64_t arcLimit, std::uint64_t workLimit)
+        : part_(part), words_((part.size + wordBits - 1) / wordBits), nodeLimit_(nodeLimit),
+          arcLimit_(arcLimit), workLimit_(workLimit), allowed_(words_), reached_(words_) {}
+
+    // False if a limit is met.
+    bool build() {
+        for (const std::uint32_t entry : part_.entries) {
+            std::ranges::fill(allowed_, ~std::uint64_t{0});
+            add(entry);
+        }
+        for (std::uint32_t copy = 0; copy < nodeOf_.size(); ++copy)
+            for (const Part::Out& out : part_.out(nodeOf_[copy])) {
+                if (nodeOf_.size() > nodeLimit_ || moves_.size() > arcLimit_ || work_ > workLimit_)
+                    return false;
+                const auto ahead = aheadOf(copy);
+                if (!holds(ahead, out.to))
+                    continue;
+                std::ranges::copy(ahead, allowed_.begin());
+                moves_.push_back({copy, add(out.to), out.arc});
+            }
+        return nodeOf_.size() <= nodeLimit_;
+    }
+
+    std::uint64_t work() const { return work_; }
+    const std::vector<std::uint32_t>& nodes() const { return nodeOf_; }
+    const std::vector<Move>& moves() const { return moves_; }
+
+private:
+    static constexpr std::uint32_t wordBits = 64;
+
+    static bool holds(std::span<const std::uint64_t> set, std::uint32_t node) {
+        return (set[node / wordBits] >> node % wordBits & 1U) != 0;
+    }
+    static void set(std::vector<std::uint64_t>& words, std::uint32_t node) {
+        words[node / wordBits] |= std::uint64_t{1} << node % wordBits;
+    }
+    std::span<const std::uint64_t> aheadOf(std::uint32_t copy) const {
+        return std::span(ahead_).subspan(std::size_t{copy} * words_, words_);
+    }
+
+    // The copy of a node from which the allowed nodes may be passed.
+    std::uint32_t add(std::uint32_t node) {
+        reach(node);
+        std::uint64_t hash = node;
+        for (const std::uint64_t word : reached_)
+            hash = (hash ^ word ^ hash >> 32) * 0x9E3779B97F4A7C15U;
+        const auto [begin, end] = known_.equal_range(hash);
+        for (auto known = begin; known != end; ++known)
+            if (nodeOf_[known->second] == node && std::ranges::equal(aheadOf(known->second), reached_))
+                return known->second;
+        const auto copy = static_cast<std::uint32_t>(nodeOf_.size());
+        known_.emplace(hash, copy);
+        nodeOf_.push_back(node);
+        ahead_.insert(ahead_.end(), reached_.begin(), reached_.end());
+        return copy;
+    }
+
+    // Those of the allowed nodes that the node leads to, without itself.
+    void reach(std::uint32_t node) {
+        std::ranges::fill(reached_, 0);
+        allowed_[node / wordBits] &= ~(std::uint64_t{1} << node % wordBits);
+        open_ = {node};
+        work_ += words_;
+        while (!open_.empty()) {
+            const std::span<const Part::Out> outs = part_.out(open_.back());
+            open_.pop_back();
+            work_ += outs.size();
+            for (const Part::Out& out : outs)
+                if (holds(allowed_, out.to) && !holds(reached_, out.to)) {
+                    set(reached_, out.to);
+                    open_.push_back(out.to);
+                }
+        }
+    }
+
+    const Part& part_;
+    const std::uint32_t words_;
+    const std::uint64_t nodeLimit_, arcLimit_, workLimit_;
+    std::uint64_t work_ = 0;
+    std::vector<std::uint32_t> nodeOf_; // by copy
+    std::vector<std::uint64_t> ahead_;  // by copy, the nodes that can be reached from it
+    std::unordered_multimap<std::uint64_t, std::uint32_t> known_;
+    std::vector<Move> moves_;
+    std::vector<std::uint64_t> allowed_, reached_;
+    std::vector<std::uint32_t> open_;
+};
+
+// --- The layered form ---
+
+// Which arcs close a cycle, in a depth-first walk from the entries, or from the first node if there are none.
+class Loops::Walk {
+public:
+    explicit Walk(const Part& part) : part_(part), states_(part.size), closes_(part.outs.size()) {
+        for (const std::uint32_t entry : part.entries)
+            from(entry);
+        from(0);
+    }
+
+    bool closes(const Part::Out& out) const {
+        return closes_[static_cast<std::size_t>(&out - part_.outs.data())];
+    }
+
+    // How many of these arcs a path that passes no node twice can use, at most: no two into one node, and no
+    // two out of one.
+    std::uint32_t mostOnAPath() const {
+        std::vector<bool> isHead(part_.size);
+        std::uint32_t heads = 0, tails = 0;
+        for (std::uint32_t node = 0; node < part_.size; ++node) {
+            bool isTail = false;
+            for (const Part::Out& out : part_.out(node))
+                if (closes(out)) {
+                    isTail = true;
+                    heads += isHead[out.to] ? 0 : 1;
+                    isHead[out.to] = true;
+                }
+            tails += isTail ? 1 : 0;
+        }
+        return std::min(heads, tails);
+    }
+
+private:
+    enum class State : std::uint8_t { unseen, open, done };
+    struct Step {
+        std::uint32_t node, next;
+    };
+
+    void from(std::uint32_t start) {
+        if (states_[start] != State::unseen)
+            return;
+        enter(start);
+        while (!walk_.empty()) {
+            Step& step = walk_.back();
+            const std::span<const Part::Out> outs = part_.out(step.node);
+            if (step.next == outs.size()) {
+                states_[step.node] = State::done;
+                walk_.pop_back();
+                continue;
+            }
+            const Part::Out& out = outs[step.next++];
+            if (states_[out.to] == State::unseen)
+                enter(out.to);
+            else if (states_[out.to] == State::open)
+                closes_[static_cast<std::size_t>(&out - part_.outs.data())] = true;
+        }
+    }
+
+    void enter(std::uint32_t node) {
+        states_[node] = State::open;
+        walk_.push_back({node, 0});
+    }
+
+    const Part& part_;
+    std::vector<State> states_;
+    std::vector<bool> closes_;
+    std::vector<Step> walk_;
+};
+
+// The copies of the layers that paths reach.
+class Loops::Layered {
+public:
+    using Move = Exact::Move;
+
+    Layered(const Part& part, const Walk& walk, std::uint32_t layers) {
+        std::vector<std::uint32_t> copyOf(std::size_t{part.size} * layers, Base::none), layerOf;
+        const auto add = [&](std::uint32_t node, std::uint32_t layer) {
+            std::uint32_t& copy = copyOf[std::size_t{layer} * part.size + node];
+            if (copy == Base::none) {
+                copy = static_cast<std::uint32_t>(nodeOf_.size());
+                nodeOf_.push_back(node);
+                layerOf.push_back(layer);
+            }
+            return copy;
+        };
+        for (const std::uint32_t entry : part.entries)
+            add(entry, 0);
+        for (std::uint32_t copy = 0; copy < nodeOf_.size(); ++copy)
+            for (const Part::Out& out : part.out(nodeOf_[copy])) {
+                const std::uint32_t layer = layerOf[copy] + (walk.closes(out) ? 1 : 0);
+                if (layer < layers)
+                    moves_.push_back({copy, add(out.to, layer), out.arc});
+            }
+    }
+
+    const std::vector<std::uint32_t>& nodes() const { return nodeOf_; }
+    const std::vector<Move>& moves() const { return moves_; }
+
+private:
+    std::vector<std::uint32_t> nodeOf_; // by copy
+    std::vector<Move> moves_;
+};
+
+// --- All loops ---
+
+Loops::Loops(std::uint32_t nodes, std::span<const Arc> arcs, const Out& out,
+             const std::function<bool(std::uint32_t)>& mayStart, const LoopLimits& limits)
+    : arcs_(arcs), out_(out), loopOf_(nodes, Base::none), placeInLoop_(nodes, Base::none), entry_(nodes),
+      taken_(nodes), nodeLimit_(limits.addedNodes + limits.timesDesign * nodes),
+      arcLimit_(limits.addedArcs + limits.timesDesign * arcs.size()) {
+    find();
+    findEntries(mayStart);
+    // The smallest first, so that they are exact.
+    std::vector<std::uint32_t> order(loops_.size());
+    std::iota(order.begin(), order.end(), 0U);
+    std::ranges::stable_sort(order, {}, [&](std::uint32_t loop) { return loops_[loop].nodes.size(); });
+    for (const std::uint32_t loop : order)
+        open(loops_[loop], limits);
+    std::ranges::stable_sort(steps_, {}, &Step::arc);
+    std::ranges::sort(cuts_);
+}
+
+// The strongly connected components that have a cycle, in one depth-first walk: a node is of one component
+// with the earliest open node that can be reached from it.
+void Loops::find() {
+    struct Visit {
+        std::uint32_t node, next;
+    };
+    const auto nodes = static_cast<std::uint32_t>(loopOf_.size());
+    std::vector<std::uint32_t> number(nodes, Base::none), lowest(nodes, Base::none), open;
+    std::vector<bool> isOpen(nodes), selfArc(nodes);
+    std::vector<Visit> walk;
+    std::uint32_t count = 0;
+    const auto enter = [&](std::uint32_t node) {
+        number[node] = lowest[node] = count++;
+        isOpen[node] = true;
+        open.push_back(node);
+        walk.push_back({node, 0});
+    };
+    const auto close = [&](std::uint32_t node) {
+        Loop loop;
+        do {
+            loop.nodes.push_back(open.back());
+            isOpen[open.back()] = false;
+            open.pop_back();
+        } while (loop.nodes.back() != node);
+        if (loop.nodes.size() == 1 && !selfArc[node])
+            return;
+        std::ranges::sort(loop.nodes);
+        loops_.push_back(std::move(loop));
+    };
+    for (std::uint32_t start = 0; start < nodes; ++start) {
+        if (number[start] != Base::none)
+            continue;
+        enter(start);
+        while (!walk.empty()) {
+            Visit& visit = walk.back();
+            const std::uint32_t node = visit.node;
+            const std::span<const std::uint32_t> outs = out_(node);
+            if (visit.next == outs.size()) {
+                walk.pop_back();
+                if (!walk.empty())
+                    lowest[walk.back().node] = std::min(lowest[walk.back().node], lowest[node]);
+                if (lowest[node] == number[node])
+                    close(node);
+                continue;
+            }
+            const Arc& arc = arcs_[outs[visit.next++]];
+            if (arc.kind != ArcKind::through)
+                continue;
+            selfArc[node] = selfArc[node] || arc.to == node;
+            if (number[arc.to] == Base::none)
+                enter(arc.to);
+            else if (isOpen[arc.to])
+                lowest[node] = std::min(lowest[node], number[arc.to]);
+        }
+    }
+    std::ranges::sort(loops_, {}, [](const Loop& loop) { return loop.nodes.front(); });
+    for (std::uint32_t loop = 0; loop < loops_.size(); ++loop)
+        for (std::uint32_t place = 0; place < loops_[loop].nodes.size(); ++place) {
+            loopOf_[loops_[loop].nodes[place]] = loop;
+            placeInLoop_[loops_[loop].nodes[place]] = place;
+        }
+}
+
+void Loops::findEntries(const std::function<bool(std::uint32_t)>& mayStart) {
+    for (const Arc& arc : arcs_)
+        if (loopOf_[arc.to] != Base::none &&
+            (arc.kind != ArcKind::through || loopOf_[arc.from] != loopOf_[arc.to]))
+            entry_[arc.to] = true;
+    for (const Loop& loop : loops_)
+        for (const std::uint32_t node : loop.nodes)
+            if (mayStart(node))
+                entry_[node] = true;
+}
+
+Loops::Part Loops::partOf(const Loop& loop) const {
+    Part part;
+    part.size = static_cast<std::uint32_t>(loop.nodes.size());
+    for (const std::uint32_t node : loop.nodes) {
+        part.first.push_back(static_cast<std::uint32_t>(part.outs.size()));
+        for (const std::uint32_t number : out_(node))
+            if (const Arc& arc = arcs_[number];
+                arc.kind == ArcKind::through && loopOf_[arc.to] == loopOf_[node])
+                part.outs.push_back({placeInLoop_[arc.to], number});
+        if (entry_[node])
+            part.entries.push_back(placeInLoop_[node]);
+    }
+    part.first.push_back(static_cast<std::uint32_t>(part.outs.size()));
+    return part;
+}
+
+void Loops::open(Loop& loop, const LoopLimits& limits) {
+    const Part part = partOf(loop);
+    loop.isEntered = !part.entries.empty();
+    const std::uint64_t nodesLeft = nodeLimit_ - std::min<std::uint64_t>(nodeLimit_, copied_.size());
+    const std::uint64_t arcsLeft = arcLimit_ - std::min<std::uint64_t>(arcLimit_, steps_.size());
+    const std::uint64_t workLeft = limits.exactWork - std::min(limits.exactWork, work_);
+    if (loop.isEntered && part.size <= limits.exactNodes) {
+        const auto half = [](std::uint64_t left, std::uint64_t limit) {
+            return left - std::min(left, limit / 2);
+        };
+        Exact exact(part, std::min<std::uint64_t>(limits.exactNodes, half(nodesLeft, nodeLimit_) + part.size),
+                    half(arcsLeft, arcLimit_), workLeft);
+        const bool fits = exact.build();
+        work_ += exact.work();
+        if (fits) {
+            loop.form = Form::exact;
+            take(loop, exact);
+            return;
+        }
+    }
+    const Walk walk(part);
+    const std::uint64_t layers = std::uint64_t{walk.mostOnAPath()} + 1;
+    if (loop.isEntered && part.size * (layers - 1) <= nodesLeft && part.outs.size() * layers <= arcsLeft) {
+        loop.form = Form::layered;
+        loop.layers = static_cast<std::uint32_t>(layers);
+        take(loop, Layered(part, walk, loop.layers));
+        return;
+    }
+    for (const Part::Out& out : part.outs)
+        if (walk.closes(out))
+            cuts_.push_back(out.arc);
+}
+
+// The first copy of a node takes the node's own number: that of an entry comes before all others.
+template <class Copies>
+void Loops::take(const Loop& loop, const Copies& copies) {
+    const auto nodes = static_cast<std::uint32_t>(loopOf_.size());
+    std::vector<std::uint32_t> numberOf;
+    numberOf.reserve(copies.nodes().size());
+    for (const std::uint32_t place : copies.nodes()) {
+        const std::uint32_t node = loop.nodes[place];
+        if (taken_[node]) {
+            numberOf.push_back(nodes + static_cast<std::uint32_t>(copied_.size()));
+            copied_.push_back(node);
+        } else {
+            taken_[node] = true;
+            numberOf.push_back(node);
+        }
+    }
+    for (const auto& move : copies.moves())
+        steps_.push_back({move.arc, numberOf[move.from], numberOf[move.to]});
+}
+
+} // namespace Model
