@@ -35,7 +35,7 @@ Analyzer* Analyzer::create(Cell* owner) {
 }
 
 void Analyzer::preDestroy() {
-    Object::preDestroy();
+    notifyDestroyed(*this);
     while (!domains_.empty())
         domains_.front()->destroy();
     while (!cpaths_.empty())

@@ -50,7 +50,7 @@ Application* Application::create() {
 }
 
 void Application::preDestroy() {
-    Object::preDestroy();
+    notifyDestroyed(*this);
     if (Pelko::application == this)
         Pelko::application = nullptr;
 }

@@ -50,7 +50,7 @@ void CPath::postCreate() {
 }
 
 void CPath::preDestroy() {
-    Object::preDestroy();
+    notifyDestroyed(*this);
     setPseudoMask(PseudoMask());
     analyzer_->remove(this);
     for (const PoleList* poles : {&sources_, &targets_, &bridges_})

@@ -64,7 +64,7 @@ bool Cell::isDestroyable() const { return analyzers_ == 0; }
 
 // With no analyzer left, only poles of the cell refer to its poles: all of them end together.
 void Cell::preDestroy() {
-    Object::preDestroy();
+    notifyDestroyed(*this);
     for (Edge* edge : getEdges())
         edge->destroy();
     for (Pole* pole : getPoles()) {

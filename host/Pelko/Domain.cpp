@@ -24,7 +24,7 @@ Domain* Domain::create(Pole* launchRoot, Pole* latchRoot) {
 }
 
 void Domain::preDestroy() {
-    Object::preDestroy();
+    notifyDestroyed(*this);
     while (!subdomains_.empty())
         subdomains_.front()->destroy();
     analyzer_->remove(this);

@@ -70,7 +70,7 @@ void Edge::unlink() {
 detail::EdgeDetails& Edge::getDetails() const { return source_->getCell()->edgeDetails_[index_]; }
 
 void Edge::preDestroy() {
-    Object::preDestroy();
+    notifyDestroyed(*this);
     unlink();
 }
 

@@ -7,13 +7,13 @@ Module::Module(Cell* owner, const std::string& name) : cell_(owner), name_(name)
 Module::~Module() = default;
 
 void Module::preDestroy() {
-    Object::preDestroy();
+    notifyDestroyed(*this);
     for (const auto& pin : pins_)
-        endPart(*pin);
+        notifyDestroyed(*pin);
     for (const auto& instance : instances_)
-        endPart(*instance);
+        notifyDestroyed(*instance);
     for (const auto& net : nets_)
-        endPart(*net);
+        notifyDestroyed(*net);
 }
 
 Instance* Module::getInstance(const std::string& name) const {

@@ -20,33 +20,52 @@ namespace Pelko {
 namespace {
 
 unsigned long lastStamp = 0;
-std::vector<ObjectListener*> listeners;
 Object::Keep* keeps = nullptr; // a list
 
-// A listener may come or go while others are told: one that goes leaves a hole until the telling is over, so
-// that none is told twice or passed over.
-unsigned tellings = 0;
-
-class Telling {
+// Listeners in the order of adding. One may come or go while others are told: one that goes leaves a hole until
+// the telling is over, so that none is told twice or passed over.
+template <class Listener>
+class Listeners {
 public:
-    Telling() { ++tellings; }
-    Telling(const Telling&) = delete;
-    Telling& operator=(const Telling&) = delete;
-    ~Telling() {
-        if (--tellings == 0)
-            std::erase(listeners, nullptr);
+    void add(Listener* listener) {
+        if (std::find(listeners_.begin(), listeners_.end(), listener) == listeners_.end())
+            listeners_.push_back(listener);
     }
+    void remove(Listener* listener) {
+        const Telling telling(*this);
+        std::replace(listeners_.begin(), listeners_.end(), listener, static_cast<Listener*>(nullptr));
+    }
+    template <class Tell>
+    void tell(Tell tell) {
+        if (listeners_.empty())
+            return;
+        const Telling telling(*this);
+        for (std::size_t i = 0; i < listeners_.size(); ++i)
+            if (listeners_[i])
+                tell(*listeners_[i]);
+    }
+
+private:
+    class Telling {
+    public:
+        explicit Telling(Listeners& owner) : owner_(owner) { ++owner_.tellings_; }
+        Telling(const Telling&) = delete;
+        Telling& operator=(const Telling&) = delete;
+        ~Telling() {
+            if (--owner_.tellings_ == 0)
+                std::erase(owner_.listeners_, nullptr);
+        }
+
+    private:
+        Listeners& owner_;
+    };
+
+    std::vector<Listener*> listeners_;
+    unsigned tellings_ = 0;
 };
 
-template <class Tell>
-void tellListeners(Tell tell) {
-    if (listeners.empty())
-        return;
-    const Telling telling;
-    for (std::size_t i = 0; i < listeners.size(); ++i)
-        if (listeners[i])
-            tell(*listeners[i]);
-}
+Listeners<ObjectListener> listeners;
+Listeners<SweepListener> sweepListeners;
 
 } // namespace
 
@@ -55,6 +74,8 @@ ObjectListener::~ObjectListener() = default;
 void ObjectListener::onCreated(Object*) {}
 
 void ObjectListener::onDestroyed(Object*) {}
+
+SweepListener::~SweepListener() = default;
 
 Object::Object() : stamp_(++lastStamp) {}
 
@@ -111,9 +132,16 @@ bool Object::isKept(const Object* object) {
 }
 
 // While the model ends, a listener that throws stops nothing.
+void Object::notifyDestroyed(Object& object) {
+    listeners.tell(
+        [&](ObjectListener& listener) { detail::ModelEnd::guard([&] { listener.onDestroyed(&object); }); });
+}
+
 void Object::preDestroy() {
-    tellListeners(
-        [this](ObjectListener& listener) { detail::ModelEnd::guard([&] { listener.onDestroyed(this); }); });
+    notifyDestroyed(*this);
+    sweepListeners.tell([this](SweepListener& listener) {
+        detail::ModelEnd::guard([&] { listener.onSweepDestroyed(this); });
+    });
 }
 
 void Object::destroy() {
@@ -130,19 +158,22 @@ void Object::destroy() {
 
 void Object::postCreate() {
     const Keep keep(this);
-    tellListeners([this](ObjectListener& listener) { listener.onCreated(this); });
+    listeners.tell([this](ObjectListener& listener) { listener.onCreated(this); });
 }
 
 void Object::addListener(ObjectListener* listener) {
     Ruvex::require<Ruvex::InvalidRequest>(listener, "Object", "addListener", 2, "Null listener");
-    if (std::find(listeners.begin(), listeners.end(), listener) == listeners.end())
-        listeners.push_back(listener);
+    listeners.add(listener);
 }
 
-void Object::removeListener(ObjectListener* listener) {
-    const Telling telling;
-    std::replace(listeners.begin(), listeners.end(), listener, static_cast<ObjectListener*>(nullptr));
+void Object::removeListener(ObjectListener* listener) { listeners.remove(listener); }
+
+void Object::addSweepListener(SweepListener* listener) {
+    Ruvex::require<Ruvex::InvalidRequest>(listener, "Object", "addSweepListener", 4, "Null listener");
+    sweepListeners.add(listener);
 }
+
+void Object::removeSweepListener(SweepListener* listener) { sweepListeners.remove(listener); }
 
 void Object::endPart(Object& part) { part.preDestroy(); }
 

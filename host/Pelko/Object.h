@@ -31,6 +31,20 @@ public:
     virtual void onDestroyed(Object* object);
 };
 
+// Told of each sweep just before it is destroyed, and of no other object.
+//
+// A sweep is an object that an engine attaches to the database for a part of a run: its class derives from
+// Object directly and belongs to the engine. A listener that reads it converts the pointer to the engine's own
+// type; a `dynamic_cast` there costs once per sweep.
+class PELKO_API SweepListener {
+public:
+    virtual ~SweepListener();
+    // The sweep, its results and what it refers to can still be read; destroying it throws InvalidRequest.
+    // Called after the ObjectListeners, also for the sweeps of a run that failed. An exception goes to whoever
+    // destroys the sweep: in a run it ends the run, as that of an ObjectListener does.
+    virtual void onSweepDestroyed(Object* sweep) = 0;
+};
+
 class PELKO_API Object {
 public:
     struct StampLess {
@@ -94,13 +108,19 @@ public:
     // once.
     static void addListener(ObjectListener* listener);
     static void removeListener(ObjectListener* listener);
+    // The same for listeners of sweeps. Objects of the database cost them nothing.
+    static void addSweepListener(SweepListener* listener);
+    static void removeSweepListener(SweepListener* listener);
 
 protected:
     Object();
 
     static void preCreate() {}
     void postCreate();
-    // For an owner whose parts end with it: listeners hear of the part's end.
+    // Tells the ObjectListeners. The `preDestroy()` of a class of the database calls this, not
+    // `Object::preDestroy()`, which tells the SweepListeners as well.
+    static void notifyDestroyed(Object& object);
+    // For an owner whose part is destroyed with it: calls the part's `preDestroy()`.
     static void endPart(Object& part);
 
 private:

@@ -51,7 +51,7 @@ Path* Path::create(Subdomain* subdomain, bool longest, const Edges& edges, const
 }
 
 void Path::preDestroy() {
-    Object::preDestroy();
+    notifyDestroyed(*this);
     (longest_ ? subdomain_->longestPaths_ : subdomain_->shortestPaths_).erase(this);
     for (Edge* edge : edges_)
         --edge->getDetails().references;

@@ -169,7 +169,7 @@ bool Pole::isDestroyable() const {
 }
 
 void Pole::preDestroy() {
-    Object::preDestroy();
+    notifyDestroyed(*this);
     for (Edge* edge : getIncomingEdges())
         edge->destroy();
     for (Edge* edge : getOutgoingEdges())

@@ -21,7 +21,7 @@ Subdomain* Subdomain::create(Domain* domain, const ClockMode& launchMode, const 
 }
 
 void Subdomain::preDestroy() {
-    Object::preDestroy();
+    notifyDestroyed(*this);
     destroyPaths();
     domain_->subdomains_.erase(place_);
 }

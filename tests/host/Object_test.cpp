@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <map>
 #include <memory>
+#include <set>
 #include <sstream>
 #include <utility>
 
@@ -303,6 +304,126 @@ TEST(ObjectListeners, HearOfEveryEnd) {
         EXPECT_GE(balance.getLiving().size(), 13u);
     }
     EXPECT_EQ(balance.getLiving(), Strings{});
+}
+
+// --- Listeners of sweeps ---
+
+// An object of a class that is not the database's own, as an engine's sweeps are.
+class ForeignObject : public Object {
+public:
+    static ForeignObject* create() {
+        auto* object = new ForeignObject;
+        object->postCreate();
+        return object;
+    }
+
+private:
+    void preDestroy() override { Object::preDestroy(); }
+};
+
+class SweepEar : public SweepListener {
+public:
+    explicit SweepEar(const std::string& name = {}) : name_(name) { Object::addSweepListener(this); }
+    ~SweepEar() override { Object::removeSweepListener(this); }
+    void onSweepDestroyed(Object* sweep) override {
+        heard.push_back(sweep);
+        Listener::all.push_back(name_ + "sweep");
+        if (fails)
+            throw Ruvex::Error("no end");
+    }
+
+    std::vector<const Object*> heard;
+    bool fails = false;
+
+private:
+    std::string name_;
+};
+
+TEST_F(ObjectTest, SweepListenersHearOfForeignObjectsAfterTheOthers) {
+    SweepEar first("first "), second("second ");
+    Listener listener("object");
+    Object::addSweepListener(&first); // counts once
+    Object* sweep = ForeignObject::create();
+    Listener::all.clear();
+    sweep->destroy();
+    EXPECT_EQ(Listener::all, (Strings{"object-", "first sweep", "second sweep"}));
+    EXPECT_EQ(first.heard, std::vector<const Object*>{sweep});
+    Object::removeSweepListener(&first);
+    Object::removeSweepListener(&first);
+    ForeignObject::create()->destroy();
+    EXPECT_EQ(first.heard.size(), 1U);
+    EXPECT_EQ(second.heard.size(), 2U);
+}
+
+// Every class of the database: all are made, and all are destroyed with the model.
+TEST(SweepListeners, HearOfNoObjectOfTheDatabase) {
+    const SweepEar ear;
+    Listener listener;
+    {
+        Model model("top");
+        Pole* clk = Pole::createClockSource(model.getCell(), "clk");
+        PLL::create(model.getModule(), "pll");
+        WFG::create(model.getModule(), "wfg");
+        Pin* pin = Pin::create(Instance::create(model.getModule(), "r"), "C");
+        pin->connect(Net::create(model.getModule(), "n"));
+        Pole* clock = Pole::createClock(model.getCell(), pin, ClockMode::Rising);
+        Edge* edge = Edge::create(clk, clock, Delay(1), Delay(1));
+        Subdomain* subdomain =
+            Subdomain::create(Domain::create(clk, clk), ClockMode::Rising, ClockMode::Rising);
+        Path::createLongest(subdomain, view({edge}), Delay(0), Delay(0), Delay(0));
+        CPath::create({{clk}, {clock}});
+        FPath::create({{clk}, {clock}});
+        DPath::createMaximum({{clk}, {clock}}, Delay(1));
+        MPath::create({{clk}, {clock}}, 2);
+        listener.take();
+    }
+    std::set<std::string> classes;
+    for (const std::string& line : listener.take())
+        classes.insert(line.substr(0, line.find(' ')));
+    EXPECT_EQ(classes,
+              (std::set<std::string>{"-Analyzer", "-Application", "-CPath", "-Cell", "-DPath", "-Domain",
+                                     "-Edge", "-FPath", "-Instance", "-MPath", "-Module", "-Net", "-PLL",
+                                     "-Path", "-Pin", "-Pole", "-Subdomain", "-WFG"}));
+    EXPECT_EQ(ear.heard, std::vector<const Object*>{});
+}
+
+// The exception goes to whoever destroys the object, which stays whole.
+TEST_F(ObjectTest, ASweepListenerMayThrow) {
+    SweepEar ear;
+    Object* sweep = ForeignObject::create();
+    ear.fails = true;
+    EXPECT_THROW(sweep->destroy(), Ruvex::Error);
+    EXPECT_NE(sweep->getStamp(), 0U);
+    ear.fails = false;
+    sweep->destroy();
+    EXPECT_EQ(ear.heard, (std::vector<const Object*>{sweep, sweep}));
+}
+
+TEST_F(ObjectTest, ASweepStaysWhileItsListenersHearOfIt) {
+    class Destroying : public SweepListener {
+    public:
+        Destroying() { Object::addSweepListener(this); }
+        ~Destroying() override { Object::removeSweepListener(this); }
+        void onSweepDestroyed(Object* sweep) override {
+            expectRefused({{"again",
+                            [sweep] { sweep->destroy(); },
+                            invalidRequest,
+                            "Not destroyable now: ForeignObject #" + std::to_string(sweep->getStamp()),
+                            {"Object", "destroy", 3}}});
+        }
+    } const destroying;
+    const SweepEar ear;
+    ForeignObject::create()->destroy();
+    EXPECT_EQ(ear.heard.size(), 1U);
+}
+
+TEST_F(ObjectTest, NullSweepListener) {
+    Object::removeSweepListener(nullptr);
+    expectRefused({{"null",
+                    [] { Object::addSweepListener(nullptr); },
+                    invalidRequest,
+                    "Null listener",
+                    {"Object", "addSweepListener", 4}}});
 }
 
 } // namespace
