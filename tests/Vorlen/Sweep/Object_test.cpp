@@ -141,6 +141,56 @@ TEST(SweepObject, AnAbandonedSweepGoesWhateverListenersSay) {
     }
 }
 
+// What the host's listeners of sweeps read of a sweep that is about to be destroyed.
+class SweepReader : public Pelko::SweepListener {
+public:
+    SweepReader() { Pelko::Object::addSweepListener(this); }
+    SweepReader(const SweepReader&) = delete;
+    SweepReader& operator=(const SweepReader&) = delete;
+    ~SweepReader() override { Pelko::Object::removeSweepListener(this); }
+
+    void onSweepDestroyed(Pelko::Object* object) override {
+        const auto* sweep = dynamic_cast<const Sweep*>(object);
+        ASSERT_NE(sweep, nullptr);
+        heard.push_back(sweep->getAlias());
+        arrivals = tableOf(*sweep, &Sweep::hasArrivalTimingMap);
+        required = tableOf(*sweep, &Sweep::hasRequireTimingMap);
+        if (fails)
+            throw Ruvex::Error("no end");
+    }
+
+    Names heard;
+    Table arrivals, required;
+    bool fails = false;
+};
+
+TEST(SweepObject, ListenersOfSweepsReadItsTimesAtItsEnd) {
+    TwoRegisters bench;
+    SweepReader reader;
+    Sweep* sweep = Sweep::create(bench.subdomain);
+    sweep->analyze();
+    // A reported path comes and goes, and is no sweep.
+    (*bench.subdomain->getLongestPaths().begin())->destroy();
+    EXPECT_EQ(reader.heard, Names{});
+    sweep->destroy();
+    EXPECT_EQ(reader.heard, Names{"SWEEP[clk:rising -> clk:rising]"});
+    EXPECT_EQ(reader.arrivals, (Table{{"a/C", {{0, {0, 0}}}},
+                                      {"a/Q", {{0, {0, 0}}}},
+                                      {"b/D", {{0, {3, 4}}}},
+                                      {"b/check", {{0, {2, 6}}}}}));
+    EXPECT_EQ(reader.required.at("b/D"), (Entries{{0, {8, 1}}}));
+}
+
+TEST(SweepObject, AListenerOfSweepsMayRefuseItsEnd) {
+    const TwoRegisters bench;
+    SweepReader reader;
+    Sweep* sweep = Sweep::create(bench.subdomain);
+    reader.fails = true;
+    expectThrown({"refused", [&] { sweep->destroy(); }, typeid(Ruvex::Error), "no end", {}});
+    Sweep::abandon(sweep);
+    EXPECT_EQ(reader.heard, Names(2, "SWEEP[clk:rising -> clk:rising]"));
+}
+
 TEST(SweepObject, IsNamedAfterItsSubdomain) {
     Builder design;
     Pole* clk = design.addClockSource("clk");

@@ -286,6 +286,32 @@ TEST_F(LaunchFaults, EveryEndOfASweepFails) {
     Object::removeListener(&failing);
 }
 
+// The same at the end of a sweep, in a listener of sweeps: it is told of those that go on the way out as well.
+TEST_F(LaunchFaults, InAListenerOfSweeps) {
+    class Failing : public Pelko::SweepListener {
+    public:
+        Failing() { Object::addSweepListener(this); }
+        ~Failing() override { Object::removeSweepListener(this); }
+        void onSweepDestroyed(Object*) override {
+            if (++told == 1)
+                fail();
+        }
+        int told = 0;
+    };
+    addDesign();
+    {
+        const Failing failing;
+        const SweepCounter sweeps;
+        EXPECT_FALSE(tool_->launch());
+        EXPECT_EQ(console_.getLines(),
+                  Lines{"error: Analyzing aborted [something strange...] (Tool, launch, 495)"});
+        EXPECT_EQ(sweeps.getLive(), 0U);
+        EXPECT_EQ(failing.told, 3); // the first one twice, and the second
+    }
+    analyzer->clearResults();
+    expectCompletes();
+}
+
 // An adjuster of an exception is code of the host, and called from within a sweep.
 TEST_F(LaunchFaults, InAnAdjuster) {
     addDesign();

@@ -43,10 +43,16 @@ protected:
 };
 
 // What happens to sweeps and reported paths, as it happens.
-class Diary : public Pelko::ObjectListener {
+class Diary : public Pelko::ObjectListener, public Pelko::SweepListener {
 public:
-    Diary() { Pelko::Object::addListener(this); }
-    ~Diary() override { Pelko::Object::removeListener(this); }
+    Diary() {
+        Pelko::Object::addListener(this);
+        Pelko::Object::addSweepListener(this);
+    }
+    ~Diary() override {
+        Pelko::Object::removeListener(this);
+        Pelko::Object::removeSweepListener(this);
+    }
     void onCreated(Pelko::Object* object) override {
         if (const auto* sweep = dynamic_cast<Vorlen::Sweep*>(object))
             lines_.push_back("create " + sweep->getAlias());
@@ -54,10 +60,7 @@ public:
             lines_.push_back((path->isLongest() ? "longest path of " : "shortest path of ") +
                              path->getSubdomain()->getName());
     }
-    void onDestroyed(Pelko::Object* object) override {
-        if (const auto* sweep = dynamic_cast<Vorlen::Sweep*>(object))
-            lines_.push_back("end " + sweep->getAlias());
-    }
+    void onSweepDestroyed(Pelko::Object* sweep) override { lines_.push_back("end " + sweep->getAlias()); }
     Lines take() { return std::exchange(lines_, {}); }
 
 private:
