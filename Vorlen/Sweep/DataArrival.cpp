@@ -1,7 +1,7 @@
 // Data arrival: forwards from the launch leaves to the latch leaves, class by class. The walk goes backwards
 // from the end points, so that the whole fan-in of a pole is final before the pole is.
 //
-// Where the cone has an order (detail/Cone.h) the poles are folded in that order: what comes out is the same,
+// Where the cone has an order (Cone/Cone.h) the poles are folded in that order: what comes out is the same,
 // since folding is associative and commutative. Where it has none, the depth-first walk refuses an arc that
 // would close a loop.
 //
@@ -10,9 +10,9 @@
 #include "Pelko/Analyzer.h"
 #include "Pelko/Cell.h"
 #include "Pelko/Subdomain.h"
+#include "Vorlen/Cone/DataTimes.h"
 #include "Vorlen/PoleFlags.h"
 #include "Vorlen/Sweep.h"
-#include "Vorlen/detail/DataTimes.h"
 #include "Vorlen/detail/EventPump.h"
 #include "Vorlen/detail/Faults.h"
 #include "Vorlen/detail/Walk.h"

@@ -8,11 +8,11 @@
 // A required timing holds the setup requirement as its minimum, and the hold requirement as its maximum.
 #include "Pelko/Analyzer.h"
 #include "Pelko/Subdomain.h"
+#include "Vorlen/Cone/DataTimes.h"
+#include "Vorlen/Cone/FanReader.h"
 #include "Vorlen/PoleFlags.h"
 #include "Vorlen/Sweep.h"
-#include "Vorlen/detail/DataTimes.h"
 #include "Vorlen/detail/EventPump.h"
-#include "Vorlen/detail/FanReader.h"
 #include "Vorlen/detail/Faults.h"
 #include "Vorlen/detail/Walk.h"
 #include "Vorlen/detail/Work.h"

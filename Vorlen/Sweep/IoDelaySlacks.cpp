@@ -1,8 +1,8 @@
 // Slacks of ports: the worst setup and hold slack at the input ports that launch the subdomain and the output
 // ports that latch it, over plain timing and every exception. The host keeps the worst a port over all
 // subdomains.
+#include "Vorlen/Cone/DataTimes.h"
 #include "Vorlen/Sweep/Sides.h"
-#include "Vorlen/detail/DataTimes.h"
 #include "Vorlen/detail/Work.h"
 
 namespace Vorlen {

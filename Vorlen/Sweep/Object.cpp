@@ -3,8 +3,8 @@
 #include "Pelko/Analyzer.h"
 #include "Pelko/Subdomain.h"
 #include "Ruvex/StandardSlot.h"
+#include "Vorlen/Cone/DataTimes.h"
 #include "Vorlen/Sweep.h"
-#include "Vorlen/detail/DataTimes.h"
 #include "Vorlen/detail/Faults.h"
 
 #include <memory>

@@ -10,9 +10,9 @@
 // worst path is that of all paths made, the search stays as it is.
 //
 // The search keeps its own stack. What a recursive step would keep in its variables, a frame keeps.
+#include "Vorlen/Cone/DataTimes.h"
 #include "Vorlen/Sweep/Sides.h"
 #include "Vorlen/Sweep/WorstPaths.h"
-#include "Vorlen/detail/DataTimes.h"
 #include "Vorlen/detail/EventPump.h"
 #include "Vorlen/detail/Work.h"
 

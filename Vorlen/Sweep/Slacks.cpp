@@ -3,9 +3,9 @@
 //
 // The required map of the arc's target is read in place: which of its entries count follows from their keys,
 // and filtering and re-keying a copy of it would give the same.
+#include "Vorlen/Cone/DataTimes.h"
+#include "Vorlen/Cone/FanReader.h"
 #include "Vorlen/Sweep/Sides.h"
-#include "Vorlen/detail/DataTimes.h"
-#include "Vorlen/detail/FanReader.h"
 #include "Vorlen/detail/Work.h"
 
 #include <optional>

@@ -10,8 +10,8 @@
 // among paths of one slack is its own, so it tells how bad the n-th worst path is, but not which one is kept.
 #pragma once
 
+#include "Vorlen/Cone/DataTimes.h"
 #include "Vorlen/Sweep/Sides.h"
-#include "Vorlen/detail/DataTimes.h"
 #include "Vorlen/detail/Work.h"
 
 #include <algorithm>

@@ -10,9 +10,9 @@
 // and loop stack also where an exception ends the phase.
 #include "Pelko/Analyzer.h"
 #include "Ruvex/Utility.h"
+#include "Vorlen/Cone/FanIn.h"
 #include "Vorlen/Tool.h"
 #include "Vorlen/detail/EventPump.h"
-#include "Vorlen/detail/FanIn.h"
 #include "Vorlen/detail/Messages.h"
 #include "Vorlen/detail/Walk.h"
 

@@ -8,12 +8,12 @@
 #include "Ruvex/Random.h"
 #include "Ruvex/Status.h"
 #include "Ruvex/Utility.h"
+#include "Vorlen/Cone/SlotTable.h"
 #include "Vorlen/Sweep.h"
 #include "Vorlen/Tool.h"
 #include "Vorlen/detail/EventPump.h"
 #include "Vorlen/detail/Faults.h"
 #include "Vorlen/detail/Messages.h"
-#include "Vorlen/detail/SlotTable.h"
 
 #include <cxxabi.h>
 #include <list>

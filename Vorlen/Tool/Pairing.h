@@ -12,9 +12,9 @@
 // point that brings more than one new pair of classes.
 #pragma once
 
+#include "Vorlen/Cone/Cone.h"
 #include "Vorlen/Tool.h"
 #include "Vorlen/Tool/ClockSides.h"
-#include "Vorlen/detail/Cone.h"
 
 #include <cstdint>
 #include <map>

@@ -1,4 +1,4 @@
-#include "Vorlen/detail/SlotTable.h"
+#include "Vorlen/Cone/SlotTable.h"
 
 #include "Vorlen/detail/Work.h"
 

@@ -1,4 +1,4 @@
-#include "Vorlen/detail/FanIn.h"
+#include "Vorlen/Cone/FanIn.h"
 
 #include "Pelko/Cell.h"
 

@@ -2,8 +2,8 @@
 // cone.
 #pragma once
 
-#include "Vorlen/detail/Cone.h"
-#include "Vorlen/detail/TimingTable.h"
+#include "Vorlen/Cone/Cone.h"
+#include "Vorlen/Cone/TimingTable.h"
 
 namespace Vorlen::detail {
 

@@ -12,10 +12,10 @@
 #pragma once
 
 #include "Pelko/Edge.h"
+#include "Vorlen/Cone/SlotTable.h"
+#include "Vorlen/Cone/TimingTable.h"
 #include "Vorlen/detail/EventPump.h"
 #include "Vorlen/detail/LargeVector.h"
-#include "Vorlen/detail/SlotTable.h"
-#include "Vorlen/detail/TimingTable.h"
 #include "Vorlen/detail/Work.h"
 
 #include <cstdint>

@@ -1,7 +1,7 @@
-#include "Vorlen/detail/Cone.h"
+#include "Vorlen/Cone/Cone.h"
 
 #include "Pelko/Cell.h"
-#include "Vorlen/detail/FanReader.h"
+#include "Vorlen/Cone/FanReader.h"
 #include "Vorlen/detail/Work.h"
 
 #include <algorithm>

@@ -7,8 +7,8 @@
 // Cost: 4 bytes a pole of the design, and 4 a slot. Kept are at most `SlotTable::mostKept` tables.
 #pragma once
 
+#include "Vorlen/Cone/TimingTable.h"
 #include "Vorlen/detail/LargeVector.h"
-#include "Vorlen/detail/TimingTable.h"
 
 namespace Vorlen::detail {
 

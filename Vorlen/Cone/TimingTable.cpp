@@ -1,4 +1,4 @@
-#include "Vorlen/detail/TimingTable.h"
+#include "Vorlen/Cone/TimingTable.h"
 
 namespace Vorlen::detail {
 
