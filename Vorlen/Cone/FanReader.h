@@ -8,23 +8,12 @@
 
 #include "Pelko/Edge.h"
 #include "Vorlen/detail/LargeVector.h"
+#include "Vorlen/detail/Prefetch.h"
 
 #include <array>
 #include <vector>
 
 namespace Vorlen::detail {
-
-// Hints, made for the layout of the in-memory model: an arc is one line; a pole's arcs in, masks, kinds and
-// index lie in its second line, its arcs out in the first.
-inline void prefetchEdge(const Pelko::Edge* edge) { __builtin_prefetch(edge); }
-inline void prefetchEnd(const Pelko::Pole* pole) {
-    constexpr std::ptrdiff_t line = 64;
-    __builtin_prefetch(reinterpret_cast<const char*>(pole) + line);
-}
-inline void prefetchPole(const Pelko::Pole* pole) {
-    __builtin_prefetch(pole);
-    prefetchEnd(pole);
-}
 
 enum class Direction { Incoming, Outgoing };
 

@@ -13,6 +13,7 @@
 #pragma once
 
 #include "Pelko/Edge.h"
+#include "Vorlen/detail/Prefetch.h"
 #include "Vorlen/detail/Work.h"
 
 #include <exception>
@@ -62,7 +63,7 @@ private:
     void push(Pelko::Pole* pole, Pelko::Edge* via, const Pelko::Edges& fan) {
         const std::size_t begin = edges_.size();
         for (Pelko::Edge* edge : fan) {
-            __builtin_prefetch(edge);
+            prefetchEdge(edge);
             edges_.push_back(edge);
         }
         visitArcs(edges_.size() - begin);

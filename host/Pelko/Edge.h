@@ -62,6 +62,8 @@ public:
     std::uint32_t getIndex() const { return index_; }
     // The source's index: a walk that keeps what it knows by index need not read the source for it.
     std::uint32_t getSourceIndex() const { return sourceIndex_; }
+    // The address to prefetch before a walk reads the arc, or null if the host has no advice. Reads nothing.
+    const void* _getFetchAddress() const { return this; }
 
     std::string getClass() const override;
     // "source -> target"

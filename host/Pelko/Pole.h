@@ -102,6 +102,11 @@ public:
     Cell* getCell() const { return cell_; }
     // Below Cell::getPoleBound(), in order of creation; not given to another pole later.
     std::uint32_t getIndex() const { return index_; }
+    // The address to prefetch before a walk reads the pole's kinds, masks, index and incoming arcs, or null if
+    // the host has no advice. Reads nothing.
+    const void* _getFetchAddress() const { return &incoming_; }
+    // The same for its outgoing arcs.
+    const void* _getOutgoingFetchAddress() const { return this; }
     // Whether constraints, domains, clocks or other poles refer to this pole.
     bool isReferenced() const { return references_ != 0; }
 

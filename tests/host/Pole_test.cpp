@@ -351,6 +351,19 @@ TEST_F(PoleTest, Consistency) {
     }
 }
 
+// What an engine prefetches lies within the object; the two hints of a pole are for its two halves.
+TEST_F(PoleTest, FetchAddresses) {
+    Pole* pole = addPole("a");
+    const Edge* edge = connect(pole, addPole("b"));
+    const auto offset = [](const void* object, const void* address) {
+        return static_cast<const char*>(address) - static_cast<const char*>(object);
+    };
+    constexpr std::ptrdiff_t line = 64;
+    EXPECT_EQ(offset(pole, pole->_getOutgoingFetchAddress()) / line, 0);
+    EXPECT_EQ(offset(pole, pole->_getFetchAddress()) / line, 1);
+    EXPECT_EQ(offset(edge, edge->_getFetchAddress()) / line, 0);
+}
+
 TEST_F(PoleTest, Record) {
     const Support::DebugMode debug(true);
     Pole* clock = addClock("r/C", ClockMode::Falling);
