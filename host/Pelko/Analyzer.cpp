@@ -1,3 +1,5 @@
+// An analyzer as an object: its settings, exceptions and domains, marks, and the clearing of results. Clocks, clock
+// groups and ports are in files of their own.
 #include "Pelko/Analyzer.h"
 
 #include "Pelko/Cell.h"
@@ -9,7 +11,6 @@
 
 #include <algorithm>
 #include <memory>
-#include <unordered_set>
 
 namespace Pelko {
 
@@ -65,8 +66,7 @@ void Analyzer::setPathLimit(const Delay& limit) {
     pathLimit_ = limit;
 }
 
-// --- Timing exceptions
-// ------------------------------------------------------------------------------------------------------
+// --- Timing exceptions ---
 
 namespace {
 
@@ -128,8 +128,7 @@ void Analyzer::add(CPath* path) { cpaths_.push_back(path); }
 
 void Analyzer::remove(CPath* path) { cpaths_.erase(std::find(cpaths_.begin(), cpaths_.end(), path)); }
 
-// --- Domains
-// ----------------------------------------------------------------------------------------------------------------
+// --- Domains ---
 
 std::size_t Analyzer::RootPairHash::operator()(const std::pair<const Pole*, const Pole*>& roots) const {
     const auto stampOf = [](const Pole* root) { return root ? root->getStamp() : 0; };
@@ -153,305 +152,7 @@ void Analyzer::remove(Domain* domain) {
     domainsByRoots_.erase({domain->launchRoot_, domain->latchRoot_});
 }
 
-namespace {
-
-// All single groups of a kind are one statement: a clock's number there stands for the single groups that it
-// is in, and two clocks are separated if their numbers differ. So a pair of clocks is looked up once, however
-// many single groups there are.
-void addSingleGroup(const std::vector<Pole*>& group, std::unordered_map<const Pole*, std::size_t>& numberOf) {
-    static std::size_t lastNumber = 0;
-    std::unordered_map<std::size_t, std::size_t> numbers; // without this group and with it; 0: in none
-    for (Pole* root : std::unordered_set<Pole*>(group.begin(), group.end())) {
-        const auto [place, isNew] = numberOf.try_emplace(root, 0);
-        if (isNew)
-            Reference::add(root);
-        std::size_t& number = numbers[place->second];
-        if (number == 0)
-            number = ++lastNumber;
-        place->second = number;
-    }
-}
-
-} // namespace
-
-void Analyzer::addClockGroups(GroupKind kind, const std::vector<std::vector<Pole*>>& groups) {
-    require(!groups.empty(), "addClockGroups", 3, "No clock group");
-    if (groups.size() == 1) {
-        for (const Pole* root : groups.front())
-            require(root, "addClockGroups", 4, "Null clock root");
-        auto statement =
-            std::find_if(clockGroups_.begin(), clockGroups_.end(),
-                         [kind](const ClockGroups& other) { return other.single && other.kind == kind; });
-        if (statement == clockGroups_.end())
-            statement = clockGroups_.insert(clockGroups_.end(), ClockGroups{kind, {}, true});
-        return addSingleGroup(groups.front(), statement->groupOf);
-    }
-    ClockGroups statement{kind, {}, false};
-    for (std::size_t group = 0; group < groups.size(); ++group)
-        for (const Pole* root : groups[group]) {
-            require(root, "addClockGroups", 4, "Null clock root");
-            const auto [place, isNew] = statement.groupOf.emplace(root, group);
-            require(isNew || place->second == group, "addClockGroups", 5, "Clock in two groups");
-        }
-    clockGroups_.push_back(std::move(statement));
-    for (const auto& entry : clockGroups_.back().groupOf)
-        Reference::add(const_cast<Pole*>(entry.first));
-}
-
-void Analyzer::clearClockGroups() {
-    for (const ClockGroups& statement : clockGroups_)
-        for (const auto& entry : statement.groupOf)
-            Reference::remove(const_cast<Pole*>(entry.first));
-    clockGroups_.clear();
-}
-
-bool Analyzer::isSeparated(GroupKind kind, const Domain* domain) const {
-    require(domain, "isSeparated", 6, "Null domain");
-    const Pole* launch = domain->getLaunchRoot();
-    const Pole* latch = domain->getLatchRoot();
-    if (!launch || !latch)
-        return false;
-    return std::any_of(clockGroups_.begin(), clockGroups_.end(), [&](const ClockGroups& statement) {
-        if (statement.kind != kind)
-            return false;
-        const auto launchGroup = statement.groupOf.find(launch);
-        const auto latchGroup = statement.groupOf.find(latch);
-        const bool launchIn = launchGroup != statement.groupOf.end();
-        const bool latchIn = latchGroup != statement.groupOf.end();
-        if (launchIn && latchIn)
-            return launchGroup->second != latchGroup->second;
-        return statement.single && launchIn != latchIn;
-    });
-}
-
-// --- Clocks
-// -----------------------------------------------------------------------------------------------------------------
-
-const Analyzer::Clock* Analyzer::findClock(const Pole* root) const {
-    const auto found = clocks_.find(const_cast<Pole*>(root));
-    return root && found != clocks_.end() ? &found->second : nullptr;
-}
-
-Analyzer::Clock& Analyzer::getClock(Pole* root, const char* function) {
-    require(root, function, 7, "Null clock root");
-    const auto [place, isNew] = clocks_.try_emplace(root);
-    if (isNew)
-        Reference::add(root);
-    return place->second;
-}
-
-void Analyzer::dropEmptyClocks() {
-    std::erase_if(clocks_, [](const auto& entry) {
-        if (entry.second.isEmpty())
-            Reference::remove(entry.first);
-        return entry.second.isEmpty();
-    });
-}
-
-void Analyzer::setClock(Pole* root, const Delay& period, const Delay& shift, const Delay& highWidth,
-                        const Delay& lowWidth) {
-    require(root, "setClock", 7, "Null clock root");
-    require(period.isOrdinary() && int(period) > 0, "setClock", 8, "Period not positive");
-    require(shift.isOrdinary(), "setClock", 9, "Special shift");
-    require(highWidth.isOrdinary() && lowWidth.isOrdinary() && int(highWidth) > 0 && int(lowWidth) > 0,
-            "setClock", 10, "Width not positive");
-    require(highWidth + lowWidth == period, "setClock", 11, "Widths that do not add up to the period");
-    Clock& clock = getClock(root, "setClock");
-    clock.period = period;
-    clock.shift = shift;
-    clock.highWidth = highWidth;
-    clock.lowWidth = lowWidth;
-    const std::int64_t rounded =
-        (std::int64_t{int(highWidth)} * 200 + int(period)) / (2 * std::int64_t{int(period)});
-    clock.dutyRatio = static_cast<unsigned long>(std::clamp<std::int64_t>(rounded, 1, 99));
-}
-
-void Analyzer::removeClock(Pole* root) {
-    Clock& clock = getClock(root, "removeClock");
-    clock.period = clock.shift = clock.highWidth = clock.lowWidth = Delay::getUndefined();
-    clock.dutyRatio = 50;
-    dropEmptyClocks();
-}
-
-Delay Analyzer::getRequiredPeriod(const Pole* root) const {
-    const Clock* clock = findClock(root);
-    return clock ? clock->period : Delay::getUndefined();
-}
-
-Delay Analyzer::getShift(const Pole* root) const {
-    const Clock* clock = findClock(root);
-    return clock ? clock->shift : Delay::getUndefined();
-}
-
-Delay Analyzer::getHighWidth(const Pole* root) const {
-    const Clock* clock = findClock(root);
-    return clock ? clock->highWidth : Delay::getUndefined();
-}
-
-Delay Analyzer::getLowWidth(const Pole* root) const {
-    const Clock* clock = findClock(root);
-    return clock ? clock->lowWidth : Delay::getUndefined();
-}
-
-unsigned long Analyzer::getDutyRatio(const Pole* root) const {
-    const Clock* clock = findClock(root);
-    return clock ? clock->dutyRatio : 50;
-}
-
-void Analyzer::setDutyRatio(Pole* root, unsigned long percentage) {
-    require(percentage >= 1 && percentage <= 99, "setDutyRatio", 12, "Duty ratio outside 1 to 99");
-    getClock(root, "setDutyRatio").dutyRatio = percentage;
-}
-
-Delay Analyzer::getPeriod(const Pole* root) const {
-    const Clock* clock = findClock(root);
-    return clock ? clock->achievedPeriod : Delay::getUndefined();
-}
-
-void Analyzer::setPeriod(Pole* root, const Delay& period) {
-    getClock(root, "setPeriod").achievedPeriod = period;
-}
-
-bool Analyzer::hasPLLFeedbackDelay(const Pole* root) const {
-    const Clock* clock = findClock(root);
-    return clock && (clock->hasFeedback || clock->hasLatency);
-}
-
-Delay Analyzer::getMinPLLFeedbackDelay(const Pole* root) const {
-    if (!hasPLLFeedbackDelay(root))
-        return Delay::getUndefined();
-    const Clock* clock = findClock(root);
-    return clock->minimumFeedback - clock->earlyLatency;
-}
-
-Delay Analyzer::getMaxPLLFeedbackDelay(const Pole* root) const {
-    if (!hasPLLFeedbackDelay(root))
-        return Delay::getUndefined();
-    const Clock* clock = findClock(root);
-    return clock->maximumFeedback - clock->lateLatency;
-}
-
-void Analyzer::setPLLFeedbackDelay(Pole* root, const Delay& minimum, const Delay& maximum) {
-    Clock& clock = getClock(root, "setPLLFeedbackDelay");
-    clock.hasFeedback = true;
-    clock.minimumFeedback = minimum;
-    clock.maximumFeedback = maximum;
-}
-
-void Analyzer::setSourceLatency(Pole* root, const Delay& early, const Delay& late) {
-    Clock& clock = getClock(root, "setSourceLatency");
-    clock.hasLatency = true;
-    clock.earlyLatency = early;
-    clock.lateLatency = late;
-}
-
-// --- Ports
-// ------------------------------------------------------------------------------------------------------------------
-
-namespace {
-
-template <class Map>
-IOConstraint constraintOf(const Map& constraints, Pole* pole) {
-    const auto found = constraints.find(pole);
-    return found == constraints.end() ? IOConstraint() : found->second;
-}
-
-template <class Map>
-bool fill(const Map& constraints, Pole* pole, IOConstraint& constraint) {
-    const auto found = constraints.find(pole);
-    if (found == constraints.end() || !found->second.isDefined())
-        return false;
-    constraint = found->second;
-    return true;
-}
-
-} // namespace
-
-IOConstraint Analyzer::getInputConstraint(Pole* pole) const { return constraintOf(inputs_, pole); }
-
-IOConstraint Analyzer::getOutputConstraint(Pole* pole) const { return constraintOf(outputs_, pole); }
-
-bool Analyzer::hasInputConstraint(Pole* pole, IOConstraint& constraint) const {
-    return fill(inputs_, pole, constraint);
-}
-
-bool Analyzer::hasOutputConstraint(Pole* pole, IOConstraint& constraint) const {
-    return fill(outputs_, pole, constraint);
-}
-
-void Analyzer::replace(ConstraintMap& constraints, Pole* pole, const IOConstraint& constraint) {
-    const auto [place, isNew] = constraints.try_emplace(pole, constraint);
-    Reference::add(constraint.getClockRoot());
-    if (isNew) {
-        Reference::add(pole);
-        return;
-    }
-    Reference::remove(place->second.getClockRoot());
-    place->second = constraint;
-}
-
-void Analyzer::erase(ConstraintMap& constraints, Pole* pole) {
-    const auto found = constraints.find(pole);
-    if (found == constraints.end())
-        return;
-    Reference::remove(pole);
-    Reference::remove(found->second.getClockRoot());
-    constraints.erase(found);
-}
-
-void Analyzer::setInputConstraint(Pole* pole, const IOConstraint& constraint) {
-    require(pole, "setInputConstraint", 13, "Null pole");
-    require(pole->isInput(), "setInputConstraint", 14, "Not an input port");
-    replace(inputs_, pole, constraint);
-}
-
-void Analyzer::setOutputConstraint(Pole* pole, const IOConstraint& constraint) {
-    require(pole, "setOutputConstraint", 13, "Null pole");
-    require(pole->isOutput(), "setOutputConstraint", 15, "Not an output port");
-    replace(outputs_, pole, constraint);
-}
-
-void Analyzer::removeInputConstraint(Pole* pole) { erase(inputs_, pole); }
-
-void Analyzer::removeOutputConstraint(Pole* pole) { erase(outputs_, pole); }
-
-namespace {
-
-void merge(Delay& worst, const Delay& slack) {
-    if (slack.isDefined() && (!worst.isDefined() || slack < worst))
-        worst = slack;
-}
-
-} // namespace
-
-Analyzer::PortSlack& Analyzer::getPortSlack(Pole* pole, const char* function) {
-    require(pole, function, 13, "Null pole");
-    const auto [place, isNew] = portSlacks_.try_emplace(pole);
-    if (isNew)
-        Reference::add(pole);
-    return place->second;
-}
-
-void Analyzer::mergeIODelayLongestSlack(Pole* pole, const Delay& slack) {
-    merge(getPortSlack(pole, "mergeIODelayLongestSlack").longest, slack);
-}
-
-void Analyzer::mergeIODelayShortestSlack(Pole* pole, const Delay& slack) {
-    merge(getPortSlack(pole, "mergeIODelayShortestSlack").shortest, slack);
-}
-
-Delay Analyzer::getIODelayLongestSlack(Pole* pole) const {
-    const auto found = portSlacks_.find(pole);
-    return found == portSlacks_.end() ? Delay::getUndefined() : found->second.longest;
-}
-
-Delay Analyzer::getIODelayShortestSlack(Pole* pole) const {
-    const auto found = portSlacks_.find(pole);
-    return found == portSlacks_.end() ? Delay::getUndefined() : found->second.shortest;
-}
-
-// --- Marks and results
-// ------------------------------------------------------------------------------------------------------
+// --- Marks and results ---
 
 // A pole is marked where its epoch is this one. When the count comes round, old epochs are wiped, so that
 // none looks new.
