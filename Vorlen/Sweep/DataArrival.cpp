@@ -96,6 +96,33 @@ void forEachEnd(Pole* leaf, Visit visit) {
             visit(end);
 }
 
+// Reports the arrivals of end points to the subdomain: the widest of all classes, and whether a multicycle class
+// is the latest.
+class ArrivalReport {
+public:
+    ArrivalReport(Pelko::Subdomain& subdomain, Timing& widest) : subdomain_(subdomain), widest_(widest) {}
+
+    void add(const Timing& timing) {
+        widest_.combine(timing);
+        subdomain_.setLAT(widest_.getMaximumDelay());
+        subdomain_.setSAT(widest_.getMinimumDelay());
+    }
+    // An arrival at a clocked end point, under the classes of its key.
+    void addLatched(unsigned long key, const Timing& timing) {
+        add(timing);
+        if (!subdomain_.isPureClock() || widest_.getMaximumDelay() != timing.getMaximumDelay())
+            return;
+        if ((PseudoMask(key) & analyzer->getMulticyclePathMask()).isEmpty())
+            subdomain_.resetMPathCritical();
+        else
+            subdomain_.setMPathCritical();
+    }
+
+private:
+    Pelko::Subdomain& subdomain_;
+    Timing& widest_;
+};
+
 } // namespace
 
 void Sweep::arrivalAnalyze() {
@@ -105,11 +132,7 @@ void Sweep::arrivalAnalyze() {
     PoleFlags path;
     ArrivalVisitor visitor(*this, path);
     detail::Walk walk;
-    const auto report = [this](const Timing& timing) {
-        arrivalTiming.combine(timing);
-        subdomain->setLAT(arrivalTiming.getMaximumDelay());
-        subdomain->setSAT(arrivalTiming.getMinimumDelay());
-    };
+    ArrivalReport report(*subdomain, arrivalTiming);
     const auto reach = [&](Pole* end) {
         if (!isDone)
             walk.run(end, visitor);
@@ -123,16 +146,7 @@ void Sweep::arrivalAnalyze() {
         hasArrivalTimingMap(leaf, arrival);
         filter(analyzer->getMaxdelayPathMask(), analyzer->getMindelayPathMask(), arrival);
         for (const auto& entry : arrival)
-            report(entry.second);
-    };
-    const auto reportLatched = [&](unsigned long key, const Timing& timing) {
-        report(timing);
-        if (!subdomain->isPureClock() || arrivalTiming.getMaximumDelay() != timing.getMaximumDelay())
-            return;
-        if ((PseudoMask(key) & analyzer->getMulticyclePathMask()).isEmpty())
-            subdomain->resetMPathCritical();
-        else
-            subdomain->setMPathCritical();
+            report.add(entry.second);
     };
     // Arrivals become relative to the latch edge, and multicycle classes are brought back to one cycle.
     const auto endAtLatch = [&](Pole* end, const Timing& latch) {
@@ -143,8 +157,8 @@ void Sweep::arrivalAnalyze() {
         const bool isConstrained = end->isOutput() && analyzer->hasOutputConstraint(end, io);
         const detail::ClassTimings classes = data->getArrivals(end);
         if (!isConstrained && classes.size() == 1 && classes.front().key == 0) {
-            reportLatched(0, classes.front().getTiming() -
-                                 Timing(latch.getMaximumDelay(), latch.getMinimumDelay()));
+            report.addLatched(0, classes.front().getTiming() -
+                                     Timing(latch.getMaximumDelay(), latch.getMinimumDelay()));
             return;
         }
         hasArrivalTimingMap(end, arrival);
@@ -153,7 +167,7 @@ void Sweep::arrivalAnalyze() {
         minusLatchTiming(latch, arrival);
         divideCycleCount(arrival);
         for (const auto& [key, timing] : arrival)
-            reportLatched(key, timing);
+            report.addLatched(key, timing);
     };
     for (Pole* leaf : subdomain->getLatchLeaves()) {
         if (toPorts) {
