@@ -2,44 +2,19 @@
 // small pages nearly each costs the search for its page as well.
 #pragma once
 
-#include "Pelko/detail/HugePages.h"
+#include "Pelko/detail/LargePages.h"
 
 #include <tsl/robin_map.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <new>
 #include <utility>
 #include <vector>
 
 namespace Base {
 
-template <class T>
-struct LargePages {
-    using value_type = T;
-
-    LargePages() = default;
-    template <class Other>
-    LargePages(const LargePages<Other>&) noexcept {}
-
-    T* allocate(std::size_t count) {
-        const std::size_t bytes = count * sizeof(T);
-        return static_cast<T*>(isLarge(count) ? Pelko::detail::HugePages::take(bytes)
-                                              : ::operator new(bytes));
-    }
-    void deallocate(T* place, std::size_t count) noexcept {
-        if (isLarge(count))
-            Pelko::detail::HugePages::release(place);
-        else
-            ::operator delete(place);
-    }
-
-    bool operator==(const LargePages&) const = default;
-
-private:
-    static bool isLarge(std::size_t count) { return count * sizeof(T) >= Pelko::detail::HugePages::size; }
-};
+using Pelko::detail::LargePages;
 
 template <class T>
 using LargeVector = std::vector<T, LargePages<T>>;
