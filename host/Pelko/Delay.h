@@ -5,16 +5,18 @@
 //   maximum     2147483647   above every ordinary value
 //   none                 0   no delay: an ordinary zero
 //
-// Arithmetic never leaves the 32 bits:
-//   - undefined absorbs: a result with an undefined operand is undefined;
-//   - maximum and minimum saturate: they swallow ordinary operands; where they meet as opposites (maximum
-//   plus minimum,
-//     maximum minus maximum) there is no answer, and the result is undefined;
-//   - an ordinary result that leaves the ordinary range becomes the special that it runs into;
-//   - negation exchanges minimum and maximum.
-// `<` is one total order over the raw values: undefined, minimum, ordinary values, maximum.
+// Arithmetic stays within 32 bits:
 //
-// Both conversions are explicit, so that a bare integer never passes for a time.
+//   - If an operand is undefined, the result is undefined.
+//   - Maximum and minimum stay themselves when an ordinary value is added or subtracted.
+//   - If maximum and minimum meet as opposites (maximum + minimum, maximum - maximum), the result is
+//     undefined.
+//   - An ordinary result outside the ordinary range becomes maximum or minimum.
+//   - Negation exchanges minimum and maximum, and leaves undefined as it is.
+//
+// `<` is a total order over the raw values: undefined, minimum, ordinary values, maximum.
+//
+// Both conversions are explicit, so that a bare integer is never taken for a time by mistake.
 #pragma once
 
 #include "Ruvex/Stuff.h"
@@ -35,7 +37,7 @@ public:
     static Delay getUndefined() { return Delay(undefinedValue); }
     static Delay getMinimum() { return Delay(minimumValue); }
     static Delay getMaximum() { return Delay(maximumValue); }
-    // The nearest delay to a wide integer: the special where it lies outside the ordinary range.
+    // The delay of a wide integer: minimum or maximum if it lies outside the ordinary range.
     static Delay saturate(std::int64_t wide) { return Delay(saturated(wide)); }
 
     bool isDefined() const { return value_ != undefinedValue; }
@@ -60,7 +62,7 @@ public:
     bool operator!=(const Delay& other) const { return value_ != other.value_; }
     bool operator<(const Delay& other) const { return value_ < other.value_; }
 
-    // The decimal value; "undefined", "minimum", "maximum".
+    // The decimal value, or "undefined", "minimum", "maximum".
     std::string _getLabel() const override;
     Ruvex::Slot* _getSlot() const override;
 
@@ -77,7 +79,7 @@ private:
         return wide >= maximumValue ? maximumValue : static_cast<int>(wide);
     }
 
-    // The undefined value is its own negation; the other specials exchange.
+    // Undefined stays undefined; the other two specials are each other's negation.
     static int negated(int value) { return value == undefinedValue ? undefinedValue : -value; }
 
     static int sum(int a, int b) {

@@ -1,10 +1,10 @@
-// An edge: a timing arc from one pole to another, with its delays and what an analysis found about it.
+// An edge: a timing arc from one pole to another, with its delays and the results of an analysis.
 //
-// At most one arc leads from a pole to another, none from a pole to itself. An arc into a check pole holds
-// the hold value as its minimum and the setup value as its maximum. Delays are stored raw, and returned by
-// value.
+// At most one arc leads from a pole to another, and none from a pole to itself. An arc into a check pole
+// holds the hold value as its minimum and the setup value as its maximum. Delays are stored as integers, and
+// are returned by value.
 //
-// Cost: 88 bytes an arc and its two places in fan arrays; creation looks for a second arc in the shorter of
+// Cost: 88 bytes per arc, and its places in two fan arrays. Creation looks for a second arc in the shorter of
 // the two fans; every other operation is O(1).
 #pragma once
 
@@ -19,8 +19,8 @@ struct EdgeDetails;
 
 class PELKO_API Edge : public Object {
 public:
-    // FactoryFailed: "Null source", "Null target", "Edge from a pole to itself", "Poles of two cells",
-    // "Edge exists already".
+    // An active arc from `source` to `target`. FactoryFailed: "Null source", "Null target", "Edge from a pole
+    // to itself", "Poles of two cells", "Edge exists already".
     static Edge* create(Pole* source, Pole* target, const Delay& minimum, const Delay& maximum);
 
     Pole* getSource() const { return source_; }
@@ -31,36 +31,40 @@ public:
     void setMinDelay(const Delay& delay) { minDelay_ = int(delay); }
     void setMaxDelay(const Delay& delay) { maxDelay_ = int(delay); }
 
-    // Walks follow active arcs only.
+    // Whether walks follow the arc. True at start.
     bool isActive() const { return active_; }
     void activate() { active_ = true; }
     void disactivate() { active_ = false; }
 
-    // The classes whose paths may use this arc.
+    // The classes of the exceptions whose paths may use this arc.
     PseudoMask getPseudoMask() const { return PseudoMask(maskBits_); }
+    // Adds the classes of the mask.
     void sensitize(const PseudoMask& mask) { maskBits_ |= mask.getBits(); }
 
-    // The worst slack, undefined until written.
+    // The worst slack of the paths through the arc, undefined until written.
     Delay getSlack() const { return Delay(slack_); }
     void setSlack(const Delay& slack) {
         slack_ = int(slack);
         _hasMaximumSlack = _hasMaximumSlack || slack_ == Delay::maximumValue;
     }
+    // The criticality class of the arc, 0 until written.
     unsigned long getWeight() const;
     void setWeight(unsigned long weight);
-    // A percentage, 100 until written. InvalidRequest beyond 100: "Duty cycle above 100".
+    // The smallest duty cycle of the clocks that govern the slack, as a percentage; 100 until written.
     unsigned long getMinDutyCycle() const { return minDutyCycle_; }
+    // InvalidRequest: "Duty cycle above 100".
     void setMinDutyCycle(unsigned long percentage);
 
-    // Forgets slack, weight, duty cycle and classes. The active flag and the delays stay.
+    // Clears slack, weight, duty cycle and classes. Delays stay, and whether the arc is active.
     void clearResults();
 
-    // Whether an arc, of any cell, was ever given the maximum special for its slack. No analysis writes it.
+    // Whether the maximum special was ever written as the slack of any arc. An analysis never writes it.
     static bool _hasMaximumSlack;
 
-    // Below Cell::getEdgeBound(), in order of creation; not given to another arc later.
+    // The number of the arc in order of creation, less than Cell::getEdgeBound(). It is never used again for
+    // another arc.
     std::uint32_t getIndex() const { return index_; }
-    // The source's index: a walk that keeps what it knows by index need not read the source for it.
+    // The index of the source. A walk that keeps tables by index does not have to read the source for it.
     std::uint32_t getSourceIndex() const { return sourceIndex_; }
     // The address to prefetch before a walk reads the arc, or null if the host has no advice. Reads nothing.
     const void* _getFetchAddress() const { return this; }
@@ -89,7 +93,7 @@ private:
     void unlink();
     detail::EdgeDetails& getDetails() const;
 
-    // An arc is one line of the cache. What walks do not read lies in the cell, by index.
+    // An arc takes one line of the cache. What walks do not read is kept by index in the cell.
     Pole* source_;
     Pole* target_;
     unsigned long maskBits_ = 0;

@@ -1,15 +1,20 @@
 // A reported path: a chain of arcs from a launch leaf to an end point of one subdomain, and its slack.
 //
-// The slack is computed once, when the path is made, by the arithmetic of the sweep:
-//   arrival   launch, plus the input constraint of the first pole (where the launch side has a root), plus
-//   the arcs' delays required  the setup relation (longest) or minus the hold relation (shortest) plus latch,
-//   minus the output constraint of the
-//             last pole (where the latch side has a root)
-//   longest   required - arrival + adjust
-//   shortest  arrival - required + adjust; the last arc's hold value counts against the data where it is a
-//   check arc
+// The slack is computed once, when the path is created, by the arithmetic of the sweep:
 //
-// The path belongs to its subdomain, and keeps its arcs from being destroyed. Cost: a word an arc.
+//   arrival  = launch + input constraint of the first pole + the arcs' delays
+//   required = setup relation + latch - output constraint of the last pole     (longest)
+//            = -hold relation + latch - output constraint of the last pole     (shortest)
+//   slack    = required - arrival + adjust                                     (longest)
+//            = arrival - required + adjust                                     (shortest)
+//
+// A port constraint counts only if its side has a clock root. A longest path takes maximum delays and bounds,
+// a shortest path minimum ones. The minimum delay of an arc into a check is a hold value, which a shortest
+// path subtracts from the arrival.
+//
+// The path belongs to its subdomain, and keeps its arcs and its exception from being destroyed. Space: 8
+// bytes per arc and a fixed part. Creating or destroying one costs a step for each arc and the logarithm of
+// the number of kept paths.
 #pragma once
 
 #include "Pelko/Delay.h"
@@ -26,27 +31,31 @@ class Subdomain;
 
 class PELKO_API Path : public Object {
 public:
-    // The worst slack first, by the order of raw values; the first come first among equals.
+    // Orders paths by slack, the worst first, by raw values (undefined is the worst). Equal slacks are
+    // ordered by creation.
     struct Worse {
         bool operator()(const Path* a, const Path* b) const {
             return a->slack_ == b->slack_ ? a->getStamp() < b->getStamp() : a->slack_ < b->slack_;
         }
     };
 
-    // `latch` and `launch` are the clock arrivals at either end, `adjust` what an exception adds to the
-    // slack. FactoryFailed: "Null subdomain", "Null edge", "Broken path" (an arc that does not start where
-    // the one before ends).
+    // `latch` and `launch` are the clock arrivals at the two ends. `adjust` is what an exception adds to the
+    // slack. FactoryFailed: "Null subdomain", "Null edge", "Broken path" (an arc that does not start at the
+    // target of the one before).
     static Path* createLongest(Subdomain* subdomain, const Edges& edges, const Delay& latch,
                                const Delay& launch, const Delay& adjust);
     static Path* createShortest(Subdomain* subdomain, const Edges& edges, const Delay& latch,
                                 const Delay& launch, const Delay& adjust);
 
     Subdomain* getSubdomain() const { return subdomain_; }
+    // True for a longest (setup) path, false for a shortest (hold) path.
     bool isLongest() const { return longest_; }
+    // The arcs, from the launch leaf to the end point.
     Edges getEdges() const {
         return Ruvex::MemoryCollection<Edge*>(edges_.data(), edges_.data() + edges_.size());
     }
     const Delay& getSlack() const { return slack_; }
+    // The arguments of the factory.
     const Delay& getLatchDelay() const { return latch_; }
     const Delay& getLaunchDelay() const { return launch_; }
     const Delay& getAdjustment() const { return adjust_; }

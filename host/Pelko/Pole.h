@@ -1,15 +1,17 @@
-// A pole: a timing point, where arcs meet. Poles live in the cell, in contiguous blocks, and are read in
-// order of creation.
+// A pole: a timing point, at which arcs meet. Poles belong to a cell, lie in contiguous blocks, and are read
+// in order of creation.
 //
-// What a pole is shows in its kinds, which combine: a design port, a clock pin, the data side of a timing
-// check, a start or an end of timing paths. Factories make the usual ones; setters change any. An engine that
-// walks the graph relies on these:
-//   - input ports, clock poles and clock sources that launch are initial; check poles and output ports are
-//   terminal;
-//   - a clock pole has a clock mode, and a check pole a clock pole.
+// A pole has kinds, which combine: a design port, a clock pin, the data side of a timing check, a start or an
+// end of timing paths. The factories create the usual combinations; setters change any of them. An engine
+// that walks the graph relies on these rules, which `check()` verifies:
 //
-// Cost: 128 bytes a pole and its fan arrays; every operation here is O(1), but `getIncomingEdge` (the shorter
-// of the two fans) and `insulate` (its arcs).
+//   - Input ports, clock poles and clock sources that launch are initial.
+//   - Check poles and output ports are terminal.
+//   - A clock pole has a clock mode.
+//   - A check pole has a clock pole.
+//
+// Cost: 128 bytes per pole, and its fan arrays. Every operation is O(1), except `getIncomingEdge` (the
+// shorter of the two fans), `insulate` and destruction (the pole's arcs).
 #pragma once
 
 #include "Pelko/ClockMode.h"
@@ -28,20 +30,25 @@ class Pin;
 
 class PELKO_API Pole : public Object {
 public:
-    // A pole of no kind, without a pin | with one, whose main pole it becomes where the pin has none yet.
-    // FactoryFailed: "Null cell", "Null pin".
+    // All factories: FactoryFailed: "Null cell".
+
+    // A pole of no kind and without a pin.
     static Pole* create(Cell* owner, const std::string& name = {});
-    static Pole* create(Cell* owner, Pin* pin, const std::string& name = {});
-    // An input port: input and initial. | An output port: output and terminal.
-    static Pole* createInput(Cell* owner, const std::string& name = {});
-    static Pole* createOutput(Cell* owner, const std::string& name = {});
-    // A defined clock source, initial. One that is a design port is an input besides.
-    static Pole* createClockSource(Cell* owner, const std::string& name = {});
-    // A clock pin's pole: clock, initial, with its working edge. FactoryFailed also: "No clock mode".
-    static Pole* createClock(Cell* owner, Pin* pin, const ClockMode& mode, const std::string& name = {});
-    // The data side of a setup and hold check: check and terminal, governed by the clock pole, whose pin's
-    // auxiliary pole it becomes. FactoryFailed: "Null clock pole", "Not a clock pole", "Clock pole without a
+    // A pole of no kind. It becomes the main pole of the pin if the pin has none yet. FactoryFailed: "Null
     // pin".
+    static Pole* create(Cell* owner, Pin* pin, const std::string& name = {});
+    // An input port: input and initial.
+    static Pole* createInput(Cell* owner, const std::string& name = {});
+    // An output port: output and terminal.
+    static Pole* createOutput(Cell* owner, const std::string& name = {});
+    // A defined clock source: clock source and initial. If it is a design port as well, set it to input too.
+    static Pole* createClockSource(Cell* owner, const std::string& name = {});
+    // The pole of a clock pin: clock and initial, with the edge that it works on. FactoryFailed: "Null pin",
+    // "No clock mode".
+    static Pole* createClock(Cell* owner, Pin* pin, const ClockMode& mode, const std::string& name = {});
+    // The data side of a setup and hold check: both check kinds and terminal. The clock pole governs it, and
+    // it becomes an auxiliary pole of the clock pole's pin. FactoryFailed: "Null clock pole", "Not a clock
+    // pole", "Clock pole without a pin".
     static Pole* createCheck(Pole* clockPole, const std::string& name = {});
 
     bool isInput() const { return has(Input); }
@@ -52,8 +59,10 @@ public:
     bool isTerminal() const { return has(Terminal); }
     bool isSetupCheck() const { return has(SetupCheck); }
     bool isHoldCheck() const { return has(HoldCheck); }
-    // Either check bit: an arc into this pole holds a hold and a setup value, not a propagation delay.
+    // Whether the pole is of either check kind: an arc into it holds a hold value (minimum) and a setup value
+    // (maximum), not a propagation delay.
     bool isCheck() const { return (kinds_ & (SetupCheck | HoldCheck)) != 0; }
+    // Whether a clock pole latches on the other edge than that of its clock mode.
     bool isCaptureInverted() const { return has(CaptureInverted); }
 
     void setInput(bool set) { change(Input, set); }
@@ -66,44 +75,48 @@ public:
     void setHoldCheck(bool set) { change(HoldCheck, set); }
     void setCaptureInverted(bool set) { change(CaptureInverted, set); }
 
-    // The edge this clock pole works on.
+    // The edge that a clock pole works on; None for other poles.
     ClockMode getClockMode() const { return ClockMode(clockMode_); }
     void setClockMode(const ClockMode& mode) { clockMode_ = mode.getCode(); }
     // The clock pole that governs this pole's timing check, or null.
     Pole* getClockPole() const { return clockPole_; }
     void setClockPole(Pole* pole);
-    // The pole that stands for this pole's pin in domain building: the one set, else the pin's main pole,
-    // else this pole.
+    // The pole that represents this pole's pin when domains are built: the one that was set, else the pin's
+    // main pole, else this pole.
     Pole* getMainPole() const;
     void setMainPole(Pole* pole);
 
+    // The arcs into the pole and out of it, in order of creation.
     Edges getIncomingEdges() const { return viewOf(incoming_); }
     Edges getOutgoingEdges() const { return viewOf(outgoing_); }
-    // The arc from `source` into this pole, or null.
+    // The arc from `source` into this pole, or null. Costs a walk of the shorter of the two fans.
     Edge* getIncomingEdge(const Pole* source) const;
 
-    // The classes of the constrained paths that start here | that end here. Kept by CPath::setPseudoMask.
+    // The classes of the exceptions that start at this pole. CPath::setPseudoMask keeps it.
     PseudoMask getOpeningPseudoMask() const { return PseudoMask(openingBits_); }
+    // The classes of the exceptions that end at this pole.
     PseudoMask getClosingPseudoMask() const { return PseudoMask(closingBits_); }
 
-    // One visit mark a pole. Analyzer::unmark() clears all marks at once.
+    // The visit mark of the pole. Analyzer::unmark() clears the marks of all poles at once.
     void mark();
     void unmark() { markEpoch_ = 0; }
     bool isMarked() const;
 
-    // Cuts the pole out of timing propagation: all its arcs become inactive.
+    // Makes all arcs of the pole inactive, so that timing does not pass it.
     void insulate();
 
     // The pole's own name, else its pin's, else "pole#" and its index.
     std::string getName() const;
-    // The name of its pin's net, else the pole's name.
+    // The name of the net of its pin, else the pole's name.
     std::string getNetUserName() const;
+    // The pole's pin, or null.
     Pin* getPin() const { return pin_; }
     Cell* getCell() const { return cell_; }
-    // Below Cell::getPoleBound(), in order of creation; not given to another pole later.
+    // The number of the pole in order of creation, less than Cell::getPoleBound(). It is never used again for
+    // another pole.
     std::uint32_t getIndex() const { return index_; }
-    // The address to prefetch before a walk reads the pole's kinds, masks, index and incoming arcs, or null if
-    // the host has no advice. Reads nothing.
+    // The address to prefetch before a walk reads the pole's kinds, masks, index and incoming arcs, or null
+    // if the host has no advice. Reads nothing.
     const void* _getFetchAddress() const { return &incoming_; }
     // The same for its outgoing arcs.
     const void* _getOutgoingFetchAddress() const { return this; }
@@ -112,7 +125,7 @@ public:
 
     std::string getClass() const override;
     std::string getAlias() const override;
-    // False while the pole is referenced. Its arcs end with it.
+    // False while the pole is referenced. Its arcs are destroyed with it.
     bool isDestroyable() const override;
     Ruvex::Record* _getRecord() const override;
     void check(Issue& issue) const override;
@@ -152,7 +165,7 @@ private:
     static Edges viewOf(const detail::Fan& fan);
     static void replace(Pole*& field, Pole* value, const Pole* self);
 
-    // A pole is two lines of the cache; what walks read against the arcs lies in the second.
+    // A pole takes two lines of the cache. What a walk against the arcs reads lies in the second.
     Cell* cell_;
     Pin* pin_;
     Pole* mainPole_ = nullptr;
@@ -168,7 +181,7 @@ private:
     ClockMode::Code clockMode_ = ClockMode::None;
 };
 
-// Counts one reference to each pole, so that a referenced pole is not destroyed. Null poles are passed over.
+// Counts references to poles: a pole with references is not destroyable. A null pole is ignored.
 class PELKO_API Reference {
 public:
     static void add(Pole* pole) {
