@@ -1,12 +1,12 @@
-// Constrained paths: the timing exceptions. Each is a set of source poles, of target poles, and of bridges
-// between them.
+// Constrained paths: the timing exceptions. Each has a set of source poles, a set of target poles, and a set
+// of bridges between them.
 //
 // Exceptions belong to the analyzer, in order of creation, and keep their poles from being destroyed.
-// `setPseudoMask` gives an exception its class, and shows the class on its sources (opening) and its targets
-// (closing).
+// `setPseudoMask` gives an exception its class, and adds the class to the opening masks of its sources and to
+// the closing masks of its targets.
 //
-// The slack adjustment says how an exception changes the slack of a path in one subdomain, relative to the
-// relation that the subdomain has. It is never undefined, so that a path is always made:
+// The slack adjustment is what an exception adds to the slack of a path in one subdomain, relative to the
+// relation of the subdomain. It is never undefined, so that a path is always created:
 //
 //   kind               long side                            short side
 //   maximum delay v    v - setup relation                   0
@@ -15,8 +15,8 @@
 //   false path         maximum                              maximum
 //   other              0                                    0
 //
-// and 0 where what it is relative to is not defined. An application that knows a better one gives the
-// exception an adjuster.
+// If the relation or the period in this table is undefined, the adjustment is 0. An application that knows
+// the exact value gives the exception an adjuster.
 #pragma once
 
 #include "Pelko/Delay.h"
@@ -37,53 +37,58 @@ public:
     using PoleList = std::vector<Pole*>;
     using Adjuster = std::function<Delay(const Subdomain& subdomain, bool longest)>;
 
-    // The objects of an exception. A pole named twice counts once.
+    // The poles of an exception. A pole that is named twice counts once.
     struct Objects {
         PoleList sources;
         PoleList targets;
         PoleList bridges = {};
     };
 
-    // An exception of no kind: it has a class and tags arcs. FactoryFailed, here and in the kinds: "Null
+    // An exception of no kind: it has a class and tags arcs. FactoryFailed, also for the kinds below: "Null
     // analyzer", "Null pole".
     static CPath* create(const Objects& objects);
 
     Poles getSources() const { return viewOf(sources_); }
     Poles getTargets() const { return viewOf(targets_); }
-    // Intermediate points, empty when none.
+    // The intermediate points: each path under the exception passes one. Empty if paths need not.
     Poles getBridges() const { return viewOf(bridges_); }
     // Sources, bridges and targets, one after another.
     Poles getPoles() const;
 
-    // Whether the poles are cut out of timing propagation instead of being tagged.
+    // Whether a run makes all arcs of the poles inactive instead of tagging paths.
     virtual bool isInsulated() const { return false; }
-    // Says that the exception names paths that exist.
+    // Marks the exception as valid: at least one path under it exists.
     void validate() { validated_ = true; }
     bool isValidated() const { return validated_; }
 
+    // The class of the exception; empty until set.
     const PseudoMask& getPseudoMask() const { return pseudoMask_; }
+    // Replaces the class, here and in the masks of the poles. Costs a step for each of its poles; if it had
+    // another class, also for each exception.
     void setPseudoMask(const PseudoMask& mask);
 
-    // The worst slack of the paths under the exception; an undefined slack is passed over.
+    // Keep the worst slack of the paths under the exception. An undefined slack is ignored.
     void mergeLongestSlack(const Delay& slack) { merge(longestSlack_, slack); }
     void mergeShortestSlack(const Delay& slack) { merge(shortestSlack_, slack); }
-    // Undefined where no path was found.
+    // The worst slack, undefined if no path was found.
     const Delay& getLongestSlack() const { return longestSlack_; }
     const Delay& getShortestSlack() const { return shortestSlack_; }
 
-    // What the exception adds to a slack. `longest`: the setup side.
+    // What the exception adds to the slack of a path: on the setup side if `longest`, else on the hold side.
+    // InvalidRequest: "Null subdomain".
     Delay getSlackAdjustment(const Subdomain* subdomain, bool longest) const;
+    // The adjuster's result replaces the table above. An empty adjuster restores it.
     void setAdjuster(Adjuster adjuster) { adjuster_ = std::move(adjuster); }
 
-    // Forgets class, slacks and validation.
+    // Clears class, slacks and validation.
     void clearResults();
 
-    // False while a reported path is governed by the exception.
+    // False while the exception governs a reported path.
     bool isDestroyable() const override { return references_ == 0; }
 
     void setAlias(const std::string& alias) { alias_ = alias; }
     std::string getClass() const override;
-    // The alias set, else the class and the stamp.
+    // The alias that was set, else the class, "#" and the stamp.
     std::string getAlias() const override;
     Ruvex::Record* _getRecord() const override;
 
@@ -108,7 +113,7 @@ private:
             worst = slack;
     }
 
-    Analyzer* analyzer_; // that the exception was made for
+    Analyzer* analyzer_; // the owner
     PoleList sources_;
     PoleList targets_;
     PoleList bridges_;
@@ -121,7 +126,7 @@ private:
     unsigned long references_ = 0; // reported paths
 };
 
-// A false path. An insulated one is cut out of the graph before a run.
+// A false path. If it is insulated, a run makes all arcs of its poles inactive.
 class PELKO_API FPath : public CPath {
 public:
     static FPath* create(const Objects& objects, bool insulated = false);
@@ -137,8 +142,7 @@ private:
     bool insulated_;
 };
 
-// A maximum or minimum delay path: one delay, and which of the two it is. FactoryFailed also: "Special
-// delay".
+// A maximum delay path or a minimum delay path. FactoryFailed: "Special delay".
 class PELKO_API DPath : public CPath {
 public:
     static DPath* createMaximum(const Objects& objects, const Delay& delay) {
@@ -149,9 +153,9 @@ public:
     }
 
     bool isMaximum() const { return maximum_; }
-    // The delay, where the path holds such a constraint. InvalidRequest otherwise: "Invalid maxdelay",
-    // "Invalid mindelay".
+    // The delay of a maximum delay path. InvalidRequest for a minimum delay path: "Invalid maxdelay".
     const Delay& getMaxdelay() const;
+    // The delay of a minimum delay path. InvalidRequest for a maximum delay path: "Invalid mindelay".
     const Delay& getMindelay() const;
     std::string getClass() const override;
     Ruvex::Record* _getRecord() const override;
@@ -168,7 +172,7 @@ private:
     bool maximum_;
 };
 
-// A multicycle path. FactoryFailed also: "Zero multiplier".
+// A multicycle path. FactoryFailed: "Zero multiplier".
 class PELKO_API MPath : public CPath {
 public:
     static MPath* create(const Objects& objects, unsigned long multiplier);

@@ -1,9 +1,9 @@
 // The cell: the design under analysis, and the owner of its poles and edges. The global `cell` is the one
 // that tools work on.
 //
-// Poles and edges carry dense indices in order of creation; collections read them in that order. An ended
-// object's index is not given again, so that an index always means the same object; `getPoleBound()` sizes a
-// table by index.
+// Poles and edges have dense indices in order of creation, and collections return them in that order. The
+// index of a destroyed object is never used again, so that an index always means the same object.
+// `getPoleBound()` and `getEdgeBound()` are the sizes of tables by index.
 #pragma once
 
 #include "Pelko/Edges.h"
@@ -21,7 +21,7 @@ class Pin;
 
 namespace detail {
 
-// Of an arc, what is seldom read.
+// The part of an arc that is seldom read.
 struct EdgeDetails {
     unsigned long weight = 0;
     std::uint32_t sourcePosition = 0; // in the source's outgoing fan
@@ -33,22 +33,23 @@ struct EdgeDetails {
 
 class PELKO_API Cell : public Object {
 public:
-    // FactoryFailed: "Empty cell name".
+    // A cell with an empty module of the same name. FactoryFailed: "Empty cell name".
     static Cell* create(const std::string& name);
 
     const std::string& getName() const { return name_; }
     Module* getModule() const { return module_.get(); }
+    // All poles and all arcs, in order of creation. The count is O(1).
     Poles getPoles() const { return poles_.getView(); }
     Edges getEdges() const { return edges_.getView(); }
-    // The pin's main pole, or null (also for a null pin).
+    // The main pole of the pin; null if the pin is null or has none.
     Pole* getMainPole(const Pin* pin) const;
-    // For a clock pin, the data poles whose timing checks it closes. Empty for a null pin.
+    // The check poles that a clock pin governs. Empty if the pin is null or has none.
     Poles getAuxiliaryPoles(const Pin* pin) const;
 
-    // One past the greatest index.
+    // One more than the largest index so far.
     std::uint32_t getPoleBound() const { return poles_.getBound(); }
     std::uint32_t getEdgeBound() const { return edges_.getBound(); }
-    // Makes room, where the numbers are known beforehand.
+    // Reserves memory for these numbers of poles and arcs.
     void reserve(std::size_t poles, std::size_t edges);
 
     std::string getClass() const override;
@@ -67,7 +68,7 @@ private:
     friend class Edge;
     friend class Pole;
 
-    // Objects by index; null where one has ended.
+    // Objects by index; null in the place of a destroyed one.
     template <class T>
     class Table {
     public:

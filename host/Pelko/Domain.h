@@ -1,7 +1,7 @@
-// A domain: the paths launched by one clock root and latched by another. Either root may be null: a port side
-// without a clock.
+// A domain: the paths that are launched by one clock root and latched by another. Either root may be null,
+// for the side of a port without a clock.
 //
-// Domains belong to the analyzer, which reads them in order of creation; a domain's subdomains end with it.
+// Domains belong to the analyzer, in order of creation. The subdomains of a domain are destroyed with it.
 #pragma once
 
 #include "Pelko/ClockMode.h"
@@ -19,21 +19,22 @@ class Subdomain;
 
 class PELKO_API Domain : public Object {
 public:
-    // FactoryFailed: "Null analyzer", "Domain exists already".
+    // A domain of the global analyzer. FactoryFailed: "Null analyzer", "Domain exists already".
     static Domain* create(Pole* launchRoot, Pole* latchRoot);
 
-    // The analyzer that the domain was made for.
+    // The analyzer that the domain belongs to.
     Analyzer* getAnalyzer() const { return analyzer_; }
     Pole* getLaunchRoot() const { return launchRoot_; }
     Pole* getLatchRoot() const { return latchRoot_; }
+    // Whether the clocks are asynchronous to each other. A run sets it from the clock groups.
     bool isAsynchronous() const { return asynchronous_; }
     void setAsynchronous(bool set) { asynchronous_ = set; }
     // Whether both roots have a required period.
     bool isCritical() const;
 
-    // Null when absent.
+    // The subdomain of two clock edges, or null if there is none.
     Subdomain* getSubdomain(const ClockMode& launchMode, const ClockMode& latchMode) const;
-    // In order of creation.
+    // All subdomains, in order of creation.
     Ruvex::Collection<Subdomain*> getSubdomains() const {
         return Ruvex::ListCollection<Subdomain*>(subdomains_);
     }
@@ -42,7 +43,7 @@ public:
     Ruvex::Collection<Path*> getShortestPaths() const;
 
     std::string getClass() const override;
-    // "launch -> latch"; "none" for a null root.
+    // "launch -> latch", the names of the roots. A null root is called "none".
     std::string getAlias() const override;
     Ruvex::Record* _getRecord() const override;
 

@@ -1,12 +1,12 @@
 // The base of database objects.
 //
-// Every object has a creation stamp, unique in the process; `StampLess` orders objects by it, and null before
-// all. Every ordered set or map of objects is ordered so, never by address.
+// Every object has a creation stamp, which is unique in the process. `StampLess` orders objects by it, with
+// null first. Every ordered set or map of objects uses that order, never the order of addresses.
 //
-// Lifecycle: a class's static `create(...)` calls its `preCreate(...)` (checks the arguments, may throw),
-// allocates, and calls `postCreate()`; `destroy()` calls `preDestroy()` and deletes. Objects are made and
-// ended in no other way. Listeners hear of an object after `postCreate()`, when it is whole, and in
-// `preDestroy()`, while it still is.
+// Lifecycle: the static `create(...)` of a class calls its `preCreate(...)`, which checks the arguments and
+// may throw, allocates, and calls `postCreate()`. `destroy()` calls `preDestroy()` and deletes. Objects are
+// created and destroyed in no other way. Listeners are called at the end of `postCreate()`, when the object
+// is complete, and at the start of `preDestroy()`, while it still is.
 //
 // The order of the virtual operations is part of the interface.
 #pragma once
@@ -23,25 +23,28 @@ namespace Pelko {
 class Issue;
 class Object;
 
+// Told of every object that is created and of every object that is destroyed. An exception goes to whoever
+// creates or destroys the object.
 class PELKO_API ObjectListener {
 public:
     virtual ~ObjectListener();
+    // Called when the object is complete. The default does nothing.
     virtual void onCreated(Object* object);
-    // The object, and what it refers to, can still be read.
+    // Called while the object, and what it refers to, can still be read. The default does nothing.
     virtual void onDestroyed(Object* object);
 };
 
 // Told of each sweep just before it is destroyed, and of no other object.
 //
 // A sweep is an object that an engine attaches to the database for a part of a run: its class derives from
-// Object directly and belongs to the engine. A listener that reads it converts the pointer to the engine's own
-// type; a `dynamic_cast` there costs once per sweep.
+// Object directly and belongs to the engine. A listener that reads it converts the pointer to the engine's
+// own type; a `dynamic_cast` there costs once per sweep.
 class PELKO_API SweepListener {
 public:
     virtual ~SweepListener();
     // The sweep, its results and what it refers to can still be read; destroying it throws InvalidRequest.
-    // Called after the ObjectListeners, also for the sweeps of a run that failed. An exception goes to whoever
-    // destroys the sweep: in a run it ends the run, as that of an ObjectListener does.
+    // Called after the ObjectListeners, also for the sweeps of a run that failed. An exception goes to
+    // whoever destroys the sweep: in a run it ends the run, as that of an ObjectListener does.
     virtual void onSweepDestroyed(Object* sweep) = 0;
 };
 
@@ -59,21 +62,25 @@ public:
     Object& operator=(const Object&) = delete;
     virtual ~Object();
 
-    // The class and the alias: "Pole u1/A".
+    // The class and the alias, such as "Pole u1/A".
     virtual std::string _getLabel() const;
+    // A new slot that shows the object. The caller owns it; the object must outlive it.
     virtual Ruvex::Slot* _getSlot() const;
-    // Null outside debug mode. The caller owns it.
+    // A new record of the object, or null outside debug mode. The caller owns it.
     virtual Ruvex::Record* _getRecord() const;
+    // Whether `_getRecord()` returns a record.
     virtual bool _hasRecord() const;
     // The name of the object's class, without its namespace.
     virtual std::string getClass() const;
-    // What the object is called in messages.
+    // The name of the object in messages. The default is "#" and the stamp.
     virtual std::string getAlias() const;
+    // The name of the object in representations. The default is the alias.
     virtual std::string getReprLabel() const;
+    // Whether `destroy()` may be called: false while something refers to the object.
     virtual bool isDestroyable() const { return true; }
     // Prints the label and the record on the console.
     virtual void printDetails() const;
-    // Adds what is inconsistent about the object.
+    // Adds a finding to `issue` for everything that is inconsistent about the object.
     virtual void check(Issue& issue) const;
 
 protected:
@@ -83,12 +90,14 @@ public:
     virtual bool isTouchable() const { return false; }
 
     unsigned long getStamp() const { return stamp_; }
-    // Throws InvalidRequest "Not destroyable: " and the label where `isDestroyable()` is false, and leaves
-    // the object as it is. The same with "Not destroyable now: " for an object that somebody keeps, that a
-    // run works on (Tool::Run), or of whose creation or end listeners are just told.
+    // Destroys the object. If it refuses or a listener throws, the object stays as it is. InvalidRequest:
+    // "Not destroyable: ..." if `isDestroyable()` is false; "Not destroyable now: ..." if a `Keep` for the
+    // object exists, if a run works on it (Tool::Run), or while listeners are told of its creation or
+    // destruction.
     void destroy();
 
-    // While one lives, the object is not destroyed. Null keeps nothing.
+    // The object cannot be destroyed while a `Keep` for it exists. Null keeps nothing. O(1); `destroy()`
+    // looks at all that exist.
     class PELKO_API Keep {
     public:
         explicit Keep(const Object* object) noexcept;
@@ -104,11 +113,12 @@ public:
         Keep* previous_ = nullptr;
     };
 
-    // A listener is heard from now on, in the order of adding. It must outlive its stay; adding twice counts
-    // once.
+    // Adds a listener; listeners are called in the order of adding. It must be removed before it is
+    // destroyed. A listener that is there already keeps its place. InvalidRequest: "Null listener".
     static void addListener(ObjectListener* listener);
+    // A listener that was never added is ignored. Listeners may be removed while they are called.
     static void removeListener(ObjectListener* listener);
-    // The same for listeners of sweeps. Objects of the database cost them nothing.
+    // The same for listeners of sweeps. Objects of the database cost nothing for them.
     static void addSweepListener(SweepListener* listener);
     static void removeSweepListener(SweepListener* listener);
 
