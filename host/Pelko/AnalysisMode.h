@@ -1,4 +1,4 @@
-// How much is analysed: every domain (exhaustive), or only those between clocks with a required period
+// Which domains a run analyses: all (exhaustive), or only those between clocks with a required period
 // (critical).
 #pragma once
 
@@ -17,7 +17,7 @@ public:
     ~AnalysisMode() override = default;
 
     Code getCode() const { return code_; }
-    // The mode in force: the default one is exhaustive.
+    // The mode, with Exhaustive in place of Default.
     AnalysisMode getEffective() const { return code_ == Default ? AnalysisMode(Exhaustive) : *this; }
 
     // "Default", "Critical", "Exhaustive"

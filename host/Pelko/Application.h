@@ -1,12 +1,10 @@
-// The application: how a run yields to the program around it. The global `application` is the one that tools
-// ask.
+// The application: how a run yields to the program around it. Tools use the global `application`.
 //
-// In batch mode nothing is processed during a run. Otherwise a run calls QCoreApplication::processEvents()
-// whenever the event timer shows more than 250 ms; there a stop request ends the run with
-// Ruvex::Interruption.
+// In batch mode a run processes no events. Otherwise it calls QCoreApplication::processEvents() when the
+// event timer shows more than 250 ms. If a stop was requested, the run then ends with Ruvex::Interruption.
 //
-// A program without a QCoreApplication gets one with the application; a program with one keeps it, and makes
-// it first.
+// If the program has no QCoreApplication, the application creates one. A program that has one of its own must
+// create it first.
 #pragma once
 
 #include "Pelko/Object.h"
@@ -24,15 +22,16 @@ class PELKO_API Application : public Object {
 public:
     static Application* create();
 
-    // Off.
+    // Whether runs process no events. Default: off.
     bool isBatch() const { return batch_; }
     void setBatch(bool set) { batch_ = set; }
+    // Measures the time since events were last processed; a run restarts it.
     QTime& getEventTimer() { return eventTimer_; }
 
-    // Asks the run to stop: the next time it processes events, it ends with Interruption "stopped by the
-    // user". Safe to call from a signal handler and from another thread. A request is heard once;
-    // `cancelStop()` takes back one not heard yet.
+    // Asks the run to stop: when it next processes events, it ends with Interruption "stopped by the user".
+    // Each request has effect once. Safe to call from a signal handler and from another thread.
     void requestStop() noexcept { stopRequested_.store(true, std::memory_order_relaxed); }
+    // Withdraws a request that has had no effect yet.
     void cancelStop() noexcept { stopRequested_.store(false, std::memory_order_relaxed); }
     bool isStopRequested() const noexcept { return stopRequested_.load(std::memory_order_relaxed); }
 

@@ -1,4 +1,4 @@
-// Which edge of a clock a pole or a subdomain works on.
+// The clock edge on which a pole or a subdomain works.
 //
 //   0 None     no clock
 //   1 Falling  the edge one high width after the clock's shift
@@ -22,7 +22,7 @@ public:
     Code getCode() const { return code_; }
     bool operator==(const ClockMode& other) const { return code_ == other.code_; }
 
-    // "none", "falling", "rising"
+    // "none", "falling" or "rising".
     std::string _getLabel() const override;
     Ruvex::Slot* _getSlot() const override;
 

@@ -1,5 +1,5 @@
 // Instances: the design objects that own pins. Two kinds matter to clock walks: PLLs, and the waveform
-// generators they drive.
+// generators that they drive.
 #pragma once
 
 #include "Pelko/Object.h"
@@ -14,18 +14,20 @@ class Pin;
 
 class PELKO_API Instance : public Object {
 public:
-    // FactoryFailed: "Null module", "Empty instance name", "Instance exists already".
+    // An instance of the module, without pins. FactoryFailed: "Null module", "Empty instance name", "Instance
+    // exists already".
     static Instance* create(Module* module, const std::string& name);
 
     const std::string& getName() const { return name_; }
-    // The pin of this name, or null.
+    // The pin of this name, or null. Logarithmic.
     Pin* getPin(const std::string& name) const;
+    // All pins, in order of names.
     Ruvex::Collection<Pin*> getPins() const { return Ruvex::MapCollection<std::string, Pin*>(pins_); }
     Module* getModule() const { return module_; }
 
     std::string getClass() const override;
     std::string getAlias() const override { return name_; }
-    // Instances end with their module.
+    // Instances are destroyed only with their module.
     bool isDestroyable() const override { return false; }
 
     ~Instance() override;
@@ -43,12 +45,12 @@ private:
     std::map<std::string, Pin*> pins_;
 };
 
-// A PLL. Pins that the walks look for: "FBK", its feedback input, and "VCO", its oscillator output.
+// A PLL. The walks look for its pins "FBK", the feedback input, and "VCO", the oscillator output.
 class PELKO_API PLL : public Instance {
 public:
     static PLL* create(Module* module, const std::string& name);
 
-    // Whether the PLL compensates the delay of its feedback path.
+    // Whether the PLL compensates the delay of its feedback path. Default: off.
     bool hasFeedbackCompensation() const { return feedbackCompensation_; }
     void setFeedbackCompensation(bool set) { feedbackCompensation_ = set; }
 
@@ -66,6 +68,7 @@ class PELKO_API WFG : public Instance {
 public:
     static WFG* create(Module* module, const std::string& name);
 
+    // Whether the feedback of a PLL starts at the output. Default: off.
     bool hasPLLFeedback() const { return pllFeedback_; }
     void setPLLFeedback(bool set) { pllFeedback_ = set; }
 

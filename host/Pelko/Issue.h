@@ -1,4 +1,4 @@
-// What a consistency check of database objects found: a list of texts, each with the object it is about.
+// The findings of a consistency check: a list of texts, each with the object that it is about.
 #pragma once
 
 #include "Ruvex/Export.h"

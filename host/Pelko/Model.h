@@ -1,9 +1,10 @@
-// The whole in-memory host by one object: an application, a cell and an analyzer, as the globals, ended in
-// reverse.
+// The whole in-memory host in one object. It creates an application, a cell and an analyzer as the globals,
+// and destroys them in reverse order.
 //
-// A model ends as a whole, whatever listeners do. All of them are told of every object, also if some throw:
-// `end()` throws the first exception when the model has ended, and the destructor prints it as a warning. A
-// destructor cannot refuse, so a model that is destroyed while a tool runs ends when the run is over.
+// A model is destroyed as a whole, also if listeners throw: all of them are told of every object. `end()`
+// throws the first exception after the model is destroyed; the destructor prints it as a warning. A
+// destructor cannot refuse, so a model whose destructor is called while a tool runs is destroyed when the run
+// is over.
 //
 //   Pelko::Model model("top");
 //   Pole* clk = Pole::createClockSource(model.getCell(), "clk");
@@ -21,14 +22,14 @@ namespace Pelko {
 
 class PELKO_API Model {
 public:
-    // FactoryFailed: "A model exists already", "Empty cell name".
+    // Only one model can exist at a time. FactoryFailed: "A model exists already", "Empty cell name".
     explicit Model(const std::string& designName);
     Model(const Model&) = delete;
     Model& operator=(const Model&) = delete;
     ~Model();
 
-    // Ends the model before its destructor does, which then does nothing; likewise a second time.
-    // InvalidRequest: "A tool is running".
+    // Destroys the application, the cell and the analyzer with all that is in them. A second call, and the
+    // destructor, then do nothing. InvalidRequest: "A tool is running".
     void end();
 
     Application* getApplication() const { return application; }
@@ -39,7 +40,7 @@ public:
 private:
     friend class Tool;
 
-    // For the end of a run: ends a model that was destroyed during it.
+    // Called at the end of a run: destroys a model whose destructor was called during the run.
     static void endPostponed() noexcept;
 };
 

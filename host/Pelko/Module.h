@@ -1,5 +1,5 @@
-// The module of a cell: its instances, pins and nets. They are made by their own factories, and end with the
-// module.
+// The module of a cell: its instances, pins and nets. Their own factories create them; they are destroyed
+// with the module. A look-up by name is O(1).
 #pragma once
 
 #include "Pelko/Instance.h"
@@ -22,13 +22,14 @@ public:
     Ruvex::Collection<PLL*> getPLLs() const {
         return Ruvex::MemoryCollection<PLL*>(plls_.data(), plls_.data() + plls_.size());
     }
-    // By name, or null.
+    // The instance of this name, or null.
     Instance* getInstance(const std::string& name) const;
+    // The net of this name, or null.
     Net* getNet(const std::string& name) const;
 
     std::string getClass() const override;
     std::string getAlias() const override { return name_; }
-    // A module ends with its cell.
+    // A module is destroyed only with its cell.
     bool isDestroyable() const override { return false; }
 
     ~Module() override;

@@ -1,4 +1,4 @@
-// A net: what joins pins.
+// A net: connects pins of a module.
 #pragma once
 
 #include "Pelko/Object.h"
@@ -13,17 +13,18 @@ class Pin;
 
 class PELKO_API Net : public Object {
 public:
-    // FactoryFailed: "Null module", "Empty net name", "Net exists already".
+    // A net of the module, without pins. FactoryFailed: "Null module", "Empty net name", "Net exists
+    // already".
     static Net* create(Module* module, const std::string& name);
 
     const std::string& getName() const { return name_; }
-    // The receiving pins, in the order of joining.
+    // The receiving pins, in the order in which they were connected.
     Ruvex::Collection<Pin*> getReceivers() const { return Ruvex::ListCollection<Pin*>(receivers_); }
     Module* getModule() const { return module_; }
 
     std::string getClass() const override;
     std::string getAlias() const override { return name_; }
-    // Nets end with their module.
+    // Nets are destroyed only with their module.
     bool isDestroyable() const override { return false; }
 
     ~Net() override;

@@ -1,8 +1,7 @@
-// A set of timing-exception classes: one bit a constrained path, 64 at the most, readable and rebuildable as
-// an unsigned value.
+// A set of classes of timing exceptions: one bit for each constrained path, at most 64. It converts to an
+// unsigned value and back.
 //
-// `reset(n)` sizes the class space before the classes of a run are handed out with `getBasic(1)` …
-// `getBasic(n)`.
+// `reset(n)` sets the number of classes of a run; `getBasic(1)` to `getBasic(n)` then return them.
 #pragma once
 
 #include "Ruvex/Stuff.h"
@@ -19,11 +18,12 @@ public:
     PseudoMask& operator=(const PseudoMask&) = default;
     ~PseudoMask() override = default;
 
-    // Throws InvalidRequest beyond `maximumClassCount`, and leaves the class space as it was.
+    // Sets the number of classes. If n is larger than `maximumClassCount`, it throws InvalidRequest, and the
+    // number stays as it was.
     static void reset(unsigned long n);
     static unsigned long getClassCount();
-    // The mask that holds only the class of constrained path number i, from 1. Throws InvalidRequest outside
-    // the class space.
+    // The mask that has only the class of constrained path number i, from 1. Throws InvalidRequest if i is 0
+    // or larger than the number of classes.
     static PseudoMask getBasic(unsigned long i);
 
     unsigned long getBits() const { return bits_; }
@@ -41,7 +41,7 @@ public:
     }
     bool operator==(const PseudoMask& other) const { return bits_ == other.bits_; }
 
-    // "{}", "{1 3}": the numbers of the classes.
+    // The numbers of the classes, such as "{}" or "{1 3}".
     std::string _getLabel() const override;
     Ruvex::Slot* _getSlot() const override;
 

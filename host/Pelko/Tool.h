@@ -1,4 +1,5 @@
-// The base of analysis tools. A tool is registered under its name while it lives; a name is given once.
+// The base of analysis tools. A tool is registered under its name while it exists. No two tools have the same
+// name.
 //
 // The order of the virtual operations is part of the interface.
 #pragma once
@@ -21,11 +22,12 @@ public:
     // "Tool " and the name.
     virtual std::string _getLabel() const;
     virtual Ruvex::Slot* _getSlot() const;
-    // Null outside debug mode. The caller owns it.
+    // A new record of the tool, or null outside debug mode. The caller owns it.
     virtual Ruvex::Record* _getRecord() const;
     virtual bool _hasRecord() const;
+    // The name of the tool in messages. The default is the tool's name.
     virtual std::string getAlias() const;
-    // Runs the tool, and says whether the run completed.
+    // Runs the tool. Returns whether the run completed.
     virtual bool launch() = 0;
 
 protected:
@@ -33,13 +35,13 @@ protected:
 
 public:
     const std::string& getName() const { return name_; }
-    // InvalidRequest: "Tool is running".
+    // Destroys the tool. InvalidRequest: "Tool is running".
     void destroy();
 
-    // A run of a tool, while it lives: `launch()` has one. What the run works on stays until it is over. A
-    // listener, an event or another callback that destroys the tool, the analyzer, the application, the cell,
-    // a domain, a subdomain, an exception, a pole or an arc meanwhile gets InvalidRequest, and the run goes
-    // on. Events may destroy poles and arcs, since a run looks for that when it has processed them.
+    // `launch()` holds a Run while it works. While one exists, a listener, an event or another callback that
+    // destroys the tool, the analyzer, the application, the cell, a domain, a subdomain, an exception, a pole
+    // or an arc gets InvalidRequest, and the run continues. Only events may destroy poles and arcs, because a
+    // run checks for that after it has processed them.
     class PELKO_API Run {
     public:
         explicit Run(const Tool* tool) noexcept;
@@ -47,11 +49,12 @@ public:
         Run& operator=(const Run&) = delete;
         ~Run();
 
-        // Whether a run goes on: of this tool, or of any for null.
+        // Whether the tool runs; for null, whether any tool runs.
         static bool isGoingOn(const Tool* tool = nullptr) noexcept;
+        // Whether the object cannot be destroyed now because a tool runs.
         static bool keeps(const Object* object);
 
-        // While one lives, the run processes events.
+        // The run holds one while it processes events.
         class PELKO_API Yield {
         public:
             Yield() noexcept;
@@ -59,7 +62,7 @@ public:
             Yield& operator=(const Yield&) = delete;
             ~Yield();
         };
-        // While one lives, the run itself destroys the object.
+        // The run holds one while it destroys the object itself.
         class PELKO_API Release {
         public:
             explicit Release(const Object* object) noexcept;

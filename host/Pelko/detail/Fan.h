@@ -1,8 +1,8 @@
 // The arcs into or out of one pole: an array of pointers, in order of creation.
 //
-// Two arcs are kept in place; more live in arrays of 2^n pointers, whose places are pooled. Ending an arc
-// leaves a hole (null), so that it costs O(1) and no running walk loses its place; holes are closed when the
-// array next grows. Each arc knows its position, so that the array tells it when it moves.
+// Up to two arcs are kept in place; more are kept in arrays of 2^n pointers, whose memory is pooled. Removing
+// an arc leaves a hole (null), so that it costs O(1) and no walk loses its place. Holes are closed when the
+// array next grows. Each arc knows its position, so the array reports it when an arc moves.
 #pragma once
 
 #include "Pelko/detail/Pool.h"
@@ -37,8 +37,8 @@ public:
     Edge* const* end() const { return begin() + size_; }
     std::uint32_t getCount() const { return size_ - holes_; }
 
-    // Appends an arc and gives its position. `moved(arc, position)` is called for every arc that closing
-    // holes moves.
+    // Appends an arc and returns its position. Calls `moved(arc, position)` for every arc that moves because
+    // holes are closed.
     template <class Moved>
     std::uint32_t push(Edge* edge, Moved moved) {
         if (size_ == getCapacity()) {

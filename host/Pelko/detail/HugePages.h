@@ -1,5 +1,5 @@
-// Memory in pages of two megabytes where the system has them to give. A walk of a large design asks for
-// objects from all over it; in small pages nearly every one of them costs the search for its page as well.
+// Memory in pages of two megabytes, if the system has any. A walk of a large design reads objects from all
+// over it, and in small pages nearly each of them costs the search for its page as well.
 #pragma once
 
 #include <cstddef>
@@ -12,13 +12,13 @@ namespace Pelko::detail {
 struct HugePages {
     static constexpr std::size_t size = std::size_t{2} << 20;
 
-    // A whole number of pages. Throws std::bad_alloc.
+    // At least this many bytes, as a whole number of pages, aligned to a page. Throws std::bad_alloc.
     static void* take(std::size_t bytes) {
         void* place = std::aligned_alloc(size, (bytes + size - 1) / size * size);
         if (!place)
             throw std::bad_alloc();
 #ifdef MADV_HUGEPAGE
-        madvise(place, bytes, MADV_HUGEPAGE); // a hint: what it answers changes nothing
+        madvise(place, bytes, MADV_HUGEPAGE); // a hint: its result does not matter
 #endif
         return place;
     }

@@ -1,7 +1,7 @@
 // The launch or latch poles of a subdomain: a set of poles, read in stamp order.
 //
-// Poles are captured once a launch/latch pair, far more often than they are new, so membership is a hash, and
-// the order is made when the set is next read.
+// A pole is captured once for each pair of launch and latch pole, and is rarely new. So membership is a hash
+// look-up, and the poles are sorted when the set is next read.
 #pragma once
 
 #include "Pelko/Edges.h"

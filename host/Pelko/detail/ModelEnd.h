@@ -1,5 +1,5 @@
-// The end of a model, whatever listeners throw: each is told of each object, and the first exception is kept
-// for whoever ended the model.
+// The destruction of a model in which listeners may throw: each listener is told of each object, and the
+// first exception is kept for whoever destroys the model.
 #pragma once
 
 #include <cxxabi.h>
@@ -16,7 +16,8 @@ public:
 
     std::exception_ptr getFirst() const { return first_; }
 
-    // Calls `action`. While a model ends, what it throws is kept, except the cancellation of a thread.
+    // Calls `action`. While a model is destroyed, its exception is kept, unless it is the cancellation of a
+    // thread.
     template <class Action>
     static void guard(Action action) {
         if (!current_)

@@ -1,8 +1,9 @@
-// Storage for one class of objects: blocks of objects side by side, so that millions of them cost no
-// allocation each, and freed places are used again. Taking and releasing a place is O(1). Blocks are kept
-// until the program ends: a small one to begin with, then huge pages.
+// Storage for the objects of one class, in blocks. Objects lie side by side, so that millions of them do not
+// cost an allocation each, and freed places are used again. Taking and releasing a place is O(1). The first
+// block is small, the others are huge pages; they are kept until the program ends.
 //
-// Under AddressSanitizer every object gets an allocation of its own, so that a use after its end is seen.
+// Under AddressSanitizer every object has an allocation of its own, so that a use after its destruction is
+// found.
 #pragma once
 
 #include "Pelko/detail/HugePages.h"

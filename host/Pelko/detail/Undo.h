@@ -1,4 +1,4 @@
-// Takes a step back where what comes after it throws.
+// Undoes a step if a later one throws: the destructor calls the action, unless `release()` was called.
 #pragma once
 
 #include <utility>
@@ -15,7 +15,7 @@ public:
         if (armed_)
             action_();
     }
-    // All went well.
+    // The later steps have succeeded: the action is not called.
     void release() { armed_ = false; }
 
 private:
