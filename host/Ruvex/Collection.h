@@ -4,9 +4,9 @@
 //   for (Edge* edge : pole->getIncomingEdges())
 //       …
 //
-// costs one virtual call a loop and no allocation where the driver offers memory (Driver.h), and a few
-// virtual calls an element otherwise. A view ends with its container's iterators: adding to the container, or
-// ending it, ends the view.
+// costs one virtual call for the loop and no allocation if the driver offers memory (Driver.h), otherwise a
+// few virtual calls for each element. A collection is invalidated like an iterator of its container: when the
+// container grows or is destroyed.
 #pragma once
 
 #include "Ruvex/Locator.h"
@@ -30,6 +30,7 @@ public:
     requires std::is_base_of_v<CollectionDriver<T>, std::remove_cvref_t<D>> Collection(D&& driver)
         : box_(std::forward<D>(driver)) {}
 
+    // The operations below are those of the driver (Driver.h). A null collection answers as an empty one.
     bool isNull() const { return !box_.get(); }
     unsigned long getCount() const { return isNull() ? 0 : box_->getCount(); }
     bool hasCount(unsigned long n) const { return isNull() ? n == 0 : box_->hasCount(n); }
@@ -52,7 +53,7 @@ private:
     Box<CollectionDriver<T>, 64> box_;
 };
 
-// Walks plain memory where the driver offers it, and a locator otherwise.
+// Walks memory if the driver offers it, otherwise a locator.
 template <class T>
 class Collection<T>::Iterator {
 public:

@@ -1,17 +1,21 @@
 // The kinds of collection: adapters of a container, and adapters of another collection.
 //
-//   memory, vector   an array elsewhere | a vector of the collection's own
-//   list, set        a std::list | a std::set, `contains` in logarithmic time
-//   map, key         the values | the keys of a std::map
-//   append           the elements of one collection, then those of another
-//   tail             all but the first
-//   from             from the first one equal to a given element on; empty where there is none
-//   type             those of a base-class collection that have a given dynamic type
-//   filter           those that a predicate takes
-//   collect-one      one element
-//   reverse, random  the same elements in another order; the random one is drawn anew at each walk
+//   memory       an array elsewhere
+//   vector       a vector that the collection owns
+//   list         a std::list
+//   set          a std::set; `contains` is logarithmic
+//   map          the values of a std::map
+//   key          the keys of a std::map; `contains` is logarithmic
+//   append       the elements of one collection, then those of another
+//   tail         all elements except the first
+//   from         the elements from the first one that equals a given element; empty if there is none
+//   type         the elements of a base-class collection that have a given dynamic type
+//   filter       the elements for which a predicate is true
+//   collect-one  one element
+//   reverse      the elements from the last to the first
+//   random       the elements in a random order, which each walk draws anew
 //
-// Container adapters read the live container. Adapters of collections hold clones of them.
+// Adapters of a container read the live container. Adapters of collections hold clones of them.
 #pragma once
 
 #include "Ruvex/Collection.h"
@@ -34,7 +38,7 @@ struct ReadValue {
     auto operator()(auto iterator) const { return iterator->second; }
 };
 
-// What list, set, map and key have in common: a container, and how an iterator is read.
+// The common part of list, set, map and key: a container, and how its iterator is read.
 template <class T, class Container, class Read, class Derived>
 class ContainerDriver : public DriverOf<CollectionDriver<T>, Derived> {
 public:
@@ -99,8 +103,8 @@ public:
     std::string _getLabel() const override { return "Key collection"; }
 };
 
-// An array elsewhere. With holes (pointers only), null elements are passed over, also those that come up
-// during a walk, and `count` says how many others there are.
+// An array elsewhere. If it has holes (pointers only), null elements are skipped, also those that become null
+// during a walk, and `count` is the number of the other elements.
 template <class T>
 class MemoryCollection final : public DriverOf<CollectionDriver<T>, MemoryCollection<T>> {
 public:
@@ -163,7 +167,7 @@ private:
     unsigned long count_;
 };
 
-// A vector of the collection's own: what was gathered for this one answer.
+// A vector that the collection owns, for elements that were gathered for one answer.
 template <class T>
 class VectorCollection final : public DriverOf<CollectionDriver<T>, VectorCollection<T>> {
 public:
@@ -267,7 +271,8 @@ private:
     T element_;
 };
 
-// The elements of `Base` that `Choose` turns into an element; the two below say how.
+// The elements of a collection of `Base` for which `choose.takes(element)` is true, as
+// `choose.read(element)`.
 template <class T, class Base, class Choose>
 class ChoiceLocator final : public DriverOf<LocatorDriver<T>, ChoiceLocator<T, Base, Choose>> {
 public:
@@ -293,7 +298,7 @@ private:
     Choose choose_;
 };
 
-// T and Base are pointer types, T to a class derived from Base's.
+// T and Base are pointer types; the class of T is derived from that of Base.
 template <class T, class Base>
 class TypeCollection final : public DriverOf<CollectionDriver<T>, TypeCollection<T, Base>> {
 public:
@@ -378,9 +383,8 @@ private:
     Collection<T> whole_;
 };
 
-// The controller behind the framework's iteration statement: it ends when the locator is no longer valid, or
-// the body breaks out. `RUVEX_FOR_EACH(Pole*, pole, cell->getPoles()) { … }` is range-for for hosts that
-// write it so.
+// The controller behind the framework's iteration statement, which is a range-for in another notation:
+// `RUVEX_FOR_EACH(Pole*, pole, cell->getPoles()) { … }`. The body may break out of it.
 template <class T>
 class ForEachControler {
 public:

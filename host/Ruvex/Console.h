@@ -1,13 +1,13 @@
-// The console: where the library and the host tell the user something.
+// The console: prints messages of the engine and the host for the user.
 //
-// One message a call, on a line of its own: the indentation (two blanks a level), the level's word, the label
-// in brackets where there is one, the text. `print` has no word:
+// Each call prints one message on a line of its own: the indentation (two blanks for each level), the word
+// for the level, the label in brackets if it is not empty, and the text. `print` has no word:
 //
 //   Analyzing project with VORLEN-4.0 [exhaustive mode]
 //     warning: 1 combinatorial loop detected during clock paths analysis.
 //
-// Messages go to standard error until told otherwise; the words are coloured on a terminal only. A recorder
-// sees every message as a structure, before it is written, whatever the output.
+// Messages go to standard error, unless another output is set. The words are coloured only on a terminal. A
+// recorder receives every message as a structure before it is written, also if there is no output.
 #pragma once
 
 #include "Ruvex/Export.h"
@@ -27,6 +27,7 @@ public:
     enum class Level { Print, Remark, Warning, Error };
     enum class Color { Automatic, Always, Never };
 
+    // A message as a recorder receives it.
     struct Message {
         Level level;
         std::string text;
@@ -37,30 +38,34 @@ public:
     };
     using Recorder = std::function<void(const Message&)>;
 
+    // Print a message of one line. An empty label is not printed.
     void print(const std::string& text, const std::string& label);
     void remark(const std::string& text, const std::string& label);
     void warning(const std::string& text, const std::string& label);
     void error(const std::string& text, const std::string& label);
-    // The exception's message, and its place where it is known.
+    // The message of the exception, followed by its place if that is known.
     void error(const Exception& exception);
 
+    // Indents the messages that follow by one level more.
     void indent() { ++indentation_; }
-    // At no indentation it stays there.
+    // One level less; does nothing at level 0.
     void unindent();
     unsigned getIndentation() const { return indentation_; }
     void setIndentation(unsigned indentation) { indentation_ = indentation; }
 
-    // Timers nest: a close ends the timer opened last, and prints the text with its first "%" replaced by the
-    // elapsed time
-    // ("1.234 s"; "an unknown time" where no timer is open).
+    // Starts a timer. Timers nest.
     void openTimer();
+    // Stops the timer that was started last, and prints the text. Its first "%" is replaced by the elapsed
+    // time, such as "1.234 s", or by "an unknown time" if no timer runs.
     void closeTimer(const std::string& text);
 
-    // Null: no output at all. The stream must outlive its use.
+    // Writes messages to this stream, which must outlive its use; null writes none.
     void setOutput(std::ostream* output);
+    // Writes messages to standard error, as at start.
     void setErrorOutput();
+    // Whether words are coloured. Default: Automatic, which colours them on a terminal.
     void setColor(Color color) { color_ = color; }
-    // An empty recorder: none.
+    // Calls this recorder with every message; an empty one removes the recorder.
     void setRecorder(Recorder recorder) { recorder_ = std::move(recorder); }
 
 private:

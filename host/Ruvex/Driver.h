@@ -1,9 +1,9 @@
 // The drivers behind collections and locators, and the box that holds one by value.
 //
-// A collection kind derives from DriverOf<CollectionDriver<T>, Kind> and says how to walk its elements;
-// everything else has a default in terms of that walk, which a kind overrides where it knows better. A kind
-// that keeps its elements as an array says so with `getMemory()`: range-for then walks the array itself,
-// without a virtual call per element.
+// A kind of collection derives from DriverOf<CollectionDriver<T>, Kind> and implements a walk over its
+// elements. All other operations have a default in terms of that walk, and a kind overrides those that it can
+// do faster. A kind whose elements are an array offers it with `getMemory()`: range-for then walks the array
+// itself, without a virtual call for each element.
 #pragma once
 
 #include <cstddef>
@@ -19,8 +19,8 @@ namespace Ruvex {
 template <class T>
 class Locator;
 
-// Holds one object of a class derived from Base, in place where it fits `Room` bytes, on the heap otherwise.
-// Copying clones. Base offers `Base* clone(void* room, std::size_t size) const`.
+// Holds one object of a class derived from Base: in place if it fits in `Room` bytes, otherwise on the heap.
+// A copy of a box holds a clone. Base has `Base* clone(void* room, std::size_t size) const`.
 template <class Base, std::size_t Room>
 class Box {
 public:
@@ -38,8 +38,7 @@ public:
 
     Box(const Box& other) : held_(other.held_ ? other.held_->clone(room_, Room) : nullptr) {}
 
-    // A driver on the heap changes hands; one in place is cloned, which does not allocate for the drivers
-    // that fit there.
+    // A driver on the heap changes its owner. One in place is cloned, which does not allocate.
     Box(Box&& other) : held_(other.held_) {
         if (other.isInPlace())
             held_ = other.held_->clone(room_, Room);
@@ -77,7 +76,8 @@ private:
     alignas(std::max_align_t) std::byte room_[Room];
 };
 
-// A run of elements in memory. Where `holes` is set, null elements are ended ones, and are passed over.
+// A run of elements in memory. If `holes` is set, null elements stand for destroyed ones and are skipped. If
+// `isOffered` is not set, there is no such run.
 template <class T>
 struct Memory {
     const T* begin = nullptr;
@@ -92,7 +92,7 @@ public:
     virtual ~LocatorDriver() = default;
 
     virtual bool isValid() const = 0;
-    // The element, or T() where the locator is not valid.
+    // The element, or T() if the locator is not valid.
     virtual T getCurrent() const = 0;
     virtual void progress() = 0;
     virtual LocatorDriver* clone(void* room, std::size_t size) const = 0;
@@ -106,28 +106,34 @@ class CollectionDriver {
 public:
     virtual ~CollectionDriver() = default;
 
+    // A locator at the first element.
     virtual Locator<T> getLocator() const = 0;
+    // A copy of the driver: in `room` if it fits there, otherwise on the heap.
     virtual CollectionDriver* clone(void* room, std::size_t size) const = 0;
     virtual std::string _getLabel() const = 0;
 
+    // The elements as an array, if they are one.
     virtual Memory<T> getMemory() const { return {}; }
     virtual unsigned long getCount() const;
-    // Whether there are exactly n elements; looks at n + 1 of them at the most.
+    // Whether there are exactly n elements. Looks at n + 1 of them at most.
     virtual bool hasCount(unsigned long n) const;
     virtual bool isEmpty() const;
-    // The first, the last, the one at an index from 0: T() where there is none.
+    // The first element, or T() if there is none.
     virtual T getFirst() const;
+    // The last element, or T() if there is none. The default walks all elements.
     virtual T getLast() const;
+    // The element at an index from 0, or T() if there is none. The default walks to it.
     virtual T getAt(unsigned long index) const;
     virtual bool contains(const T& element) const;
+    // The elements from the last to the first. The default copies them.
     virtual Locator<T> getReverseLocator() const;
-    // A shuffled order, drawn from Ruvex::getRandomValue().
+    // The elements in a random order, drawn from Ruvex::getRandomValue(). Copies them.
     virtual Locator<T> getRandomLocator() const;
 
     CollectionDriver* getClone() const { return clone(nullptr, 0); }
 };
 
-// Gives a driver class its clone: in the room offered where it fits, otherwise on the heap.
+// Implements `clone` for a driver class: in the room if the driver fits there, otherwise on the heap.
 template <class Base, class Derived>
 class DriverOf : public Base {
 public:

@@ -36,7 +36,7 @@ public:
     const std::string& getMessage() const { return message_; }
     const Place& getPlace() const { return place_; }
     const char* what() const noexcept override { return message_.c_str(); }
-    // The message, followed by " (file, function, line)" where the place is known.
+    // The message, followed by " (file, function, line)" if the place is known.
     std::string _getLabel() const;
 
 private:

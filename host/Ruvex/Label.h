@@ -1,4 +1,4 @@
-// Labels: what an object, a value or a container is called in a debugging view.
+// Labels: the names of objects, values and containers in a debugging view.
 #pragma once
 
 #include "Ruvex/Export.h"
@@ -8,7 +8,7 @@
 
 namespace Ruvex {
 
-// A label object: a text on its way to a view.
+// A label as an object.
 class RUVEX_API Label {
 public:
     static Label create(const std::string& text) { return Label(text); }
@@ -24,7 +24,7 @@ private:
 // The decimal text of a count.
 RUVEX_API std::string getLabel(const unsigned long& count);
 
-// "{empty}", "{1 element}" or "{n elements}", behind "map:" in debug mode.
+// "{empty}", "{1 element}" or "{n elements}"; in debug mode after "map:".
 RUVEX_API std::string getMapLabel(unsigned long count);
 
 template <class T>
@@ -42,7 +42,7 @@ std::string getLabel(const T* object) {
     return object ? object->_getLabel() : "null";
 }
 
-// A container of keys and values, iterated as pairs.
+// A container of keys and values whose iterator refers to pairs.
 template <class T>
 concept MapLike = requires(const T& map) {
     typename T::key_type;

@@ -1,5 +1,5 @@
-// A cursor over a collection. A locator reads the live container: it ends to be usable where the container's
-// own iterators do.
+// A cursor over a collection. A locator reads the live container, and is invalidated when the container's own
+// iterators are.
 #pragma once
 
 #include "Ruvex/Driver.h"
@@ -16,8 +16,9 @@ public:
         : box_(std::forward<D>(driver)) {}
 
     bool isValid() const { return box_.get() && box_->isValid(); }
-    // The element, or T() where the locator is not valid.
+    // The element, or T() if the locator is not valid.
     T getCurrent() const { return box_.get() ? box_->getCurrent() : T(); }
+    // Moves to the next element. Does nothing if the locator is not valid.
     void progress() {
         if (box_.get())
             box_->progress();
@@ -48,7 +49,7 @@ private:
     Iterator end_;
 };
 
-// Walks elements of its own: an order that the container does not have.
+// Walks a copy of the elements, in an order that the container does not have.
 template <class T>
 class OrderLocator final : public DriverOf<LocatorDriver<T>, OrderLocator<T>> {
 public:

@@ -1,7 +1,7 @@
-// A record: what a debugging view shows of an object or a value, as a label and an ordered list of slots.
+// A record: the contents of an object or a value for a debugging view, as a label and an ordered list of
+// slots.
 //
-// A record owns its slots. Records are made on demand, in debug mode only, and belong to whoever asked for
-// them.
+// A record owns its slots. Records are created on demand, only in debug mode, and belong to the caller.
 #pragma once
 
 #include "Ruvex/Slot.h"
@@ -21,12 +21,12 @@ public:
     const std::string& _getLabel() const { return label_; }
     // Starts a titled group of slots.
     void addHeader(const std::string& text);
-    // Takes a slot over, under this name. A null slot is passed over.
+    // Appends a slot under this name and takes ownership of it. A null slot is ignored.
     void add(const std::string& name, Slot* slot);
     const std::vector<std::unique_ptr<Slot>>& getSlots() const { return slots_; }
 
-    // Prints the label, then a line a slot, two blanks deeper a level; data records open down to `depth`
-    // levels.
+    // Prints the label, then one line for each slot, indented by two blanks more for each level. Data records
+    // are printed down to `depth` levels.
     void print(std::ostream& out, unsigned depth = 2, unsigned indentation = 0) const;
 
 private:

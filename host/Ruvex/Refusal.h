@@ -1,17 +1,19 @@
-// How an operation of the host refuses a request: a typed exception with its message and its place, thrown
-// before anything is changed.
+// Refusals: an operation of the host throws a typed exception, with its message and its place, before it
+// changes anything.
 #pragma once
 
 #include "Ruvex/Exception.h"
 
 namespace Ruvex {
 
-// Kind: InvalidRequest, FactoryFailed or Fatal. `file` is the class, `line` a fixed number within it.
+// Throws a Kind, which is InvalidRequest, FactoryFailed or Fatal. `file` is the class, `line` a fixed number
+// in it.
 template <class Kind>
 [[noreturn]] void refuse(const char* file, const char* function, unsigned line, const std::string& message) {
     throw Kind(InternalError(message, Error::locate(file, function, line)));
 }
 
+// Refuses if the condition is false.
 template <class Kind>
 void require(bool condition, const char* file, const char* function, unsigned line, const char* message) {
     if (!condition)

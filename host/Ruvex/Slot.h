@@ -1,5 +1,5 @@
-// A slot: one named entry of a record. What it holds shows as a data label, and where the held value has
-// parts of its own, as a data record.
+// A slot: one named entry of a record. It shows its value as a data label and, if the value has parts, as a
+// data record.
 #pragma once
 
 #include "Ruvex/Label.h"
@@ -20,16 +20,17 @@ public:
 
     const std::string& getName() const { return name_; }
     void setName(const std::string& name) { name_ = name; }
+    // The record that owns the slot, or null.
     Record* getOwner() const { return owner_; }
     void setOwner(Record* owner) { owner_ = owner; }
 
-    // Whether this slot is the title of the slots behind it.
+    // Whether this slot is the title of the slots that follow.
     virtual bool isHeader() const;
-    // The held value's label; empty for none.
+    // The label of the value; empty if there is none.
     virtual std::string getDataLabel() const;
-    // The held value's record, or null. The caller owns it.
+    // A new record of the value, or null. The caller owns it.
     virtual Record* getDataRecord() const;
-    // Whether there is nothing to open behind the label.
+    // Whether there is no data record.
     virtual bool isTerminal() const;
     // "name: data label", or whichever of the two is not empty.
     virtual std::string _getLabel() const;

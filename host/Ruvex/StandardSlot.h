@@ -1,4 +1,5 @@
-// A slot that holds a copy of a value, and the records of maps: one slot an entry, named by its key.
+// A slot that holds a copy of a value, and the records of maps, which have one slot for each entry, named by
+// its key.
 #pragma once
 
 #include "Ruvex/Record.h"

@@ -1,4 +1,4 @@
-// How far a run has come. The label completes the sentence "Analyzing project … in 1.234 s".
+// The state of a run. The label completes the sentence "Analyzing project … in 1.234 s".
 #pragma once
 
 #include "Ruvex/Stuff.h"
@@ -15,7 +15,7 @@ public:
     ~Status() override;
 
     Code getCode() const { return code_; }
-    // "unknown", "ready", "not completed", "completed"
+    // "unknown", "ready", "not completed" (for Running) or "completed".
     std::string _getLabel() const override;
 
 private:

@@ -11,7 +11,7 @@ namespace Ruvex {
 RUVEX_API bool isDebug();
 RUVEX_API void setDebug(bool debug);
 
-// A lower-case copy (ASCII letters; other bytes as they are).
+// A copy in lower case. Only ASCII letters change.
 RUVEX_API std::string getLowered(const std::string& text);
 
 } // namespace Ruvex
