@@ -1,6 +1,5 @@
-// A set of poles that only answers membership: one bit a pole, by the pole's
-// dense index. Adding, removing and looking cost O(1), and clearing costs what
-// was added. It has no order, so nothing may depend on one.
+// A set of poles that has membership but no order: one bit for each pole, by the pole's dense index.
+// Inserting, erasing and looking up are O(1); clearing costs a step for each pole that was inserted.
 #pragma once
 
 #include "Pelko/Pole.h"

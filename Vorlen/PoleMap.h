@@ -1,11 +1,9 @@
-// A map from poles to values that reads like a std::map ordered by stamp, with
-// O(1) look-up: entries lie in order of insertion and are found through a hash
-// of the poles' dense indices. The stamp order is made when the map is next
-// iterated.
+// A map from poles to values that is used like a std::map ordered by stamp, with O(1) look-up. Entries lie in
+// order of insertion, and a hash of the poles' dense indices finds them. They are sorted by stamp when the
+// map is next iterated.
 //
-// References to values stay valid while the map grows. Entries are not erased
-// one by one. Space: 4 to 8 bytes an entry beside the entry itself, and 4 more
-// once iterated.
+// References to values stay valid while the map grows. Single entries cannot be erased. Space: a few bytes
+// for each entry in addition to the entry itself, and 4 more after an iteration.
 #pragma once
 
 #include "Pelko/Pole.h"
@@ -29,7 +27,7 @@ public:
 
     struct End {};
 
-    // What a look-up gives: an entry, or the end.
+    // The result of a look-up: an entry, or the end.
     template <class Entry>
     class Found {
     public:
@@ -42,7 +40,7 @@ public:
         Entry* entry_;
     };
 
-    // Walks the entries in stamp order.
+    // Iterates over the entries in stamp order.
     template <class Entry, class Map>
     class Iterator {
     public:
@@ -71,7 +69,7 @@ public:
         return Found<const value_type>(lookUp(pole));
     }
 
-    // The value of a pole, made where there is none.
+    // The value of the pole; a default value is inserted if there is none.
     Value& operator[](Pelko::Pole* pole) {
         if (const value_type* entry = lookUp(pole))
             return const_cast<value_type*>(entry)->second;
@@ -90,12 +88,12 @@ public:
     void clear() { *this = PoleMap(); }
 
 private:
-    // Spreads neighbouring indices over the table; its size is a power of two.
+    // Spreads neighbouring indices over the table, whose size is a power of two.
     std::size_t slotOf(const Pelko::Pole* pole) const {
         return (pole->getIndex() * 0x9E3779B97F4A7C15UL) >> shift_;
     }
 
-    // A place of the table holds the number of an entry plus one; 0: none.
+    // A place of the table holds the number of an entry plus one, or 0.
     const value_type* lookUp(const Pelko::Pole* pole) const {
         if (!pole || table_.empty())
             return nullptr;

@@ -1,8 +1,8 @@
 // A pair of delays: the minimum (early, shortest) and the maximum (late, longest) of a set of paths.
 //
-// The two bounds are independent: nothing keeps the minimum below the maximum, and negation and subtraction
-// leave it above on purpose. Every sum and comparison is the delays' own, specials included; only `combine`,
-// the three tests and the label are rules of the pair.
+// The two bounds are independent: the minimum may be larger than the maximum, and negation and subtraction
+// keep the bounds in their places. Sums and comparisons are those of the delays, also for specials. Only
+// `combine`, the three tests and the label treat the bounds as a pair.
 #pragma once
 
 #include "Pelko/Delay.h"
@@ -22,7 +22,7 @@ public:
     Timing& operator=(const Timing&) = default;
     ~Timing() override = default;
 
-    // Both bounds the same special; one object each, made on first use.
+    // Timings with two equal bounds: 0, or a special. There is one object of each.
     static const Timing& getNone();
     static const Timing& getMinimum();
     static const Timing& getMaximum();
@@ -33,13 +33,13 @@ public:
     void setMinimumDelay(const Pelko::Delay& delay) { minimumDelay_ = delay; }
     void setMaximumDelay(const Pelko::Delay& delay) { maximumDelay_ = delay; }
 
-    // Both bounds are that special.
+    // Whether both bounds are that special.
     bool isMinimum() const;
     bool isMaximum() const;
-    // Either bound is undefined: half a timing counts as none.
+    // Whether at least one bound is undefined.
     bool isUndefined() const;
 
-    // Bound by bound; subtraction and negation do not cross or swap the bounds.
+    // Bound by bound; subtraction and negation do not exchange the bounds.
     Timing operator+(const Timing& other) const;
     Timing operator-(const Timing& other) const;
     Timing operator-() const;
@@ -48,10 +48,11 @@ public:
 
     bool operator==(const Timing& other) const;
     bool operator!=(const Timing& other) const;
-    // By minimum, then by maximum.
+    // Orders by minimum, then by maximum.
     bool operator<(const Timing& other) const;
 
-    // Widens this timing so that it covers the other too. An undefined bound is absent, each bound by itself.
+    // Widens this timing so that it also covers the other: the smaller minimum, the larger maximum. Each
+    // bound that is undefined counts as absent.
     Timing& combine(const Timing& other) {
         const Pelko::Delay& otherMinimum = other.minimumDelay_;
         if (otherMinimum.isDefined() && (!minimumDelay_.isDefined() || otherMinimum < minimumDelay_))
@@ -62,7 +63,7 @@ public:
         return *this;
     }
 
-    // "[undefined]", "[minimum]", "[maximum]", or "[", the bounds' labels joined by ":", "]".
+    // Such as "[2:6]". "[undefined]", "[minimum]" and "[maximum]" if the test of that name is true.
     std::string _getLabel() const override;
     // A new slot that holds a copy. The caller owns it.
     Ruvex::Slot* _getSlot() const override;

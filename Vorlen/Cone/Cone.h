@@ -1,13 +1,13 @@
 // The cone of a sweep: the poles behind its end points, in slots, and the arcs between them in compact runs,
-// with an order in which every pole comes before those that drive it.
+// with an order in which every pole comes before the poles that drive it.
 //
-// Depth-first, a step waits for what it reads. A cone is read in the order of a queue, so that what comes
-// next is known and fetched ahead, and sorted on the copy. Where it has a loop there is no such order, and
-// whoever wants the loop refused where the depth-first walk refuses it walks depth-first.
+// In a depth-first walk each step waits for what it reads. A cone is read in the order of a queue, so that
+// what comes next is known and can be prefetched; it is sorted afterwards, on the copy. If it has a loop,
+// there is no such order, and the caller walks depth-first, which handles the loop.
 //
-// Beside that, a cone gives slots to poles one by one, for walks that do without an order.
+// In addition, a cone gives slots to single poles, for walks that need no order.
 //
-// Cost: what SlotTable costs; 17 bytes a pole of the cone, 12 an arc, and 8 more
+// Cost: that of SlotTable; 17 bytes for each pole of the cone and 12 for each arc, with 8 more for each arc
 // while its delays are kept.
 #pragma once
 
@@ -29,16 +29,18 @@ public:
     static constexpr std::size_t ahead = 16;
     static constexpr std::size_t nearAhead = 6;
 
-    // What a pole was when it was read.
+    // The state of a pole when it was read.
     enum Flag : std::uint8_t {
-        Start = 1,   // data starts here: the cone does not go on behind it
-        Closed = 2,  // marked beforehand: no walk enters it
-        Special = 4, // a check, or under an exception that opens or closes here
+        Start = 1,   // data starts here: the cone does not continue behind it
+        Closed = 2,  // it was marked: no walk enters it
+        Special = 4, // it is a check, or an exception opens or closes here
     };
 
     // --- Slots ---
 
+    // The slot of the pole, or `noSlot`.
     Slot find(const Pelko::Pole* pole) const { return slots_.find(pole->getIndex()); }
+    // The slot of the pole, a new one if it has none.
     Slot obtain(Pelko::Pole* pole);
     void prefetchSlot(const Pelko::Pole* pole) const { slots_.prefetch(pole->getIndex()); }
     const LargeVector<Pelko::Pole*>& getPoles() const { return poles_; } // by slot
@@ -50,23 +52,23 @@ public:
 
     using IsStart = bool (*)(const Pelko::Pole*);
 
-    // Reads what lies behind the ends, which get the first slots, in order. False where there is a loop, or
-    // where host events have changed the design: there is no order then, and `forget()` is due. Only of a
-    // cone without slots.
+    // Reads the cone behind the ends, which get the first slots, in order. The cone must have no slots yet.
+    // Returns false if it has a loop, or if host events have changed the design. Then there is no order, and
+    // `forget()` is due.
     bool read(const std::vector<Pelko::Pole*>& ends, IsStart isStart);
     void forget() { *this = Cone(); }
 
-    // Whether it was read, and the design has the same poles and arcs still. Delays and classes of arcs, and
-    // which are active, may have changed.
+    // Whether the cone was read and the design still has the same poles and arcs. Delays and classes of arcs,
+    // and which arcs are active, may have changed.
     bool isCurrent() const { return isRead_ && shape_ == getShape(); }
-    // Whether, besides, all its slots are those of poles that it has read.
+    // Whether, in addition, all its slots are those of poles that it has read.
     bool isWhole() const { return isCurrent() && order_.size() == poles_.size(); }
 
-    // Every pole before its drivers.
+    // All slots; every pole comes before the poles that drive it.
     const LargeVector<Slot>& getOrder() const { return order_; }
     std::uint8_t getFlags(Slot slot) const { return flags_[slot]; }
 
-    // The arcs into a slot; the cone does not read those into starts.
+    // The places of the arcs into a slot. Starts have none: the cone does not read the arcs into them.
     struct Arcs {
         std::uint32_t begin;
         std::uint32_t end;
@@ -77,30 +79,33 @@ public:
     }
     std::uint32_t getArcCount() const { return static_cast<std::uint32_t>(edges_.size()); }
     Pelko::Edge* getEdge(std::uint32_t arc) const { return edges_[arc]; }
-    // No slot for an arc that was not active.
+    // The slot of the arc's source, or `noSlot` if the arc was not active.
     Slot getSource(std::uint32_t arc) const { return sources_[arc]; }
 
-    // The delays as they were read, until they are dropped. Host events since may have changed them.
+    // The delays as they were when the cone was read, until they are dropped. Host events may have changed
+    // them since.
     struct Delays {
         int minimum;
         int maximum;
     };
     Delays getDelays(std::uint32_t arc) const { return delays_[arc]; }
+    // Whether host events were processed while the cone was read.
     bool hasHeardEvents() const { return hasHeardEvents_; }
     void dropDelays() { delays_ = {}; }
 
-    // Fetches what is read of a slot ahead: what the cone holds; the arcs of the design, and the pole.
+    // Prefetches what the cone holds about the arcs into a slot.
     void prefetchArcs(Slot slot) const {
         __builtin_prefetch(sources_.data() + begins_[slot]);
         __builtin_prefetch(delays_.data() + begins_[slot]);
     }
-    // What a table by slot holds about the sources of the arcs.
+    // Prefetches what a table by slot holds about the sources of the arcs.
     template <class Table>
     void prefetchSources(Slot slot, const Table& table) const {
         for (std::uint32_t arc = begins_[slot]; arc != begins_[slot + 1]; ++arc)
             if (sources_[arc] != noSlot)
                 table.prefetch(sources_[arc]);
     }
+    // Prefetches the arcs themselves.
     void prefetchDesign(Slot slot) const {
         for (std::uint32_t arc = begins_[slot]; arc != begins_[slot + 1]; ++arc)
             prefetchArc(arc);

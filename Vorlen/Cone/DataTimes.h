@@ -1,5 +1,4 @@
-// Arrival and required times of data: what a sweep's dataATMapMap and dataRTMapMap hold, by the slots of its
-// cone.
+// The data arrivals and the required times of a sweep, by the slots of its cone.
 #pragma once
 
 #include "Vorlen/Cone/Cone.h"
@@ -13,7 +12,7 @@ struct DataTimes {
     TimingTable required;
     bool hasAnyRequired = false;
 
-    // A slot that both tables reach.
+    // The slot of the pole, a new one if it has none, with room in both tables.
     Slot obtain(Pelko::Pole* pole) {
         const Slot slot = cone.obtain(pole);
         arrivals.reach(cone.getSlotCount());

@@ -1,12 +1,12 @@
-// A compact copy of the arcs behind poles, for a phase that walks the same fan-in again and again: steps on
-// it read a few bytes side by side where the database's objects cost a cache miss each.
+// A compact copy of the arcs behind poles, for a phase that walks the same fan-in many times. A step reads a
+// few bytes that lie side by side; on the database it would cost a cache miss for each object.
 //
-// Poles get slots as they are first seen, arcs get places as the fan of their target is first opened: a later
-// walk of the same fan-in finds both nearly in the order in which it asks. The copy is of the database as it
-// was when a fan was opened; after host events `renew()` makes it follow.
+// Poles get slots when they are first seen, and arcs get places when the fan of their target is first opened.
+// So a later walk of the same fan-in reads both nearly in order. The copy shows a fan as it was when it was
+// opened. After host events, `renew()` is due.
 //
-// Cost: what is opened, once: 12 bytes an arc and 24 a pole. A phase that walks a fan-in once does better on
-// the database itself.
+// Cost: 12 bytes for each arc and 24 for each pole that was opened. A phase that walks a fan-in only once is
+// faster on the database itself.
 #pragma once
 
 #include "Pelko/Edge.h"
@@ -28,15 +28,15 @@ public:
     struct Fan {
         Place begin = 0;
         Place end = 0;
-        std::uint32_t epoch = 0; // when it was last read; 0: never
+        std::uint32_t epoch = 0; // in which it was last read, or 0
     };
 
-    // The slot of a pole, a new one where it has none yet.
+    // The slot of the pole, a new one if it has none.
     Slot getSlot(Pelko::Pole* pole);
     Pelko::Pole* getPole(Slot slot) const { return poles_[slot]; }
     std::size_t getSlotCount() const { return poles_.size(); }
 
-    // May give slots to the sources.
+    // The arcs into a pole. The first call of an epoch reads them, which gives slots to their sources.
     Fan open(Slot slot) {
         if (fans_[slot].epoch != epoch_)
             read(slot);
@@ -44,17 +44,18 @@ public:
         return fans_[slot];
     }
     Pelko::Edge* getEdge(Place place) const { return edges_[place]; }
-    // None for an arc that is not active.
+    // The slot of the arc's source, or `none` if the arc is not active.
     Slot getSource(Place place) const { return sources_[place]; }
     std::size_t getPlaceCount() const { return edges_.size(); }
 
-    // After host events, which may have changed the design: every fan is read again when it is next opened.
+    // To be called after host events, which may have changed the design: every fan is read again when it is
+    // next opened.
     void renew();
-    // The same at once, for arcs of a fan that is open.
+    // Reads arcs of an open fan again at once.
     void reread(Place begin, Place end);
 
 private:
-    // Tells designs apart whose arcs are not the same.
+    // Differs between designs with different arcs.
     struct Shape {
         std::uint32_t bound = 0;
         unsigned long count = 0;
@@ -64,7 +65,7 @@ private:
 
     void read(Slot slot);
 
-    std::vector<Slot> slots_; // by pole index: the slot from 1, or 0
+    std::vector<Slot> slots_; // by pole index: the slot plus one, or 0
     std::vector<Pelko::Pole*> poles_;
     std::vector<Fan> fans_;
     std::vector<Pelko::Edge*> edges_;

@@ -1,9 +1,8 @@
-// Reads the fans of a list of poles, in order of the list, ahead of whoever works on them: poles, fans, arcs
-// and the poles at their far ends are on the way into the cache when they are asked for. The list may grow
-// while it is read.
+// Prefetches the fans of a list of poles, in order of the list: poles, fans, arcs and the poles at their far
+// ends are on the way into the cache before they are read. The list may grow meanwhile.
 //
-// On a large design a step costs a cache miss for each of these. The order in which they will be asked for is
-// known, so the misses overlap instead of following one another.
+// On a large design each of these costs a cache miss. The order in which they will be read is known, so the
+// misses can overlap instead of following one another.
 #pragma once
 
 #include "Pelko/Edge.h"
@@ -17,7 +16,7 @@ namespace Vorlen::detail {
 
 enum class Direction { Incoming, Outgoing };
 
-// `readsEnds`: whether the poles at the far ends are fetched too.
+// If `readsEnds` is false, the poles at the far ends are not prefetched.
 template <Direction direction, bool readsEnds = true>
 class FanReader {
 public:
@@ -28,7 +27,7 @@ public:
         return direction == Direction::Incoming ? pole->getIncomingEdges() : pole->getOutgoingEdges();
     }
 
-    // Asked for one place after another, before anything at it is read.
+    // To be called for one place after another, before anything at the place is read.
     void advance(const LargeVector<Pelko::Pole*>& poles, std::size_t place) {
         for (; poles_ < std::min(poles.size(), place + aheadOfPoles); ++poles_)
             direction == Direction::Incoming ? prefetchEnd(poles[poles_]) : prefetchPole(poles[poles_]);
@@ -52,8 +51,8 @@ public:
                     prefetchEnd(farEnd(*edge));
     }
 
-    // Calls `visit` with the poles at the far ends of the arcs at a place that lies some steps ahead, where
-    // they are on the way already: for what is fetched by them.
+    // Calls `visit` with the poles at the far ends of the arcs at a place some steps ahead, which are on the
+    // way into the cache already, so that tables by pole can be prefetched.
     static constexpr std::size_t farAhead = 8;
     static constexpr std::size_t nearAhead = 4;
     template <class Visit>
@@ -65,7 +64,7 @@ public:
                 visit(farEnd(*edge));
     }
 
-    // The same with the arcs, which come earlier.
+    // The same with the arcs, which are prefetched earlier.
     template <class Visit>
     void forEachEdgeAt(std::size_t place, Visit visit) {
         if (place >= edges_)
@@ -75,7 +74,7 @@ public:
                 visit(*edge);
     }
 
-    // After the design may have changed: nothing that was read of it is used again.
+    // To be called when the design may have changed: nothing that was read before is used again.
     void forget(std::size_t place) { poles_ = fans_ = edges_ = ends_ = place; }
 
 private:
@@ -94,7 +93,7 @@ private:
     Fan& fanAt(std::size_t place) { return fansAhead_[place % ring]; }
 
     std::array<Fan, ring> fansAhead_{};
-    // How far each stage has come; each stays behind the one before it.
+    // The places that each stage has reached; each stage stays behind the one before it.
     std::size_t poles_ = 0;
     std::size_t fans_ = 0;
     std::size_t edges_ = 0;

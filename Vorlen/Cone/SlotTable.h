@@ -1,10 +1,12 @@
-// Which slot a pole has, by the pole's index: the one table of a cone that is as large as the design.
+// The slots of poles, by the poles' indices: the only table of a cone that is as large as the design.
 //
-// A launch has a sweep for every pair of clocks that meet, and most of their cones may be small. So a table
-// that is no longer needed is cleared at the entries that were written and kept for the next one, while a
-// launch goes on: after the first few tables a cone costs what lies in it, whatever the size of the design.
+// A launch has a sweep for every pair of clocks with paths between them, and most of their cones may be
+// small. So during a launch a table that is no longer needed is kept for the next cone, and only the entries
+// that were written are cleared. After the first few tables a cone costs what is in it, independent of the
+// size of the design.
 //
-// Cost: 4 bytes a pole of the design, and 4 a slot. Kept are at most `SlotTable::mostKept` tables.
+// Cost: 4 bytes for each pole of the design, and 4 for each slot. At most `SlotTable::mostKept` tables are
+// kept.
 #pragma once
 
 #include "Vorlen/Cone/TimingTable.h"
@@ -16,7 +18,7 @@ class SlotTable {
 public:
     static constexpr std::size_t mostKept = 4;
 
-    // While one lives, tables are kept. A launch has one.
+    // Tables are kept while one exists. A launch holds one.
     class Keeping {
     public:
         Keeping();
@@ -30,13 +32,13 @@ public:
     SlotTable& operator=(SlotTable&& other) noexcept;
     ~SlotTable() { giveBack(); }
 
-    // None for an index without a slot, and for one beyond the table.
+    // The slot of the index, or `noSlot` if it has none.
     Slot find(std::size_t index) const { return index < slots_.size() ? slots_[index] - 1 : noSlot; }
     void prefetch(std::size_t index) const { __builtin_prefetch(slots_.data() + index); }
-    // Makes entries for the indices below the bound.
+    // Makes room for the indices below the bound.
     void reach(std::size_t bound);
     bool reaches(std::size_t index) const { return index < slots_.size(); }
-    // For an index within reach that has no slot.
+    // Gives a slot to an index, which must be within reach and have none.
     void add(std::size_t index, Slot slot) {
         written_.push_back(static_cast<std::uint32_t>(index));
         slots_[index] = slot + 1;

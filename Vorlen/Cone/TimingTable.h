@@ -1,10 +1,10 @@
-// Timing maps by slot, for the walks of a sweep: what a map from poles to TimingMaps says, in a few bytes.
+// Timing maps by slot, for the walks of a sweep: a compact map from poles to TimingMaps.
 //
-// A class of a pole's timing takes 16 bytes. The first class lies in a dense array by slot, so that the usual
-// map, of one class, is found and folded without following a pointer; further ones lie side by side in runs
-// of one pool, in ascending order of keys. Nothing is allocated an arc.
+// One class of a pole's timing takes 16 bytes. The first class lies in a dense array by slot, so that the
+// usual map, which has one class, is found and folded without following a pointer. Further classes lie side
+// by side in runs of one pool, in ascending order of keys. Folding an arc allocates nothing.
 //
-// Cost: 17 bytes a slot. Finding a map is O(1), a class in it a logarithm of the classes.
+// Cost: 17 bytes for each slot. Finding a map is O(1), a class in it logarithmic in the number of classes.
 #pragma once
 
 #include "Vorlen/TimingMap.h"
@@ -23,7 +23,7 @@ namespace Vorlen::detail {
 using Slot = std::uint32_t;
 inline constexpr Slot noSlot = std::numeric_limits<Slot>::max();
 
-// Delays by their raw values: the arithmetic is theirs.
+// The sum and the difference of two delays, as raw values.
 inline int plus(int a, int b) { return int(Pelko::Delay(a) + Pelko::Delay(b)); }
 inline int minus(int a, int b) { return int(Pelko::Delay(a) - Pelko::Delay(b)); }
 
@@ -35,7 +35,7 @@ struct ClassTiming {
 
     Timing getTiming() const { return {Pelko::Delay(minimum), Pelko::Delay(maximum)}; }
 
-    // Timing::combine on raw values: undefined is the greatest as a minimum, and the least as a maximum.
+    // Timing::combine on raw values: undefined counts as the largest minimum and as the smallest maximum.
     void widen(int otherMinimum, int otherMaximum) {
         minimum = rankOfMinimum(otherMinimum) < rankOfMinimum(minimum) ? otherMinimum : minimum;
         maximum = std::max(maximum, otherMaximum);
@@ -49,7 +49,7 @@ private:
 
 using ClassTimings = std::span<const ClassTiming>;
 
-// Whether the map has just the class of no exception.
+// Whether the map has only the key 0.
 inline bool isPlain(const TimingMap& map) { return map.size() == 1 && map.begin()->first == 0; }
 
 class TimingTable {
@@ -62,19 +62,20 @@ public:
         }
     }
 
-    // Of a slot within reach, or of none.
+    // Prefetches what is read of a slot. The slot may be out of reach.
     void prefetch(Slot slot) const {
         __builtin_prefetch(states_.data() + slot);
         __builtin_prefetch(first_.data() + slot);
     }
 
-    // Every slot asked for lies within reach.
+    // Whether the slot has a map, which may be empty. False for a slot out of reach.
     bool contains(Slot slot) const { return slot < states_.size() && states_[slot] != Absent; }
 
-    // Whether the map holds the one class of no exception.
+    // Whether the slot has a map with only the key 0. The slot must be within reach.
     bool isPlain(Slot slot) const { return states_[slot] == One && first_[slot].key == 0; }
 
-    // The classes of a slot in ascending order of keys; empty where there is no map.
+    // The classes of a slot in ascending order of keys; empty if there is no map. The next change invalidates
+    // it.
     ClassTimings get(Slot slot) const {
         if (slot >= states_.size() || states_[slot] < One)
             return {};
@@ -84,13 +85,14 @@ public:
         return {&more_[first.key], static_cast<std::size_t>(first.minimum)};
     }
 
-    // An empty map where there is none.
+    // Gives the slot an empty map if it has none.
     void touch(Slot slot) {
         if (states_[slot] == Absent)
             states_[slot] = Empty;
     }
 
-    // The timing of a class, undefined where it is new. The reference ends with the next change.
+    // The timing of a class; an undefined one is inserted if there is none. The next change invalidates the
+    // reference.
     ClassTiming& obtain(Slot slot, unsigned long key) {
         ClassTiming& first = first_[slot];
         if (states_[slot] < One) {
@@ -102,13 +104,14 @@ public:
         return obtainFurther(slot, key);
     }
 
-    // Replaces the map | by one of the class of no exception.
+    // Replaces the map by one with this timing under the key 0.
     void assign(Slot slot, const Timing& timing) {
         drop(slot);
         ClassTiming& entry = obtain(slot, 0);
         entry.minimum = int(timing.getMinimumDelay());
         entry.maximum = int(timing.getMaximumDelay());
     }
+    // Replaces the map by a copy of this one.
     void assign(Slot slot, const TimingMap& map) {
         drop(slot);
         touch(slot);
@@ -119,17 +122,19 @@ public:
         }
     }
 
+    // Copies the map to `out`, which becomes empty if there is none.
     void copyOut(Slot slot, TimingMap& out) const {
         out.clear();
         for (const ClassTiming& entry : get(slot))
             out.emplace_hint(out.end(), entry.key, entry.getTiming());
     }
 
-    // Every key becomes key OR bits; classes that become equal are combined.
+    // Every key becomes key OR bits. Classes whose keys become equal are combined.
     void mingle(Slot slot, unsigned long bits);
 
-    // Merges the map of a slot of `from`, shifted, into that of another slot here: without the classes that
-    // share a bit with `cut`, under keys AND `keep`; then mingles the whole with `open`.
+    // Merges the map of `source` in `from` into that of `target` here. Classes that share a bit with `cut`
+    // are left out; the others are shifted by `shift` and get the key AND `keep`. Then the whole map is
+    // mingled with `open`.
     template <class Shift>
     void fold(const TimingTable& from, Slot source, Slot target, unsigned long cut, unsigned long keep,
               unsigned long open, Shift shift) {
@@ -167,8 +172,8 @@ private:
     void release(std::size_t run, unsigned capacityBits);
     void drop(Slot slot);
 
-    // Of a map of many classes, the first entry tells where they are: `key` their run, `minimum` their
-    // number, `maximum` the binary logarithm of the run's capacity.
+    // If a map has more than one class, its entry here describes their run: `key` is its place in `more_`,
+    // `minimum` the number of classes, `maximum` the binary logarithm of its capacity.
     LargeVector<ClassTiming> first_;
     LargeVector<State> states_;
     LargeVector<ClassTiming> more_;

@@ -1,5 +1,5 @@
-// What differs between setup (the long side) and hold (the short side), as two policies of the same shape.
-// Everything else about slacks and path search is written once.
+// The differences between setup (the long side) and hold (the short side), as two policies with the same
+// members. Everything else about slacks and path search is written once, for either policy.
 #pragma once
 
 #include "Pelko/Analyzer.h"
@@ -23,15 +23,15 @@ struct LongSide {
 
     // The setup requirement is the minimum of a required timing.
     static const Delay& requiredOf(const Timing& timing) { return timing.getMinimumDelay(); }
-    // Late data is what counts: late clock at the launch, greatest delays, and the setup value of a check arc
-    // as a delay more.
+    // Late data counts: the late clock at the launch, maximum delays, and the setup value of a check arc as a
+    // further delay.
     static const Delay& arrivalOf(const Timing& timing) { return timing.getMaximumDelay(); }
     static const Delay& launchOf(const Timing& timing) { return timing.getMaximumDelay(); }
     static Delay delayOf(const Edge* edge) { return edge->getMaxDelay(); }
     static Delay dataTime(const Delay& arrival, const Edge* edge) { return arrival + edge->getMaxDelay(); }
-    // The earliest capturing edge is the tight one.
+    // The earliest latch edge is the critical one.
     static const Delay& latchOf(const Timing& timing) { return timing.getMinimumDelay(); }
-    // Positive when the data comes before it is required.
+    // Positive if the data arrives before it is required.
     static Delay slack(const Delay& required, const Delay& dataTime) { return required - dataTime; }
 
     static Delay calculateSlack(Sweep& sweep, Edge* edge, const Pelko::PseudoMask& mask, const Delay& arrival,
@@ -64,17 +64,17 @@ struct ShortSide {
 
     // The hold requirement is the maximum of a required timing.
     static const Delay& requiredOf(const Timing& timing) { return timing.getMaximumDelay(); }
-    // Early data is what counts: early clock at the launch, least delays; the hold value of a check arc
-    // counts against the data.
+    // Early data counts: the early clock at the launch, minimum delays; the hold value of a check arc is
+    // subtracted.
     static const Delay& arrivalOf(const Timing& timing) { return timing.getMinimumDelay(); }
     static const Delay& launchOf(const Timing& timing) { return timing.getMinimumDelay(); }
     static Delay delayOf(const Edge* edge) { return edge->getMinDelay(); }
     static Delay dataTime(const Delay& arrival, const Edge* edge) {
         return edge->getTarget()->isCheck() ? arrival - edge->getMinDelay() : arrival + edge->getMinDelay();
     }
-    // The latest capturing edge is the tight one.
+    // The latest latch edge is the critical one.
     static const Delay& latchOf(const Timing& timing) { return timing.getMaximumDelay(); }
-    // Positive when the data comes after it is required.
+    // Positive if the data arrives after it is required.
     static Delay slack(const Delay& required, const Delay& dataTime) { return dataTime - required; }
 
     static Delay calculateSlack(Sweep& sweep, Edge* edge, const Pelko::PseudoMask& mask, const Delay& arrival,

@@ -1,13 +1,14 @@
-// The paths of the least slack, in ascending order, without the others: the search goes best first, by the
-// slack that each start of a path can still reach, which required times tell.
+// The paths with the smallest slacks, in ascending order, found best first. Required times give, for each
+// start of a path, the smallest slack that the path can still reach.
 //
-// It gives an answer only where required times are a lower bound that holds on every arc: no class of
-// exceptions opens in the cone, no path goes on from a check, and every time is far from the ends of its
-// range. All of that is looked at, arc by arc, on the design as it is now.
+// There is a result only if required times are a lower bound on every arc: no class of exceptions opens in
+// the cone, no path continues from a check, and every time is far from the limits of its range. All of that
+// is verified, arc by arc, on the present state of the design.
 //
 // Cost: one pass over the arcs of the cone; then, for each path found, its length times the fan-out on the
-// way, in time and memory. It gives up beyond `maximumSteps`, and where a walk goes round for good. The order
-// among paths of one slack is its own, so it tells how bad the n-th worst path is, but not which one is kept.
+// way, in time and memory. The search stops without a result after `maximumSteps`, or if a walk goes round a
+// loop without end. The order of paths with equal slacks is not that of the engine's search. So the result
+// shows the slack of the n-th worst path, but not which path is to be kept.
 #pragma once
 
 #include "Vorlen/Cone/DataTimes.h"
@@ -41,8 +42,8 @@ public:
     WorstPaths(const detail::DataTimes& data, const std::vector<PathStart>& starts)
         : data_(data), starts_(starts) {}
 
-    // The worst paths of a slack below the bound, at most `count`. Empty where there are fewer, and where it
-    // cannot tell.
+    // The `count` worst paths, with slacks below the bound. Empty if there are fewer, or if there is no
+    // result.
     std::vector<RankedPath> find(const Pelko::Delay& bound, unsigned long count) {
         std::vector<RankedPath> found;
         if (!isBoundedBelow())
@@ -81,16 +82,16 @@ private:
 
     struct Step {
         Edge* edge;
-        std::uint32_t previous; // none: the edge leaves a launch leaf
+        std::uint32_t previous; // `none` if the edge leaves a launch leaf
         std::uint32_t length;   // arcs so far
-        int arrival;            // behind the edge
+        int arrival;            // at the target of the edge
         int slack;
     };
     struct Open {
         int slack;
         std::uint32_t step;
-        // The greatest comes first: the least slack; among equals the newest, so that one path is finished
-        // before another is begun.
+        // The queue returns the greatest first: the smallest slack, and among equal ones the newest, so that
+        // one path is finished before another is begun.
         bool operator<(const Open& other) const {
             return slack == other.slack ? step < other.step : slack > other.slack;
         }
@@ -98,7 +99,7 @@ private:
 
     static bool isNear(const Delay& time) { return time.isOrdinary() && std::abs(int(time)) < farthest; }
 
-    // What all classes ask for together, which is what paths under none are held against.
+    // The required time of all classes together, which applies to paths under no exception.
     Delay requiredAt(const Pole* pole) const {
         detail::ClassTiming all{0, Delay::undefinedValue, Delay::undefinedValue};
         for (const detail::ClassTiming& each : data_.getRequired(pole))
@@ -136,7 +137,7 @@ private:
         return true;
     }
 
-    // No arc lets data through that its source has no time for.
+    // Whether the slack at the arc's target is not smaller than the bound at its source.
     bool isBoundedBelow(const Edge* edge, const Delay& requiredAtSource) const {
         const Delay dataTime = Side::dataTime(Delay(0), edge);
         return isNear(dataTime) && !(Side::slack(requiredAt(edge->getTarget()), dataTime) <
@@ -164,7 +165,7 @@ private:
         return edges;
     }
 
-    // Whether no pole comes twice: on a loop of no delay a walk may go round.
+    // Whether no pole occurs twice, which can happen on a loop without delay.
     bool isSimple(std::uint32_t last) const {
         std::unordered_set<const Pole*> poles;
         for (std::uint32_t step = last; step != none; step = steps_[step].previous)

@@ -1,5 +1,5 @@
-// The two sides of a pair of launch and latch pole: the clock edge of each, and the roots behind it. Which
-// domains and subdomains a pair is part of follows from its sides alone.
+// The two sides of a pair of launch and latch pole: the clock edge of each, and the roots behind it. The
+// sides alone determine the domains and subdomains of the pair.
 #pragma once
 
 #include "Pelko/ClockMode.h"
@@ -7,10 +7,10 @@
 
 namespace Vorlen {
 
-// A root may be null: a port side without a clock.
+// One side. A root may be null, for the side of a port without a clock.
 struct ClockSide {
     Pelko::ClockMode mode;
-    Pelko::Pole* root = nullptr;   // the one root, where there is no stem
+    Pelko::Pole* root = nullptr;   // the only root, if there is no stem
     const PoleSet* stem = nullptr; // the roots of a clock pole
     bool hasRoot = true;
 
@@ -24,12 +24,13 @@ struct ClockSide {
     }
 };
 
-// `stem`: the roots behind the pole where it is a clock pole; null for none.
+// The side of a launch pole or of a latch pole. `stem` is the set of roots behind a clock pole, or null.
 // Critical: "<pole> has not clock mode!".
 ClockSide launchSideOf(const PoleSet* stem, Pelko::Pole* launch);
 ClockSide latchSideOf(const PoleSet* stem, Pelko::Pole* latch);
 
-// Every subdomain of a pair, by its roots and modes, in order of creation.
+// Calls `visit(launchRoot, latchRoot, launchMode, latchMode)` for every subdomain of a pair, in order of
+// creation.
 template <class Visit>
 void forEachSubdomain(const ClockSide& launch, const ClockSide& latch, Visit visit) {
     using Pelko::ClockMode;

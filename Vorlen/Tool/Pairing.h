@@ -1,15 +1,16 @@
-// The pairing of a whole phase without its pairs: which launch poles reach an end point matters only by the
-// clocks and edges that they launch with, and by which of them comes first where a pair makes a domain.
+// The domains and subdomains of all pairs of launch pole and end point, without visiting each pair. Only the
+// clocks and edges of the launch poles that reach an end point matter, and which of these poles comes first
+// when a pair creates a domain.
 //
-// Launch poles of the same roots and mode are one class, and so are latch poles. Classes are propagated over
-// the cone of all end points, as bits: forwards which launch classes reach an end point, backwards which
-// latch classes a launch pole reaches. An end point that brings a new pair of classes looks up the first
-// launch pole of each new one, in stamp order, and hands it to domain creation. So domains and subdomains are
-// created in the order in which the pairs would create them, with the same leaves in the end; also where one
-// of their creations throws, the leaves of the pairs before it are there.
+// Launch poles with the same roots and mode form one class, and so do latch poles. Classes are propagated as
+// bits over the cone of all end points: forwards to find which launch classes reach an end point, backwards
+// to find which latch classes a launch pole reaches. If an end point has a new pair of classes, the first
+// launch pole of each new class, in stamp order, is passed to domain creation. So domains and subdomains are
+// created in the same order, and with the same leaves, as if all pairs were visited. If a creation throws,
+// the leaves of the pairs before it are captured.
 //
-// Cost: a few steps an arc, 16 bytes a pole for up to 64 classes, and a search of the fan-in for each end
-// point that brings more than one new pair of classes.
+// Cost: a few steps for each arc, 16 bytes for each pole if there are up to 64 classes, and a search of the
+// fan-in for each end point with more than one new pair of classes.
 #pragma once
 
 #include "Vorlen/Cone/Cone.h"
@@ -30,17 +31,19 @@ class Pairing {
 public:
     Pairing(Tool& tool, const StemPoleSetMap& clockStems) : tool_(tool), clockStems_(clockStems) {}
 
-    // False where the design has to be walked: it has loops, an end point that data goes on from (whose stem
-    // depends on which is walked first), a clock pole without a mode, or very many classes.
+    // Reads the cone of the end points. Returns false if the pairs have to be walked one by one, because the
+    // design has a loop, an end point with fan-out (whose stem depends on the order of the walks), a clock
+    // pole without a mode, or very many classes.
     bool read(const std::vector<Pelko::Pole*>& ends, detail::Cone::IsStart isLaunch);
-    // False where host events have changed the design, so that all has to be done again.
+    // Creates the domains and captures the leaves. Returns false if host events have changed the design, so
+    // that everything has to be done again.
     bool run();
 
 private:
     using Word = std::uint64_t;
     using Slot = detail::Slot;
 
-    // Classes of one side, and the classes of slots: some words of bits each.
+    // The classes of one side, and for each slot a set of classes, as words of bits.
     struct Classes {
         using Key = std::pair<int, std::vector<Pelko::Pole*>>; // mode and roots
 
@@ -62,7 +65,7 @@ private:
 
         std::vector<ClockSide> sides; // by number
         std::map<Key, unsigned> numbers;
-        unsigned last = 0; // what was asked for last
+        unsigned last = 0; // the result of the last look-up
         std::size_t words = 0;
         detail::LargeVector<Word> bits; // by slot
     };
@@ -102,7 +105,7 @@ private:
     Classes launches_;
     Classes latches_;
     std::vector<PairOfClasses> pairs_;
-    Slot markedEnds_ = 0; // the end points whose walks are marked
+    Slot markedEnds_ = 0; // the number of end points behind which poles are marked
     std::vector<Slot> stack_;
     detail::LargeVector<std::uint32_t> visits_; // by slot
     std::uint32_t visit_ = 0;

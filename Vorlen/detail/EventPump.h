@@ -1,6 +1,6 @@
-// The event pump: where a run yields to the host. Unless the application is in batch mode, host events are
-// processed whenever the application's event timer shows more than 250 ms. A user's stop request leaves it as
-// Ruvex::Interruption.
+// The event pump, with which a run yields to the host. Unless the application is in batch mode, it processes
+// host events when the application's event timer shows more than 250 ms. If the user has requested a stop, it
+// throws Ruvex::Interruption.
 #pragma once
 
 #include <ctime>
@@ -10,18 +10,18 @@ namespace Vorlen::detail {
 // Whether the next pump processes events.
 bool isPumpDue();
 
-// Between phases: asks the timer at once. Says whether events were processed.
+// For use between phases: reads the timer at once. Returns whether events were processed.
 bool pump();
 
-// Inside a walk, once a pole. Reading the event timer costs more than a step of a walk: the first call asks
-// it, and after that every 64th call looks at a clock that is cheap to read, and asks the timer where 10 ms
-// have gone by.
+// For use in a walk, once for each pole. Reading the event timer costs more than a step of a walk. So only
+// the first call reads it; after that, every 64th call reads a cheap clock, and the timer if 10 ms have
+// passed.
 class WalkPump {
 public:
-    // Says whether events were processed, so that the design may have changed.
+    // Returns whether events were processed. If so, the design may have changed.
     bool operator()() { return calls_++ % stride == 0 && look(); }
 
-    // Stands for several calls after the first.
+    // Has the effect of several calls.
     bool pass(unsigned calls) {
         const unsigned before = calls_;
         calls_ += calls;

@@ -1,5 +1,5 @@
-// The fault table: every exception that the library throws, its kind, text and place. Places are fixed data,
-// so that moving code between files changes no message.
+// The fault table: every exception that the library throws, with its kind, text and place. Places are fixed
+// data, so that moving code between files changes no message.
 #pragma once
 
 #include <string>
@@ -32,9 +32,10 @@ enum class Fault {
     ShortestMultipleConstraints,
 };
 
-// Throws the fault; `subject` stands before its text.
+// Throws the fault. `subject` is put before its text.
 [[noreturn]] void raise(Fault fault, const std::string& subject = {});
 
+// Throws the fault if the condition is false.
 inline void require(bool condition, Fault fault) {
     if (!condition) [[unlikely]]
         raise(fault);

@@ -1,17 +1,18 @@
-// Every text that the library prints, once. Messages go to the console with an empty label; warnings and
-// remarks are silenced by the analyzer's `_muted`, but for the epilogue's remark.
+// All texts that the library prints. Messages go to the console with an empty label. The analyzer's `_muted`
+// silences warnings and remarks, except the remark of the epilogue.
 #pragma once
 
 namespace Vorlen::detail::messages {
 
-// Banner: alias and mode between these.
+// The banner; the alias and the mode are put between these.
 inline constexpr const char* bannerOpening = "Analyzing project with ";
 inline constexpr const char* bannerMode = " [";
 inline constexpr const char* bannerClosing = " mode]";
-// Closing line: the status between these; the console puts the elapsed time for the percent sign.
+// The closing line; the status is put between these. The console replaces the percent sign by the elapsed
+// time.
 inline constexpr const char* closingOpening = "Analyzing project ";
 inline constexpr const char* closingTime = " in %";
-// An interruption's message between these.
+// The end of a run by an interruption, whose message is put between these.
 inline constexpr const char* abortedOpening = "Analyzing aborted [";
 inline constexpr const char* abortedClosing = "]";
 
@@ -23,14 +24,14 @@ inline constexpr const char* creatingDomainsDone = "Creating domains ... done";
 inline constexpr const char* generatedClock = "Generated clock ";
 inline constexpr const char* generatedClockBy = " by ";
 
-// Behind a domain's alias.
+// Follows the alias of a domain.
 inline constexpr const char* intermediateClock =
     ": Listed timing path(s) may traverse intermediate clock timing point(s)!";
 
-// Between a multicycle path's alias and a subdomain's. Debug mode.
+// Put between the aliases of a multicycle path and a subdomain. Debug mode.
 inline constexpr const char* multicycleNotAvailable = " is not available for ";
 
-// The loops met by a walk: the text for one, and the text behind the number of several.
+// The loops of a walk: the text for one loop, and the text that follows the number of several.
 struct LoopWarning {
     const char* one;
     const char* several;
@@ -42,7 +43,7 @@ inline constexpr LoopWarning dataLoops{"1 combinatorial loop detected during dat
 inline constexpr LoopWarning constrainedLoops{"1 combinatorial loop detected during false paths analysis.",
                                               " combinatorial loops detected during false paths analysis."};
 
-// Prints the warning for a count that is not 0, unless muted.
+// Prints the warning if the count is not 0, unless muted.
 void warnOfLoops(const LoopWarning& warning, unsigned long count);
 
 } // namespace Vorlen::detail::messages

@@ -1,15 +1,17 @@
 // The depth-first walk that the phases share. It keeps its own stack, so that a chain of a million poles is
 // an ordinary input.
 //
-// A visitor says what a step does, in the order in which a recursive function would:
-//   bool enter(Pole* pole)      start of a step; false: the step returns at once
-//   Edges fan(Pole* pole)       the arcs to follow; empty for none
-//   Pole* follow(Edge* edge)    before an arc is followed: the pole to step on, or null to pass the arc over
-//   void back(Edge* edge)       after the step on that pole has returned, entered or not
-//   void leave(Pole* pole)      end of a step that was entered
+// A visitor implements the parts of a step, which are called as in a recursive function:
 //
-// The arcs of a pole are copied when it is entered: a visitor may deactivate arcs on the way. Space: 32 bytes
-// a pole and 8 an arc of the poles on the stack. One Walk serves many starts without allocating anew.
+//   bool enter(Pole* pole)      the start of a step; if it returns false, the step is over
+//   Edges fan(Pole* pole)       the arcs to follow
+//   Pole* follow(Edge* edge)    the pole at which the next step starts, or null to skip the arc
+//   void back(Edge* edge)       after the step at that pole, also if `enter` returned false
+//   void leave(Pole* pole)      the end of a step for which `enter` returned true
+//
+// The arcs of a pole are copied when it is entered, so a visitor may deactivate arcs. Space: 32 bytes for
+// each pole on the stack and 8 for each of its arcs. One Walk can be used for many starts without further
+// allocations.
 #pragma once
 
 #include "Pelko/Edge.h"
@@ -74,7 +76,7 @@ private:
     std::vector<Pelko::Edge*> edges_;
 };
 
-// Clears all marks where a walk ends by an exception: the next run must not take its poles for visited.
+// Clears all marks if an exception ends the scope, so that the next run does not take poles for visited.
 class MarkGuard {
 public:
     MarkGuard() : exceptions_(std::uncaught_exceptions()) {}

@@ -1,9 +1,9 @@
-// How many arcs the walks look at, and how many entries of tables as large as the design are made or cleared,
-// so that tests can hold them to a bound: a time says little on a busy machine.
+// Counts the arcs that walks read, and the entries that are created or cleared in tables as large as the
+// design. Tests compare the counts with bounds, because times vary on a busy machine.
 //
-// A walk counts a fan when it takes it up, with all its arcs; where it stops early, with those that it saw.
-// What is only fetched ahead is not counted. It counts in a build of the engine that only the tests have
-// (VORLEN_COUNT_WORK); in the library, counting is nothing. One thread.
+// A walk counts all arcs of a fan when it starts to read it. If it stops early, it counts those that it has
+// read. Prefetching is not counted. Counting is compiled only into a build of the engine for tests
+// (VORLEN_COUNT_WORK); in the library these functions do nothing. For use in one thread.
 #pragma once
 
 #include <cstddef>
