@@ -54,7 +54,8 @@ bool Cone::read(const std::vector<Pelko::Pole*>& ends, IsStart isStart) {
     return isRead_ = sort();
 }
 
-// Room that is not used stays with the system. A small cone does without: it would take a huge page a table.
+// Reserved memory that is never used costs nothing. A small cone reserves none, because each table would take
+// a huge page.
 void Cone::reserveAll() {
     poles_.reserve(shape_.poleCount);
     flags_.reserve(shape_.poleCount);
@@ -90,9 +91,9 @@ void Cone::addArcs(Pelko::Pole* pole, IsStart isStart) {
     visitArcs(edges_.size() - begins_.back());
 }
 
-// By level, the length of the longest way to an end, and within a level by slot: so walks in order pass over
-// what lies by slot as nearly from front to back as the arcs allow. A pole is reached once all that it drives
-// have been; what is left over at the end lies on a loop, or behind one.
+// Sorts by level, which is the length of the longest way to an end, and within a level by slot. So a walk in
+// order reads tables by slot from front to back as far as the arcs allow. A pole is placed when all poles
+// that it drives are placed; poles that are never placed lie on a loop, or behind one.
 bool Cone::sort() {
     uses_.resize(poles_.size(), 0);
     order_.reserve(poles_.size());

@@ -44,7 +44,7 @@ void FanIn::reread(Place begin, Place end) {
     }
 }
 
-// Places stay as they are, so that whoever has a fan open, or keeps something by place, need not care.
+// Places stay the same, so that open fans and tables by place remain valid.
 void FanIn::renew() {
     ++epoch_;
     if (const Shape shape = getShape(); shape != shape_) {

@@ -10,11 +10,12 @@ namespace Vorlen::detail {
 
 namespace {
 
-// Tables that are cleared, while a launch goes on; empty ones for none.
+// The cleared tables that are kept during a launch; the others are empty.
 std::array<LargeVector<Slot>, SlotTable::mostKept> kept;
 unsigned keepings = 0;
 
-// Beyond one entry in so many, clearing from front to back is cheaper than clearing what was written.
+// If more than one entry in this number was written, clearing the whole table is cheaper than clearing the
+// entries.
 constexpr std::size_t sparse = 16;
 
 } // namespace
@@ -75,7 +76,7 @@ void SlotTable::clear() {
         slots_[index] = 0;
 }
 
-// The largest tables are kept.
+// Keeps the largest tables.
 void SlotTable::giveBack() noexcept {
     if (keepings == 0 || slots_.empty())
         return;

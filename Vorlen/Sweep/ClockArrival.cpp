@@ -1,8 +1,8 @@
-// Clock arrival: when the launching edge reaches every launch leaf, and the latching edge every latch leaf,
-// by walking the clock network backwards from the leaves to the clock root.
+// Clock arrival: the times at which the launch edge reaches every launch leaf, and the latch edge every latch
+// leaf. The walk goes backwards through the clock network, from the leaves to the clock root.
 //
-// A leaf's arrival covers all exception classes at once: the data side starts classes of its own. A leaf that
-// was passed on the way from an earlier one gets no entry.
+// The arrival at a leaf covers all exception classes, because data starts with classes of its own. A leaf
+// that an earlier walk has passed gets no entry.
 #include "Pelko/Analyzer.h"
 #include "Pelko/Subdomain.h"
 #include "Vorlen/Sweep.h"
@@ -56,8 +56,8 @@ private:
     detail::WalkPump pump_;
 };
 
-// The earliest and latest of all classes. Undefined bounds are passed over, unless nothing better came
-// before.
+// The earliest and the latest arrival of all classes. An undefined bound is skipped if a defined one came
+// before it.
 Timing reduce(const TimingMap& map) {
     Delay minimum = Delay::getMaximum();
     Delay maximum = Delay::getMinimum();
@@ -72,7 +72,7 @@ Timing reduce(const TimingMap& map) {
     return {minimum, maximum};
 }
 
-// One side of the subdomain. `isPort` says which leaves are ports, which the clock reaches at time zero.
+// One side of the subdomain. `isPort` returns whether a leaf is a port, which the clock reaches at time zero.
 template <class IsPort>
 void analyzeSide(Sweep& sweep, Pole* root, const Pelko::Poles& leaves, IsPort isPort,
                  PoleTimingMap& arrivals) {
@@ -114,8 +114,8 @@ void Sweep::clockAnalyze(Pole* root, Pole* pole, PoleSet& path, PoleTimingMap& c
     detail::Walk().run(pole, visitor);
 }
 
-// A compensated root starts early by the feedback delay: the minimum negated in the minimum, the maximum in
-// the maximum.
+// A compensated root starts earlier by the feedback delay: its minimum is minus the minimum feedback, its
+// maximum minus the maximum feedback.
 void Sweep::updateClockATMapMap(Pole* root, PoleTimingMap& clockAT) {
     TimingMap seed;
     seed[0] = analyzer->hasPLLFeedbackDelay(root)

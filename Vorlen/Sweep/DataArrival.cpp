@@ -1,12 +1,12 @@
 // Data arrival: forwards from the launch leaves to the latch leaves, class by class. The walk goes backwards
 // from the end points, so that the whole fan-in of a pole is final before the pole is.
 //
-// Where the cone has an order (Cone/Cone.h) the poles are folded in that order: what comes out is the same,
-// since folding is associative and commutative. Where it has none, the depth-first walk refuses an arc that
-// would close a loop.
+// If the cone has an order (Cone/Cone.h), the poles are folded in that order. The result is the same, because
+// folding is associative and commutative. Otherwise, the depth-first walk skips an arc that would close a
+// loop.
 //
-// At the latch side the arrivals become those of the subdomain: its latest and shortest arrival, and whether
-// a multicycle path is the latest one.
+// At the latch side the arrivals determine those of the subdomain: its latest and shortest arrival, and
+// whether a multicycle path is the latest one.
 #include "Pelko/Analyzer.h"
 #include "Pelko/Cell.h"
 #include "Pelko/Subdomain.h"
@@ -29,7 +29,7 @@ namespace {
 
 bool isStart(const Pole* pole) { return pole->isInitial() || pole->isClockSource(); }
 
-// `Path`: the poles of the walk's stack, as a set of the caller or as flags.
+// `Path` holds the poles of the walk's stack: a set of the caller, or flags.
 template <class Path>
 class ArrivalVisitor {
 public:
@@ -66,7 +66,7 @@ private:
     detail::WalkPump pump_;
 };
 
-// How an arc shifts the arrivals that pass it. An arc into a check holds its hold and its setup value.
+// The shift of arrivals by an arc. An arc into a check holds a hold value and a setup value.
 class ArrivalShift {
 public:
     ArrivalShift(const Edge& edge, bool isCheck)
@@ -86,7 +86,7 @@ private:
     bool isCheck_;
 };
 
-// The poles whose arrivals are those of a latch leaf.
+// Calls `visit` for the end points of a latch leaf: the checks of a clock pin, or the leaf itself.
 template <class Visit>
 void forEachEnd(Pole* leaf, Visit visit) {
     if (!leaf->isClock())
@@ -96,8 +96,8 @@ void forEachEnd(Pole* leaf, Visit visit) {
             visit(end);
 }
 
-// Reports the arrivals of end points to the subdomain: the widest of all classes, and whether a multicycle class
-// is the latest.
+// Reports the arrivals of end points to the subdomain: the widest of all classes, and whether a multicycle
+// class is the latest.
 class ArrivalReport {
 public:
     ArrivalReport(Pelko::Subdomain& subdomain, Timing& widest) : subdomain_(subdomain), widest_(widest) {}
@@ -183,8 +183,8 @@ void Sweep::arrivalAnalyze() {
     analyzer->unmark();
 }
 
-// All ends at once, in the order of their cone. Gives false, with no arrivals, where there is no such order;
-// and where a leaf will be refused, since then only those before it count.
+// The arrivals at all ends, in the order of their cone. Returns false, with no arrivals, if there is no such
+// order, or if a leaf will be refused, because then only the leaves before it get arrivals.
 bool Sweep::propagateArrivals() {
     if (data->cone.getSlotCount() != 0)
         return false;
@@ -225,8 +225,8 @@ bool Sweep::propagateArrivals() {
     return true;
 }
 
-// `isLive`: arcs are read from the design, since host events may have changed them. Otherwise that is not
-// needed but for their classes, which only matter to arrivals that have some.
+// If `isLive`, delays are read from the design, because host events may have changed them. Otherwise the
+// design is read only for the classes of arcs, which matter only to arrivals that have classes.
 void Sweep::updateArrivals(detail::Slot slot, bool isLive) {
     const detail::Cone& cone = data->cone;
     const unsigned flags = cone.getFlags(slot);
@@ -272,7 +272,7 @@ void Sweep::updateDataATMapMap(Pole* pole) {
             return;
         start[0] = Timing(Delay(0), Delay(0));
     } else {
-        const auto launch = launchATMapMap.find(pole); // only launch leaves have one
+        const auto launch = launchATMapMap.find(pole); // only launch leaves have an entry
         if (launch == launchATMapMap.end())
             return;
         if (detail::isPlain(launch->second) && !pole->isInput() && pole->getOpeningPseudoMask().isEmpty()) {

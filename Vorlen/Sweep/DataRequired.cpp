@@ -2,10 +2,10 @@
 // forwards from the launch leaves, so that the whole fan-out of a pole is final before the pole is. Only
 // poles that data reaches get required times.
 //
-// Where the cone of the arrivals has an order, and nothing lies in it that a walk from the launch leaves
-// would see otherwise, required times are folded in that order.
+// If the cone of the arrivals has an order, and a walk from the launch leaves would visit the same poles and
+// arcs, required times are folded in that order.
 //
-// A required timing holds the setup requirement as its minimum, and the hold requirement as its maximum.
+// A required timing has the setup requirement as its minimum, and the hold requirement as its maximum.
 #include "Pelko/Analyzer.h"
 #include "Pelko/Subdomain.h"
 #include "Vorlen/Cone/DataTimes.h"
@@ -27,8 +27,8 @@ using Pelko::Pole;
 
 namespace {
 
-// How an arc shifts the required times that pass it backwards: an interval subtracted, or what a check
-// arc asks for.
+// The shift of required times by an arc, backwards: its delays are subtracted, or the setup and hold values
+// of a check are applied.
 class RequiredShift {
 public:
     RequiredShift(const Edge& edge, bool isCheck)
@@ -46,7 +46,7 @@ private:
     bool isCheck_;
 };
 
-// `Path`: the poles of the walk's stack, as a set of the caller or as flags.
+// `Path` holds the poles of the walk's stack: a set of the caller, or flags.
 template <class Path>
 class RequiredVisitor {
 public:
@@ -114,7 +114,7 @@ void Sweep::updateDataRTMapMap(Pole* pole) {
         required[0] = Timing(subdomain->getSetupRelation(), -subdomain->getHoldRelation());
     } else {
         Pole* leaf = pole->isOutput() ? pole : pole->getClockPole();
-        const auto latch = latchATMapMap.find(leaf); // only latch leaves have one
+        const auto latch = latchATMapMap.find(leaf); // only latch leaves have an entry
         if (latch == latchATMapMap.end())
             return;
         const auto entry = latch->second.find(0);
@@ -149,11 +149,11 @@ void Sweep::updateDataRTMapMap(Edge* edge) {
 
 namespace {
 
-// What a pole of the cone is when required times are asked for.
+// The state of a pole of the cone when required times are computed.
 enum Kind : std::uint8_t { Reached = 1, Terminal = 2, Masked = 4, Check = 8 };
 
-// By slot; empty where a walk from the launch leaves would not see just the cone: where a pole is marked, or
-// data runs into a start, which the cone does not show.
+// The kinds of poles, by slot. Empty if a walk from the launch leaves would not visit exactly the cone: if a
+// pole is marked, or if data runs into a start, which the cone does not show.
 std::vector<std::uint8_t> kindsOf(const detail::DataTimes& data) {
     constexpr std::size_t ahead = 16;
     const detail::LargeVector<Pole*>& poles = data.cone.getPoles();
@@ -186,7 +186,8 @@ std::vector<std::uint8_t> kindsOf(const detail::DataTimes& data) {
 
 } // namespace
 
-// Gives false, with no required times, where only the walk finds what is due.
+// Required times in the order of the cone. Returns false, with no required times, if they need the
+// depth-first walk.
 bool Sweep::propagateRequired() {
     const detail::Cone& cone = data->cone;
     if (!cone.isCurrent() || data->hasAnyRequired || (!subdomain->getLaunchRoot() && !launchesFromInputs()))
@@ -221,8 +222,9 @@ bool Sweep::launchesFromInputs() const {
     return true;
 }
 
-// Passes the required times of a pole on to its drivers. Gives false where data passes a terminal pole, or an
-// arc is active that was not or the reverse: then not every pole with arrivals is one that the walk comes to.
+// Folds the required times of a pole into those of its drivers. Returns false if data passes a terminal pole,
+// or if an arc has become active or inactive: then the depth-first walk does not visit all poles that have
+// arrivals.
 bool Sweep::updateRequired(detail::Slot slot, const std::vector<std::uint8_t>& kinds) {
     const detail::Cone& cone = data->cone;
     detail::TimingTable& required = data->required;

@@ -1,6 +1,6 @@
-// Slacks of ports: the worst setup and hold slack at the input ports that launch the subdomain and the output
-// ports that latch it, over plain timing and every exception. The host keeps the worst a port over all
-// subdomains.
+// Slacks of ports: the worst setup and hold slack at the input ports that launch the subdomain and at the
+// output ports that latch it, over paths with and without exceptions. The host keeps the worst slack of each
+// port over all subdomains.
 #include "Vorlen/Cone/DataTimes.h"
 #include "Vorlen/Sweep/Sides.h"
 #include "Vorlen/detail/Work.h"

@@ -1,5 +1,5 @@
-// The algebra of timing maps. Operations that only change values update them in place; those that change keys
-// build a new map and swap it in. All are linear in the map, which mostly has one entry.
+// Operations on timing maps. Those that change only values work in place; those that change keys build a new
+// map. All are linear in the size of the map, which is mostly one entry.
 #include "Vorlen/Sweep.h"
 
 namespace Vorlen {
@@ -12,8 +12,7 @@ void Sweep::filter(const PseudoMask& mask, TimingMap& map) {
         std::erase_if(map, [&mask](const auto& entry) { return (entry.first & mask.getBits()) != 0; });
 }
 
-// The bound of an overridden class becomes the special that loses every later comparison, so that the other
-// bound stays.
+// The bound of an overridden class becomes a special that no later comparison selects. The other bound stays.
 void Sweep::filter(const PseudoMask& maxMask, const PseudoMask& minMask, TimingMap& map) {
     if (maxMask == minMask)
         return filter(maxMask, map);
@@ -27,7 +26,7 @@ void Sweep::filter(const PseudoMask& maxMask, const PseudoMask& minMask, TimingM
 
 namespace {
 
-// Where no key changes, and so none collides, the map is left as it is.
+// If no key changes, the map is left as it is.
 template <class NewKey>
 void rekey(TimingMap& map, NewKey newKey) {
     bool changes = false;

@@ -1,5 +1,5 @@
-// How timing exceptions govern a timing map: multicycle factors, and the choice of the one exception that
-// decides a check.
+// Exceptions that govern a timing map: multicycle factors, and the choice of the one exception that governs a
+// path.
 #include "Pelko/Analyzer.h"
 #include "Pelko/Subdomain.h"
 #include "Ruvex/Console.h"
@@ -23,7 +23,7 @@ using Pelko::PseudoMask;
 
 namespace {
 
-// A 32-bit product, which wraps. A special is never scaled.
+// A product modulo 2^32. A special is never scaled.
 Delay multiply(const Delay& delay, unsigned long factor) {
     if (!delay.isOrdinary())
         return delay;
@@ -32,7 +32,7 @@ Delay multiply(const Delay& delay, unsigned long factor) {
 
 constexpr double noMultiplier = 1e8;
 
-// The least multiplier among the multicycle paths, as 32-bit values; the sentinel for none.
+// The smallest multiplier of the multicycle paths, as a 32-bit value; `noMultiplier` if there is none.
 double leastMultiplier(const Ruvex::Collection<MPath*>& paths) {
     double least = noMultiplier;
     for (const MPath* path : paths) {
@@ -43,7 +43,7 @@ double leastMultiplier(const Ruvex::Collection<MPath*>& paths) {
     return least;
 }
 
-// Between opposite edges of a clock, cycles beyond the first are measured in phases.
+// The factor of a multiplier. Between opposite edges of a clock, cycles after the first count as phases.
 double cycleFactor(const Pelko::Subdomain& subdomain, double multiplier) {
     const ClockMode launch = subdomain.getLaunchClockMode();
     if (launch == subdomain.getLatchClockMode())
@@ -102,8 +102,8 @@ void Sweep::divideCycleCount(TimingMap& map) {
 
 namespace {
 
-// The choices within a class. Each takes the first of equals, and gives the empty mask where no path of the
-// kind is there.
+// The choice among the exceptions of one kind. Each function chooses the first of equal ones, and returns the
+// empty mask if there is no exception of the kind.
 
 template <class Kind, class IsBetter>
 PseudoMask choose(const PseudoMask& mask, IsBetter isBetter) {

@@ -1,5 +1,5 @@
-// The sweep as an object of the host: its creation, look-ups, record, and the sequence for a caller that
-// wants no slacks.
+// The sweep as an object of the host: its creation and destruction, look-ups and record, and the sequence for
+// callers that want no slacks.
 #include "Pelko/Analyzer.h"
 #include "Pelko/Subdomain.h"
 #include "Ruvex/StandardSlot.h"

@@ -1,15 +1,17 @@
-// The path search: the worst paths of the subdomain, by a depth-first search from the launch leaves that is
-// pruned by a slack bound.
+// The path search: finds the worst paths of the subdomain by a depth-first search from the launch leaves,
+// which a slack bound prunes.
 //
-// An arc is entered only while its slack, plain or under some exception, is below the bound; the bound drops
-// to the slack of the least critical kept path once enough are kept. The worst leaves come first, to make the
-// bound tight early. On reconvergent logic whose paths come in an unlucky order that is not enough: there may
-// be exponentially many, each a little worse than the last. So a search that has made far more paths than it
-// keeps finds out how bad the last one to be kept is (Sweep/WorstPaths.h), and goes on below that. It keeps
-// the same paths in the same order. Where that cannot be found out, as with exceptions, whose record of the
-// worst path is that of all paths made, the search stays as it is.
+// An arc is entered only if its slack, without or under some exception, is below the bound. When enough paths
+// are kept, the bound drops to the slack of the least critical of them. The worst leaves come first, to make
+// the bound tight early.
 //
-// The search keeps its own stack. What a recursive step would keep in its variables, a frame keeps.
+// On reconvergent logic that is not always enough: there may be exponentially many paths, each a little worse
+// than the one before. So a search that has created far more paths than it keeps determines the slack of the
+// last path to be kept (Sweep/WorstPaths.h), and takes it as the bound. It keeps the same paths in the same
+// order. If that slack cannot be determined, the search continues as before. It cannot with exceptions,
+// because an exception records the worst slack of all paths that are created.
+//
+// The search keeps its own stack. A frame holds what would be the variables of a recursive step.
 #include "Vorlen/Cone/DataTimes.h"
 #include "Vorlen/Sweep/Sides.h"
 #include "Vorlen/Sweep/WorstPaths.h"
@@ -32,7 +34,7 @@ using Pelko::PseudoMask;
 
 namespace {
 
-// The state of a search that the steps share.
+// The state of a search.
 struct State {
     PseudoMask& mask;
     PoleSet& path;
@@ -46,7 +48,7 @@ public:
     Search(Sweep& sweep, const Delay& bound, unsigned long count)
         : sweep_(sweep), subdomain_(*sweep.getSubdomain()), bound_(bound), count_(count) {}
 
-    // From the launch leaves, the worst first.
+    // Searches from all launch leaves, the worst first.
     void run(const detail::DataTimes& data) {
         data_ = &data;
         patience_ = leastPatience + data.cone.getSlotCount() / polesPerPath;
@@ -85,7 +87,7 @@ public:
                 state.mask &= edge->getPseudoMask();
                 state.arrival += Side::delayOf(edge);
                 if (enter(edge->getTarget(), state))
-                    continue; // the arc is taken back when the step ends
+                    continue; // the arc is removed at the end of the step
                 restore(frames_.back(), state);
             }
             state.edges.pop_back();
@@ -96,20 +98,20 @@ private:
     struct Frame {
         Pole* pole;
         unsigned long maskAtEntry;
-        unsigned long mask; // before the arc being followed
-        int arrival;        // before it too
+        unsigned long mask; // before the current arc
+        int arrival;        // before the current arc
         Delay limit;
         std::size_t next; // into fan_
         std::size_t end;
     };
 
-    // How many paths a search makes before it asks how bad the last one to be kept is: as many as take about
-    // the time of asking, and some more for each that is kept.
+    // The number of paths that a search creates before it determines the slack of the last path to be kept:
+    // as many as take about the same time, and some more for each path that is kept.
     static constexpr std::size_t leastPatience = 1024; // paths
     static constexpr std::size_t polesPerPath = 8;
     static constexpr unsigned long patiencePerKeptPath = 4;
 
-    // The arrival that a leaf launches with: that of its own opening classes.
+    // The arrival at a launch leaf, which is that of the leaf's own opening classes.
     bool findArrival(Pole* leaf, Delay& arrival) const {
         TimingMap arrivals;
         if (!sweep_.hasArrivalTimingMap(leaf, arrivals))
@@ -136,7 +138,7 @@ private:
         return ranking;
     }
 
-    // Start of a step: false where it returns at once.
+    // The start of a step. Returns false if the step is over at once.
     bool enter(Pole* pole, const State& state) {
         if (!(state.mask & pole->getClosingPseudoMask() & analyzer->getFalsePathMask()).isEmpty())
             return false;
@@ -158,7 +160,7 @@ private:
         return true;
     }
 
-    // End of a step, and of the arc that led to it.
+    // The end of a step, which also removes the arc that led to it.
     void leave(const State& state) {
         const Frame& frame = frames_.back();
         state.path.erase(frame.pole);
@@ -177,7 +179,7 @@ private:
         state.arrival = Delay(frame.arrival);
     }
 
-    // Once enough paths are kept, only better ones than the least critical of them are looked for.
+    // When enough paths are kept, only paths that are worse than the least critical of them are searched.
     Delay currentLimit() const {
         const auto kept = Side::pathsOf(subdomain_);
         if (kept.getCount() < count_)
@@ -186,7 +188,7 @@ private:
         return bound_.isDefined() && (!worst.isDefined() || bound_ < worst) ? bound_ : worst;
     }
 
-    // Whether the arc's slack is below the limit, plain or under some exception.
+    // Whether the arc's slack, without or under some exception, is below the limit.
     bool isCritical(Edge* edge, const State& state, const Delay& limit) const {
         const Delay plain = Side::calculateSlack(sweep_, edge, state.mask, state.arrival, nullptr);
         Delay slack = plain.isDefined() ? plain : Delay::getMaximum();
@@ -228,7 +230,8 @@ private:
         return governing;
     }
 
-    // A whole path: made, merged into its exception, and kept where it is among the worst.
+    // A complete path: it is created, its slack is merged into its exception, and it is kept if it is among
+    // the worst.
     void report(Pole* end, const State& state, const Delay& limit) {
         const Delay latch = latchClock(end);
         const Delay launch = launchClock(state.edges);
@@ -254,7 +257,7 @@ private:
         (slack < last->getSlack() ? last : path)->destroy();
     }
 
-    // Asked for once, when the search has lost its patience.
+    // Called for each path, but has an effect only once, when enough paths were created.
     void tightenBound() {
         if (!data_ || made_ < patience_)
             return;
@@ -278,7 +281,7 @@ private:
             bound_ = std::min(bound_, last + Delay(1));
     }
 
-    // What the host says that a path's slack is.
+    // The slack of a path as the host computes it.
     Delay askForSlack(const EdgeList& edges) {
         Pelko::Path* path =
             Side::createPath(&subdomain_, Ruvex::ListCollection<Edge*>(edges),
@@ -290,7 +293,7 @@ private:
 
     Sweep& sweep_;
     Pelko::Subdomain& subdomain_;
-    const detail::DataTimes* data_ = nullptr; // until the bound has been asked for; null: it is not
+    const detail::DataTimes* data_ = nullptr; // null once the bound is computed, or if it never is
     Delay bound_;
     unsigned long count_;
     unsigned long made_ = 0;
@@ -300,7 +303,8 @@ private:
     detail::WalkPump pump_;
 };
 
-// The bound is exclusive: one more than the requested maximum, so that a path of just that slack is kept.
+// The bound is exclusive: one more than the requested maximum, so that a path with exactly that slack is
+// kept.
 template <class Side>
 void search(Sweep& sweep, const detail::DataTimes& data, const Delay& maximumSlack, unsigned long count) {
     detail::require(maximumSlack.isDefined(), Side::undefinedSlack);

@@ -1,8 +1,8 @@
-// Slacks of arcs: for one class of exceptions, how much later (setup) or earlier (hold) data could pass an
-// arc.
+// Slacks of arcs: how much later (setup) or earlier (hold) data could pass an arc, for one class of
+// exceptions.
 //
-// The required map of the arc's target is read in place: which of its entries count follows from their keys,
-// and filtering and re-keying a copy of it would give the same.
+// The required map of the arc's target is read in place. The keys of its entries show which of them count;
+// filtering and re-keying a copy would have the same result.
 #include "Vorlen/Cone/DataTimes.h"
 #include "Vorlen/Cone/FanReader.h"
 #include "Vorlen/Sweep/Sides.h"
@@ -25,8 +25,8 @@ namespace {
 using detail::ClassTiming;
 using detail::ClassTimings;
 
-// What the entries that count ask for together. `falseBits`: classes cut by a false path. Kept as keys are
-// re-keyed to key AND `classBits`: those that become `wanted`.
+// The widest timing of the entries that count: those with no class of a false path (`falseBits`) whose key
+// AND `classBits` is `wanted`.
 ClassTiming combineRequired(ClassTimings required, unsigned long falseBits, unsigned long classBits,
                             unsigned long wanted) {
     ClassTiming result{wanted, Delay::undefinedValue, Delay::undefinedValue};
@@ -36,7 +36,8 @@ ClassTiming combineRequired(ClassTimings required, unsigned long falseBits, unsi
     return result;
 }
 
-// The least key under the exception: the first entry, in key order, that shares a class with it. 0 for none.
+// The smallest key AND `classBits` that is not 0, of entries with no class of a false path; 0 if there is
+// none.
 unsigned long firstKeyUnder(ClassTimings required, unsigned long falseBits, unsigned long classBits) {
     unsigned long first = 0;
     for (const ClassTiming& each : required) {
@@ -47,7 +48,7 @@ unsigned long firstKeyUnder(ClassTimings required, unsigned long falseBits, unsi
     return first;
 }
 
-// The classes that count at an arc for those in `mask`.
+// The classes at an arc for data under the classes in `mask`.
 unsigned long classesAt(const Edge& edge, unsigned long mask) {
     mask |= edge.getSource()->getOpeningPseudoMask().getBits();
     mask &= edge.getPseudoMask().getBits();
@@ -65,7 +66,7 @@ Delay plainSlack(ClassTimings required, unsigned long classes, unsigned long fal
     return slackOf<Side>(combineRequired(required, classes & falseMask, classes, 0), arrival, edge);
 }
 
-// Without what the exception adjusts.
+// The slack without the adjustment of the exception.
 template <class Side>
 Delay slackUnder(ClassTimings required, unsigned long classes, unsigned long falseMask,
                  unsigned long classBits, const Delay& arrival, const Edge& edge) {
@@ -95,8 +96,8 @@ Delay calculateSlack(const detail::DataTimes& data, const Pelko::Subdomain* subd
     return slack;
 }
 
-// The part of the clock's period that a transfer within one clock has, in percent; 100 for a whole period and
-// between clocks.
+// The part of the period that a transfer within one clock takes, in percent; 100 for a whole period, and for
+// a transfer between two clocks.
 unsigned long dutyCycleOf(const Pelko::Subdomain& subdomain) {
     const Pelko::Pole* root = subdomain.getLaunchRoot();
     if (!root || root != subdomain.getLatchRoot())
@@ -110,8 +111,8 @@ unsigned long dutyCycleOf(const Pelko::Subdomain& subdomain) {
     return 100;
 }
 
-// The first slack of an arc leaves its duty cycle alone; a lower one brings its own; an equal one may lower
-// it.
+// Writes a slack on an arc. The first slack leaves the duty cycle as it is, a lower one replaces it, and an
+// equal one may lower it.
 void tagEdge(Edge& edge, const Delay& best, unsigned long dutyCycle) {
     const Delay current = edge.getSlack();
     if (!current.isDefined() && best != Delay::getMaximum()) {
@@ -146,9 +147,9 @@ Delay Sweep::calculateSSlack(Edge* edge, const PseudoMask& mask, const Delay& ar
 
 namespace {
 
-// The setup slacks of arcs, each the worst over all classes of its arrivals: plain, and under each maximum
-// delay or multicycle path among them. What an exception adjusts is the same everywhere in a subdomain, and
-// asked for where it first counts.
+// The setup slacks of arcs: the worst over all classes of the arrivals, without an exception and under each
+// maximum delay or multicycle path among them. The adjustment of an exception is the same everywhere in a
+// subdomain. It is computed when it is first needed.
 class WorstSlacks {
 public:
     WorstSlacks(const detail::DataTimes& data, const Pelko::Subdomain* subdomain)
@@ -161,10 +162,10 @@ public:
         opensClasses_ = !analyzer->getCPaths().isEmpty();
     }
 
-    // Whether the host may be asked on the way, and may end it.
+    // Whether adjustments may be computed, which may throw.
     bool asksTheHost() const { return !exceptions_.empty(); }
 
-    // The maximum where there is none.
+    // The worst slack of the arc, or the maximum special if there is none.
     Delay find(ClassTimings arrivals, const Edge& edge) {
         const detail::Slot target = data_.cone.find(edge.getTarget());
         return data_.required.contains(target) ? find(arrivals, data_.required.get(target), edge)
@@ -177,7 +178,7 @@ public:
                 best = slack;
         };
         for (const ClassTiming& each : arrivals) {
-            // Without exceptions no pole opens a class, and none is read for it.
+            // Without exceptions no pole opens a class, and the poles are not read.
             const unsigned long classes =
                 opensClasses_ ? classesAt(edge, each.key) : each.key & edge.getPseudoMask().getBits();
             const Delay arrival(each.maximum);
@@ -213,8 +214,8 @@ private:
     std::vector<Exception> exceptions_;
 };
 
-// The arcs into poles that have required times: into one after another in the order in which the cone was
-// read, so that of the design only the arcs are read.
+// Tags the arcs into poles that have required times, pole by pole in the order in which the cone was read. So
+// only the arcs of the design are read, not its poles.
 void tagInConeOrder(const detail::DataTimes& data, WorstSlacks& slacks, unsigned long dutyCycle) {
     const detail::Cone& cone = data.cone;
     const auto tag = [&](Edge* edge, detail::Slot source, ClassTimings required) {
@@ -247,9 +248,9 @@ void tagInConeOrder(const detail::DataTimes& data, WorstSlacks& slacks, unsigned
 
 } // namespace
 
-// An arc into a pole without required times has the maximum as its slack. That is never written, but it is
-// compared with what is there; so such arcs count where a host has written just that. Where an adjustment may
-// throw, the arcs before it are those out of the poles before.
+// An arc into a pole without required times has the maximum special as its slack. That is never written, but
+// it is compared with the slack of the arc, and so matters if a host has written the same value. In that
+// case, and if an adjustment may throw, the arcs are tagged pole by pole in stamp order.
 void Sweep::tagSlacks() {
     const unsigned long dutyCycle = dutyCycleOf(*subdomain);
     WorstSlacks slacks(*data, subdomain);

@@ -1,9 +1,9 @@
 // The clock stems: for every clock pole, the clock sources and primary inputs that drive it.
 //
-// A pole is marked before its fan-in is walked, and walked once; stems are merged from the memo (StemMemo).
-// A clock pole is unmarked before its own walk, since an earlier one may have passed through it. The walk
-// does not stop at a clock pole on the way: a clock derived from another clock's register gets the stems of
-// that clock, and a remark.
+// A pole is marked before its fan-in is walked, and is walked once. Stems are merged from a memo
+// (detail/StemMemo.h). A clock pole is unmarked before its own walk, because an earlier walk may have passed
+// it. The walk does not stop at a clock pole: a clock that is derived from a register of another clock gets
+// the stems of that clock, and a remark.
 #include "Pelko/Analyzer.h"
 #include "Pelko/Cell.h"
 #include "Ruvex/Console.h"

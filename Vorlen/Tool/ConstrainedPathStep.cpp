@@ -1,5 +1,5 @@
-// One step of the constrained path walk on the database itself, in the containers of the caller. The phase takes
-// the same steps on a copy (ExceptionWalk.h).
+// One step of the constrained path walk on the database itself, in the containers of the caller. The phase
+// takes the same steps on a copy (ExceptionWalk.h).
 #include "Vorlen/Tool.h"
 #include "Vorlen/detail/EventPump.h"
 #include "Vorlen/detail/Walk.h"
@@ -38,7 +38,7 @@ public:
         return true;
     }
 
-    // Asked right after the pole was entered.
+    // Called right after the pole was entered.
     Pelko::Edges fan(const Pelko::Pole* pole) const {
         return isStart_ ? Pelko::Edges() : pole->getIncomingEdges();
     }
@@ -66,7 +66,7 @@ public:
     }
 
 private:
-    // The current path matches. The lowest of its poles and arcs are known to already.
+    // Called if the current path matches. The lowest of its poles and arcs are known to match already.
     void addPath() {
         if (std::size_t fresh = depth_ - knownPoles_; fresh != 0) {
             const Ruvex::Collection<Pelko::Pole*> poles = tool_.getLoopPoles();

@@ -1,8 +1,8 @@
-// Constrained paths: which arcs lie on a path from the sources of an exception, through its bridges, to its
-// targets. Those are sensitised to the exception's class.
+// Constrained paths: finds the arcs on paths from the sources of an exception, through its bridges, to its
+// targets, and adds the exception's class to them.
 //
-// The phase walks the fan-in once for each exception, on a compact copy (ExceptionWalk.h). Tags are kept in an array
-// of its own and reach the arcs at the end of the phase, also when an exception ends it.
+// The phase walks the fan-in once for each exception, on a compact copy (ExceptionWalk.h). Tags are kept in
+// an array of its own and reach the arcs at the end of the phase, also when an exception ends it.
 #include "Pelko/Analyzer.h"
 #include "Ruvex/Utility.h"
 #include "Vorlen/Tool.h"
@@ -24,7 +24,7 @@ public:
     explicit Tags(const FanIn& fanIn) : fanIn_(fanIn) {}
     Tags(const Tags&) = delete;
     Tags& operator=(const Tags&) = delete;
-    // Also where the run ends early: what was found until then stays.
+    // Writes the classes on the arcs, also if an exception ends the run.
     ~Tags() {
         for (FanIn::Place place = 0; place < bits_.size(); ++place)
             if (bits_[place] != 0)
@@ -42,7 +42,8 @@ private:
     std::vector<unsigned long> bits_; // by place
 };
 
-// From the targets to the bridges, then from the bridges that were hit to the sources.
+// Walks from the targets to the bridges, then from the bridges that were hit to the sources. Returns whether
+// a source was found.
 bool walkBridged(const Pelko::CPath& constrained, ExceptionWalk& walk) {
     const Pelko::Poles bridges = constrained.getBridges();
     if (!walk.run(constrained.getTargets(), bridges))
@@ -67,7 +68,7 @@ void tagConstrainedPath(Pelko::CPath& constrained, ExceptionWalk& walk, Tags& ta
     walk.forget();
 }
 
-// The arcs of all exceptions. Says how many loops were met.
+// Tags the arcs of all exceptions. Returns the number of loops.
 unsigned long tagAll(Tool& tool) {
     unsigned long loops = 0;
     FanIn fanIn;

@@ -1,12 +1,12 @@
-// The data stems: for every end point, the launch poles that reach it. Each such pair goes to domain
+// The data stems: for every end point, the launch poles that reach it. Each such pair is passed to domain
 // creation.
 //
-// A pole is marked when its whole fan-in has been walked (the clock walk marks before): end points are
-// reached again from other end points. The walk stops at inputs, clock poles and clock sources, so registers
-// launch from their clock pins.
+// A pole is marked after its whole fan-in has been walked, because end points are reached again from other
+// end points. (The clock walk marks a pole before.) The walk stops at inputs, clock poles and clock sources,
+// so registers launch from their clock pins.
 //
-// Without loops, all pairs are dealt with at once (Pairing.h); with them, where a loop is cut depends on the
-// walk, and the pairs are walked.
+// If the design has no loops, all pairs are processed at once (Pairing.h). Otherwise the pairs are walked,
+// because the walk determines where a loop is cut.
 #include "Pelko/Analyzer.h"
 #include "Pelko/Cell.h"
 #include "Vorlen/Tool.h"
@@ -25,7 +25,7 @@ namespace Vorlen {
 
 namespace {
 
-// Where stems end: registers launch from their clock poles.
+// Whether a stem ends at the pole. Registers launch from their clock poles.
 bool isLaunch(const Pelko::Pole* pole) { return pole->isInput() || pole->isClock() || pole->isClockSource(); }
 
 template <class Stems>
@@ -74,7 +74,7 @@ private:
 
 bool isEndPoint(const Pelko::Pole* pole) { return pole->isOutput() || pole->isCheck(); }
 
-// Whether a later walk may still come back over an arc from this pole, and merge its stem.
+// Whether a later walk may return over an arc from this pole, and merge its stem.
 bool isPassedOn(const Pelko::Pole* pole) {
     for (const Pelko::Edge* edge : pole->getOutgoingEdges()) {
         detail::visitArcs(1);
@@ -84,7 +84,7 @@ bool isPassedOn(const Pelko::Pole* pole) {
     return false;
 }
 
-// Every pair of a launch pole and an end point, one after another.
+// Passes every pair of launch pole and end point to domain creation. Returns the number of loops.
 unsigned long walkPairs(Tool& tool, const StemPoleSetMap& clockStems) {
     detail::PhaseStems work;
     unsigned long loops = 0;
@@ -104,8 +104,8 @@ unsigned long walkPairs(Tool& tool, const StemPoleSetMap& clockStems) {
     return loops;
 }
 
-// Host events that are due are processed where a walk would: at the first pole that it leaves, with those
-// above it on the loop stack.
+// Processes due host events at the same point as a walk would: at the first pole that the walk leaves, with
+// the poles before it on the loop stack.
 void pumpAtFirstLeave(Tool& tool, const std::vector<Pelko::Pole*>& ends) {
     if (!detail::isPumpDue())
         return;

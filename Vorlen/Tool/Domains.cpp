@@ -1,5 +1,5 @@
-// Domain creation: every pair of launch and latch pole becomes part of the subdomains of its clocks, and
-// domains that the constraints declare exclusive go again.
+// Domain creation: every pair of launch and latch pole is added to the subdomains of its clocks. Domains that
+// the constraints declare exclusive are destroyed again.
 //
 // A pair costs a look-up of its two stems, and O(1) for each of its domains.
 #include "Pelko/Analyzer.h"
@@ -70,7 +70,7 @@ ClockSide launchSideOf(const PoleSet* stem, Pole* launch) {
 
 namespace {
 
-// Over a copy, since domains end on the way.
+// Iterates over a copy, because domains are destroyed.
 void separateDomains() {
     std::vector<Pelko::Domain*> domains;
     for (Pelko::Domain* domain : Pelko::analyzer->getDomains())

@@ -1,5 +1,5 @@
-// The epilogue: marks the poles that touch a failing or zero slack, and remarks on domains whose reported
-// paths run through a clock pole. The remark is not muted.
+// The epilogue: marks the poles of arcs with a negative or zero slack, and prints a remark for each domain
+// with a reported path through a clock pole. Muting does not silence the remark.
 #include "Pelko/Analyzer.h"
 #include "Pelko/Cell.h"
 #include "Pelko/Edge.h"
@@ -16,7 +16,7 @@ namespace {
 
 bool isFailure(const Delay& slack) { return slack.isDefined() && int(slack) <= int(Delay(0)); }
 
-// A path that only starts at a clock pole does not cross one.
+// Whether a path crosses a clock pole. Starting at one does not count.
 bool crossClock(const Ruvex::Collection<Pelko::Path*>& paths) {
     for (const Pelko::Path* path : paths)
         for (const Pelko::Edge* edge : path->getEdges())

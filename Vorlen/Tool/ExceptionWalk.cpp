@@ -39,7 +39,8 @@ ExceptionWalk::Slot ExceptionWalk::getSlot(Pelko::Pole* pole) {
     return slot;
 }
 
-// For slots that are new. A pole marked before the phase counts as visited until marks are cleared.
+// Adds states for new slots. A pole that was marked before the phase counts as visited until marks are
+// cleared.
 void ExceptionWalk::addStates() {
     while (states_.size() < fanIn_.getSlotCount()) {
         const Pelko::Pole* pole = fanIn_.getPole(static_cast<Slot>(states_.size()));
@@ -107,7 +108,7 @@ void ExceptionWalk::leave() {
     pump();
 }
 
-// The current path matches. Its lowest frames are known to already.
+// Called if the current path matches. Its lowest frames are known to match already.
 void ExceptionWalk::addPath() {
     for (const Slot slot : below_)
         set(slot, Hit);

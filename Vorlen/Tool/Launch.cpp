@@ -1,7 +1,7 @@
-// The launch sequence: the phases in order, and the one place that catches their exceptions.
+// The launch sequence: calls the phases in order, and is the only place that catches their exceptions.
 //
-// Only the sweeps of one domain exist at a time, and each is destroyed right after its last phase. An exception
-// destroys the sweeps of the domain that it came from; nothing else is rolled back.
+// Only the sweeps of one domain exist at a time, and each is destroyed right after its last phase. An
+// exception destroys the sweeps of the domain that it came from; nothing else is rolled back.
 #include "Pelko/Analyzer.h"
 #include "Pelko/Subdomain.h"
 #include "Ruvex/Console.h"
@@ -40,8 +40,8 @@ void closeReport(const Ruvex::Status& status) {
     Ruvex::console.unindent();
 }
 
-// Clock and data arrivals. Returns the period that the latest arrival asks for, if one clock launches and latches;
-// adds that clock's root to `clockRoots`.
+// Clock and data arrivals. Returns the period that the latest arrival asks for, if one clock launches and
+// latches; adds that clock's root to `clockRoots`.
 Delay propagate(Sweep& sweep, PoleSet& clockRoots) {
     sweep.clockAnalyze();
     sweep.arrivalAnalyze();
@@ -113,9 +113,9 @@ bool runPhases(Tool& tool) {
     return true;
 }
 
-// An exception that is not the framework's becomes one. The cancellation of a thread passes as it is: it has no
-// object, so the reference that names it is a null one. The sanitizer's check for that is off in this function,
-// which must not be inlined for that.
+// An exception that is not the framework's becomes one. The cancellation of a thread passes as it is: it has
+// no object, so the reference that names it is a null one. The sanitizer's check for that is off in this
+// function, which must not be inlined for that.
 [[gnu::noinline, gnu::no_sanitize("null")]] bool runGuarded(Tool& tool) {
     try {
         return runPhases(tool);

@@ -1,7 +1,7 @@
-// The loop protocol: the poles of the current descent, as a stack and as a set, and how a loop that closes on
-// it is broken.
+// The loop protocol: keeps the poles of the current descent as a stack and as a set, and breaks a loop that
+// closes on it.
 //
-// A push, a pop and a look cost O(1); a cut costs a walk of the loop.
+// Push, pop and look-up are O(1); a cut costs a walk of the loop.
 #include "Pelko/Edge.h"
 #include "Vorlen/Tool.h"
 #include "Vorlen/detail/Faults.h"
@@ -36,9 +36,9 @@ bool Tool::isLooping(Pelko::Pole* pole) const {
     return loopPoleSet_.contains(pole);
 }
 
-// Walks go backwards, so of two neighbours on the stack the upper one is a source of the lower. The cut falls
-// on the merge point nearest to the top that is no clock pole: the arc by which the walk entered it goes. The
-// pair below the loop counts too.
+// Walks go backwards, so of two neighbours on the stack the upper one is a source of the lower. The cut is
+// made at the merge point nearest to the top that is not a clock pole: the arc between it and the pole above
+// it becomes inactive. The pole below the loop counts as well.
 void Tool::loopCutting(Pelko::Pole* pole) {
     require(isLooping(pole), Fault::CuttingNoLooping);
     for (auto upper = loopStack_.begin();; ++upper) {

@@ -15,13 +15,13 @@ using Pelko::Pole;
 
 namespace {
 
-// Beyond these, walking the pairs is the better way.
+// With more classes or pairs than these, walking the pairs is cheaper.
 constexpr std::size_t mostClasses = 1024;
 constexpr std::size_t mostPairs = 65536;
 
 constexpr unsigned noClass = std::numeric_limits<unsigned>::max();
 
-// Domain creation refuses it.
+// Whether domain creation refuses the pole.
 bool lacksMode(const Pole* pole) {
     return pole->isClock() && pole->getClockMode().getCode() == ClockMode::None;
 }
@@ -30,7 +30,7 @@ bool lacksMode(const Pole* pole) {
 
 namespace {
 
-// Whether one root, the same, and one edge make the sides up: that much is seen at once.
+// Whether both sides have one root, the same one, and the same edge. A quick test for the usual case.
 bool areAlike(const ClockSide& a, const ClockSide& b) {
     return a.mode == b.mode && a.stem && b.stem && a.stem->size() == 1 && b.stem->size() == 1 &&
            *a.stem->begin() == *b.stem->begin();
@@ -74,7 +74,7 @@ bool Pairing::goesOnFromEnds() const {
 }
 
 bool Pairing::classify() {
-    PoleMap<const PoleSet*> stems; // the same as in order, found at once
+    PoleMap<const PoleSet*> stems; // a copy with O(1) look-up
     for (const auto& [pole, stem] : clockStems_)
         stems[pole] = &stem;
     const auto stemOf = [&stems](const Pole* pole) {
@@ -119,7 +119,7 @@ void Pairing::propagateLaunches() {
     }
 }
 
-// Of the first end points alone.
+// Propagates the classes of only the first end points.
 void Pairing::propagateLatches(std::size_t ends) {
     latches_.place(cone_.getSlotCount());
     for (Slot end = 0; end < ends; ++end)
@@ -133,7 +133,7 @@ void Pairing::propagateLatches(std::size_t ends) {
 }
 
 bool Pairing::run() {
-    // Host events come as often as they would in a walk of the same poles.
+    // Host events are processed as often as in a walk of the same poles.
     detail::WalkPump pump;
     const auto polesOfEnd = static_cast<unsigned>(cone_.getSlotCount() / std::max<std::size_t>(endCount_, 1));
     Slot end = 0;
@@ -167,7 +167,7 @@ void Pairing::pairEnd(Slot end) {
     captureLatch(end);
 }
 
-// Where a creation throws, the pairs before it are captured, as they would have been one after another.
+// If a creation throws, the pairs before it are captured, as if they had been created one after another.
 void Pairing::createPairs(Slot end, const std::vector<unsigned>& fresh) {
     markBehind(end);
     Pole* latchPole = latchPoles_[end];
@@ -194,7 +194,8 @@ void Pairing::createPairs(Slot end, const std::vector<unsigned>& fresh) {
     }
 }
 
-// Visits the slots behind an end point, each once, where `enter(slot)` says so.
+// Calls `enter(slot)` once for each slot behind an end point. If it returns false, the walk does not go on
+// from there.
 template <class Enter>
 void Pairing::walk(Slot end, Enter enter) {
     visits_.resize(cone_.getSlotCount(), 0);
@@ -216,7 +217,7 @@ void Pairing::walk(Slot end, Enter enter) {
     }
 }
 
-// Of each of the launch classes, the first launch pole behind the end point; in stamp order.
+// For each of the launch classes, the first launch pole behind the end point. The result is in stamp order.
 std::vector<Pairing::Slot> Pairing::findFirst(Slot end, const std::vector<unsigned>& fresh) {
     const auto isBefore = [this](Slot a, Slot b) {
         return Pelko::Object::StampLess()(cone_.getPoles()[a], cone_.getPoles()[b]);
@@ -249,7 +250,7 @@ std::vector<Pairing::Slot> Pairing::findLaunches(Slot end) {
     return found;
 }
 
-// Who hears of a new domain sees the marks of the walks up to it.
+// Marks poles as the walks up to this end point would, for listeners that are told of a new domain.
 void Pairing::markBehind(Slot end) {
     for (; markedEnds_ <= end; ++markedEnds_)
         if (!cone_.getPoles()[markedEnds_]->isMarked())
@@ -272,7 +273,7 @@ void Pairing::captureLatch(Slot end) {
         }
 }
 
-// The launch poles of the first end points.
+// Captures the launch poles of the first end points.
 void Pairing::captureLaunches(std::size_t ends) {
     propagateLatches(ends);
     for (std::size_t i = 0; i < launchSlots_.size(); ++i)

@@ -1,5 +1,5 @@
-// The period that a clock achieves: the latest arrival of each of its same-clock subdomains, scaled to a
-// whole period where data has only one phase of the clock; the largest decides.
+// The period that a clock achieves: the largest of the latest arrivals of the subdomains that it both
+// launches and latches. If data has only one phase of the clock, the arrival is scaled to a whole period.
 #include "Pelko/Analyzer.h"
 #include "Pelko/Subdomain.h"
 #include "Vorlen/Tool.h"
@@ -12,8 +12,8 @@ using Pelko::Delay;
 
 namespace {
 
-// How many phases make a period: whole ones, by unsigned division (a duty ratio of 40 counts as 2). 1 for a
-// duty ratio that leaves no phase.
+// The number of phases in a period, as a whole number by unsigned division (a duty ratio of 40 counts as 2).
+// 1 if the duty ratio leaves no phase.
 double phaseFactor(const Pelko::Subdomain& subdomain, unsigned long dutyRatio) {
     const ClockMode::Code launch = subdomain.getLaunchClockMode().getCode();
     const ClockMode::Code latch = subdomain.getLatchClockMode().getCode();
@@ -38,7 +38,7 @@ Delay Tool::calculatePeriod(Pelko::Pole* clockSource) {
     const unsigned long dutyRatio = Pelko::analyzer->getDutyRatio(clockSource);
     Delay best = Delay::getMinimum();
     Pelko::Subdomain* decisive = nullptr;
-    // The one domain of the pair, if there is one.
+    // At most one domain has this pair of roots.
     if (const Pelko::Domain* domain = Pelko::analyzer->getDomain(clockSource, clockSource))
         for (Pelko::Subdomain* subdomain : domain->getSubdomains()) {
             const Delay period = scale(subdomain->getLAT(), phaseFactor(*subdomain, dutyRatio));

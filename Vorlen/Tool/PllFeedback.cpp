@@ -1,9 +1,10 @@
-// PLL feedback: the delay from a feedback clock source to the feedback pin of each compensating PLL, stored
-// on the outputs of the waveform generators that the PLL's oscillator drives. The clock walk of a sweep
-// starts from it, negated.
+// PLL feedback: the delay from a feedback clock source to the feedback pin of each compensating PLL. It is
+// stored for the outputs of the waveform generators that the PLL's oscillator drives. The clock walk of a
+// sweep starts with the negated delay.
 //
-// The first backward path to a qualifying source decides. Marks are cleared after all PLLs: what one has
-// walked, the next does not walk again. Loops are passed over, neither cut nor counted.
+// The first backward path to a qualifying source determines the delay. Marks are cleared after all PLLs, so a
+// pole that was walked for one PLL is not walked again for the next. Loops are skipped, and neither cut nor
+// counted.
 #include "Pelko/Analyzer.h"
 #include "Pelko/Cell.h"
 #include "Pelko/Module.h"
@@ -60,7 +61,7 @@ private:
     Timing& timing_;
 };
 
-// Pins, nets and poles that are missing on the way are passed over.
+// Missing pins, nets and poles are skipped.
 void storeFeedback(const Pelko::PLL& pll, const Timing& timing) {
     const Pelko::Pin* oscillator = pll.getPin(oscillatorPin);
     if (!oscillator || !oscillator->isConnected())

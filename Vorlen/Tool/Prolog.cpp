@@ -1,5 +1,5 @@
-// The prolog: insulated false paths leave the graph, every exception gets a class of its own, and PLL
-// feedback is measured.
+// The prolog: makes the arcs of insulated false paths inactive, gives every exception a class of its own, and
+// measures PLL feedback.
 #include "Pelko/Analyzer.h"
 #include "Pelko/Pole.h"
 #include "Vorlen/Tool.h"
@@ -18,7 +18,7 @@ void insulateFalsePaths() {
                 pole->insulate();
 }
 
-// The class joins the analyzer's mask of the path's kind; a path of no such kind joins none.
+// Adds the class of the exception to the analyzer's mask of its kind, if there is one.
 void joinClassMask(Pelko::CPath* path) {
     const Pelko::PseudoMask& mask = path->getPseudoMask();
     if (dynamic_cast<Pelko::FPath*>(path)) {

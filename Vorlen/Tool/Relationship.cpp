@@ -1,8 +1,9 @@
 // The setup and hold relation of every synchronous subdomain, from the clocks' periods, shifts and widths.
 //
-// For two clocks the relation is found on the grid of common edge positions, walked with Euclid's algorithm:
-// a grid value that lies nearest to the offset of the edges decides. What the subtraction form visits one
-// value at a time is taken here as arithmetic progressions, so that the cost is a logarithm of the periods.
+// For two clocks the relation is determined on the grid of common edge positions, by the grid value nearest
+// to the offset of the edges. The grid is walked with Euclid's algorithm. Its form with subtractions visits
+// one value at a time; here these values are arithmetic progressions, so that the cost is the logarithm of
+// the periods.
 #include "Pelko/Analyzer.h"
 #include "Pelko/Subdomain.h"
 #include "Vorlen/Tool.h"
@@ -18,8 +19,8 @@ using Pelko::Delay;
 
 namespace {
 
-// Same clock. Opposite edges are one phase apart: the low one from the falling to the rising edge, the high
-// one otherwise.
+// The relations of one clock to itself. Opposite edges are one phase apart: the low phase from the falling to
+// the rising edge, the high phase otherwise.
 void relateToItself(Pelko::Subdomain& subdomain) {
     subdomain.setCriticity(1);
     const Pelko::Pole* root = subdomain.getLaunchRoot();
@@ -44,38 +45,38 @@ void relateToItself(Pelko::Subdomain& subdomain) {
         subdomain.setCriticity(subdomain.getCriticity() + 1);
 }
 
-// When an edge of the clock first comes: the falling one a high width after the shift.
+// The time of the first such edge of the clock: the falling edge comes a high width after the shift.
 Delay edgeOf(const Pelko::Pole* root, const ClockMode& mode) {
     const Delay shift = analyzer->getShift(root);
     return mode.getCode() == ClockMode::Falling ? shift + analyzer->getHighWidth(root) : shift;
 }
 
-// The grid: how the offset of two edges lies among the values that Euclid's algorithm visits.
+// The position of the offset of two edges among the values that Euclid's algorithm visits.
 class Grid {
 public:
     Grid(bool later, std::int64_t offset, std::int64_t best)
         : later_(later), offset_(offset), best_(best), exact_(offset == 0) {}
 
-    // The values high, high - step, … down to low, all of one remainder by `step`.
+    // Visits the values high, high - step, … down to low, which have the same remainder modulo `step`.
     void visit(std::int64_t low, std::int64_t high, std::int64_t step) {
         if (offset_ == 0 || low > high)
             return;
         exact_ = exact_ || (low <= offset_ && offset_ <= high && (offset_ - low) % step == 0);
         if (later_) {
-            // The least value above the offset.
+            // The smallest value above the offset.
             const std::int64_t value = low > offset_ ? low : low + ((offset_ - low) / step + 1) * step;
             if (value <= high && value < best_)
                 best_ = value;
         } else if (low < offset_) {
-            // The greatest value below it.
+            // The largest value below it.
             const std::int64_t value = high < offset_ ? high : low + (offset_ - 1 - low) / step * step;
             if (best_ < value)
                 best_ = value;
         }
     }
 
-    // Walks from two periods to the final grid step. `gap` is the difference at which the walk stops early; 0
-    // for none.
+    // Walks from two periods to the final grid step, which it returns. `gap` is the difference at which the
+    // walk stops early; with 0 it does not.
     std::int64_t walk(std::int64_t a, std::int64_t b, std::int64_t gap) {
         while (a != b) {
             if (a < b)
@@ -103,7 +104,7 @@ private:
     bool exact_;
 };
 
-// Positive, or not there.
+// Whether the delay is a period, or undefined.
 bool isPeriod(const Delay& delay) { return !delay.isDefined() || (delay.isOrdinary() && int(delay) > 0); }
 
 } // namespace
@@ -142,7 +143,7 @@ void Tool::calculateRelationship(Delay& setup, Delay& hold, const Delay& launchP
     const Delay offset(later ? int(launchEdge - latchEdge) % int(latchPeriod)
                              : int(latchEdge - launchEdge) % int(launchPeriod));
     if (!launchPeriod.isDefined() || !latchPeriod.isDefined()) {
-        // A missing period absorbs the other: there is no grid, and the offset alone decides.
+        // If a period is missing, there is no grid, and only the offset counts.
         const Delay best = launchPeriod == latchPeriod ? launchPeriod
                            : later                     ? Delay::getMaximum()
                                                        : Delay(0);

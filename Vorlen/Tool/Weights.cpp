@@ -1,7 +1,8 @@
-// Edge weights: how many critical paths run through a critical arc, folded into classes from 1 up.
+// Edge weights: the number of critical paths through a critical arc, reduced to classes that are numbered
+// from 1.
 //
-// Counting is linear in the critical arcs; choosing the threshold keeps the slacks of the critical share
-// only.
+// Counting is linear in the number of critical arcs. Choosing the threshold keeps only the slacks of the
+// critical share.
 #include "Pelko/Analyzer.h"
 #include "Pelko/Cell.h"
 #include "Vorlen/Tool.h"
@@ -25,8 +26,8 @@ bool isWithin(const Edge* edge, const Delay& threshold) {
     return slack.isDefined() && int(slack) <= int(threshold);
 }
 
-// Forward: from path starts, read backwards along incoming arcs. Backward: from path ends, along outgoing
-// ones.
+// Forward counts from path starts, and walks backwards along incoming arcs. Backward counts from path ends,
+// and walks along outgoing arcs.
 struct Forward {
     static bool isOrigin(const Pole* pole) { return pole->isInitial(); }
     static bool isDestination(const Pole* pole) { return pole->isTerminal(); }
@@ -98,7 +99,7 @@ void count(Tool& tool, const Delay& threshold, PoleCountMap& counts) {
     Pelko::analyzer->unmark();
 }
 
-// Every critical arc gets its raw weight; gives the distinct weights, ascending.
+// Writes the raw weight of every critical arc. Returns the distinct weights in ascending order.
 std::vector<unsigned long> storeRawWeights(const PoleCountMap& forward, const PoleCountMap& backward,
                                            const Delay& threshold) {
     std::vector<unsigned long> weights;
@@ -119,7 +120,7 @@ std::vector<unsigned long> storeRawWeights(const PoleCountMap& forward, const Po
     return weights;
 }
 
-// Where classes begin, and one past the greatest weight (which wraps like the counts do).
+// The first weight of each class, and one more than the largest weight, modulo 2^64.
 std::vector<unsigned long> boundariesOf(const std::vector<unsigned long>& weights) {
     const std::size_t step = weights.size() > 9 ? weights.size() / 9 : 1;
     std::vector<unsigned long> boundaries;

@@ -14,7 +14,7 @@ constexpr int patience = 250; // ms
 
 } // namespace
 
-// Both calls are deprecated since Qt 5.14, and mean what they always did.
+// Both calls are deprecated since Qt 5.14, but have not changed.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 

@@ -19,7 +19,7 @@ struct Entry {
     unsigned line;
 };
 
-// In the order of Fault.
+// The faults, in the order of the enumeration Fault.
 constexpr std::array table{
     Entry{Fault::LoopingNullPole, Kind::InvalidRequest, "Null pole", "Tool", "isLooping", 173},
     Entry{Fault::AnalyzingAborted, Kind::Fatal, "Analyzing aborted [something strange...]", "Tool", "launch",

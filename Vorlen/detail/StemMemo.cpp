@@ -42,7 +42,7 @@ bool StemUse::isNeeded(const Pelko::Pole* source, const Pelko::Edge* except) {
     return false;
 }
 
-// A stem that is freed moves instead of being copied.
+// A stem that is no longer needed is moved instead of copied.
 void CallerStems::pass(const Pelko::Edge* edge) {
     const auto source = work_.find(edge->getSource());
     if (source == work_.end())
@@ -78,7 +78,7 @@ void PhaseStems::pass(const Pelko::Edge* edge) {
         else
             into.swap(from);
     } else if (from.size() == 1 && into.size() == 1 && from == into) {
-        // A clock network: one root everywhere.
+        // In a clock network, every pole has the same one root.
     } else {
         merged_.clear();
         std::set_union(into.begin(), into.end(), from.begin(), from.end(), std::back_inserter(merged_),
@@ -94,8 +94,7 @@ const PhaseStems::Stem* PhaseStems::find(const Pelko::Pole* pole) const {
     return index < numbers_.size() && numbers_[index] != none ? &stems_[numbers_[index] - 1] : nullptr;
 }
 
-// References to stems end with the next pole that gets one: ask for the new one
-// first.
+// A new stem invalidates references to others, so it has to be obtained first.
 PhaseStems::Stem& PhaseStems::obtain(const Pelko::Pole* pole) {
     const std::size_t index = pole->getIndex();
     if (index >= numbers_.size())

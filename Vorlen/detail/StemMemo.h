@@ -1,10 +1,9 @@
-// The memo of the stem walks: the stems of the poles at the frontier of a walk,
-// how a stem moves on to the poles that its pole drives, and when it is freed.
+// The memo of the stem walks: keeps the stems of the poles at the frontier of a walk, merges a stem into
+// those of the poles that its pole drives, and frees it.
 //
-// A stem is freed when no other active arc leads from its pole to a pole that
-// is still to be walked. Looking for such an arc from the first one on would
-// cost the whole fan-out for every arc of it; so the arc found last is
-// remembered a pole, and the next look goes on from there, once around.
+// A stem is freed when no other active arc leads from its pole to a pole that is still to be walked. A search
+// for such an arc from the first one would cost the whole fan-out for each of its arcs. So the arc that was
+// found last is remembered for each pole, and the next search starts there.
 #pragma once
 
 #include "Vorlen/TimingMap.h"
@@ -14,24 +13,24 @@
 
 namespace Vorlen::detail {
 
-// Whether a stem will be asked for again.
+// Finds out whether a stem will be needed again, for an arc other than `except`.
 class StemUse {
 public:
     bool isNeeded(const Pelko::Pole* source, const Pelko::Edge* except);
 
 private:
-    // By pole of a wide fan-out: where in it the last arc was found.
+    // For poles with a wide fan-out: the place of the arc that was found last.
     std::unordered_map<const Pelko::Pole*, std::size_t> found_;
 };
 
-// A memo in the container of a caller.
+// A memo in a container of the caller.
 class CallerStems {
 public:
     explicit CallerStems(StemPoleSetMap& work) : work_(work) {}
 
     void addSelf(Pelko::Pole* pole) { work_[pole].insert(pole); }
-    // After the walk has come back over `edge`: its source's stem joins that of
-    // its target.
+    // To be called when the walk has returned over `edge`: merges the stem of its source into that of its
+    // target.
     void pass(const Pelko::Edge* edge);
 
 private:
@@ -39,7 +38,7 @@ private:
     StemUse use_;
 };
 
-// A memo of a whole phase: stems as sorted arrays, whose storage is used again.
+// A memo for a whole phase. Stems are sorted arrays, whose storage is reused.
 class PhaseStems {
 public:
     using Stem = std::vector<Pelko::Pole*>; // in stamp order
@@ -55,7 +54,7 @@ private:
 
     Stem& obtain(const Pelko::Pole* pole);
 
-    std::vector<std::uint32_t> numbers_; // by pole index: its stem's number from 1, or none
+    std::vector<std::uint32_t> numbers_; // by pole index: the number of its stem, from 1, or `none`
     std::vector<Stem> stems_;            // by number
     std::vector<std::uint32_t> free_;
     Stem merged_;

@@ -1,5 +1,5 @@
-// An analyzer as an object: its settings, exceptions and domains, marks, and the clearing of results. Clocks, clock
-// groups and ports are in files of their own.
+// An analyzer as an object: its settings, exceptions and domains, marks, and the clearing of results. Clocks,
+// clock groups and ports are in files of their own.
 #include "Pelko/Analyzer.h"
 
 #include "Pelko/Cell.h"
@@ -70,7 +70,8 @@ void Analyzer::setPathLimit(const Delay& limit) {
 
 namespace {
 
-// The exceptions of a mask, found on the walk. Kept small, so that asking for them allocates nothing.
+// The exceptions whose class is in a mask. A walk finds them, so that the collection is small and allocates
+// nothing.
 class ClassCollection final : public Ruvex::DriverOf<Ruvex::CollectionDriver<CPath*>, ClassCollection> {
 public:
     ClassCollection(const std::vector<CPath*>& paths, unsigned long bits) : paths_(&paths), bits_(bits) {}
@@ -141,7 +142,7 @@ Domain* Analyzer::getDomain(Pole* launchRoot, Pole* latchRoot) const {
 }
 
 void Analyzer::add(Domain* domain) {
-    std::list<Domain*> made{domain}; // what may fail comes before what is to be seen
+    std::list<Domain*> made{domain}; // allocate first: nothing has changed if it fails
     domainsByRoots_.emplace(std::pair(domain->launchRoot_, domain->latchRoot_), domain);
     domain->place_ = made.begin();
     domains_.splice(domains_.end(), made);
@@ -154,8 +155,8 @@ void Analyzer::remove(Domain* domain) {
 
 // --- Marks and results ---
 
-// A pole is marked where its epoch is this one. When the count comes round, old epochs are wiped, so that
-// none looks new.
+// A pole is marked if its epoch is this one. When the epoch returns to 0, the epochs of all poles are
+// cleared, so that no old one counts as new.
 void Analyzer::unmark() {
     if (++_epoch != 0)
         return;

@@ -13,12 +13,12 @@ void require(bool condition, const char* function, unsigned line, const char* me
     Ruvex::require<Ruvex::InvalidRequest>(condition, "Analyzer", function, line, message);
 }
 
-// All single groups of a kind are one statement: a clock's number there stands for the single groups that it
-// is in, and two clocks are separated if their numbers differ. So a pair of clocks is looked up once, however
-// many single groups there are.
+// All single groups of a kind are kept as one statement. A clock has a number in it that stands for the set
+// of single groups that contain it, and two clocks are separated if their numbers differ. So a pair of clocks
+// costs one look-up for any number of single groups.
 void addSingleGroup(const std::vector<Pole*>& group, std::unordered_map<const Pole*, std::size_t>& numberOf) {
     static std::size_t lastNumber = 0;
-    std::unordered_map<std::size_t, std::size_t> numbers; // without this group and with it; 0: in none
+    std::unordered_map<std::size_t, std::size_t> numbers; // without this group -> with it; 0: no group
     for (Pole* root : std::unordered_set<Pole*>(group.begin(), group.end())) {
         const auto [place, isNew] = numberOf.try_emplace(root, 0);
         if (isNew)

@@ -1,4 +1,4 @@
-// What an analyzer knows about ports: their constraints, and their worst slacks.
+// The ports of an analyzer: their constraints and their worst slacks.
 #include "Pelko/Analyzer.h"
 #include "Ruvex/Refusal.h"
 

@@ -10,8 +10,8 @@ namespace Pelko {
 
 Application* application = nullptr;
 
-// The Qt side. The stop request is looked at when the event dispatcher wakes up, at the start of every
-// processing of events and before any event is taken: an exception thrown there leaves no event half handled.
+// The Qt side. The stop request is read when the event dispatcher wakes up, which is when event processing
+// starts and before any event is taken. So an exception that is thrown there leaves no event half processed.
 class Application::EventLoop {
 public:
     explicit EventLoop(Application& owner) {
@@ -24,7 +24,7 @@ public:
     ~EventLoop() { QObject::disconnect(connection_); }
 
 private:
-    // Qt takes the program's locale from the environment; a program that did not ask for that keeps its own.
+    // Qt sets the program's locale from the environment; this restores the program's own.
     void makeApplication() {
         const std::string locale = std::setlocale(LC_ALL, nullptr);
         static int argumentCount = 1;

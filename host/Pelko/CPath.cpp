@@ -39,7 +39,7 @@ void CPath::preCreate(const Objects& objects) {
         require(std::find(poles->begin(), poles->end(), nullptr) == poles->end(), "CPath", 2, "Null pole");
 }
 
-// The exception ends where the analyzer cannot take it.
+// If the analyzer cannot add the exception, it is destroyed.
 void CPath::postCreate() {
     std::unique_ptr<CPath> created(this);
     analyzer_->add(this);
@@ -99,8 +99,8 @@ void CPath::showClass() const {
         pole->closingBits_ |= pseudoMask_.getBits();
 }
 
-// A class that goes may be another exception's too, while classes are handed out anew: that one shows it
-// again.
+// While a run assigns classes anew, another exception may have the class that is removed here. It adds the
+// class to its poles again.
 void CPath::setPseudoMask(const PseudoMask& mask) {
     const unsigned long gone = pseudoMask_.getBits() & ~mask.getBits();
     for (Pole* pole : sources_)
@@ -134,7 +134,7 @@ Delay MPath::calculateAdjustment(const Subdomain& subdomain, bool longest) const
     const Delay period = getAnalyzer().getRequiredPeriod(subdomain.getLatchRoot());
     if (!period.isOrdinary())
         return Delay(0);
-    // A count beyond the range of a delay saturates like any other.
+    // A count outside the range of a delay saturates.
     const auto cycles =
         static_cast<std::int64_t>(std::min(multiplier_ - 1, static_cast<unsigned long>(Delay::maximumValue)));
     const Delay shift = Delay::saturate(cycles * int(period));

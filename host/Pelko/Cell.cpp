@@ -62,7 +62,7 @@ std::string Cell::getClass() const { return "Cell"; }
 
 bool Cell::isDestroyable() const { return analyzers_ == 0; }
 
-// With no analyzer left, only poles of the cell refer to its poles: all of them end together.
+// Without an analyzer, only poles of the cell refer to its poles, and all of them are destroyed together.
 void Cell::preDestroy() {
     notifyDestroyed(*this);
     for (Edge* edge : getEdges())

@@ -19,7 +19,7 @@ void Instance::preCreate(const Module* module, const std::string& name) {
     require(!module->getInstance(name), 3, "Instance exists already");
 }
 
-// The instance ends where the module cannot take it.
+// If the module cannot add the instance, it is destroyed.
 void Instance::postCreate() {
     std::unique_ptr<Instance> created(this);
     module_->instancesByName_.emplace(name_, this);
@@ -40,7 +40,7 @@ PLL* PLL::create(Module* module, const std::string& name) {
     preCreate(module, name);
     std::unique_ptr<PLL> created(new PLL(module, name));
     module->plls_.push_back(created.get());
-    // One that did not come into the module: a listener that throws does not end it.
+    // Undone only if the PLL was not added to the module; it stays if a listener throws.
     detail::Undo forget([&] {
         if (!module->getInstance(name))
             module->plls_.pop_back();

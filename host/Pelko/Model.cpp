@@ -10,8 +10,8 @@ namespace Pelko {
 
 namespace {
 
-const Model* living = nullptr; // which the globals belong to
-bool isPostponed = false;      // its destructor came during a run
+const Model* living = nullptr; // the owner of the globals
+bool isPostponed = false;      // its destructor was called during a run
 
 void require(bool condition, unsigned line, const char* message) {
     Ruvex::require<Ruvex::InvalidRequest>(condition, "Model", "end", line, message);
@@ -23,7 +23,7 @@ void destroy(Object* object) {
         detail::ModelEnd::guard([object] { object->destroy(); });
 }
 
-// All that there is, in reverse; what was thrown first.
+// Destroys everything in reverse order. Returns the first exception of a listener, or null.
 std::exception_ptr endAll() {
     const detail::ModelEnd end;
     living = nullptr;
@@ -46,7 +46,8 @@ std::string textOf(const std::exception_ptr& failure) {
     }
 }
 
-// Nothing can be thrown; a console that fails as well is all that is not heard.
+// For destructors: prints the exception instead of throwing it. If the console fails too, nothing is
+// reported.
 void endQuietly() noexcept {
     try {
         if (const std::exception_ptr failure = endAll())

@@ -22,8 +22,8 @@ namespace {
 unsigned long lastStamp = 0;
 Object::Keep* keeps = nullptr; // a list
 
-// Listeners in the order of adding. One may come or go while others are told: one that goes leaves a hole until
-// the telling is over, so that none is told twice or passed over.
+// Listeners in the order of adding. Listeners may be added and removed while others are told. A listener that
+// is removed then leaves a hole until all have been told, so that none is told twice or skipped.
 template <class Listener>
 class Listeners {
 public:
@@ -131,7 +131,7 @@ bool Object::isKept(const Object* object) {
     return false;
 }
 
-// While the model ends, a listener that throws stops nothing.
+// While a model is destroyed, an exception of a listener is kept, and the others are told.
 void Object::notifyDestroyed(Object& object) {
     listeners.tell(
         [&](ObjectListener& listener) { detail::ModelEnd::guard([&] { listener.onDestroyed(&object); }); });

@@ -53,7 +53,7 @@ void Pin::connect(Net* net) {
         net_ = net;
         return;
     }
-    std::list<Pin*> receiver; // what may fail comes before what is to be seen
+    std::list<Pin*> receiver; // allocate first: nothing has changed if it fails
     if (net)
         receiver.push_back(this);
     if (net_)

@@ -32,7 +32,7 @@ void Pole::operator delete(void* place) { pool.release(place); }
 
 Pole::Pole(Cell* owner, Pin* pin) : cell_(owner), pin_(pin) {}
 
-// Everything that a listener may read is there before `postCreate()`.
+// Everything that a listener may read is set before `postCreate()`.
 Pole* Pole::make(Cell* owner, Pin* pin, const std::string& name, unsigned kinds, ClockMode::Code mode) {
     std::unique_ptr<Pole> created(new Pole(owner, pin));
     created->kinds_ = static_cast<std::uint16_t>(kinds);
@@ -95,7 +95,7 @@ Pole* Pole::createCheck(Pole* clockPole, const std::string& name) {
     return pole;
 }
 
-// Poles of the same object do not count themselves, so that a lone pole can always end.
+// A pole that refers to itself does not count as a reference, so that it can be destroyed.
 void Pole::replace(Pole*& field, Pole* value, const Pole* self) {
     if (field != self)
         Reference::remove(field);

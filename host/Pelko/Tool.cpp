@@ -24,7 +24,7 @@ const Tool::Run* innermost = nullptr;
 unsigned yields = 0;
 const Object* released = nullptr;
 
-// Domains end with their subdomains.
+// The run destroys a domain together with its subdomains.
 bool isReleased(const Object* object) {
     const auto* subdomain = dynamic_cast<const Subdomain*>(object);
     return object == released || (subdomain && subdomain->getDomain() == released);

@@ -18,7 +18,7 @@ struct LevelStyle {
     const char* color;
 };
 
-// By Console::Level.
+// The words, by Console::Level.
 constexpr std::array<LevelStyle, 4> styles{{
     {"", ""},
     {"remark", "\033[36m"},

@@ -4,7 +4,7 @@ namespace Pelko::detail {
 
 namespace {
 
-// Capacities 4, 8 and 16 are pooled; they hold nearly all the fans of a design.
+// Capacities 4, 8 and 16 are pooled. Nearly all fans of a design have one of these.
 Pool<4 * sizeof(Edge*), alignof(Edge*)> pool4;
 Pool<8 * sizeof(Edge*), alignof(Edge*)> pool8;
 Pool<16 * sizeof(Edge*), alignof(Edge*)> pool16;

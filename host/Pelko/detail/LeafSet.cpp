@@ -6,7 +6,7 @@
 
 namespace Pelko::detail {
 
-// A view of plain memory whose membership test is the set's own.
+// A view of an array whose membership test is that of the set.
 class LeafSet::Driver final : public Ruvex::DriverOf<Ruvex::CollectionDriver<Pole*>, LeafSet::Driver> {
 public:
     explicit Driver(const LeafSet& set) : set_(&set) {}
@@ -35,7 +35,8 @@ LeafSet::~LeafSet() {
         Reference::remove(pole);
 }
 
-// A latch pole comes once for every launch pole that reaches it, so mostly the pole added last comes again.
+// A latch pole is added once for every launch pole that reaches it, so it is mostly the pole that was added
+// last.
 void LeafSet::add(Pole* pole) {
     if (!order_.empty() && order_.back() == pole)
         return;
