@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
-# Installs the packages that building and testing need on Debian 12; does nothing where they are there.
+# Installs the packages that building and testing need on Debian 12; does nothing if they are installed.
 set -euo pipefail
 packages=(g++ cmake ninja-build make pkg-config qtbase5-dev libgtest-dev libgmock-dev libbenchmark-dev
-    zlib1g-dev libssl-dev libfmt-dev nlohmann-json3-dev libcli11-dev tcl8.6-dev robin-map-dev abigail-tools)
+    zlib1g-dev libssl-dev libfmt-dev nlohmann-json3-dev libcli11-dev tcl8.6-dev robin-map-dev abigail-tools
+    clang-format)
 
 if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then
     echo "setup: no apt-get here, so nothing is installed; needed are: ${packages[*]}" >&2

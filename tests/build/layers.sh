@@ -1,63 +1,128 @@
 #!/usr/bin/env bash
-# Data flows one way: readers -> host -> Vorlen -> host -> report. So
-#   the engine includes the host's headers and its own, each by its full name from host/ or from the root, and
-#   the host, the readers and the reports include nothing of the engine, and
-#   of the command only the run and the harvest do.
-# What every part of the command may use (base/) includes nothing else of the project.
+# What each room may include. Data flows down the list of rooms, and no arrow points up. Every quoted include is written
+# from the root ("design/Design.h") or, for the host's headers, from host/ ("Pelko/Pole.h"), and names a header that exists.
+# Tests, benchmarks and examples may include what they like, except by "../".
 # Usage: layers.sh SOURCE_ROOT
+#        layers.sh --rules          prints the rules, one "from to" per line
 set -euo pipefail
-cd "$1"
-failures=0
-checked=0
-fail() { printf 'FAIL: %s:%s: %s\n' "$1" "$2" "$3"; failures=$((failures + 1)); }
+export LC_ALL=C
 
-# includes FOLDER: "file line kind header" of every include directive in it; the kind is " or <.
-includes() {
-    [ ! -d "$1" ] || find "$1" -type f \( -name '*.h' -o -name '*.cpp' \) -exec awk '
-        match($0, /^[ \t]*#[ \t]*include[ \t]*["<][^">]+/) {
-            directive = substr($0, RSTART, RLENGTH)
-            sub(/^[ \t]*#[ \t]*include[ \t]*/, "", directive)
-            print FILENAME, FNR, substr(directive, 1, 1), substr(directive, 2)
-        }' {} +
+# One rule for each allowed arrow: a room, and the folder or the header that it may include in addition to its own folder.
+# A rule that no include needs is an error: delete it.
+rules() {
+    sed -E 's/#.*//; s/ *-> */ /; s/ +$//; /^$/d' <<'RULES'
+Vorlen     -> host
+base       -> host/Pelko/detail     # large pages
+design     -> base
+readers    -> base
+readers    -> design
+model      -> base
+model      -> design
+model      -> host
+exceptions -> base
+exceptions -> design
+exceptions -> model
+exceptions -> host
+analysis   -> base
+analysis   -> design
+analysis   -> readers
+analysis   -> model
+analysis   -> exceptions
+analysis   -> report/Report.h
+analysis   -> Vorlen
+analysis   -> host
+report     -> base
+cli        -> base
+cli        -> design
+cli        -> readers
+cli        -> model
+cli        -> exceptions
+cli        -> analysis
+cli        -> report
+RULES
 }
 
-while read -r file line kind header; do
-    checked=$((checked + 1))
-    case $kind$header in
-        \"Vorlen/*) [ -f "$header" ] || fail "$file" "$line" "no such header of the engine: $header" ;;
-        \"*) [ -f "host/$header" ] || fail "$file" "$line" "neither the host's nor the engine's: $header" ;;
-        \<*) [ ! -e "$header" ] && [ ! -e "host/$header" ] \
-            || fail "$file" "$line" "the project's own headers are included with quotes: $header" ;;
-    esac
-done < <(includes Vorlen)
+[ "$1" != --rules ] || { rules; exit; }
+here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+cd "$1"
 
-while read -r file line kind header; do
-    checked=$((checked + 1))
-    case $kind$header in
-        \<*) ;;
-        *) [ -f "base/$header" ] || fail "$file" "$line" "base/ includes nothing else of the project: $header" ;;
-    esac
-done < <(includes base)
+# includes FILE...: "include FILE LINE DIRECTIVE" for every include directive.
+includes() {
+    awk '/^[ \t]*#[ \t]*include/ { sub(/^[ \t]*#[ \t]*include[ \t]*/, ""); print "include", FILENAME, FNR, $0 }' "$@" /dev/null
+}
 
-for folder in host readers report; do
-    while read -r file line kind header; do
-        checked=$((checked + 1))
-        case /$header in
-            */Vorlen/*) fail "$file" "$line" "$folder/ includes nothing of the engine: $header" ;;
-        esac
-    done < <(includes "$folder")
-done
+{
+    rules | sed 's/^/rule /'
+    "$here/../../cmake/sources.sh" . | sed 's/^/file /'
+    "$here/../../cmake/sources.sh" . | tr '\n' '\0' | xargs -0 bash -c "$(declare -f includes)"'; includes "$@"' includes
+} | awk '
+    function fail(text) { print $2 ":" $3 ": " text; ++failures }
+    function folder_of(path) { sub(/\/[^\/]*$/, "", path); return path }
+    function room_of(path) { sub(/\/.*/, "", path); return path }
+    function within(path, place) { return path == place || index(path, place "/") == 1 }
 
-while read -r file line kind header; do
-    checked=$((checked + 1))
-    case /$header in
-        */Vorlen/*)
-            case $file in
-                cli/Session.cpp | cli/Harvest*) ;;
-                *) fail "$file" "$line" "only the run and the harvest include the engine: $header" ;;
-            esac ;;
-    esac
-done < <(includes cli)
+    # A file as an include names it.
+    function written(path) { sub(/^host\//, "", path); return path }
 
-printf '%d includes checked, %d failures\n' "$checked" "$failures"
-[ "$checked" -gt 0 ] && [ "$failures" -eq 0 ]
+    # Whether a rule allows the arrow. All rules that do count as used.
+    function allowed(from, target,    i, found) {
+        for (i = 1; i <= rule_count; ++i)
+            if (rule_from[i] == from && within(target, rule_to[i]))
+                used[i] = found = 1
+        return found
+    }
+    function expected(from,    i, text) {
+        for (i = 1; i <= rule_count; ++i)
+            if (rule_from[i] == from)
+                text = text (text ? ", " : "") rule_to[i]
+        return from "/ may include " (text ? text " and itself" : "only itself")
+    }
+    function check_quoted(header,    room, target) {
+        room = room_of($2)
+        if (header ~ /^\.\.?\// || header ~ /\/\.\.?\//) {
+            fail("\"" header "\" is relative, expected a path from the root")
+            return
+        }
+        if (room == "tests" || room == "bench" || room == "examples")
+            return
+        if (header ~ /^host\//) {
+            fail("\"" header "\" is a header of the host, expected \"" substr(header, 6) "\"")
+            return
+        }
+        target = header in file ? header : "host/" header
+        if (!(target in file)) {
+            if (folder_of($2) "/" header in file)
+                fail("\"" header "\" is relative to its folder, expected \"" written(folder_of($2) "/" header) "\"")
+            else
+                fail("\"" header "\" does not exist, expected a header from the root or from host/")
+            return
+        }
+        if (room_of(target) != room && !allowed(room, target))
+            fail(room "/ includes \"" header "\", expected none: " expected(room))
+    }
+
+    $1 == "rule" { rule_from[++rule_count] = $2; rule_to[rule_count] = $3; next }
+    $1 == "file" { file[$2] = 1; next }
+    {
+        ++checked
+        close_mark = $4 ~ /^</ ? ">" : "\""
+        header = substr($4, 2)
+        header = substr(header, 1, index(header, close_mark) - 1)
+    }
+    $4 ~ /^"/ { check_quoted(header); next }
+    $4 ~ /^</ {
+        if (header in file || "host/" header in file)
+            fail("<" header "> is a header of the project, expected quotes")
+        next
+    }
+    { fail("include of " $4 ", expected a name in quotes or angle brackets") }
+
+    END {
+        for (i = 1; i <= rule_count; ++i)
+            if (!used[i]) {
+                print "tests/build/layers.sh: no include needs the rule " rule_from[i] " -> " rule_to[i] ", expected it to be deleted"
+                ++failures
+            }
+        printf "%d includes checked against %d rules, %d failures\n", checked, rule_count, failures
+        exit checked == 0 || failures > 0
+    }'
