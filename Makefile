@@ -1,9 +1,10 @@
 # make demo    builds the command and reports the timing of a routed design
 # make test    builds and runs all tests, plain and under the sanitizers
 # make fuzz    feeds hostile inputs to the readers and the engine, each for FUZZ_SECONDS (60)
-# The first two install what they need on Debian 12. CONTRIBUTING.md has the rest.
+# make format, lint, docs, coverage, build-times    see CONTRIBUTING.md
+# The first two install what they need on Debian 12.
 
-.PHONY: demo test fuzz bench format coverage setup clean
+.PHONY: demo test fuzz bench format lint docs build-times coverage setup clean
 
 demo: setup
 	cmake --preset dev
@@ -29,7 +30,22 @@ bench: setup
 
 format:
 	@command -v clang-format >/dev/null || { echo "make format: clang-format is not installed (apt-get install clang-format)"; exit 1; }
-	find base design readers model exceptions analysis report cli host Vorlen tests bench examples -name '*.h' -o -name '*.cpp' | xargs clang-format -i
+	cmake/sources.sh | xargs clang-format -i
+
+# Only some places: make lint LINT="model cli/Options.cpp"
+lint: setup
+	cmake --preset dev
+	cmake/lint.sh $(LINT)
+
+docs:
+	@command -v doxygen >/dev/null || { echo "make docs: doxygen is not installed (apt-get install doxygen)"; exit 1; }
+	rm -rf build/docs && mkdir -p build/docs
+	doxygen cmake/Doxyfile
+	@echo "build/docs/html/index.html"
+
+# Of another build: make build-times PRESET=release
+build-times:
+	@cmake/build_times.sh $(or $(PRESET),dev)
 
 coverage: setup
 	cmake --preset coverage
