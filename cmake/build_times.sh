@@ -10,7 +10,8 @@ preset=${1:-dev}
 log=build/$preset/.ninja_log
 [ -f "$log" ] || { echo "build_times: no $log, run: cmake --preset $preset && cmake --build --preset $preset" >&2; exit 2; }
 
-# compilations: "ms target file" of each object that still exists, as of its latest line: start, end, mtime, output, hash.
+# compilations: "ms target file" of each object whose source still exists, as of its latest line in the log. A line is
+# start, end, mtime, output and hash.
 compilations() {
     awk -F'\t' 'NF >= 4 && $4 ~ /CMakeFiles\/[^\/]+\.dir\/.*\.o$/ { ms[$4] = $2 - $1 }
         END {
@@ -32,13 +33,18 @@ compilations() {
 }
 
 compilations | awk -v files="${2:-10}" -v preset="$preset" '
-    { total += $1; target[$2] += $1; ++count[$2]; if (NR <= files) slowest[NR] = sprintf("%8.1f  %s (%s)", $1 / 1000, $3, $2) }
+    {
+        total += $1
+        target[$2] += $1
+        ++count[$2]
+        if (NR <= files) slowest[NR] = sprintf("%8.1f  %s (%s)", $1 / 1000, $3, $2)
+    }
     END {
         printf "Compilations of the preset %s, seconds by the clock on the wall (build/%s/.ninja_log)\n\n", preset, preset
         printf "%-24s %6s %8s %6s\n", "target", "files", "seconds", "%"
         sort = "sort -k3,3nr -k1,1"
         for (name in target)
-            printf "%-24s %6d %8.1f %6.1f\n", name, count[name], target[name] / 1000, total ? 100 * target[name] / total : 0 | sort
+            printf "%-24s %6d %8.1f %6.1f\n", name, count[name], target[name] / 1000, 100 * target[name] / (total ? total : 1) | sort
         close(sort)
         printf "%-24s %6d %8.1f\n\nslowest\n", "all", NR, total / 1000
         for (i = 1; i <= files && i <= NR; ++i) print slowest[i]

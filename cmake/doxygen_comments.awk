@@ -47,6 +47,7 @@ function release(as_documentation, indent,    i) {
 
 function end_group() { if (group) print group_indent "///@}"; group = 0 }
 
+function is_scope(text) { return text ~ /(^|[ \t])(namespace|class|struct|union|enum)([ \t]|$)/ && text !~ /\(/ }
 # Keeps account of the braces of a line of code: whether it is inside of a function's body.
 function count_braces(code,    i, letter) {
     gsub(/"([^"\\]|\\.)*"/, "", code)
@@ -54,7 +55,7 @@ function count_braces(code,    i, letter) {
     for (i = 1; i <= length(code); ++i) {
         letter = substr(code, i, 1)
         if (letter == "{") {
-            kind[++depth] = statement ~ /(^|[ \t])(namespace|class|struct|union|enum)([ \t]|$)/ && statement !~ /\(/ ? "scope" : "body"
+            kind[++depth] = is_scope(statement) ? "scope" : "body"
             if (kind[depth] == "body") ++bodies
             statement = ""
         } else if (letter == "}") {
@@ -118,7 +119,8 @@ at_top {
         end_group()
     }
     if (held_count) release(1, held_indent)
-    else if (!bodies && match(code, "^(class|struct) ([A-Z_]+ )?" name "( |$)") && code !~ /;[ \t]*$/) document(top, top_count, "", "///")
+    else if (!bodies && match(code, "^(class|struct) ([A-Z_]+ )?" name "( |$)") && code !~ /;[ \t]*$/)
+        document(top, top_count, "", "///")
     count_braces(code)
     if (comment != "" && !bodies && code ~ /[;,A-Za-z0-9_][ \t]*$/ && code !~ /^[ \t]*(#|\})/) {
         print code " ///<" escaped(comment)

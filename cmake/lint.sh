@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Runs clang-tidy with the checks of .clang-tidy over the sources that the build of the preset 'dev' compiles, two files at
-# a time. Prints each finding once, and a table of the checks and the folders. Exit status 1 if there are findings, 2 if it
-# could not look. It takes clang-tidy 16, as the one of clang 14 does not understand the ranges of g++ 12's library.
+# Runs clang-tidy with the checks of .clang-tidy over the sources that the build of the preset 'dev' compiles, two files
+# at a time. Prints each finding once, and a table of the checks and the folders. Exit status 1 if there are findings, 2
+# if it could not look. It needs clang-tidy 16: that of clang 14 does not understand the ranges of g++ 12's library.
 # Usage: lint.sh [FOLDER|FILE]...      default: the folders of the library and the command
 set -euo pipefail
 export LC_ALL=C
@@ -54,10 +54,19 @@ sed -E 's/\x1B\[[0-9;]*m//g' build/lint/log.txt | awk -v root="$PWD/" '
 cat build/lint/findings.txt
 echo
 awk '
-    { folder = $0; sub(/\/.*/, "", folder); check = $0; sub(/.*\[/, "", check); sub(/\]$/, "", check); sub(/,.*/, "", check)
-      ++count[folder " " check]; ++total[folder] }
-    END { for (i in count) printf "%-12s %-50s %5d\n", substr(i, 1, index(i, " ") - 1), substr(i, index(i, " ") + 1), count[i]
-          for (i in total) printf "%-12s %-50s %5d\n", i, "all", total[i] }' build/lint/findings.txt | sort -k1,1 -k3,3nr
+    {
+        folder = $0; sub(/\/.*/, "", folder)
+        check = $0; sub(/.*\[/, "", check); sub(/[],].*/, "", check)
+        ++count[folder " " check]
+        ++total[folder]
+    }
+    END {
+        for (i in count) {
+            split(i, part, " ")
+            printf "%-12s %-50s %5d\n", part[1], part[2], count[i]
+        }
+        for (i in total) printf "%-12s %-50s %5d\n", i, "all", total[i]
+    }' build/lint/findings.txt | sort -k1,1 -k3,3nr
 findings=$(grep -c . build/lint/findings.txt || true)
 echo "$(grep -c '"file"' build/lint/compile_commands.json) files, $findings findings"
 # It fails also on a file that it cannot compile.

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Prints the project's C++ files, one per line, relative to the root. Nothing else lists the source folders: a new folder
-# is formatted, checked and linted without a line anywhere.
+# Prints the project's C++ files, one per line, relative to the root. What formats, checks or lints sources takes them
+# from here, so a new folder needs no line in any list.
 # Usage: sources.sh [--rooms] [ROOT]
 # --rooms prints the folders of the library and the command instead: every folder with sources except tests, bench and
 # examples.

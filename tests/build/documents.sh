@@ -63,6 +63,10 @@ everything() { find . -mindepth 1 \( -path './build*' -o -path ./.git \) -prune 
         link_line[links] = line
         link_target[links] = target
     }
+    # Whether code looks like a path that begins with a folder of the project.
+    function is_path(code) {
+        return code ~ /^[A-Za-z.]+\/[A-Za-z0-9_.\/-]*$/ && code !~ /^build\// && substr(code, 1, index(code, "/") - 1) in exists
+    }
     # Collects the links of a line, and checks the paths that it has in backticks.
     function read_text(line, text,    rest, span) {
         rest = ""
@@ -70,10 +74,8 @@ everything() { find . -mindepth 1 \( -path './build*' -o -path ./.git \) -prune 
             span = substr(text, RSTART + 1, RLENGTH - 2)
             rest = rest substr(text, 1, RSTART - 1) "code"
             text = substr(text, RSTART + RLENGTH)
-            if (span ~ /^[A-Za-z.]+\/[A-Za-z0-9_.\/-]*$/ && substr(span, 1, index(span, "/") - 1) in exists && span !~ /^build/) {
-                if (!(normal(span) in exists) && !excepted(line, span))
-                    fail(line, "`" span "` does not exist, expected a path from the root")
-            }
+            if (is_path(span) && !(normal(span) in exists) && !excepted(line, span))
+                fail(line, "`" span "` does not exist, expected a path from the root")
         }
         rest = rest text
         if (match(rest, /^ *\[[^]]+\]: +[^ ]+/)) {

@@ -19,11 +19,13 @@ esac
 files=$("$here/../../cmake/sources.sh" .)
 # Warnings, not errors: an error ends a call at its first file.
 found=$(printf '%s\n' "$files" | tr '\n' '\0' | xargs -0 -n 40 -P 2 clang-format --style=file --dry-run 2>&1 || true)
-wrong=$(printf '%s\n' "$found" | sed -nE 's/^([^:]+):([0-9]+):[0-9]+: .*-Wclang-format-violations.*/\1:\2/p' | sort -t: -k1,1 -k2,2n -u |
+wrong=$(printf '%s\n' "$found" |
+    sed -nE 's/^([^:]+):([0-9]+):[0-9]+: .*-Wclang-format-violations.*/\1:\2/p' | sort -t: -k1,1 -k2,2n -u |
     awk -F: '!seen[$1]++ { print $0 ": not as clang-format leaves it, expected the output of `make format`" }')
 other=$(printf '%s\n' "$found" | grep -E '^[^ ].*(error|warning): ' | grep -v -e '-Wclang-format-violations' || true)
 
 [ -z "$wrong" ] || printf '%s\n' "$wrong"
 [ -z "$other" ] || printf '%s\n' "$other"
-printf '%d files checked, %d failures\n' "$(printf '%s\n' "$files" | grep -c .)" "$(printf '%s\n' "$wrong" "$other" | grep -c . || true)"
+count() { printf '%s\n' "$@" | grep -c . || true; }
+printf '%d files checked, %d failures\n' "$(count "$files")" "$(count "$wrong" "$other")"
 [ -n "$files" ] && [ -z "$wrong$other" ]

@@ -1,16 +1,16 @@
 #!/usr/bin/env bash
 # What each room may include. Data flows down the list of rooms, and no arrow points up. Every quoted include is written
-# from the root ("design/Design.h") or, for the host's headers, from host/ ("Pelko/Pole.h"), and names a header that exists.
+# from the root ("design/Design.h") or, for the host's headers, from host/ ("Pelko/Pole.h"), and names a header that
+# exists.
 # Tests, benchmarks and examples may include what they like, except by "../".
 # Usage: layers.sh SOURCE_ROOT
 #        layers.sh --rules          prints the rules, one "from to" per line
 set -euo pipefail
 export LC_ALL=C
 
-# One rule for each allowed arrow: a room, and the folder or the header that it may include in addition to its own folder.
-# A rule that no include needs is an error: delete it.
-rules() {
-    sed -E 's/#.*//; s/ *-> */ /; s/ +$//; /^$/d' <<'RULES'
+# One rule for each allowed arrow: a room, and the folder or the header that it may include in addition to its own
+# folder. A rule that no include needs is an error: delete it.
+: <<'RULES'
 Vorlen     -> host
 base       -> host/Pelko/detail     # large pages
 design     -> base
@@ -40,21 +40,30 @@ cli        -> exceptions
 cli        -> analysis
 cli        -> report
 RULES
-}
 
-[ "$1" != --rules ] || { rules; exit; }
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+# rules: "from to line" of each rule above.
+rules() {
+    awk '$0 == "RULES" { exit }
+         table { line = FNR; sub(/#.*/, ""); if ($2 == "->" && NF == 3) print $1, $3, line }
+         /^: <</ { table = 1 }' "$here/layers.sh"
+}
+[ "$1" != --rules ] || { rules | cut -d ' ' -f 1,2; exit; }
 cd "$1"
 
 # includes FILE...: "include FILE LINE DIRECTIVE" for every include directive.
 includes() {
-    awk '/^[ \t]*#[ \t]*include/ { sub(/^[ \t]*#[ \t]*include[ \t]*/, ""); print "include", FILENAME, FNR, $0 }' "$@" /dev/null
+    awk '/^[ \t]*#[ \t]*include/ {
+        sub(/^[ \t]*#[ \t]*include[ \t]*/, "")
+        print "include", FILENAME, FNR, $0
+    }' "$@" /dev/null
 }
 
 {
     rules | sed 's/^/rule /'
     "$here/../../cmake/sources.sh" . | sed 's/^/file /'
-    "$here/../../cmake/sources.sh" . | tr '\n' '\0' | xargs -0 bash -c "$(declare -f includes)"'; includes "$@"' includes
+    "$here/../../cmake/sources.sh" . |
+        tr '\n' '\0' | xargs -0 bash -c "$(declare -f includes)"'; includes "$@"' includes
 } | awk '
     function fail(text) { print $2 ":" $3 ": " text; ++failures }
     function folder_of(path) { sub(/\/[^\/]*$/, "", path); return path }
@@ -101,7 +110,7 @@ includes() {
             fail(room "/ includes \"" header "\", expected none: " expected(room))
     }
 
-    $1 == "rule" { rule_from[++rule_count] = $2; rule_to[rule_count] = $3; next }
+    $1 == "rule" { rule_from[++rule_count] = $2; rule_to[rule_count] = $3; rule_line[rule_count] = $4; next }
     $1 == "file" { file[$2] = 1; next }
     {
         ++checked
@@ -120,7 +129,8 @@ includes() {
     END {
         for (i = 1; i <= rule_count; ++i)
             if (!used[i]) {
-                print "tests/build/layers.sh: no include needs the rule " rule_from[i] " -> " rule_to[i] ", expected it to be deleted"
+                print "tests/build/layers.sh:" rule_line[i] ": no include needs the rule " rule_from[i] " -> " rule_to[i] \
+                    ", expected it to be deleted"
                 ++failures
             }
         printf "%d includes checked against %d rules, %d failures\n", checked, rule_count, failures

@@ -109,7 +109,8 @@ while read -r from to; do
     [ "$from $to" != "design base" ] && [ "$from $to" != "analysis report/Report.h" ] && continue
     fill
     rm "$tree/$from/Rule$number.cpp"
-    expect "tests/build/layers.sh: no include needs the rule $from -> $to, expected it to be deleted"
+    line=$(grep -nE "^$from +-> $to( |$)" "$here/layers.sh" | cut -d: -f1)
+    expect "tests/build/layers.sh:$line: no include needs the rule $from -> $to, expected it to be deleted"
     verify "superfluous rule $from -> $to" "${check[@]}"
 done < <(bash "$here/layers.sh" --rules)
 

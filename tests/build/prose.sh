@@ -42,7 +42,7 @@ bounds=tests/build/prose_bound.txt
 
 {
     rows | sed 's/^/row /'
-    [ ! -f $bounds ] || sed -n -E "s/^(documents|comments) ([0-9.]+)$/bound \1 \2/p" $bounds
+    [ ! -f $bounds ] || awk '$1 == "documents" || $1 == "comments" { print "bound", $1, $2, FNR }' $bounds
     find . -mindepth 1 \( -path './build*' -o -path ./.git \) -prune -o -type f \( -name '*.md' -o -name '*.[1-8]' \) -print |
         sed 's|^\./|document |' | sort
     "$here/../../cmake/sources.sh" . | sed 's/^/source /'
@@ -146,7 +146,7 @@ bounds=tests/build/prose_bound.txt
         pattern[i] = " " trim(substr(rest, index(rest, "|") + 1)) " "
         next
     }
-    $1 == "bound" { bound[$2] = $3; next }
+    $1 == "bound" { bound[$2] = $3; bound_line[$2] = $4; next }
     {
         file = substr($0, length($1) + 2)
         scope = $1 == "document" ? "documents" : "comments"
@@ -158,16 +158,19 @@ bounds=tests/build/prose_bound.txt
     }
 
     function rate(count, words) { return words ? int(10000 * count / words + 0.5) / 10 : 0 }
-    function check(scope,    measured) {
+    function check(scope,    measured, place) {
         measured = rate(sum[scope], total[scope])
+        place = bounds ":" bound_line[scope] + 0
         if (!(scope in bound)) {
-            print bounds ": no bound of the " scope ", expected \"" scope " " sprintf("%.1f", measured) "\""
+            printf "%s: no bound of the %s, expected \"%s %.1f\"\n", place, scope, scope, measured
             ++failures
         } else if (measured > bound[scope]) {
-            printf "%s: %.1f per 1,000 words of %s, expected at most %.1f (prose.sh --list prints where)\n", bounds, measured, scope, bound[scope]
+            printf "%s: %.1f per 1,000 words of %s, expected at most %.1f (prose.sh --list prints where)\n", \
+                place, measured, scope, bound[scope]
             ++failures
         } else if (measured < bound[scope] - 0.5) {
-            printf "%s: %.1f per 1,000 words of %s, expected the bound %.1f to be lowered to it\n", bounds, measured, scope, bound[scope]
+            printf "%s: %.1f per 1,000 words of %s, expected the bound %.1f to be lowered to it\n", \
+                place, measured, scope, bound[scope]
             ++failures
         }
     }
@@ -180,7 +183,8 @@ bounds=tests/build/prose_bound.txt
             printf "%-10s %9d %9d   %s\n", name[i], hits["documents", i], hits["comments", i], instead[i]
         printf "%-10s %9d %9d\n", "sum", sum["documents"], sum["comments"]
         printf "%-10s %9d %9d\n", "words", total["documents"], total["comments"]
-        printf "per 1,000 words: documents %.1f, comments %.1f, all %.1f\n", rate(sum["documents"], total["documents"]), \
-            rate(sum["comments"], total["comments"]), rate(sum["documents"] + sum["comments"], total["documents"] + total["comments"])
+        printf "per 1,000 words: documents %.1f, comments %.1f, all %.1f\n", \
+            rate(sum["documents"], total["documents"]), rate(sum["comments"], total["comments"]), \
+            rate(sum["documents"] + sum["comments"], total["documents"] + total["comments"])
         exit failures > 0
     }'

@@ -60,14 +60,14 @@ fill
 plant $bounds '# a comment' 'documents 2.4' 'comments 2.0'
 same "within the bounds" "$measured" "$(check)"
 bash "$here/prose.sh" "$tree" >/dev/null || same "status within the bounds" 0 1
-plant $bounds 'documents 1.9' 'comments 2.6'
-same "out of the bounds" "$bounds: 2.0 per 1,000 words of documents, expected at most 1.9 (prose.sh --list prints where)
-$bounds: 2.0 per 1,000 words of comments, expected the bound 2.6 to be lowered to it
+plant $bounds '# a comment' 'documents 1.9' 'comments 2.6'
+same "out of the bounds" "$bounds:2: 2.0 per 1,000 words of documents, expected at most 1.9 (prose.sh --list prints where)
+$bounds:3: 2.0 per 1,000 words of comments, expected the bound 2.6 to be lowered to it
 $measured" "$(check)"
 ! bash "$here/prose.sh" "$tree" >/dev/null || same "status out of the bounds" 1 0
 rm "$tree/$bounds"
-same "no bounds" "$bounds: no bound of the documents, expected \"documents 2.0\"
-$bounds: no bound of the comments, expected \"comments 2.0\"
+same "no bounds" "$bounds:0: no bound of the documents, expected \"documents 2.0\"
+$bounds:0: no bound of the comments, expected \"comments 2.0\"
 $measured" "$(check)"
 
 [ $failures -eq 0 ] || exit 1
