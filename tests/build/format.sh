@@ -3,8 +3,6 @@
 # Usage: format.sh SOURCE_ROOT
 set -euo pipefail
 export LC_ALL=C
-here=$(cd "${BASH_SOURCE[0]%/*}" && pwd)
-cd "$1"
 
 if ! command -v clang-format >/dev/null; then
     echo "skipped: no clang-format"
@@ -16,6 +14,8 @@ case $version in
     *) echo "skipped: clang-format 14 is needed, found: $version"; exit 0 ;;
 esac
 
+here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+cd "$1"
 files=$("$here/../../cmake/sources.sh" .)
 # Warnings, not errors: an error ends a call at its first file.
 found=$(printf '%s\n' "$files" | tr '\n' '\0' | xargs -0 -n 40 -P 2 clang-format --style=file --dry-run 2>&1 || true)
