@@ -4,11 +4,11 @@
 // processor, the system's part included: all is single-threaded, and others may share the machine. The table
 // is printed, and written as JSON into the file that the first argument names. An argument after it chooses
 // the measurements whose names contain it.
-#include "../tests/oracle/ReferenceTool.h"
 #include "Measure.h"
 #include "RandomLogic.h"
 #include "Vorlen/Sweep.h"
 #include "Vorlen/Tool.h"
+#include "tests/oracle/ReferenceTool.h"
 
 #include <array>
 #include <cstring>

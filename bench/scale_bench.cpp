@@ -4,11 +4,11 @@
 //
 // Every run is a process of its own, so that the peak of its memory is its own too. An argument chooses the
 // lines that have it in their name.
-#include "../tests/scale/CommandInputs.h"
-#include "../tests/scale/EngineInputs.h"
 #include "Measure.h"
 #include "Ruvex/Console.h"
 #include "Vorlen/detail/Work.h"
+#include "tests/scale/CommandInputs.h"
+#include "tests/scale/EngineInputs.h"
 
 #include <sys/wait.h>
 #include <unistd.h>

@@ -3,10 +3,10 @@
 // is as usable as before, the next launch gives what a first one gives, and nothing leaks.
 //
 // VORLEN_SEED chooses other designs.
-#include "../oracle/RandomDesign.h"
-#include "../oracle/Snapshot.h"
 #include "Allocator.h"
 #include "Builder.h"
+#include "tests/oracle/RandomDesign.h"
+#include "tests/oracle/Snapshot.h"
 
 #include "Vorlen/Tool.h"
 

@@ -1,7 +1,7 @@
 // Bytes as a small design: every choice in drawing it takes the next byte. Two launches on it, with a change
 // between them, leave and say what the plain reference does.
-#include "../oracle/Launches.h"
 #include "Netlists.h"
+#include "tests/oracle/Launches.h"
 
 #include <cstddef>
 #include <cstdint>

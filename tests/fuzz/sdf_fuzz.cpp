@@ -1,8 +1,8 @@
 // Any bytes as an SDF file: read, or refused with BadInput. The events do not depend on how the bytes come in
 // blocks, and what was read makes a design or is refused there.
-#include "../readers/sdf/EventLog.h"
 #include "Netlists.h"
 #include "readers/sdf/Parser.h"
+#include "tests/readers/sdf/EventLog.h"
 
 #include <cstddef>
 #include <cstdint>

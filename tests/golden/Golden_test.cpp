@@ -10,8 +10,8 @@
 //
 // The run goes in a copy of the folder, so that names in messages are short. VORLEN_UPDATE=1 in the
 // environment rewrites what must come of it, but for slacks.csv.
-#include "../report/SchemaValidator.h"
 #include "ProjectFiles.h"
+#include "tests/report/SchemaValidator.h"
 
 #include <gtest/gtest.h>
 

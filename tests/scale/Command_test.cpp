@@ -1,11 +1,11 @@
 // Large inputs of the command, with every slack worked out beside it, and bounds on the memory that the run
 // takes and on the arcs that the engine looks at: what would grow with the square of the input goes far over
 // them.
-#include "../faults/Allocator.h"
 #include "CommandInputs.h"
 #include "Vorlen/detail/Work.h"
 #include "report/Json.h"
 #include "report/Text.h"
+#include "tests/faults/Allocator.h"
 
 #include <gtest/gtest.h>
 

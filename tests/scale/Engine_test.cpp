@@ -1,10 +1,10 @@
 // A million arcs in one piece, in every way that a walk finds hard, and a ladder of paths: a launch ends,
 // finds the arrivals, looks at each arc a bounded number of times, and takes a bounded number of bytes for
 // each.
-#include "../faults/Allocator.h"
 #include "EngineInputs.h"
 #include "Recorder.h"
 #include "Vorlen/detail/Work.h"
+#include "tests/faults/Allocator.h"
 
 #include <gtest/gtest.h>
 
