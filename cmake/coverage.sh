@@ -5,7 +5,7 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 build=$1
-folders=(Vorlen host base design readers model exceptions analysis report cli)
+mapfile -t folders < <(cmake/sources.sh --rooms)
 
 filters=()
 for folder in "${folders[@]}"; do
