@@ -25,7 +25,6 @@ exceptions -> model
 exceptions -> host
 analysis   -> base
 analysis   -> design
-analysis   -> readers
 analysis   -> model
 analysis   -> exceptions
 analysis   -> report/Report.h
@@ -33,10 +32,8 @@ analysis   -> Vorlen
 analysis   -> host
 report     -> base
 cli        -> base
-cli        -> design
 cli        -> readers
 cli        -> model
-cli        -> exceptions
 cli        -> analysis
 cli        -> report
 RULES
