@@ -1,5 +1,5 @@
-// The sweeps of one domain, in order of creation. Those that were not finished are destroyed with this object; until
-// then nobody else can destroy them.
+// The sweeps of one domain, in order of creation. Those that were not finished are destroyed with this
+// object; until then nobody else can destroy them.
 #pragma once
 
 #include "Vorlen/Sweep.h"
@@ -31,7 +31,8 @@ public:
         return place.sweep;
     }
 
-    // Calls `finish(sweep)` for each sweep and destroys the sweep right after it; then host events are processed.
+    // Calls `finish(sweep)` for each sweep and destroys the sweep right after it; then host events are
+    // processed.
     template <class Finish>
     void finishEach(Finish finish) {
         for (Driven& driven : sweeps_) {

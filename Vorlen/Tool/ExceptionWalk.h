@@ -1,11 +1,12 @@
-// The walk of one exception on a compact copy of the fan-in: which arcs lie on a path from its starts to its ends.
+// The walk of one exception on a compact copy of the fan-in: which arcs lie on a path from its starts to its
+// ends.
 //
-// The walk goes back from the ends. If it finds a start, or joins a pole that is known to lie on a matching path,
-// then the whole current path matches. What of the path was entered before is remembered, so that a find costs
-// only the part that is new. Loops are counted and passed over, never cut.
+// The walk goes back from the ends. If it finds a start, or joins a pole that is known to lie on a matching
+// path, then the whole current path matches. What of the path was entered before is remembered, so that a
+// find costs only the part that is new. Loops are counted and skipped, never cut.
 //
-// Marks and the loop stack are kept in arrays. They reach the tool when an exception ends the phase. Cost: one
-// step per pole and per arc of the fan-in, for each stage of each exception.
+// Marks and the loop stack are kept in arrays. They reach the tool when an exception ends the phase. Cost:
+// one step per pole and per arc of the fan-in, for each stage of each exception.
 #pragma once
 
 #include "Vorlen/Cone/FanIn.h"
@@ -17,8 +18,8 @@
 
 namespace Vorlen {
 
-// An exception without bridges takes one stage, one with bridges two. Every arc is walked once in a stage, so none
-// is tagged twice. One object serves all exceptions of a phase.
+// An exception without bridges takes one stage, one with bridges two. Every arc is walked once in a stage, so
+// none is tagged twice. One object serves all exceptions of a phase.
 class ExceptionWalk {
 public:
     // Adds each loop that it meets to `loops`.

@@ -39,7 +39,7 @@ TEST_F(Analysis, SettingsBeforeAnyWrite) {
     EXPECT_GE(application->getEventTimer().elapsed(), 0);
 }
 
-// --- Exceptions --------------------------------------------------------------------------------------------------------------
+// --- Exceptions ---
 
 TEST_F(Analysis, ConstrainedPathsByKindAndMask) {
     EXPECT_TRUE(analyzer->getCPaths().isEmpty());
@@ -142,7 +142,7 @@ TEST_F(Analysis, MasksOfTheAnalyzer) {
     EXPECT_THAT(masks(), ElementsAre(1, 2, 4, 8));
 }
 
-// --- Domains -----------------------------------------------------------------------------------------------------------------
+// --- Domains ---
 
 TEST_F(Analysis, DomainsOfTwoRoots) {
     EXPECT_TRUE(analyzer->getDomains().isEmpty());
@@ -267,7 +267,7 @@ TEST_F(Analysis, LeavesAreCapturedOnce) {
     EXPECT_FALSE(subdomain->getLatchLeaves().contains(a));
 }
 
-// --- Clocks and ports --------------------------------------------------------------------------------------------------------
+// --- Clocks and ports ---
 
 TEST_F(Analysis, ClocksByRoot) {
     design_->setClock(clock_, 10, 2, 4, 6);
@@ -350,7 +350,7 @@ TEST_F(Analysis, PortSlacksKeepTheWorst) {
     }
 }
 
-// --- Reported paths ----------------------------------------------------------------------------------------------------------
+// --- Reported paths ---
 
 TEST_F(Analysis, ReportedPaths) {
     Pole* in = design_->addInput("in");

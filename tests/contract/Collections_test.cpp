@@ -113,7 +113,7 @@ TEST(Collections, OverCollections) {
         checkRow(row);
 }
 
-// --- Pointers: holes in memory, and dynamic types ----------------------------------------------------------------------------
+// --- Pointers: holes in memory, and dynamic types ---
 
 struct Shape {
     virtual ~Shape() = default;
@@ -196,7 +196,7 @@ TEST(Collections, ByDynamicType) {
     EXPECT_EQ(walk<Square*>(TypeCollection<Square*, Shape*>(all)), (std::vector<Square*>{&square, &square}));
 }
 
-// --- Random order ------------------------------------------------------------------------------------------------------------
+// --- Random order ---
 
 TEST(Collections, RandomHoldsTheSameElements) {
     const Containers& c = containers();
@@ -247,7 +247,7 @@ TEST(Collections, RandomOrderFollowsTheSeed) {
         EXPECT_NEAR(count, 1000, 150);
 }
 
-// --- Null, views and drivers -------------------------------------------------------------------------------------------------
+// --- Null, views and drivers ---
 
 TEST(Collections, Null) {
     const Collection<int> null{};
@@ -342,7 +342,7 @@ TEST(Collections, TakeEachOthersPlace) {
         }
 }
 
-// --- The iteration statement -------------------------------------------------------------------------------------------------
+// --- The iteration statement ---
 
 TEST(Collections, IterationStatement) {
     const Containers& c = containers();

@@ -143,7 +143,7 @@ TEST(Console, Exceptions) {
     EXPECT_EQ(written.take(), "error: stopped by the user\n");
 }
 
-// --- Timers ------------------------------------------------------------------------------------------------------------------
+// --- Timers ---
 
 TEST(Console, Timers) {
     Support::Recorder recorder;
@@ -189,7 +189,7 @@ TEST(Console, TimersNest) {
     EXPECT_EQ(recorder.getMessages()[2].text, "an unknown time");
 }
 
-// --- Colour and output -------------------------------------------------------------------------------------------------------
+// --- Colour and output ---
 
 TEST(Console, Color) {
     Written written;
@@ -272,7 +272,7 @@ TEST(Console, IsColouredOnATerminalOnly) {
     close(terminal);
 }
 
-// --- The recorder of the tests -----------------------------------------------------------------------------------------------
+// --- The recorder of the tests ---
 
 TEST(Recorder, ReadsAsWritten) {
     Support::Lines expected;

@@ -25,7 +25,7 @@ const std::vector<int> edges{
     U, m, m + 1, m + 2,      -1073741825, -1073741824, -1073741823, -1000, -2,    -1, 0,
     1, 2, 1000,  1073741822, 1073741823,  1073741824,  1073741825,  M - 2, M - 1, M};
 
-// --- The reference -----------------------------------------------------------------------------------------------------------
+// --- The reference ---
 
 // A value is no value, below all numbers, a number, or above all numbers.
 struct Wide {
@@ -87,7 +87,7 @@ void comparePair(int a, int b) {
     ASSERT_EQ(Delay(a) < Delay(b), std::int64_t{a} < std::int64_t{b});
 }
 
-// --- Tables ------------------------------------------------------------------------------------------------------------------
+// --- Tables ---
 
 TEST(Delay, Specials) {
     struct {

@@ -18,7 +18,7 @@ protected:
     std::unique_ptr<Design> design_ = Design::create();
 };
 
-// --- Poles -------------------------------------------------------------------------------------------------------------------
+// --- Poles ---
 
 std::string kindsOf(const Pole* pole) {
     std::string kinds;
@@ -91,7 +91,7 @@ TEST_F(Graph, PolesAreReadInOrderOfCreation) {
     EXPECT_EQ(cell->getPoles().getCount(), 2u);
 }
 
-// --- Arcs --------------------------------------------------------------------------------------------------------------------
+// --- Arcs ---
 
 TEST_F(Graph, ArcsInOrderOfCreation) {
     Pole* a = design_->addPole("a");
@@ -152,7 +152,7 @@ TEST_F(Graph, WhatIsWrittenOnAnArc) {
     EXPECT_EQ(int(edge->getMinDelay()), 3);
 }
 
-// --- Marks and insulation ----------------------------------------------------------------------------------------------------
+// --- Marks and insulation ---
 
 TEST_F(Graph, Marks) {
     Pole* a = design_->addPole("a");
@@ -190,7 +190,7 @@ TEST_F(Graph, InsulationCutsAllArcsOfAPole) {
     design_->addPole("lonely")->insulate();
 }
 
-// --- Pins, nets, PLLs --------------------------------------------------------------------------------------------------------
+// --- Pins, nets, PLLs ---
 
 TEST_F(Graph, PllsAndWaveformGenerators) {
     const Module* module = cell->getModule();

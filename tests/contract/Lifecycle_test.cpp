@@ -104,7 +104,7 @@ TEST(Lifecycle, Inspection) {
     probe->destroy();
 }
 
-// --- Stamps ------------------------------------------------------------------------------------------------------------------
+// --- Stamps ---
 
 TEST(Stamps, AscendOverAllClasses) {
     const auto design = Design::create();

@@ -30,7 +30,7 @@ std::unique_ptr<Slot> slotOf(const T& value) {
     return std::make_unique<StandardSlot<T>>(value);
 }
 
-// --- Slots -------------------------------------------------------------------------------------------------------------------
+// --- Slots ---
 
 TEST(Slots, NameOwnerHeader) {
     Record record("record");
@@ -90,7 +90,7 @@ TEST(Labels, OfCountsTextsAndNull) {
     EXPECT_EQ(Label::create("").getText(), "");
 }
 
-// --- Maps --------------------------------------------------------------------------------------------------------------------
+// --- Maps ---
 
 using DelayMap = std::map<unsigned long, Delay>;
 using DelayMapMap =
@@ -155,7 +155,7 @@ TEST(Maps, RecordsNest) {
     EXPECT_EQ(printed(record, 0), "top\n  Maps: map:{2 elements}\n");
 }
 
-// --- Records -----------------------------------------------------------------------------------------------------------------
+// --- Records ---
 
 TEST(Records, HoldTheirSlotsInOrder) {
     Record record("label");

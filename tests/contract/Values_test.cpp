@@ -16,7 +16,7 @@ using namespace Pelko;
 constexpr unsigned long all = ~0UL;
 constexpr unsigned long top = 1UL << 63;
 
-// --- PseudoMask --------------------------------------------------------------------------------------------------------------
+// --- PseudoMask ---
 
 TEST(PseudoMask, Algebra) {
     const unsigned long values[] = {0, 1, 2, 3, 0x80, 0xFF00FF00FF00FF00, top, top | 1, all};
@@ -104,7 +104,7 @@ TEST(PseudoMask, Refusals) {
                            {"PseudoMask", "getBasic", 2}});
 }
 
-// --- Modes -------------------------------------------------------------------------------------------------------------------
+// --- Modes ---
 
 TEST(ClockMode, Codes) {
     struct {
@@ -146,7 +146,7 @@ TEST(AnalysisMode, Codes) {
     }
 }
 
-// --- Port constraints --------------------------------------------------------------------------------------------------------
+// --- Port constraints ---
 
 TEST(IOConstraint, HoldsWhatItIsGiven) {
     const IOConstraint none;

@@ -97,7 +97,7 @@ TEST_F(AnalyzerTest, IsNoIssue) {
     EXPECT_EQ(analyzer->getCPaths(PseudoMask(1)).getLocator()._getLabel(), "Class locator");
 }
 
-// --- Clocks ------------------------------------------------------------------------------------------------------------------
+// --- Clocks ---
 
 TEST_F(AnalyzerTest, RefusedClocks) {
     analyzer->setClock(b_, Delay(10), Delay(1), Delay(4), Delay(6));
@@ -219,7 +219,7 @@ TEST_F(AnalyzerTest, FeedbackAndSourceLatency) {
     EXPECT_FALSE(analyzer->hasPLLFeedbackDelay(b_));
 }
 
-// --- Clock groups ------------------------------------------------------------------------------------------------------------
+// --- Clock groups ---
 
 TEST_F(AnalyzerTest, ClockGroups) {
     using Groups = std::vector<std::vector<Pole*>>;
@@ -284,7 +284,7 @@ TEST_F(AnalyzerTest, RefusedClockGroups) {
     EXPECT_FALSE(c_->isReferenced());
 }
 
-// --- Ports -------------------------------------------------------------------------------------------------------------------
+// --- Ports ---
 
 TEST_F(AnalyzerTest, RefusedPorts) {
     const IOConstraint constraint(a_, ClockMode::Rising, Delay(1), Delay(2));

@@ -150,7 +150,7 @@ TEST_F(ApplicationTest, NestedProcessingHearsIt) {
     EXPECT_EQ(receiver_.received, 2);
 }
 
-// --- With the model, and without ---------------------------------------------------------------------------------------------
+// --- With the model, and without ---
 
 TEST(ApplicationLife, ComesAndGoesWithTheModel) {
     for (int round = 0; round < 3; ++round) {

@@ -123,7 +123,7 @@ TEST_F(CPathTest, ReportedPathsKeepTheirException) {
     EXPECT_FALSE(a_->isReferenced());
 }
 
-// --- Classes -----------------------------------------------------------------------------------------------------------------
+// --- Classes ---
 
 TEST_F(CPathTest, ClassesShowOnSourcesAndTargets) {
     FPath* first = FPath::create({{a_}, {b_}, {c_}});
@@ -203,7 +203,7 @@ TEST_F(CPathTest, ClearResults) {
     EXPECT_EQ(takeSnapshot(), before);
 }
 
-// --- Slack adjustments -------------------------------------------------------------------------------------------------------
+// --- Slack adjustments ---
 
 // Of every kind on either side, in a subdomain with these relations and this period of the latch clock.
 TEST_F(CPathTest, Adjustments) {

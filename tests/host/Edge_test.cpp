@@ -130,7 +130,7 @@ TEST_F(EdgeTest, Record) {
                           "  MinDutyCycle: 100\n");
 }
 
-// --- Fans --------------------------------------------------------------------------------------------------------------------
+// --- Fans ---
 
 class Fan : public ModelTest, public testing::WithParamInterface<std::size_t> {
 protected:

@@ -81,7 +81,7 @@ TEST_F(ObjectTest, PrintDetails) {
     EXPECT_EQ(recorder.getMessages()[1].text, text.str());
 }
 
-// --- Listeners ---------------------------------------------------------------------------------------------------------------
+// --- Listeners ---
 
 // Notes what it hears, and what the object and its surroundings tell at that moment.
 class Listener : public ObjectListener {

@@ -76,7 +76,7 @@ TEST_F(PathTest, HoldsWhatItIsGiven) {
     }
 }
 
-// --- Slack -------------------------------------------------------------------------------------------------------------------
+// --- Slack ---
 
 struct Bounds {
     int minimum, maximum;

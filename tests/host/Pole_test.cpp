@@ -85,7 +85,7 @@ TEST_F(PoleTest, KindsAreSetOneByOne) {
     }
 }
 
-// --- Main poles and references -----------------------------------------------------------------------------------------------
+// --- Main poles and references ---
 
 TEST_F(PoleTest, MainPole) {
     Pin* pin = Pin::create(model_.getModule(), "p");
@@ -245,7 +245,7 @@ TEST_F(PoleTest, ArcsEndWithTheirPole) {
     EXPECT_TRUE(cell->getEdges().isEmpty());
 }
 
-// --- Marks -------------------------------------------------------------------------------------------------------------------
+// --- Marks ---
 
 class Marks : public PoleTest {
 protected:
@@ -308,7 +308,7 @@ TEST_F(Marks, AtTheLastEpoch) {
     EXPECT_EQ(Analyzer::_epoch, 1u);
 }
 
-// --- Inspection --------------------------------------------------------------------------------------------------------------
+// --- Inspection ---
 
 TEST_F(PoleTest, Consistency) {
     Pole* clock = addClock("C");

@@ -122,7 +122,7 @@ TEST_F(Results, AccumulateOtherwise) {
     EXPECT_EQ(int(cycles_->getLongestSlack()), -2);
 }
 
-// --- The class space ---------------------------------------------------------------------------------------------------------
+// --- The class space ---
 
 TEST_F(Results, RefusedClassesChangeNothing) {
     analyse();

@@ -57,7 +57,7 @@ TEST_F(SubdomainTest, NamesAndPureClocks) {
     }
 }
 
-// --- Leaves ------------------------------------------------------------------------------------------------------------------
+// --- Leaves ---
 
 TEST_F(SubdomainTest, LeavesComeByStamp) {
     std::vector<Pole*> poles;
@@ -110,7 +110,7 @@ TEST_F(SubdomainTest, CapturingAgainIsCheap) {
     EXPECT_EQ(walk(subdomain->getLatchLeaves()), poles);
 }
 
-// --- Relations ---------------------------------------------------------------------------------------------------------------
+// --- Relations ---
 
 TEST_F(SubdomainTest, FixedRelationsStay) {
     Subdomain* subdomain = addSubdomain(clk_, other_);
@@ -166,7 +166,7 @@ TEST_F(SubdomainTest, AListenerFixesRelations) {
     EXPECT_EQ(int(subdomain->getHoldRelation()), 0);
 }
 
-// --- Kept paths --------------------------------------------------------------------------------------------------------------
+// --- Kept paths ---
 
 // Worst first, by the order of raw values; among equals the first come.
 TEST_F(SubdomainTest, OrderOfKeptPaths) {

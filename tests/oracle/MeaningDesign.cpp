@@ -61,7 +61,7 @@ void MeaningDesign::join(const std::vector<Pole*>& sources, Pole* target, int co
             arc(source, target);
 }
 
-// --- Clocks and registers --------------------------------------------------------------------------------
+// --- Clocks and registers ---
 
 void MeaningDesign::makeClocks() {
     for (int i = draw(1, 2); i > 0; --i) {
@@ -122,7 +122,7 @@ void MeaningDesign::makeRegisters() {
     }
 }
 
-// --- Ports and logic -------------------------------------------------------------------------------------
+// --- Ports and logic ---
 
 // A bound is sometimes not given; the clock sometimes neither. An input's edge may be left open too.
 IOConstraint MeaningDesign::makeConstraint(bool input) {
@@ -217,7 +217,7 @@ void MeaningDesign::makeExceptions() {
     }
 }
 
-// --- Relations -------------------------------------------------------------------------------------------
+// --- Relations ---
 
 EdgePair MeaningDesign::clocksOf(const Subdomain* subdomain) {
     return {subdomain->getLaunchRoot(), subdomain->getLaunchClockMode().getCode(), subdomain->getLatchRoot(),
@@ -280,7 +280,7 @@ std::set<EdgePair> MeaningDesign::getSubdomains() const {
     return pairs;
 }
 
-// --- Text ------------------------------------------------------------------------------------------------
+// --- Text ---
 
 std::string MeaningDesign::getText() const {
     std::string text;

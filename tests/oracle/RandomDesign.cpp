@@ -129,7 +129,7 @@ private:
     std::vector<Pole*> roots_;
 };
 
-// --- The plan --------------------------------------------------------------------------------------------------
+// --- The plan ---
 
 void GraphBuilder::planPoles() {
     const auto& weights = styles[std::min(dice_.below(9) / 2, 3U)];
@@ -271,7 +271,7 @@ void GraphBuilder::pruneArcs() {
         arcs_.erase(arcs_.begin() + dice_.below(arcs_.size()));
 }
 
-// --- The poles -------------------------------------------------------------------------------------------------
+// --- The poles ---
 
 // A check needs its clock pole; without one it becomes an output port.
 void GraphBuilder::makePoles() {
@@ -337,7 +337,7 @@ void GraphBuilder::makePole(PlannedPole& planned) {
 
 } // namespace
 
-// --- The design ------------------------------------------------------------------------------------------------
+// --- The design ---
 
 RandomDesign::RandomDesign(const Dice& dice, const Knobs& knobs) : model_("top"), dice_(dice), knobs_(knobs) {
     drawDelays(drawPolesAndArcs());

@@ -90,11 +90,11 @@ public:
     const std::vector<Pelko::Pole*>& getRoots() const { return roots_; }
 
 private:
-    // --- RandomDesign.cpp --------------------------------------------------------------------------------------
+    // --- RandomDesign.cpp ---
     using Arcs = std::vector<std::pair<Pelko::Pole*, Pelko::Pole*>>;
     Arcs drawPolesAndArcs();
 
-    // --- RandomDesignConstraints.cpp ---------------------------------------------------------------------------
+    // --- RandomDesignConstraints.cpp ---
     Pelko::Delay drawDelay(int least, int greatest);
     void drawDelays(const Arcs& arcs);
     void drawClock(Pelko::Pole* root);

@@ -47,7 +47,7 @@ void RandomDesign::drawDelays(const Arcs& arcs) {
     }
 }
 
-// --- Clocks and ports ------------------------------------------------------------------------------------------
+// --- Clocks and ports ---
 
 void RandomDesign::drawClock(Pole* root) {
     static const std::vector<int> harmonic{10, 20, 40, 15, 5, 30};
@@ -103,7 +103,7 @@ void RandomDesign::drawPortConstraints() {
     }
 }
 
-// --- Exceptions ------------------------------------------------------------------------------------------------
+// --- Exceptions ---
 
 CPath::PoleList RandomDesign::drawPoles(bool starts) {
     CPath::PoleList likely;
@@ -189,7 +189,7 @@ void RandomDesign::drawExceptions() {
         drawException();
 }
 
-// --- What runs have left, and what a host must not do ----------------------------------------------------------
+// --- What runs have left, and what a host must not do ---
 
 void RandomDesign::drawEarlierResults() {
     for (Pole* pole : poles_)
@@ -241,7 +241,7 @@ void RandomDesign::breakContract() {
     }
 }
 
-// --- Settings and changes --------------------------------------------------------------------------------------
+// --- Settings and changes ---
 
 void RandomDesign::drawSettings() {
     using Mode = Pelko::AnalysisMode;

@@ -23,7 +23,7 @@ ReferenceSweep::ReferenceSweep(Pelko::Subdomain* subdomain) : subdomain_(subdoma
             Ruvex::InternalError("Null subdomain", Ruvex::Error::locate("Sweep", "preCreate", 73)));
 }
 
-// --- Masking ---------------------------------------------------------------------------------------------
+// --- Masking ---
 
 void ReferenceSweep::filter(const PseudoMask& mask, Map& map) {
     if (mask.isEmpty())
@@ -65,7 +65,7 @@ void ReferenceSweep::combine(const Map& from, Map& into) {
         into[key].combine(timing);
 }
 
-// --- Shifting --------------------------------------------------------------------------------------------
+// --- Shifting ---
 
 void ReferenceSweep::addDelay(const Delay& delay, Map& map) {
     for (auto& entry : map)
@@ -117,7 +117,7 @@ void ReferenceSweep::freeSetupHold(const Delay& setup, const Delay& hold, Map& m
     }
 }
 
-// --- Multicycle ------------------------------------------------------------------------------------------
+// --- Multicycle ---
 
 // The product keeps its low 32 bits. A special or undefined arrival is not scaled.
 void ReferenceSweep::multiplyCycleCount(const PseudoMask& mask, Map& map) {
@@ -197,7 +197,7 @@ void ReferenceSweep::divideCycleCount(Map& map) {
     }
 }
 
-// --- Priority --------------------------------------------------------------------------------------------
+// --- Priority ---
 
 namespace {
 

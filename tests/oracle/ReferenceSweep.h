@@ -35,7 +35,7 @@ public:
     const PoleMap& getDataRT() const { return dataRT_; }
     const Vorlen::Timing& getArrivalTiming() const { return arrivalTiming_; }
 
-    // --- Phases ------------------------------------------------------------------------------------------
+    // --- Phases ---
     void clockAnalyze();
     void arrivalAnalyze();
     void requireAnalyze();
@@ -44,14 +44,14 @@ public:
     void iodelaySlackAnalyze();
     void tagSlacks();
 
-    // --- Slacks ------------------------------------------------------------------------------------------
+    // --- Slacks ---
     // `cpath` may be null. InvalidRequest: "Null edge".
     Pelko::Delay calculateLSlack(Pelko::Edge* edge, const Pelko::PseudoMask& mask,
                                  const Pelko::Delay& arrival, Pelko::CPath* cpath = nullptr);
     Pelko::Delay calculateSSlack(Pelko::Edge* edge, const Pelko::PseudoMask& mask,
                                  const Pelko::Delay& arrival, Pelko::CPath* cpath = nullptr);
 
-    // --- Map operations ----------------------------------------------------------------------------------
+    // --- Map operations ---
     void filter(const Pelko::PseudoMask& mask, Map& map);
     void filter(const Pelko::PseudoMask& maxMask, const Pelko::PseudoMask& minMask, Map& map);
     void sensibilize(const Pelko::PseudoMask& mask, Map& map);
@@ -69,7 +69,7 @@ public:
     void divideCycleCount(Map& map);
     Pelko::PseudoMask getPriorityMask(const Pelko::PseudoMask& mask, bool longest) const;
 
-    // --- Steps of the walks ------------------------------------------------------------------------------
+    // --- Steps of the walks ---
     void clockAnalyze(Pelko::Pole* root, Pelko::Pole* pole, PoleSet& path, PoleMap& clockAT);
     void updateClockATMapMap(Pelko::Pole* root, PoleMap& clockAT);
     void updateClockATMapMap(Pelko::Edge* edge, PoleMap& clockAT);

@@ -11,7 +11,7 @@ namespace {
 using namespace oracle::bench;
 using oracle::ReferenceSweep;
 
-// --- Data arrival ----------------------------------------------------------------------------------------
+// --- Data arrival ---
 
 // Two registers "ff1" and "ff2" on `clk`, "ff2" with a check "D", and a gate "g" between them; clock arrivals
 // 1:2 and 10:13.

@@ -36,7 +36,7 @@ void keepWorst(Delay& worst, const Delay& slack) {
 
 } // namespace
 
-// --- Slack of an arc -------------------------------------------------------------------------------------
+// --- Slack of an arc ---
 
 Delay ReferenceSweep::calculateLSlack(Edge* edge, const PseudoMask& mask, const Delay& arrival,
                                       CPath* cpath) {
@@ -138,7 +138,7 @@ unsigned long ReferenceSweep::getTaggedDutyRatio() const {
     return 100;
 }
 
-// --- Port slacks -----------------------------------------------------------------------------------------
+// --- Port slacks ---
 
 void ReferenceSweep::iodelaySlackAnalyze() {
     if (subdomain_->getLaunchRoot())
@@ -179,7 +179,7 @@ void ReferenceSweep::updateWorst(Edge* edge, const Map& arrivals, Delay& longest
     }
 }
 
-// --- Path search -----------------------------------------------------------------------------------------
+// --- Path search ---
 
 void ReferenceSweep::searchLongestPaths(Delay maximumSlack, unsigned long count) {
     if (!maximumSlack.isDefined())

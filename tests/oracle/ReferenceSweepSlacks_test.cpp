@@ -58,7 +58,7 @@ struct Fork {
     Edge *aArc, *bArc, *checkArc, *outArc;
 };
 
-// --- Slack of an arc -------------------------------------------------------------------------------------
+// --- Slack of an arc ---
 
 TEST(ReferenceSweepSlacks, OneArc) {
     struct Row {
@@ -203,7 +203,7 @@ TEST(ReferenceSweepSlacks, TaggedUnderExceptions) {
     }
 }
 
-// --- Port slacks -----------------------------------------------------------------------------------------
+// --- Port slacks ---
 
 TEST(ReferenceSweepSlacks, Ports) {
     struct Row {
@@ -249,7 +249,7 @@ TEST(ReferenceSweepSlacks, Ports) {
     }
 }
 
-// --- Path search -----------------------------------------------------------------------------------------
+// --- Path search ---
 
 TEST(ReferenceSweepSearch, BoundAndCount) {
     struct Row {
@@ -402,7 +402,7 @@ TEST(ReferenceSweepSearch, WhatAPathIsGiven) {
     EXPECT_EQ(int(path->getShortestSlack()), rows[1].slack);
 }
 
-// --- Refusals --------------------------------------------------------------------------------------------
+// --- Refusals ---
 
 TEST(ReferenceSweepErrors, Refusals) {
     struct Row {

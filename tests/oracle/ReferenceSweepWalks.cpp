@@ -28,7 +28,7 @@ ReferenceSweep::Map copyOrEmpty(const ReferenceSweep::PoleMap& maps, Pole* pole)
 
 } // namespace
 
-// --- Clock arrival ---------------------------------------------------------------------------------------
+// --- Clock arrival ---
 
 void ReferenceSweep::clockAnalyze() {
     if (Pole* root = subdomain_->getLaunchRoot())
@@ -112,7 +112,7 @@ void ReferenceSweep::updateClockATMapMap(Edge* edge, PoleMap& clockAT) {
     clockAT[target] = arrival;
 }
 
-// --- Data arrival ----------------------------------------------------------------------------------------
+// --- Data arrival ---
 
 void ReferenceSweep::arrivalAnalyze() {
     PoleSet path;
@@ -236,7 +236,7 @@ void ReferenceSweep::updateDataATMapMap(Edge* edge) {
     dataAT_[target] = arrival;
 }
 
-// --- Required times --------------------------------------------------------------------------------------
+// --- Required times ---
 
 void ReferenceSweep::requireAnalyze() {
     PoleSet path;

@@ -13,7 +13,7 @@ namespace {
 using namespace oracle::bench;
 using oracle::ReferenceSweep;
 
-// --- Map operations --------------------------------------------------------------------------------------
+// --- Map operations ---
 
 TEST(ReferenceSweepMaps, OperationsOnOneMap) {
     struct Row {
@@ -222,7 +222,7 @@ TEST(ReferenceSweepMaps, PriorityMask) {
     EXPECT_EQ(sweep.getPriorityMask(m(64 | 256), false), m(0));
 }
 
-// --- Clock arrival ---------------------------------------------------------------------------------------
+// --- Clock arrival ---
 
 TEST(ReferenceSweepClock, ArrivalAtLeaves) {
     struct Row {

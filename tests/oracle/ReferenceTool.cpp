@@ -51,7 +51,7 @@ void ReferenceTool::prolog() {
     pllFeedbackStem();
 }
 
-// --- PLL feedback --------------------------------------------------------------------------------------
+// --- PLL feedback ---
 
 void ReferenceTool::pllFeedbackStem() {
     loopOpen();
@@ -103,7 +103,7 @@ void ReferenceTool::pllFeedbackStem(Pole* pole, Delay& minimum, Delay& maximum) 
     pole->mark();
 }
 
-// --- The launch ----------------------------------------------------------------------------------------
+// --- The launch ---
 
 bool ReferenceTool::launch() {
     Ruvex::setRandomSeed(Ruvex::getDefaultSeed());

@@ -38,7 +38,7 @@ public:
     // A launch returns true right after this phase.
     void stopAfter(Phase phase) { last_ = phase; }
 
-    // --- ReferenceTool.cpp -----------------------------------------------------------------------------
+    // --- ReferenceTool.cpp ---
     std::string getAlias() const { return "VORLEN-4.0"; }
     bool isExhaustive() const;
     bool launch();
@@ -47,7 +47,7 @@ public:
     // The delay found so far is undefined while either bound is.
     void pllFeedbackStem(Pelko::Pole* pole, Pelko::Delay& minimum, Pelko::Delay& maximum);
 
-    // --- ReferenceToolLoops.cpp ------------------------------------------------------------------------
+    // --- ReferenceToolLoops.cpp ---
     void loopOpen();
     void loopPush(Pelko::Pole* pole);
     void loopPop();
@@ -57,7 +57,7 @@ public:
     void reset();
     const std::list<Pelko::Pole*>& getLoopPoles() const { return loopStack_; }
 
-    // --- ReferenceToolStems.cpp ------------------------------------------------------------------------
+    // --- ReferenceToolStems.cpp ---
     void clockStem(StemPoleSetMap& stems);
     void clockStem(Pelko::Pole* pole, StemPoleSetMap& work, Pelko::Pole* root, unsigned long& loops);
     void dataStem(const StemPoleSetMap& clockStems);
@@ -67,7 +67,7 @@ public:
     void updateDomains();
     void createDomains(const StemPoleSetMap& clockStems, Pelko::Pole* launch, Pelko::Pole* latch);
 
-    // --- ReferenceToolRelations.cpp --------------------------------------------------------------------
+    // --- ReferenceToolRelations.cpp ---
     void updateRelationship();
     // The subtraction loop itself. Both periods positive, or one or both undefined.
     void calculateRelationship(Pelko::Delay& setup, Pelko::Delay& hold, const Pelko::Delay& launchPeriod,
@@ -75,7 +75,7 @@ public:
                                const Pelko::Delay& latchEdge);
     Pelko::Delay calculatePeriod(Pelko::Pole* clockSource);
 
-    // --- ReferenceToolTags.cpp -------------------------------------------------------------------------
+    // --- ReferenceToolTags.cpp ---
     void tagConstrainedPaths();
     void constrainedPathStem(Pelko::Pole* pole, Pelko::Poles starts, PoleSet& hitPoles,
                              std::list<Pelko::Edge*>& path, EdgeSet& tagged, bool& found,

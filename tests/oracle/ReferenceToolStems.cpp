@@ -20,7 +20,7 @@ using Pelko::IOConstraint;
 using Pelko::Pole;
 using Pelko::Subdomain;
 
-// --- Clock stems ---------------------------------------------------------------------------------------
+// --- Clock stems ---
 
 void ReferenceTool::clockStem(StemPoleSetMap& stems) {
     loopOpen();
@@ -76,7 +76,7 @@ void ReferenceTool::clockStem(Pole* pole, StemPoleSetMap& work, Pole* root, unsi
     loopPop();
 }
 
-// --- Data stems ----------------------------------------------------------------------------------------
+// --- Data stems ---
 
 // A pair that makes no domain ends the phase, and leaves no marks behind; the walk stays open until the next
 // reset.
@@ -138,7 +138,7 @@ void ReferenceTool::updateStemPoleSetMap(Edge* edge, StemPoleSetMap& work) {
     work.erase(source);
 }
 
-// --- Domains -------------------------------------------------------------------------------------------
+// --- Domains ---
 
 void ReferenceTool::createDomains() {
     const bool debug = Ruvex::isDebug();

@@ -19,7 +19,7 @@ using Pelko::Edge;
 using Pelko::Pole;
 using Pelko::Poles;
 
-// --- Constrained paths ---------------------------------------------------------------------------------
+// --- Constrained paths ---
 
 void ReferenceTool::tagConstrainedPaths() {
     const auto constrainedPaths = analyzer->getCPaths();
@@ -97,7 +97,7 @@ void ReferenceTool::constrainedPathStem(Pole* pole, Poles starts, PoleSet& hitPo
     loopPop();
 }
 
-// --- Weights -------------------------------------------------------------------------------------------
+// --- Weights ---
 
 void ReferenceTool::tagWeights(float ratio) {
     const auto edges = Pelko::cell->getEdges();
@@ -225,7 +225,7 @@ void ReferenceTool::edgeBackwardStem(Pole* pole, const Delay& threshold, PoleCou
     pole->mark();
 }
 
-// --- Epilogue ------------------------------------------------------------------------------------------
+// --- Epilogue ---
 
 namespace {
 

@@ -141,7 +141,7 @@ std::string stateOfPoles(const char* title, const Pelko::Poles& poles) {
     return std::string(title) + " " + listOf(poles) + "\n";
 }
 
-// --- For a reader --------------------------------------------------------------------------------------
+// --- For a reader ---
 
 namespace {
 
@@ -207,7 +207,7 @@ std::string describeDesign() {
     return text.str();
 }
 
-// --- Comparing -----------------------------------------------------------------------------------------
+// --- Comparing ---
 
 std::string faultOf(const std::function<void()>& call) {
     try {
@@ -270,7 +270,7 @@ void compareOnDesigns(unsigned long designs, const Knobs& knobs, const Side& lib
     }
 }
 
-// --- Console -------------------------------------------------------------------------------------------
+// --- Console ---
 
 namespace {
 

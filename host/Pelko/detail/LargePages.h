@@ -40,8 +40,8 @@ private:
     static bool isLarge(std::size_t bytes) { return bytes >= HugePages::size; }
 };
 
-// The same, but entries that are added without a value are not written: `resize(n)` leaves integers undefined,
-// and the system provides their memory when it is first used. `resize(n, value)` fills as usual.
+// The same, but entries that are added without a value are not written: `resize(n)` leaves integers
+// undefined, and the system provides their memory when it is first used. `resize(n, value)` fills as usual.
 template <class T>
 struct UnfilledLargePages : LargePages<T> {
     UnfilledLargePages() = default;

@@ -286,7 +286,8 @@ TEST_F(LaunchFaults, EveryEndOfASweepFails) {
     Object::removeListener(&failing);
 }
 
-// The same at the end of a sweep, in a listener of sweeps: it is told of those that go on the way out as well.
+// The same at the end of a sweep, in a listener of sweeps: it is told of those that go on the way out as
+// well.
 TEST_F(LaunchFaults, InAListenerOfSweeps) {
     class Failing : public Pelko::SweepListener {
     public:
