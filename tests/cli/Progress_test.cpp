@@ -179,13 +179,18 @@ TEST(Progress, neverWhereItIsNotWanted) {
     EXPECT_EQ(terminal.received(), "");
 }
 
+// The line is not wanted any more, even if there is a terminal again.
 TEST(Progress, aTerminalThatIsGone) {
+    Terminal terminal;
     const int closed = dup(STDERR_FILENO);
     close(closed);
     Progress progress(closed, true);
     progress.show("a");
+    ASSERT_EQ(dup2(terminal.descriptor(), closed), closed);
     progress.show("b");
     progress.clear();
+    EXPECT_EQ(terminal.received(), "");
+    close(closed);
 }
 
 // --- Terminals -------------------------------------------------------------------------------------------------------
