@@ -59,7 +59,11 @@ protected:
     Support::Recorder console_;
 };
 
-TEST_F(PllFeedback, NoPll) { tool_->pllFeedbackStem(); }
+TEST_F(PllFeedback, NoPll) {
+    Pole* source = addGenerator("source");
+    tool_->pllFeedbackStem();
+    EXPECT_EQ(stored(source), nothing);
+}
 
 TEST_F(PllFeedback, SumsTheArcsForEveryDrivenGenerator) {
     Pole* source = addGenerator("source");
