@@ -8,39 +8,18 @@
 #include "Write.h"
 
 #include "cli/Session.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <sstream>
-
-#include <unistd.h>
 
 namespace {
 
-// A folder that goes with the test.
-class Folder {
-public:
-    Folder() : path_(std::filesystem::temp_directory_path() / ("vorlen-" + std::to_string(getpid()))) {
-        std::filesystem::create_directories(path_);
-    }
-    ~Folder() { std::filesystem::remove_all(path_); }
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-
-    std::string write(const char* name, const std::string& text) const {
-        const std::filesystem::path file = path_ / name;
-        std::ofstream(file) << text;
-        return file.string();
-    }
-
-private:
-    std::filesystem::path path_;
-};
+using Support::TemporaryFolder;
 
 std::uint64_t number(const char* variable, std::uint64_t otherwise) {
     const char* value = std::getenv(variable);
@@ -98,7 +77,7 @@ struct Inputs {
     Cli::Options command;
 };
 
-Inputs inputsOf(const Folder& folder, std::uint64_t seed, Brute::Shape shape) {
+Inputs inputsOf(const TemporaryFolder& folder, std::uint64_t seed, Brute::Shape shape) {
     const std::array delays = {Brute::DelayMode::minmax, Brute::DelayMode::minimum, Brute::DelayMode::typical,
                                Brute::DelayMode::maximum};
     const std::array named = {Cli::Delays::minmax, Cli::Delays::min, Cli::Delays::typ, Cli::Delays::max};
@@ -126,7 +105,8 @@ Inputs inputsOf(const Folder& folder, std::uint64_t seed, Brute::Shape shape) {
     return inputs;
 }
 
-Report::Report runOf(const Folder& folder, const Inputs& inputs, const Model::LoopLimits& loopLimits = {}) {
+Report::Report runOf(const TemporaryFolder& folder, const Inputs& inputs,
+                     const Model::LoopLimits& loopLimits = {}) {
     Cli::Session session;
     session.loopLimits = loopLimits;
     Report::Report report = session.run(inputs.command);
@@ -141,7 +121,7 @@ Report::Report runOf(const Folder& folder, const Inputs& inputs, const Model::Lo
 }
 
 // What a run differs in from the reference; empty where it agrees.
-std::string difference(const Folder& folder, std::uint64_t seed, const Brute::Shape& shape) {
+std::string difference(const TemporaryFolder& folder, std::uint64_t seed, const Brute::Shape& shape) {
     const Inputs inputs = inputsOf(folder, seed, shape);
     const auto& [design, sdc, netlist, options, command] = inputs;
     const Report::Report report = runOf(folder, inputs);
@@ -176,7 +156,7 @@ std::string difference(const Folder& folder, std::uint64_t seed, const Brute::Sh
 // shapeOf: the shape for a seed.
 template <class ShapeOf>
 void compareShapes(const char* variable, std::uint64_t designs, ShapeOf shapeOf) {
-    const Folder folder;
+    const TemporaryFolder folder;
     const std::uint64_t first = number("VORLEN_SEED", 1);
     const std::uint64_t count = number(variable, designs);
     std::cout << "seeds " << first << " to " << first + count - 1 << "\n";
@@ -240,7 +220,7 @@ struct Counts {
     std::size_t smaller = 0, greater = 0;
 };
 Counts compareUnder(const Model::LoopLimits& limits) {
-    const Folder folder;
+    const TemporaryFolder folder;
     constexpr std::uint64_t share = 10; // of the designs of other tests
     const std::uint64_t first = number("VORLEN_SEED", 1),
                         count = std::max<std::uint64_t>(number("VORLEN_DESIGNS", 300 * share) / share, 1);

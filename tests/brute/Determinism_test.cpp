@@ -7,6 +7,7 @@
 #include "ProjectFiles.h"
 #include "cli/Session.h"
 #include "report/Json.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <QCryptographicHash>
 
@@ -22,6 +23,7 @@
 #include <random>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -31,13 +33,6 @@ namespace fs = std::filesystem;
 // The files of some designs. They go with the object.
 class Designs {
 public:
-    Designs() : folder_((fs::temp_directory_path() / "vorlen-same.XXXXXX").string()) {
-        EXPECT_NE(mkdtemp(folder_.data()), nullptr) << folder_;
-    }
-    ~Designs() { fs::remove_all(folder_); }
-    Designs(const Designs&) = delete;
-    Designs& operator=(const Designs&) = delete;
-
     Cli::Options add(std::uint64_t seed, Brute::ExceptionMode mode = Brute::ExceptionMode::overlapping,
                      int loopPercent = 0) const {
         Brute::Shape shape;
@@ -52,23 +47,16 @@ public:
         options.perEndpoint = 3;
         return options;
     }
-    std::string path(const std::string& name) const { return folder_ + "/" + name; }
+    std::string path(const std::string& name) const { return folder_.at(name); }
     // The text without the folder, whose name is another one in each run.
-    std::string withoutFolder(std::string text) const {
-        const std::string prefix = path("");
-        for (std::size_t at = text.find(prefix); at != std::string::npos; at = text.find(prefix, at))
-            text.erase(at, prefix.size());
-        return text;
-    }
+    std::string withoutFolder(std::string text) const { return folder_.relative(std::move(text)); }
 
 private:
     std::string write(std::uint64_t seed, const char* kind, const std::string& text) const {
-        const std::string file = path("d" + std::to_string(seed) + "." + kind);
-        std::ofstream(file) << text;
-        return file;
+        return folder_.write("d" + std::to_string(seed) + "." + kind, text);
     }
 
-    std::string folder_;
+    Support::TemporaryFolder folder_;
 };
 
 std::string jsonOf(const Cli::Options& options) {

@@ -8,13 +8,13 @@
 
 #include "cli/Session.h"
 #include "report/Json.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <sstream>
 #include <string>
@@ -24,25 +24,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using Brute::Random;
-
-class Folder {
-public:
-    Folder() : path_((fs::temp_directory_path() / "vorlen-order.XXXXXX").string()) {
-        EXPECT_NE(mkdtemp(path_.data()), nullptr) << path_;
-    }
-    ~Folder() { fs::remove_all(path_); }
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-
-    std::string write(const std::string& name, const std::string& text) const {
-        const std::string file = path_ + "/" + name;
-        std::ofstream(file) << text;
-        return file;
-    }
-
-private:
-    std::string path_;
-};
+using Support::TemporaryFolder;
 
 std::uint64_t number(const char* variable, std::uint64_t otherwise) {
     const char* value = std::getenv(variable);
@@ -109,7 +91,7 @@ enum class Netlist { none, json, verilog };
 
 // Counts the paths of the slack of the one before. The report is without the inputs' sums and the places of
 // what is said of the files that differ.
-std::string reportOf(const Folder& folder, const Brute::Design& design, const std::string& sdc,
+std::string reportOf(const TemporaryFolder& folder, const Brute::Design& design, const std::string& sdc,
                      Netlist netlist, std::size_t& ties) {
     Cli::Options options;
     options.sdf = folder.write("d.sdf", writeSdf(design));
@@ -150,7 +132,7 @@ TEST(Order, OfTheFilesDecidesNothing) {
     const std::uint64_t first = number("VORLEN_SEED", 1),
                         count = std::max<std::uint64_t>(number("VORLEN_DESIGNS", designs * share) / share, 1);
     std::cout << "seeds " << first << " to " << first + count - 1 << "\n";
-    const Folder folder;
+    const TemporaryFolder folder;
     std::size_t ties = 0;
     for (std::uint64_t seed = first; seed < first + count && !HasFailure(); ++seed) {
         Random random(seed);
@@ -211,7 +193,7 @@ TEST(Order, EqualPathsAreInTheOrderOfNames) {
         {{"g10", "g9", "g1"}, 3, {"g1/A", "g10/A", "g9/A"}}, // in byte order
     };
     for (const Row& row : rows) {
-        const Folder folder;
+        const TemporaryFolder folder;
         Cli::Options options;
         options.sdf = folder.write("d.sdf", twoWays(row.gates));
         options.sdc = {folder.write("d.sdc", "create_clock -period 10 [get_ports clk]\n")};

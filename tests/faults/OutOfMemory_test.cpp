@@ -7,11 +7,14 @@
 #include "ProjectFiles.h"
 #include "cli/Command.h"
 #include "cli/Ending.h"
+#include "tests/support/Process.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <string>
 
 #include <fcntl.h>
@@ -35,27 +38,19 @@ protected:
     };
 
     OutOfMemory()
-        : folder_(testing::TempDir() + "vorlen_memory_XXXXXX"),
-          told_(static_cast<Told*>(
+        : told_(static_cast<Told*>(
               mmap(nullptr, sizeof(Told), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0))) {
-        EXPECT_NE(mkdtemp(folder_.data()), nullptr);
         const std::string example = VORLEN_EXAMPLES_DIR "/two_regs/two_regs";
         options_.sdf = example + ".sdf";
         options_.sdc = {example + ".sdc"};
         options_.netlist = example + ".routed.json";
-        options_.json = folder_ + "/report.json";
+        options_.json = folder_.at("report.json");
         options_.quiet = true;
         options_.allowViolations = true;
     }
-    ~OutOfMemory() override {
-        munmap(told_, sizeof(Told));
-        fs::remove_all(folder_);
-    }
+    ~OutOfMemory() override { munmap(told_, sizeof(Told)); }
 
-    std::string write(const char* name, const char* text) const {
-        std::ofstream(folder_ + "/" + name) << text;
-        return folder_ + "/" + name;
-    }
+    std::string write(const char* name, const char* text) const { return folder_.write(name, text); }
 
     // Its status; -1 where it did not end by itself.
     int run(unsigned long failing) const {
@@ -75,9 +70,9 @@ protected:
             *told_ = {true, Faults::hasFailed(), Faults::liveBlocks() - before};
             _exit(status);
         }
-        int status = 0;
-        EXPECT_EQ(waitpid(child, &status, 0), child);
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        const std::optional<int> status = Support::waitFor(child);
+        EXPECT_TRUE(status) << "still runs after the time";
+        return status && WIFEXITED(*status) ? WEXITSTATUS(*status) : -1;
     }
 
     static std::string textOf(const std::string& file) {
@@ -86,7 +81,7 @@ protected:
     }
     std::string messages() const { return textOf(messageFile()); }
     std::ptrdiff_t files() const {
-        return std::distance(fs::directory_iterator(folder_), fs::directory_iterator());
+        return std::distance(fs::directory_iterator(folder_.path()), fs::directory_iterator());
     }
 
     // Every so many-th allocation fails. How many did; each as it must.
@@ -121,9 +116,9 @@ private:
     static void redirect(int standard, const char* path) {
         dup2(open(path, O_WRONLY | O_CREAT | O_TRUNC, S_IRUSR | S_IWUSR), standard);
     }
-    std::string messageFile() const { return folder_ + "/messages"; }
+    std::string messageFile() const { return folder_.at("messages"); }
 
-    std::string folder_;
+    Support::TemporaryFolder folder_;
 
 protected:
     Told* told_;

@@ -7,6 +7,7 @@
 #include "cli/Session.h"
 #include "report/Json.h"
 #include "report/Text.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <nlohmann/json.hpp>
 
@@ -16,14 +17,10 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <map>
 #include <sstream>
 #include <string>
 #include <vector>
-
-#include <unistd.h>
 
 namespace {
 
@@ -47,27 +44,6 @@ constexpr const char* smallSdf = R"((DELAYFILE (SDFVERSION "3.0") (DESIGN "top")
 
 // --- The run -----------------------------------------------------------------------------------------------
 
-// The files' folder, for as long as the program runs.
-class Folder {
-public:
-    Folder() : path_((std::filesystem::temp_directory_path() / "vorlen-fuzz.XXXXXX").string()) {
-        require(mkdtemp(path_.data()) != nullptr, "a folder for the files");
-    }
-    ~Folder() { std::filesystem::remove_all(path_); }
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-
-    const std::string& path() const { return path_; }
-    std::string write(const char* name, std::string_view text) const {
-        const std::string file = path_ + "/" + name;
-        std::ofstream(file, std::ios::binary | std::ios::trunc) << text;
-        return file;
-    }
-
-private:
-    std::string path_;
-};
-
 // Up to three files; what has no line "====" behind it goes to the end.
 std::array<std::string_view, 3> split(std::string_view bytes) {
     constexpr std::string_view between = "\n====\n";
@@ -80,7 +56,7 @@ std::array<std::string_view, 3> split(std::string_view bytes) {
     return parts;
 }
 
-Cli::Options optionsOf(const Folder& folder, std::string_view bytes) {
+Cli::Options optionsOf(const Support::TemporaryFolder& folder, std::string_view bytes) {
     const unsigned choice = bytes.empty() ? 0 : static_cast<unsigned char>(bytes.front());
     const auto [sdc, sdf, netlist] = split(bytes.empty() ? bytes : bytes.substr(1));
     Cli::Options options;
@@ -202,7 +178,7 @@ void checkPaths(const Report::Report& report, const Cli::Options& options) {
 }
 
 // The report as JSON, but for what the inputs' sums are; or the refusal.
-std::string outcome(const Cli::Options& options, const Folder& folder) {
+std::string outcome(const Cli::Options& options, const Support::TemporaryFolder& folder) {
     Cli::Session session;
     session.limits = limits;
     try {
@@ -217,7 +193,7 @@ std::string outcome(const Cli::Options& options, const Folder& folder) {
     } catch (const Base::BadInput& bad) {
         // Sums of delays are of no place.
         const Base::Diagnostic& said = bad.diagnostic();
-        require(said.place.file.starts_with(folder.path()) ||
+        require(said.place.file.starts_with(folder.path().string()) ||
                     said.text.starts_with("the delays of a path may"),
                 "a refusal names the file");
         return bad.what();
@@ -235,7 +211,8 @@ bool isOverLimit(const std::string& outcome) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const Folder folder;
+    // For as long as the program runs.
+    static const Support::TemporaryFolder folder;
     const Cli::Options options =
         optionsOf(folder, std::string_view(reinterpret_cast<const char*>(data), size));
     const std::string first = outcome(options, folder), second = outcome(options, folder);

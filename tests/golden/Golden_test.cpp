@@ -12,6 +12,8 @@
 // environment rewrites what must come of it, but for slacks.csv.
 #include "ProjectFiles.h"
 #include "tests/report/SchemaValidator.h"
+#include "tests/support/Process.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -78,28 +80,6 @@ std::vector<std::string> linesOf(const std::string& text) {
     return lines;
 }
 
-// A folder to run in; it goes with its object.
-class Folder {
-public:
-    Folder() : path_((fs::temp_directory_path() / "vorlen-golden.XXXXXX").string()) {
-        EXPECT_NE(mkdtemp(path_.data()), nullptr) << path_;
-    }
-    ~Folder() { fs::remove_all(path_); }
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-
-    fs::path path() const { return path_; }
-    std::set<std::string> names() const {
-        std::set<std::string> found;
-        for (const fs::directory_entry& entry : fs::directory_iterator(path_))
-            found.insert(entry.path().filename().string());
-        return found;
-    }
-
-private:
-    std::string path_;
-};
-
 struct Outcome {
     std::string output, errors;
     int status = -1;
@@ -107,7 +87,7 @@ struct Outcome {
 
 // Through a shell, so that a case can send its output elsewhere.
 Outcome run(const fs::path& folder, const std::string& args, const std::string& before = {}) {
-    const Folder streams;
+    const Support::TemporaryFolder streams;
     const std::string out = (streams.path() / "out").string(), err = (streams.path() / "err").string();
     const std::string command = "cd '" + folder.string() + "' && { " + before +
                                 "env -u NO_COLOR -u COLUMNS LC_ALL=C '" + VORLEN_COMMAND_FILE "' " + args +
@@ -195,7 +175,7 @@ protected:
 TEST_P(Golden, IsAsExpected) {
     const fs::path folder = cases / GetParam();
     EXPECT_TRUE(fs::exists(folder / "why")) << "expected a word on what must come of it";
-    const Folder work;
+    const Support::TemporaryFolder work;
     for (const fs::directory_entry& entry : fs::directory_iterator(folder))
         if (!aboutTheRun.contains(entry.path().filename().string()))
             fs::copy(entry.path(), work.path() / entry.path().filename(), fs::copy_options::recursive);
@@ -268,7 +248,7 @@ INSTANTIATE_TEST_SUITE_P(Designs, Examples,
 // --- The stages and their times ---
 
 TEST(Verbose, TellsHowLongEachStageTook) {
-    const Folder work;
+    const Support::TemporaryFolder work;
     fs::copy(cases / "common" / "pair.sdf", work.path());
     std::string stages;
     for (const std::string& line : linesOf(run(work.path(), "analyze --sdf pair.sdf --verbose").errors))
@@ -282,7 +262,7 @@ TEST(Verbose, TellsHowLongEachStageTook) {
 TEST(Output, ThatDoesNotFitLeavesTheOldFile) {
     if (countsLines)
         GTEST_SKIP() << "the limit would cut off the counters' files too";
-    const Folder work;
+    const Support::TemporaryFolder work;
     fs::copy(cases / "common" / "pair.sdf", work.path());
     write(work.path() / "report.json", "as it was");
     const Outcome outcome =
@@ -297,7 +277,7 @@ TEST(Output, ThatDoesNotFitLeavesTheOldFile) {
 
 #ifndef __SANITIZE_ADDRESS__ // which takes more address space than any limit leaves
 TEST(Script, WhoseValueOutgrowsTheMemoryLeavesTheOldFile) {
-    const Folder work;
+    const Support::TemporaryFolder work;
     fs::copy(cases / "common" / "pair.sdf", work.path());
     write(work.path() / "large.sdc", "set x a\nwhile 1 {\n  append x $x\n}\n");
     write(work.path() / "report.json", "as it was");
@@ -326,23 +306,24 @@ protected:
         ASSERT_GE(child_, 0);
         if (child_ == 0)
             become(args);
-        pipe_ = open(path.c_str(), O_WRONLY); // returns when the run opens it too
-        ASSERT_GE(pipe_, 0) << path;
+        pipe_ = Support::openForReader(path);
+        ASSERT_GE(pipe_, 0) << path << " is not opened by the run";
     }
     void feed(const std::string& text) {
         EXPECT_EQ(::write(pipe_, text.data(), text.size()), static_cast<ssize_t>(text.size()));
         close(pipe_);
         pipe_ = -1;
     }
-    // What waitpid() tells after a signal.
-    int end(int signal) const {
+    // The status as waitpid() reports it after a signal.
+    int end(int signal) {
         kill(child_, signal);
-        int status = 0;
-        EXPECT_EQ(waitpid(child_, &status, 0), child_);
-        return status;
+        const std::optional<int> status = Support::waitFor(child_);
+        EXPECT_TRUE(status) << "the run goes on";
+        child_ = -1;
+        return status.value_or(0);
     }
     // The exit status after a SIGINT, and how long it took.
-    int interrupt(std::chrono::milliseconds& took) const {
+    int interrupt(std::chrono::milliseconds& took) {
         const auto start = std::chrono::steady_clock::now();
         const int status = end(SIGINT);
         took =
@@ -352,9 +333,11 @@ protected:
     void TearDown() override {
         if (pipe_ >= 0)
             close(pipe_);
+        if (child_ > 0)
+            Support::waitFor(child_, {}); // a test that failed half-way left it running
     }
 
-    Folder folder_;
+    Support::TemporaryFolder folder_;
 
 private:
     [[noreturn]] void become(const std::vector<std::string>& args) const {

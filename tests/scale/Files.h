@@ -4,12 +4,9 @@
 #pragma once
 
 #include "cli/Session.h"
+#include "tests/support/TemporaryFolder.h"
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <map>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -19,14 +16,6 @@ constexpr long clockToOutput = 100, setup = 50, hold = 20;
 
 class Files {
 public:
-    Files() : folder_((std::filesystem::temp_directory_path() / "vorlen-scale.XXXXXX").string()) {
-        if (!mkdtemp(folder_.data()))
-            throw std::runtime_error("no folder " + folder_);
-    }
-    ~Files() { std::filesystem::remove_all(folder_); }
-    Files(const Files&) = delete;
-    Files& operator=(const Files&) = delete;
-
     void wire(const std::string& from, const std::string& to, long delay = 0) {
         ++arcs_;
         wires_ += "(INTERCONNECT " + from + " " + to + " (" + std::to_string(delay) + "))\n";
@@ -52,23 +41,18 @@ public:
     Cli::Options write() {
         Cli::Options options;
         options.sdf =
-            write("d.sdf", "(DELAYFILE (SDFVERSION \"3.0\") (DESIGN \"top\") (DIVIDER /) (TIMESCALE "
-                           "1ps)\n(CELL (CELLTYPE \"top\") (INSTANCE) (DELAY (ABSOLUTE\n" +
-                               wires_ + ")))\n" + cells_ + ")\n");
-        options.sdc = {write("d.sdc", constraints_)};
+            folder_.write("d.sdf", "(DELAYFILE (SDFVERSION \"3.0\") (DESIGN \"top\") (DIVIDER /) (TIMESCALE "
+                                   "1ps)\n(CELL (CELLTYPE \"top\") (INSTANCE) (DELAY (ABSOLUTE\n" +
+                                       wires_ + ")))\n" + cells_ + ")\n");
+        options.sdc = {folder_.write("d.sdc", constraints_)};
         wires_ = cells_ = constraints_ = {};
         return options;
     }
     std::size_t getArcCount() const { return arcs_; }
 
 private:
-    std::string write(const char* name, const std::string& text) const {
-        const std::string file = folder_ + "/" + name;
-        std::ofstream(file) << text;
-        return file;
-    }
-
-    std::string folder_, wires_, cells_, constraints_;
+    Support::TemporaryFolder folder_;
+    std::string wires_, cells_, constraints_;
     std::size_t arcs_ = 0;
 };
 
