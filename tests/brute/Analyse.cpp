@@ -60,7 +60,7 @@ private:
         return false;
     }
 
-    // --- The relation between the two edges ----------------------------------------------------------------
+    // --- The relation between the two edges ---
 
     bool related() const { return launch_->clock != none && capture_->clock != none; }
     const LiveClock& from() const { return clocks_.live[at(launch_->clock)]; }
@@ -96,7 +96,7 @@ private:
         return governing(design_, matching_, Kind::multicycle, true, [&](int e) { return setupShift(e); });
     }
 
-    // --- Uncertainty ---------------------------------------------------------------------------------------
+    // --- Uncertainty ---
 
     std::int64_t uncertainty(bool setup) const {
         std::int64_t value = 0;
@@ -113,7 +113,7 @@ private:
         return value;
     }
 
-    // --- The two sides -------------------------------------------------------------------------------------
+    // --- The two sides ---
 
     bool isFalse(bool setup) const {
         return governing(design_, matching_, Kind::falsePath, setup, [](int) { return 0; }) != none;

@@ -30,7 +30,7 @@ struct Bench {
         addClock("b", periodB, {"clkB"});
     }
 
-    // --- Building ------------------------------------------------------------------------------------------
+    // --- Building ---
 
     int port(const std::string& name, Direction direction) {
         d.pins.push_back({name, none, direction, none});
@@ -104,7 +104,7 @@ struct Bench {
         return *std::ranges::find_if(d.checks, [&](const Check& x) { return x.data == at(data); });
     }
 
-    // --- Naming --------------------------------------------------------------------------------------------
+    // --- Naming ---
 
     int at(const std::string& name) const {
         for (int i = 0; i < count(d.pins); ++i)
@@ -125,7 +125,7 @@ struct Bench {
     }
     static Object clock(int index) { return {Object::Kind::clock, index}; }
 
-    // --- Answers -------------------------------------------------------------------------------------------
+    // --- Answers ---
 
     std::optional<std::int64_t> setup(const std::string& end) const { return slack(end, &EndResult::setup); }
     std::optional<std::int64_t> hold(const std::string& end) const { return slack(end, &EndResult::hold); }

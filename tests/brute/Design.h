@@ -21,7 +21,7 @@ struct Triple {
 };
 using Values = std::vector<Triple>; // one for both edges, or the rising and the falling one
 
-// --- The netlist and its delays ----------------------------------------------------------------------------
+// --- The netlist and its delays ---
 
 enum class Direction { input, output, inout };
 
@@ -56,7 +56,7 @@ struct Check {
     std::optional<Triple> setup, hold;
 };
 
-// --- Constraints -------------------------------------------------------------------------------------------
+// --- Constraints ---
 
 struct Generated {
     enum class Kind { divide, multiply, edges };

@@ -116,7 +116,7 @@ TEST(Exceptions, ClocksNameTheirPortsToo) {
     EXPECT_EQ(bench.setup("r1/D"), 9000);
 }
 
-// --- Maximum and minimum delays ----------------------------------------------------------------------------
+// --- Maximum and minimum delays ---
 
 TEST(Delays, BetweenRegisters) {
     Bench bench(10000, 15000);
@@ -182,7 +182,7 @@ TEST(Delays, AtPortsWithoutAClock) {
     EXPECT_EQ(bench.setup("r0/D"), untimed);
 }
 
-// --- Precedence --------------------------------------------------------------------------------------------
+// --- Precedence ---
 
 TEST(Precedence, TypeBeatsSpecificity) {
     Bench bench;

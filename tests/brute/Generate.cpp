@@ -55,7 +55,7 @@ public:
     }
 
 private:
-    // --- Clocks --------------------------------------------------------------------------------------------
+    // --- Clocks ---
 
     bool full() const { return living_ >= shape_.maximumClocks; }
     static bool isEven(const LiveClock& clock) { return 2 * (clock.fall - clock.rise) == clock.period; }
@@ -227,7 +227,7 @@ private:
         return true;
     }
 
-    // --- Latencies -----------------------------------------------------------------------------------------
+    // --- Latencies ---
 
     // Which clocks must be ideal together: those that meet at a pin, and those generated from an ideal one.
     std::vector<bool> chooseIdeal(const Clocks& clocks) {
@@ -292,7 +292,7 @@ private:
         d_.latencies.push_back({Latency::Kind::source, clock, true, early + random_.between(0, 10) * 100});
     }
 
-    // --- Between clocks ------------------------------------------------------------------------------------
+    // --- Between clocks ---
 
     std::vector<int> liveClocks() const {
         std::vector<int> result;
@@ -349,7 +349,7 @@ private:
         }
     }
 
-    // --- Ports ---------------------------------------------------------------------------------------------
+    // --- Ports ---
 
     PortDelay portDelay(bool input, int port, int clock) {
         PortDelay delay;
@@ -429,7 +429,7 @@ private:
             portDelays(false, port);
     }
 
-    // --- The rest ------------------------------------------------------------------------------------------
+    // --- The rest ---
 
     void disables() {
         if (!s_.gates.empty() && random_.chance(20)) {

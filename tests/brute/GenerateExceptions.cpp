@@ -46,7 +46,7 @@ private:
         return random_.chance(50);
     }
 
-    // --- Objects -------------------------------------------------------------------------------------------
+    // --- Objects ---
 
     Object clock() { return {Object::Kind::clock, random_.of(clocks_.live).index}; }
 
@@ -166,7 +166,7 @@ private:
         }
     }
 
-    // --- Exceptions ----------------------------------------------------------------------------------------
+    // --- Exceptions ---
 
     Kind drawKind() {
         static constexpr std::array all{Kind::falsePath, Kind::multicycle, Kind::maximumDelay,

@@ -25,7 +25,7 @@ public:
     }
 
 private:
-    // --- Parts ---------------------------------------------------------------------------------------------
+    // --- Parts ---
 
     int port(const std::string& name, Direction direction) {
         design().pins.push_back({name, none, direction, none});
@@ -116,7 +116,7 @@ private:
 
     bool wantsPad() { return shape_.pads && random_.chance(25); }
 
-    // --- The clock networks --------------------------------------------------------------------------------
+    // --- The clock networks ---
 
     void clockNetworks() {
         spread_ = random_.chance(70);
@@ -213,7 +213,7 @@ private:
             taps_.push_back(divider.output);
     }
 
-    // --- Data ----------------------------------------------------------------------------------------------
+    // --- Data ---
 
     void dataPorts() {
         const bool vector = random_.chance(30);

@@ -104,7 +104,7 @@ TEST(Generate, SingleExceptionsNameAPathOnceOrAsAPair) {
     }
 }
 
-// --- Everything comes up -----------------------------------------------------------------------------------
+// --- Everything comes up ---
 
 struct Seen {
     const Design& d;

@@ -194,7 +194,7 @@ TEST(Groups, CutBothWaysBetweenThem) {
     }
 }
 
-// --- Ports -------------------------------------------------------------------------------------------------
+// --- Ports ---
 
 TEST(InputDelay, Forms) {
     const auto timed = [](auto change) {
@@ -260,7 +260,7 @@ TEST(OutputDelay, Forms) {
     EXPECT_EQ(bench.hold("out"), 200 + 40 - 90);
 }
 
-// --- Clocks ------------------------------------------------------------------------------------------------
+// --- Clocks ---
 
 Generated divide(int factor, bool invert = false) {
     Generated g;

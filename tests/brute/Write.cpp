@@ -14,7 +14,7 @@ std::size_t at(int index) { return static_cast<std::size_t>(index); }
 
 bool isPlain(char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; }
 
-// --- SDF ---------------------------------------------------------------------------------------------------
+// --- SDF ---
 
 std::string escaped(const std::string& name) {
     std::string text;
@@ -78,7 +78,7 @@ void writeCell(std::ostringstream& out, const Design& d, int index) {
     out << "  )\n";
 }
 
-// --- SDC ---------------------------------------------------------------------------------------------------
+// --- SDC ---
 
 class SdcWriter {
 public:
@@ -267,7 +267,7 @@ private:
     std::ostringstream out_;
 };
 
-// --- Netlists ----------------------------------------------------------------------------------------------
+// --- Netlists ---
 
 // Bits of a vector port by its name: "in[3]" is bit 3 of "in".
 struct Vector {

@@ -42,7 +42,7 @@ constexpr const char* smallSdf = R"((DELAYFILE (SDFVERSION "3.0") (DESIGN "top")
 )
 )";
 
-// --- The run -----------------------------------------------------------------------------------------------
+// --- The run ---
 
 // Up to three files; what has no line "====" behind it goes to the end.
 std::array<std::string_view, 3> split(std::string_view bytes) {
@@ -86,7 +86,7 @@ constexpr Readers::Sdc::Limits limits{.time = std::chrono::milliseconds(200),
                                           std::abort();
                                       }};
 
-// --- What must hold ----------------------------------------------------------------------------------------
+// --- What must hold ---
 
 struct Sums {
     std::uint64_t endpoints = 0, failing = 0;

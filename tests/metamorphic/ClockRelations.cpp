@@ -19,7 +19,7 @@ using Brute::PortDelay;
 
 std::size_t at(int index) { return static_cast<std::size_t>(index); }
 
-// --- Waveforms ------------------------------------------------------------------------------------------------------
+// --- Waveforms ---
 
 bool largerPeriod(Case& c) {
     c.amount = c.random.between(1, 9000);
@@ -88,7 +88,7 @@ void tenthOfTheUnits(Files& files, Brute::Random&) {
     files.sdc.front().insert(0, "set_units -time 100ps\n");
 }
 
-// --- Where a clock begins -------------------------------------------------------------------------------------------
+// --- Where a clock begins ---
 
 Brute::Shape withoutPads() {
     Brute::Shape shape;
@@ -178,7 +178,7 @@ bool renamedClocks(Case& c) {
     return true;
 }
 
-// --- Latency and uncertainty ----------------------------------------------------------------------------------------
+// --- Latency and uncertainty ---
 
 bool withoutIncludedLatency(Case& c) {
     for (PortDelay& delay : c.design.portDelays)
@@ -239,7 +239,7 @@ bool uncertaintiesAsPairs(Case& c) {
     return true;
 }
 
-// --- Port delays ----------------------------------------------------------------------------------------------------
+// --- Port delays ---
 
 bool portDelaySidesApart(Case& c) {
     std::vector<PortDelay> all;

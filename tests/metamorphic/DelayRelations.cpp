@@ -18,7 +18,7 @@ bool withMinmax(Case& c) {
     return true;
 }
 
-// --- More gates -----------------------------------------------------------------------------------------------------
+// --- More gates ---
 
 bool gatesWithoutDelay(Case& c) {
     const std::vector<int> list = wires(c.design);
@@ -82,7 +82,7 @@ bool parallelWay(Case& c, bool slower) {
     return true;
 }
 
-// --- Other delays ---------------------------------------------------------------------------------------------------
+// --- Other delays ---
 
 bool widerDelays(Case& c) {
     for (Arc& arc : c.design.arcs)

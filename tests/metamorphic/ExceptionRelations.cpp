@@ -20,7 +20,7 @@ std::size_t at(int index) { return static_cast<std::size_t>(index); }
 
 Object clockObject(int clock) { return {Object::Kind::clock, clock}; }
 
-// --- Said in another way --------------------------------------------------------------------------------------------
+// --- Said in another way ---
 
 // Each exception by those that the function makes of it, in its place. False: none changed.
 bool eachBy(Case& c, const std::function<std::vector<Exception>(const Exception&)>& with) {
@@ -116,7 +116,7 @@ bool groupsAsFalsePaths(Case& c) {
     return true;
 }
 
-// --- Over nothing ---------------------------------------------------------------------------------------------------
+// --- Over nothing ---
 
 // From a register to one that no path of it leads to.
 bool overNothing(Case& c) {
@@ -168,7 +168,7 @@ bool multicycleThatIsOne(Case& c, bool setup) {
     return true;
 }
 
-// --- A known effect -------------------------------------------------------------------------------------------------
+// --- A known effect ---
 
 bool falsePathToAnEnd(Case& c) {
     std::vector<int> ends;

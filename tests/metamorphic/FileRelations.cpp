@@ -13,7 +13,7 @@ namespace {
 using Brute::Random;
 using Triple = std::array<int, 3>;
 
-// --- Order ----------------------------------------------------------------------------------------------------------
+// --- Order ---
 
 void cellsInAnotherOrder(Files& files, Random& random) {
     std::vector<std::string> head, cells;
@@ -42,7 +42,7 @@ void entriesInAnotherOrder(Files& files, Random& random) {
     files.sdf = joined(all);
 }
 
-// --- The shape of the file ------------------------------------------------------------------------------------------
+// --- The shape of the file ---
 
 // After any entry the cell may end and begin again.
 void severalCellsForAnInstance(Files& files, Random& random) {
@@ -160,7 +160,7 @@ void dividerDot(Files& files, Random& random) {
         });
 }
 
-// --- Values ---------------------------------------------------------------------------------------------------------
+// --- Values ---
 
 std::size_t used(Cli::Delays delays) {
     return delays == Cli::Delays::min ? 0 : delays == Cli::Delays::typ ? 1 : 2;
@@ -223,7 +223,7 @@ void longerLists(Files& files, Random& random) {
     });
 }
 
-// --- Entries --------------------------------------------------------------------------------------------------------
+// --- Entries ---
 
 // A part of each delay is absolute, the rest is added to it.
 void incrementAfterAbsolute(Files& files, Random& random) {
@@ -327,7 +327,7 @@ bool noVectorOfOneBit(Case& c) {
     return !first || second;
 }
 
-// --- Conditions -----------------------------------------------------------------------------------------------------
+// --- Conditions ---
 
 // The earliest and the latest under conditions, together the arc's own; one of them, or neither, is the plain
 // entry.
@@ -368,7 +368,7 @@ void conditionsAndPlain(Files& files, Random& random) {
     });
 }
 
-// --- Options --------------------------------------------------------------------------------------------------------
+// --- Options ---
 
 bool otherReport(Case& c) {
     c.options.setupPaths = c.random.chance(60);

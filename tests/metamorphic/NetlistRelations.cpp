@@ -111,7 +111,7 @@ void verilogWithAttributes(Files& files, Random& random) {
     files.netlist = text;
 }
 
-// --- Names ----------------------------------------------------------------------------------------------------------
+// --- Names ---
 
 bool renamedCells(Case& c) {
     const std::vector<std::string> forms{"u.#",      "$auto$x.cc:12:run$#", "x#[3]", "a-#", "_#_", "gen:#",
@@ -150,7 +150,7 @@ bool partInModules(Case& c) {
     return !c.names.empty();
 }
 
-// --- Additions ------------------------------------------------------------------------------------------------------
+// --- Additions ---
 
 bool unrelatedDomain(Case& c) {
     Builder build(c.design);

@@ -30,7 +30,7 @@ struct Relation {
     Judge holds;
 };
 
-// --- Judges ---------------------------------------------------------------------------------------------------------
+// --- Judges ---
 
 // The whole report, but for what it says of the inputs' bytes and for keys of these names, at any depth.
 Judge same(std::vector<std::string> apartFrom = {});
@@ -52,7 +52,7 @@ Judge onlyEndGone();
 // The end points of before have their slacks; there may be others.
 Judge othersAdded();
 
-// --- The tables, by what is changed ---------------------------------------------------------------------------------
+// --- The tables, by what is changed ---
 
 std::vector<Relation> fileRelations();
 std::vector<Relation> netlistRelations();
