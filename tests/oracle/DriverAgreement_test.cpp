@@ -45,7 +45,7 @@ std::string stateOfCounts(const Counts& counts) {
     return text;
 }
 
-// Runs one phase after another on either tool, and writes down what each leaves behind.
+// Runs one phase after another on either tool, and records what each phase leaves behind.
 template <class Tool>
 class PhaseRecorder {
 public:
@@ -118,7 +118,7 @@ std::string runPhases(RandomDesign& design, Tool& tool) {
     return recorder.take();
 }
 
-// Creates the domains, then updates them after a change, then once more after nothing.
+// Creates the domains, updates them after a change, and updates them once more without a change.
 template <class Tool>
 std::string launchDomainsOnly(RandomDesign& design, Tool& tool) {
     PhaseRecorder<Tool> recorder(tool);
@@ -157,7 +157,7 @@ TEST(DriverAgreement, DomainsOnlyLaunchesOnRandomDesigns) {
         [&run](RandomDesign& design) { return withReference(design, run); });
 }
 
-// Weights alone need no path search, so the designs may be as entangled as they like: many paths make many
+// The weights need no path search, so these designs may have any number of paths: many paths make many
 // classes.
 TEST(DriverAgreement, WeightsOnDenseDesigns) {
     const auto run = [](RandomDesign& design, auto& tool) {
@@ -174,7 +174,7 @@ TEST(DriverAgreement, WeightsOnDenseDesigns) {
         [&run](RandomDesign& design) { return withReference(design, run); });
 }
 
-// A launch that is stopped after the domains leaves what one with the domains-only switch leaves.
+// A launch that is stopped after the domains leaves the same as a launch with the domains-only switch.
 TEST(DriverAgreement, StoppedReferenceIsADomainsOnlyLaunch) {
     for (unsigned long seed = 1; seed <= 500; ++seed) {
         std::string texts[2];
@@ -192,8 +192,8 @@ TEST(DriverAgreement, StoppedReferenceIsADomainsOnlyLaunch) {
     }
 }
 
-// What the comparison is worth depends on what the designs hold. Each text is in the reference's report of at
-// least this many in a thousand designs.
+// The comparison proves something only if the designs hold every feature. Each text is in the reference's
+// report of at least this many in a thousand designs.
 TEST(DriverAgreement, RandomDesignsShowEveryFeature) {
     struct Row {
         const char* text;

@@ -1,5 +1,6 @@
-// Whole launches against the reference, on random designs with everything on: what they leave in the database
-// and say on the console, and every map of every pole in every sweep at the moment when the sweep ends.
+// Whole launches against the reference, on random designs with every feature on: what they leave in the
+// database and print on the console, and every map of every pole in every sweep at the moment when the sweep
+// is destroyed.
 #include "Launches.h"
 
 #include <gtest/gtest.h>
@@ -17,8 +18,8 @@ TEST(LaunchAgreement, TwoLaunchesOnRandomDesigns) {
     compareOnDesigns(designCount, Knobs(), launchLibrary, launchReference);
 }
 
-// Without the switches that end runs early or leave phases out, and on small designs, so that every result is
-// compared often.
+// Without the switches that stop runs early or leave phases out, and on small designs, so that every result
+// is compared often.
 TEST(LaunchAgreement, SmallDesignsThatKeepTheContract) {
     Knobs knobs;
     knobs.poles = 14;
@@ -28,8 +29,8 @@ TEST(LaunchAgreement, SmallDesignsThatKeepTheContract) {
     compareOnDesigns(designCount, knobs, launchLibrary, launchReference);
 }
 
-// What the comparison is worth depends on what the designs hold. Each text is in the reference's report of at
-// least this many in a thousand designs.
+// The comparison proves something only if the designs hold every feature. Each text is in the reference's
+// report of at least this many in a thousand designs.
 TEST(LaunchAgreement, RandomDesignsShowEveryFeature) {
     struct Row {
         const char* text;

@@ -14,7 +14,7 @@ namespace oracle {
 
 namespace {
 
-// Sweeps hold these at their end, each a line a pole.
+// What a sweep holds when it is destroyed: a title, then one line per map of a pole.
 std::string titleOf(const Pelko::Subdomain* subdomain) { return "sweep of " + subdomain->getName() + "\n"; }
 
 std::string mapsOf(const Vorlen::Sweep& sweep, const Pelko::Subdomain* subdomain) {
@@ -49,7 +49,7 @@ std::string mapsOf(const ReferenceSweep& sweep) {
     return text;
 }
 
-// Hears of the library's sweeps as they end.
+// Records the library's sweeps as they are destroyed.
 class SweepListener final : public Pelko::ObjectListener {
 public:
     explicit SweepListener(std::vector<std::string>& sweeps) : sweeps_(sweeps) {
@@ -66,7 +66,8 @@ private:
     std::vector<std::string>& sweeps_;
 };
 
-// Two launches with a change between them. `launch` is told where to put what it sees of the sweeps.
+// Two launches with a change between them. `launch` gets the list to which it appends what it sees of the
+// sweeps.
 template <class Launch>
 std::string launchTwice(RandomDesign& design, Launch launch) {
     ConsoleRecorder console;
@@ -78,7 +79,7 @@ std::string launchTwice(RandomDesign& design, Launch launch) {
         const bool completed = launch(sweeps);
         text += completed ? "== completed\n" : "== aborted\n";
         text += console.take();
-        // The sweeps that an exception leaves behind end in no particular order.
+        // The sweeps that an exception leaves behind are destroyed in no particular order.
         if (!completed)
             std::sort(sweeps.begin(), sweeps.end());
         for (const std::string& sweep : sweeps)

@@ -75,7 +75,7 @@ void MeaningDesign::makeClocks() {
         }
         sources_.push_back(source);
         clockPoles_.push_back(source);
-        if (chance(30)) { // its tree hangs on one trunk, and data may use the source
+        if (chance(30)) { // one trunk feeds its whole tree, and data may use the source
             clockPoles_.back() = Pole::create(cell, name("trunk"));
             arc(source, clockPoles_.back());
             tapped_.push_back(source);
@@ -124,7 +124,7 @@ void MeaningDesign::makeRegisters() {
 
 // --- Ports and logic ---
 
-// A bound is sometimes not given; the clock sometimes neither. An input's edge may be left open too.
+// Sometimes without one of the bounds; sometimes without a clock. An input may have no edge either.
 IOConstraint MeaningDesign::makeConstraint(bool input) {
     Pole* root = chance(90) ? pick(sources_) : nullptr;
     const ClockMode::Code mode = input && chance(10) ? ClockMode::None
@@ -189,7 +189,7 @@ void MeaningDesign::makeOutputs() {
     }
 }
 
-// End points are dealt out, so that no path is under two exceptions.
+// Each end point belongs to at most one exception, so that no path is under two exceptions.
 void MeaningDesign::makeExceptions() {
     std::vector<CPath::Objects> objects(static_cast<std::size_t>(draw(1, 4)));
     for (Pole* end : ends_)
@@ -225,8 +225,8 @@ EdgePair MeaningDesign::clocksOf(const Subdomain* subdomain) {
 }
 
 // The differences between the edges of two clocks are all those that are equal modulo the greatest common
-// divisor of the periods: the smallest positive one is the setup relation, and it lies one divisor after the
-// latest earlier capture. A hold relation is the negated time of that capture.
+// divisor of the periods. The smallest positive one is the setup relation. The latest earlier capture is one
+// divisor before that, and the hold relation is its negated time.
 void MeaningDesign::onCreated(Pelko::Object* object) {
     auto* subdomain = dynamic_cast<Subdomain*>(object);
     if (!subdomain)

@@ -1,18 +1,18 @@
-// Whether slacks and reported paths mean what they say: random designs, where every path is enumerated and
-// timed by itself, against what a whole launch leaves in the database. VORLEN_SEED and VORLEN_DESIGNS choose
-// the designs; a failure names the seed.
+// Compares what a whole launch leaves in the database with the meaning of slacks and paths, on random
+// designs: every path is enumerated and timed separately. VORLEN_SEED and VORLEN_DESIGNS choose the designs;
+// a failure names the seed.
 //
 // Compared:
-// - subdomains: the pairs of clock edges that a path lies between;
+// - subdomains: the pairs of clock edges that have a path between them;
 // - the latest and the shortest arrival of each subdomain (without exceptions);
-// - the slack of every arc: the worst setup slack of all paths through it, those under a minimum delay left
-//   out, since that is none of setup's;
+// - the slack of every arc: the worst setup slack of all paths through it, without those under a minimum
+//   delay, which is a hold demand only;
 // - the reported paths of each subdomain: the worst ones, as many as asked for and no worse than asked for,
 //   each with its own slack and exception;
-// - port slacks: the worst of all paths from or to the port, where the port's side has a clock;
-// - the slacks of exceptions: the worst of all paths under each, where the search keeps all.
+// - port slacks: the worst of all paths from or to the port, if the port's side has a clock;
+// - the slacks of exceptions: the worst of all paths under each, if the search keeps all of them.
 //
-// Where exceptions name a gate to pass, an arc that goes round the gate is timed with and without the
+// If an exception has a gate as a through point, an arc that bypasses the gate is timed with and without the
 // exception: slacks of arcs and ports are then no better than the worst path's.
 #include "MeaningDesign.h"
 #include "ReferenceTool.h"
@@ -39,7 +39,7 @@ std::uint64_t numberFrom(const char* variable, std::uint64_t otherwise) {
     return text && *text ? std::strtoull(text, nullptr, 10) : otherwise;
 }
 
-// What was really compared, so that the test does not pass for want of cases.
+// How much was really compared: the test must not pass because there was nothing to compare.
 struct Counts {
     unsigned long subdomains = 0, arcs = 0, longest = 0, shortest = 0, excepted = 0, falsePaths = 0,
                   ports = 0;
@@ -62,7 +62,7 @@ std::string textOf(const std::vector<Edge*>& edges) {
     return text;
 }
 
-// One design after its launch, against its enumerated paths. Disagreements are collected as text.
+// Compares one design after its launch with its enumerated paths. Collects disagreements as text.
 class Comparison {
 public:
     Comparison(const MeaningDesign& design, Counts& counts)
@@ -85,7 +85,7 @@ private:
         if (expected != found)
             disagree(what + ": " + textOf(found) + " instead of " + textOf(expected));
     }
-    // Of arcs and ports.
+    // Compares the worst slack of an arc or of a port.
     void expectWorst(const Time& expected, const Time& found, const std::string& what) {
         if (!design_.hasBridges() || !expected || !found || *found > *expected)
             expect(expected, found, what);
@@ -94,7 +94,7 @@ private:
     }
     void disagree(const std::string& text) { disagreements_ += text + "\n"; }
 
-    // Whether the arc slack counts the path.
+    // Whether the slack of an arc counts the path.
     static bool isTagged(const EnumeratedPath& path) {
         const auto* delay = dynamic_cast<Pelko::DPath*>(path.exception);
         return !delay || delay->isMaximum();
@@ -198,7 +198,8 @@ private:
             }
     }
 
-    // A port that no clocked path uses has no slack; one whose paths have none keeps the maximum special.
+    // A port that no clocked path uses has no slack. A port whose paths have no slack keeps the maximum
+    // special.
     void comparePorts() {
         struct Slacks {
             bool used = false;

@@ -1,4 +1,4 @@
-// See PathEnumerator.h. Times are wide integers: nothing saturates.
+// See PathEnumerator.h. Times are 64-bit integers, so nothing saturates.
 #include "PathEnumerator.h"
 
 #include <algorithm>
@@ -79,7 +79,7 @@ PathEnumerator::PathEnumerator(DemandOf demandOf) : demandOf_(std::move(demandOf
     relateToSlowest();
 }
 
-// One call a chain of arcs: every way from the root to a clock pole widens what is known of its arrival.
+// One call per chain of arcs: every way from the root to a clock pole widens the known range of its arrival.
 void PathEnumerator::walkClock(Pole* root, Pole* pole, const Interval& arrival) {
     for (Edge* edge : pole->getOutgoingEdges()) {
         if (!edge->isActive())

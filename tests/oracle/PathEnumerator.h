@@ -1,16 +1,16 @@
-// Every timed path of a design, one by one: from every start point, along every chain of active arcs, to
-// every end point, for every pair of clock edges that launch and capture there; with the slacks that follow
-// from the meaning of a path.
+// Lists every timed path of a design: from every start point, along every chain of active arcs, to every end
+// point, for every pair of clock edges that launch and capture there; with the slacks that follow from the
+// meaning of a path.
 //
 //   data, late     launch clock late (or the port's external delay) + maximum delays + setup value
 //   data, early    launch clock early (or the port's external delay) + minimum delays - hold value
 //   setup slack    demanded separation + capture clock early - external delay - data, late
 //   hold slack     data, early - (demanded hold point + capture clock late - external delay)
 //
-// It knows nothing of timing maps, classes on arcs, subdomains or pruning. It costs a step for every arc of
-// every path, and is meant for small designs without loops in which at most one exception holds for a path,
-// and exceptions open at start points and close at end points. Clocks do not pass registers, ports or other
-// clock sources.
+// It has no timing maps, no classes on arcs, no subdomains and no pruning. It costs one step per arc of each
+// path. It is meant for small designs without loops, in which at most one exception holds for a path, and
+// exceptions open at start points and close at end points. Clocks do not pass registers, ports or other clock
+// sources.
 #pragma once
 
 #include "Pelko/Model.h"
@@ -23,10 +23,10 @@
 
 namespace oracle {
 
-// A time; nothing where it is not known, or not demanded.
+// A time; no value if it is not known or not demanded.
 using Time = std::optional<std::int64_t>;
 
-// Which clock edge launches, and which captures. Null: a port side without a clock.
+// The clock edge that launches and the one that captures. Null for a port side without a clock.
 struct EdgePair {
     Pelko::Pole* launchRoot = nullptr;
     Pelko::ClockMode::Code launchMode = Pelko::ClockMode::None;
@@ -36,21 +36,21 @@ struct EdgePair {
     bool operator<(const EdgePair& other) const;
 };
 
-// Relative to the launching edge: when data must be there, and from when on it may change.
+// Relative to the launching edge: when data must have arrived, and from when on it may change.
 struct Demand {
     Time setup;
     Time hold;
 };
 
-// The nearest edges of two clocks that have a waveform, looked for one by one over the time after which both
-// repeat: the smallest time from a launching edge to the next capturing one, and where the capturing edge
-// before that lies at the latest.
+// The nearest edges of two clocks that have a waveform. All edges are compared over the time after which both
+// clocks repeat: the result holds the smallest time from a launching edge to the next capturing one, and the
+// latest time of the capturing edge before that.
 Demand demandOfWaveforms(const EdgePair& edges);
 
 struct EnumeratedPath {
     EdgePair clocks;
     std::vector<Pelko::Edge*> edges;
-    // The exception that holds for the path, or null. A false path has no slack.
+    // The exception that holds for the path, or null. The path has no slack if that is a false path.
     Pelko::CPath* exception = nullptr;
     // The data's arrival, relative to the capturing clock's.
     Time late;
@@ -65,15 +65,15 @@ class PathEnumerator {
 public:
     using DemandOf = std::function<Demand(const EdgePair&)>;
 
-    // Enumerates the paths of Pelko::cell under the constraints of Pelko::analyzer. Where no setup is
-    // demanded between two edges, their slowest path counts as just in time.
+    // Enumerates the paths of Pelko::cell under the constraints of Pelko::analyzer. If no setup is demanded
+    // between two edges, their slowest path has a slack of zero.
     explicit PathEnumerator(DemandOf demandOf);
 
     const std::vector<EnumeratedPath>& getPaths() const { return paths_; }
 
 private:
-    // One clock edge at a start or an end point: its root, its mode, when it comes, and what happens outside
-    // the design.
+    // One clock edge at a start or an end point: its root, its mode, its time, and the delay outside the
+    // design.
     struct Event {
         Pelko::Pole* root = nullptr;
         Pelko::ClockMode::Code mode = Pelko::ClockMode::None;
@@ -96,8 +96,8 @@ private:
     void relateToSlowest();
 
     DemandOf demandOf_;
-    std::map<Pelko::Pole*, Roots, Pelko::Object::StampLess> clocks_; // at the clock poles
-    std::vector<Pelko::Edge*> chain_;                                // of the walk
+    std::map<Pelko::Pole*, Roots, Pelko::Object::StampLess> clocks_; // by clock pole
+    std::vector<Pelko::Edge*> chain_;                                // the arcs of the current walk
     std::vector<EnumeratedPath> paths_;
 };
 

@@ -34,9 +34,9 @@ bool isEnd(Kind kind) { return kind == Check || kind == Output; }
 
 struct PlannedPole {
     Kind kind;
-    int position; // in the flow
+    int position; // in the order of the flow
     Pelko::Pin* pin = nullptr;
-    Pole* pole = nullptr; // once made
+    Pole* pole = nullptr; // null until it is made
 };
 
 struct PlannedArc {
@@ -44,11 +44,12 @@ struct PlannedArc {
     unsigned to;
 };
 
-// How likely each kind is, by the style of a design: synchronous, clock network, combinational, anything.
+// How likely each kind of pole is. A row per style of design: synchronous, clock network, combinational,
+// anything.
 constexpr std::array<std::array<unsigned, 7>, 4> styles{
     {{2, 3, 3, 6, 10, 6, 3}, {3, 1, 8, 7, 4, 4, 1}, {1, 4, 1, 1, 12, 1, 4}, {1, 1, 1, 1, 1, 1, 1}}};
 
-// Counts the steps of a search of all simple paths, up to a bound.
+// Counts the steps of a search of all simple paths, and stops at a bound.
 class StepCounter {
 public:
     StepCounter(std::size_t poles, const std::vector<PlannedArc>& arcs, unsigned bound)
@@ -152,7 +153,7 @@ void GraphBuilder::planPoles() {
     }
 }
 
-// A PLL has a feedback pin, and waveform generators on its oscillator's net; now and then something is
+// A PLL has a feedback pin, and waveform generators on its oscillator's net. Occasionally one of them is
 // missing.
 void GraphBuilder::planPll(const std::string& number) {
     auto* pll = Pelko::PLL::create(module(), "pll" + number);
@@ -198,7 +199,7 @@ bool GraphBuilder::isLikely(Kind from, Kind to) const {
     return isStart(to) || from == Register || from == Input || from == Logic;
 }
 
-// A pole earlier in the flow, of a likely kind; -1 where none was found.
+// A random pole of a likely kind earlier in the flow; -1 if none was found.
 int GraphBuilder::drawSource(unsigned target) {
     for (int attempt = 0; attempt < 6; ++attempt) {
         const unsigned source = dice_.below(target);
@@ -231,7 +232,7 @@ void GraphBuilder::planArcs() {
     }
 }
 
-// A pole that this one reaches; an arc from there back closes a loop.
+// A pole that this one reaches. An arc from there back closes a loop.
 unsigned GraphBuilder::walkForward(unsigned pole) {
     for (unsigned left = 1 + dice_.below(5); left > 0; --left) {
         std::vector<unsigned> targets;
@@ -245,7 +246,7 @@ unsigned GraphBuilder::walkForward(unsigned pole) {
     return pole;
 }
 
-// Every second loop in logic, where there is any.
+// Every second loop is in logic, if there is logic.
 void GraphBuilder::planLoops() {
     for (unsigned left = 1 + dice_.below(4); left > 0; --left)
         for (int attempt = 0; attempt < 12; ++attempt) {
@@ -273,7 +274,7 @@ void GraphBuilder::pruneArcs() {
 
 // --- The poles ---
 
-// A check needs its clock pole; without one it becomes an output port.
+// A check needs its clock pole. If it has none, it becomes an output port.
 void GraphBuilder::makePoles() {
     std::vector<unsigned> registers;
     std::vector<unsigned> order;

@@ -1,8 +1,8 @@
 // A small random design on a fresh model: the same for the same seed, on every platform and in every build.
 //
-// A design has 1 to 40 poles: ports, clock sources, a clock network, registers with checks, logic, PLLs, with
-// clocks, port constraints, exceptions, clock groups and settings, all drawn by chance. Most designs keep the
-// host's contract; a small share breaks it, so that errors are compared as well. Knobs switch features off.
+// A design has 1 to 40 poles: ports, clock sources, a clock network, registers with checks, logic, PLLs; and
+// clocks, port constraints, exceptions, clock groups and settings, all drawn at random. Most designs keep the
+// host's contract. A small share breaks it, so that errors are compared as well. Knobs switch features off.
 //
 // The number of simple paths is bounded while the design is drawn: arcs are left out until a search of every
 // path from every possible start takes a few hundred steps at most.
@@ -18,10 +18,10 @@
 namespace oracle {
 
 struct Knobs {
-    unsigned poles = 40;        // at most, PLLs and their generators apart
+    unsigned poles = 40;        // at most; PLLs and their generators are not counted
     unsigned searchSteps = 600; // at most, over all starts
     bool loops = true;
-    bool shuffledPoles = true; // poles made in an order that is not that of the flow
+    bool shuffledPoles = true; // poles are made in random order, not in the order of the flow
     bool inactiveArcs = true;
     bool generatedClocks = true; // data that clocks registers, clock sources inside the clock network
     bool plls = true;
@@ -30,15 +30,16 @@ struct Knobs {
     bool exceptions = true;
     bool bridges = true;
     bool adjusters = true; // exceptions with slack adjustments of their own, undefined ones too
-    bool throwing = true;  // adjusters that throw, once in a while
+    bool throwing = true;  // adjusters that throw occasionally
     bool clockGroups = true;
     bool specials = true;       // delays that are zero, negative, huge or special
-    bool earlierResults = true; // marks, slacks and weights that are there before the first run
+    bool earlierResults = true; // marks, slacks and weights that exist before the first run
     bool domainsOnly = true;
     bool brokenContract = true;
 };
 
-// A random sequence that depends on nothing but its seed; or on bytes, one a number as long as there are any.
+// A random sequence that depends only on its seed. If constructed from bytes, it uses one byte per number as
+// long as there are any.
 class Dice {
 public:
     explicit Dice(std::uint64_t seed) : state_(seed * 0x9E3779B97F4A7C15U + 0x632BE59BD9B4E019U) {}
@@ -70,18 +71,18 @@ private:
 
 class RandomDesign {
 public:
-    // There must be no other model. Mutes the library and switches the debug mode as the design says, until
-    // it ends.
+    // There must be no other model. Mutes the library and sets the debug mode as the design has it, until it
+    // is destroyed.
     explicit RandomDesign(std::uint64_t seed, const Knobs& knobs = {}) : RandomDesign(Dice(seed), knobs) {}
     explicit RandomDesign(const Dice& dice, const Knobs& knobs = {});
     RandomDesign(const RandomDesign&) = delete;
     RandomDesign& operator=(const RandomDesign&) = delete;
     ~RandomDesign();
 
-    // What a user may do between two runs: nothing, other settings, other clocks, forgotten results, a lost
-    // domain …
+    // A random step of a user between two runs: nothing, other settings, other clocks, cleared results, a
+    // lost domain …
     void change();
-    // Slacks on arcs and arrivals in subdomains, out of thin air, for the phases that read them.
+    // Writes random slacks on arcs and random arrivals in subdomains, for the phases that read them.
     void scatterResults();
 
     // In order of creation.

@@ -1,4 +1,4 @@
-// Draws what is not the graph itself: delays, clocks, constraints, exceptions, settings, and the changes
+// Draws what is not part of the graph: delays, clocks, constraints, exceptions, settings, and the changes
 // between runs.
 #include "RandomDesign.h"
 
@@ -117,7 +117,7 @@ CPath::PoleList RandomDesign::drawPoles(bool starts) {
     return drawn;
 }
 
-// One exception in three shares a side with the one before.
+// One exception in three has the start or the end points of the one before.
 CPath::Objects RandomDesign::drawObjects() {
     CPath::Objects objects;
     objects.sources = drawPoles(true);
@@ -144,8 +144,7 @@ namespace {
 
 } // namespace
 
-// Depends on nothing but the subdomain's edges and the side, so that it answers the same whenever it is
-// asked.
+// The result depends only on the subdomain's edges and the side, so it is the same whenever it is called.
 CPath::Adjuster RandomDesign::drawAdjuster() {
     const int unit = dice_.between(-15, 15);
     const unsigned style = dice_.below(8);
@@ -183,7 +182,7 @@ void RandomDesign::drawException() {
         path->setAdjuster(drawAdjuster());
 }
 
-// Once in a while more than there are classes.
+// Occasionally more exceptions than there are classes.
 void RandomDesign::drawExceptions() {
     for (unsigned left = dice_.oneIn(300) ? 65 : 1 + dice_.below(6); left > 0; --left)
         drawException();
@@ -207,7 +206,7 @@ void RandomDesign::drawEarlierResults() {
 
 namespace {
 
-// An arc out of an end point, into a pole that has none of its own.
+// Adds an arc out of an end point into a pole without outgoing arcs.
 void leadOn(Pole* end, Pole* other) {
     if (end != other && (end->isCheck() || end->isOutput()) && other->getOutgoingEdges().isEmpty() &&
         !other->getIncomingEdge(end))
@@ -259,7 +258,7 @@ void RandomDesign::drawSettings() {
     analyzer->setPathLimit(Delay::getMaximum());
     if (dice_.oneIn(2))
         analyzer->setPathLimit(dice_.oneIn(12) ? Delay::getMinimum() : Delay(dice_.between(-20, 30)));
-    // Asking for the time at every pole is most of what a run on a small design costs.
+    // Reading the time at every pole is most of the cost of a run on a small design.
     model_.getApplication()->setBatch(!dice_.oneIn(10));
     Pelko::Analyzer::_muted = dice_.percent(25);
     Ruvex::setDebug(dice_.percent(25));

@@ -1,4 +1,4 @@
-// The map operations: what happens to one pole's timings, kept apart by exception class.
+// The map operations on one pole's timings, which are kept per exception class.
 #include "ReferenceSweep.h"
 
 #include "Ruvex/Console.h"

@@ -1,12 +1,12 @@
-// The analysis of one subdomain, written as plainly as it can be: ordered standard containers, recursion, one
+// The analysis of one subdomain, written as plainly as possible: ordered standard containers, recursion, one
 // step after another.
 //
-// It is what the library's sweep is compared with on random designs, so it keeps no stack of its own, caches
-// nothing and never processes events: a chain of some ten thousand poles is too long for it. Results go where
-// the sweep's go: into the host database.
+// The library's sweep is compared with it on random designs, so it keeps no stack of its own, caches nothing
+// and never processes events: a chain of some ten thousand poles is too long for it. It writes its results to
+// the host database, as the library's sweep does.
 //
 // Phases run once, in this order: clockAnalyze, arrivalAnalyze, requireAnalyze, the searches,
-// iodelaySlackAnalyze, tagSlacks. Everything is public, so that a test can look at each step by itself.
+// iodelaySlackAnalyze, tagSlacks. Everything is public, so that a test can check each step separately.
 #pragma once
 
 #include "Pelko/Model.h"
@@ -20,12 +20,12 @@ namespace oracle {
 
 class ReferenceSweep {
 public:
-    // By class bits: the summary of the paths under these exceptions.
+    // Key: class bits. Value: the summary of the paths under these exceptions.
     using Map = std::map<unsigned long, Vorlen::Timing>;
     using PoleMap = std::map<Pelko::Pole*, Map, Pelko::Object::StampLess>;
     using PoleSet = std::set<Pelko::Pole*, Pelko::Object::StampLess>;
 
-    // FactoryFailed: "Null subdomain".
+    // Throws FactoryFailed "Null subdomain".
     explicit ReferenceSweep(Pelko::Subdomain* subdomain);
 
     Pelko::Subdomain* getSubdomain() const { return subdomain_; }
@@ -45,7 +45,7 @@ public:
     void tagSlacks();
 
     // --- Slacks ---
-    // `cpath` may be null. InvalidRequest: "Null edge".
+    // `cpath` may be null. Throws InvalidRequest "Null edge".
     Pelko::Delay calculateLSlack(Pelko::Edge* edge, const Pelko::PseudoMask& mask,
                                  const Pelko::Delay& arrival, Pelko::CPath* cpath = nullptr);
     Pelko::Delay calculateSSlack(Pelko::Edge* edge, const Pelko::PseudoMask& mask,
@@ -81,7 +81,7 @@ public:
     void updateDataRTMapMap(Pelko::Edge* edge);
 
 private:
-    // What one step of a path search works on. `mask` and `arrival` are of the pole being visited.
+    // The state of one step of a path search. `mask` and `arrival` are of the pole being visited.
     struct Search {
         bool longest;
         Pelko::PseudoMask mask;

@@ -1,5 +1,5 @@
-// A small model and the words that tests of the plain sweep share: a clock on "clk", one on "clk2", and what
-// a test adds to them.
+// A small model and helper functions that the tests of the reference sweep share: a clock on "clk", one on
+// "clk2", and what a test adds to them.
 #pragma once
 
 #include "ReferenceSweep.h"
@@ -64,7 +64,7 @@ public:
         Domain* domain = analyzer->getDomain(launch, latch);
         return Subdomain::create(domain ? domain : Domain::create(launch, latch), launchMode, latchMode);
     }
-    // Hands out the classes, in order of creation: bits 1, 2, 4 …
+    // Assigns the classes in order of creation: bits 1, 2, 4 …
     void classify() {
         unsigned long number = 0;
         PseudoMask::reset(analyzer->getCPaths().getCount());

@@ -1,5 +1,5 @@
-// The plain reference by itself, on values worked out by hand, so that what the library is compared with can
-// be trusted: data arrivals and required times.
+// The reference itself, on values worked out by hand, so that it can be trusted as the judge of the library:
+// data arrivals and required times.
 #include "ReferenceSweepBench.h"
 
 #include <gtest/gtest.h>
@@ -133,7 +133,7 @@ TEST(ReferenceSweepData, ArrivalsAndRequiredTimes) {
     }
 }
 
-// The two registers of `Pair` with one exception from the first to the check, on arcs that are its own or
+// The two registers of `Pair` with one exception from the first to the check, on arcs that belong to it or do
 // not.
 TEST(ReferenceSweepData, Exceptions) {
     struct Row {
@@ -179,8 +179,8 @@ TEST(ReferenceSweepData, Exceptions) {
     }
 }
 
-// Exceptions that open or close at the gate between the registers: forwards a class is opened by where an arc
-// leads, backwards it is closed by where an arc comes from.
+// Exceptions that open or close at the gate between the registers. Forwards, the target of an arc opens a
+// class; backwards, the source of an arc closes it.
 TEST(ReferenceSweepData, ExceptionsInside) {
     struct Row {
         const char* name;
@@ -224,7 +224,7 @@ TEST(ReferenceSweepData, ExceptionsInside) {
     }
 }
 
-// The last class, by its bits, that equals the longest arrival decides.
+// If several classes equal the longest arrival, the last one in the order of its bits decides.
 TEST(ReferenceSweepData, MulticycleCriticality) {
     struct Row {
         bool pure;

@@ -1,4 +1,4 @@
-// What is read off the maps: arc slacks, the worst paths, port slacks.
+// Results computed from the maps: arc slacks, the worst paths, port slacks.
 #include "ReferenceSweep.h"
 
 namespace oracle {
@@ -21,7 +21,7 @@ Delay boundOf(bool longest, const Timing& timing) {
     return longest ? timing.getMaximumDelay() : timing.getMinimumDelay();
 }
 
-// The requirement on a timing of the required maps: the setup side is kept as the minimum, the hold side as
+// The requirement of a timing in the required maps: the setup side is kept as the minimum, the hold side as
 // the maximum.
 Delay requirementOf(bool longest, const Timing& timing) {
     return longest ? timing.getMinimumDelay() : timing.getMaximumDelay();
@@ -193,7 +193,7 @@ void ReferenceSweep::searchShortestPaths(Delay maximumSlack, unsigned long count
     searchPaths(false, maximumSlack, count);
 }
 
-// With a count of 0 nothing is kept, and nothing searched.
+// With a count of 0, nothing is searched and nothing is kept.
 void ReferenceSweep::searchPaths(bool longest, Delay maximumSlack, unsigned long count) {
     if (count == 0)
         return;
@@ -241,7 +241,7 @@ void ReferenceSweep::search(Pole* pole, Search& state) {
     const PseudoMask saved = state.mask;
     state.mask |= pole->getOpeningPseudoMask();
 
-    // With the kept set full, only what is better than its last is of interest.
+    // When the kept set is full, only a path that is better than its last one matters.
     Delay limit = state.bound;
     if (getKeptPaths(state.longest).getCount() >= state.count) {
         const Delay last = getKeptPaths(state.longest).getLast()->getSlack();

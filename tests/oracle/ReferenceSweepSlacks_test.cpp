@@ -1,5 +1,5 @@
-// The plain reference by itself, on values worked out by hand: slacks of arcs and ports, path searches,
-// refusals.
+// The reference itself, on values worked out by hand: slacks of arcs and ports, path searches, rejected
+// calls.
 #include "ReferenceSweepBench.h"
 
 #include <gtest/gtest.h>
@@ -80,7 +80,7 @@ TEST(ReferenceSweepSlacks, OneArc) {
         {"no exception", [](const auto&) {}, 0, false, 79, 8, 64, 28},
         {"plain, under the class: key 0 alone", adjusted(7, 9), 1, false, undefined, undefined, undefined,
          undefined},
-        // "a" opens the class, so that its arc is under it in any case.
+        // "a" opens the class, so its arc is under it in any case.
         {"plain, not under the class", adjusted(7, 9), 0, false, undefined, undefined, 64, 28},
         {"adjusted", adjusted(7, 9), 1, true, 86, 17, 71, 37},
         {"an undefined adjustment is not added", adjusted(undefined, undefined), 1, true, 79, 8, 64, 28},
@@ -107,7 +107,7 @@ TEST(ReferenceSweepSlacks, OneArc) {
     }
 }
 
-// Classes that come together: at the target of an arc, and with a false path on the same way.
+// Classes that meet: at the target of an arc, and with a false path on the same way.
 TEST(ReferenceSweepSlacks, ClassesTogether) {
     Bench bench;
     const Fork fork(bench);
@@ -127,11 +127,11 @@ TEST(ReferenceSweepSlacks, ClassesTogether) {
     };
     const Row rows[] = {
         {fork.checkArc, 1, opening, 94, -2},
-        {fork.checkArc, 3, opening, undefined, undefined}, // nothing is left of the false path's requirement
+        {fork.checkArc, 3, opening, undefined, undefined}, // no requirement is left of the false path
         {fork.checkArc, 3, nullptr, undefined, undefined},
-        {fork.bArc, 0, nullptr, 77, 6}, // by way of "out" alone: the class opens behind the arc,
-        {fork.bArc, 0, opening, undefined, undefined},   // and its requirement goes no further back
-        {fork.checkArc, 0, cut, maximum, maximum},       // not a path of it: the adjustment alone
+        {fork.bArc, 0, nullptr, 77, 6},                // through "out" only: the class opens behind the arc,
+        {fork.bArc, 0, opening, undefined, undefined}, // and its requirement goes no further back
+        {fork.checkArc, 0, cut, maximum, maximum},     // not a path of it: only the adjustment
         {fork.outArc, 0, nullptr, undefined, undefined}, // a false path that opens and closes at the target
     };
     for (const Row& row : rows) {
@@ -146,7 +146,7 @@ TEST(ReferenceSweepSlacks, TaggedSlacksAndDutyCycles) {
         ClockMode::Code launch, latch;
         bool sameRoot;
         unsigned long duty;
-        int slackBefore; // of the arc from "a"; its best is 79
+        int slackBefore; // slack of the arc from "a"; its best is 79
         unsigned long dutyBefore;
         int slack;
         unsigned long dutyAfter;
@@ -311,7 +311,7 @@ TEST(ReferenceSweepSearch, Graphs) {
          [](Bench& b, const Fork& f) {
              Pole* back = b.gate("back");
              b.arc(f.gate, back, 1, 1), b.arc(back, f.gate, 1, 1), b.arc(back, f.check, 2, 6);
-             f.checkArc->destroy(); // so that the walk comes to the gate by way of the loop
+             f.checkArc->destroy(); // so that the walk reaches the gate through the loop
              b.arc(f.gate, f.check, 2, 6);
          },
          10, "b -> D 73, b -> D 74, a -> D 78, a -> D 79", "b -> D 3, b -> D 4, a -> D 8, a -> D 9"},
@@ -345,7 +345,7 @@ TEST(ReferenceSweepSearch, Graphs) {
     }
 }
 
-// A path that the full set keeps out is not made, so that its exception does not hear of it.
+// A path that the full set rejects is not created, so its exception is not called.
 TEST(ReferenceSweepSearch, WhatAnExceptionHears) {
     struct Row {
         unsigned long count;
@@ -364,7 +364,7 @@ TEST(ReferenceSweepSearch, WhatAnExceptionHears) {
     }
 }
 
-// The clock arrivals that a path is given, and the slacks that its exception is told of.
+// The clock arrivals that a path gets, and the slacks that are passed to its exception.
 TEST(ReferenceSweepSearch, WhatAPathIsGiven) {
     Bench bench;
     Pole *launch = bench.clockPin("ff1"), *latch = bench.clockPin("ff2"),

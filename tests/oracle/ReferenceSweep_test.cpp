@@ -1,5 +1,5 @@
-// The plain reference by itself, on values worked out by hand, so that what the library is compared with can
-// be trusted: map operations and the three propagations.
+// The reference itself, on values worked out by hand, so that it can be trusted as the judge of the library:
+// map operations and the three propagations.
 #include "ReferenceSweepBench.h"
 
 #include "Recorder.h"
@@ -215,7 +215,7 @@ TEST(ReferenceSweepMaps, PriorityMask) {
         EXPECT_EQ(sweep.getPriorityMask(m(row.mask), true).getBits(), row.longest) << row.mask;
         EXPECT_EQ(sweep.getPriorityMask(m(row.mask), false).getBits(), row.shortest) << row.mask;
     }
-    // A class without a path of the kind.
+    // A class without a path of this kind.
     analyzer->setMaxdelayPathMask(m(1024));
     analyzer->setMindelayPathMask(m(64));
     EXPECT_EQ(sweep.getPriorityMask(m(1024 | 256), true), m(0));
@@ -310,8 +310,8 @@ TEST(ReferenceSweepClock, ArrivalAtLeaves) {
     EXPECT_EQ(textOf(sweep.getLaunchAT()), "");
 }
 
-// One step by itself: what a pole opens and closes, seen before the leaves forget it. Classes: 1 false, 2
-// multicycle.
+// One step of the clock walk: what a pole opens and closes, observed before the leaves drop it. Class 1 is a
+// false path, class 2 a multicycle.
 TEST(ReferenceSweepClock, Steps) {
     struct Row {
         const char* name;

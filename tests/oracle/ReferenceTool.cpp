@@ -142,7 +142,7 @@ bool ReferenceTool::launch() {
     return status.getCode() == Ruvex::Status::Completed;
 }
 
-// False: the run is to end at once, without an epilogue.
+// Returns false if the run must stop at once, without an epilogue.
 bool ReferenceTool::runPhases(PoleSet& clockRoots) {
     prolog();
     if (last_ == Phase::Prolog)
@@ -178,7 +178,7 @@ bool ReferenceTool::runPhases(PoleSet& clockRoots) {
     return last_ != Phase::Epilog;
 }
 
-// Sweeps and marks that an exception leaves behind go here.
+// Destroys the sweeps, and clears the marks, that an exception leaves behind.
 void ReferenceTool::analyzeDomain(Pelko::Domain* domain, PoleSet& clockRoots) {
     Sweeps sweeps;
     try {
@@ -199,14 +199,14 @@ void ReferenceTool::endFirst(Sweeps& sweeps) {
 
 namespace {
 
-// Specials give no candidate where the arrival would have to be scaled.
+// Specials give no candidate when the arrival would have to be scaled.
 std::optional<Delay> scaledArrival(const Delay& arrival, std::int64_t percentage) {
     if (!arrival.isOrdinary())
         return std::nullopt;
     return Delay::saturate(std::int64_t{int(arrival)} * 100 / percentage);
 }
 
-// What period the latest arrival of a same-clock subdomain asks for.
+// The period that the latest arrival of a same-clock subdomain asks for.
 std::optional<Delay> candidatePeriod(const Subdomain* subdomain) {
     const Delay& arrival = subdomain->getLAT();
     const int launch = subdomain->getLaunchClockMode().getCode();
@@ -256,7 +256,7 @@ void ReferenceTool::analyzeDomain(Pelko::Domain* domain, PoleSet& clockRoots, Sw
     }
 }
 
-// A subdomain whose clock has no period gets the relation that its own arrivals, or those of its clock, ask
+// If a clock has no period, its subdomain gets the relation that its own arrivals, or those of its clock, ask
 // for.
 void ReferenceTool::setMissingRelations(Subdomain* subdomain, const Delay& best) {
     if (subdomain->getSetupRelation().isDefined())

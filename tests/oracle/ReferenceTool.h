@@ -3,7 +3,7 @@
 // Tests compare the library's driver with it, phase by phase or over a whole launch.
 //
 // It works on the same in-memory host, through the same globals, and writes its results there. Do not use it
-// on deep graphs: it recurses once a pole.
+// on deep graphs: it recurses once per pole.
 #pragma once
 
 #include "ReferenceSweep.h"
@@ -29,13 +29,13 @@ using PoleCountMap = std::map<Pelko::Pole*, unsigned long, Pelko::Object::StampL
 
 class ReferenceTool {
 public:
-    // What a launch does, in its order.
+    // The phases of a launch, in their order.
     enum class Phase { Prolog, Domains, Relationship, ConstrainedPaths, Sweeps, Weights, Periods, Epilog };
-    // Told of each sweep when its last phase is over, before it goes.
+    // Called for each sweep after its last phase, before the sweep is destroyed.
     using SweepListener = std::function<void(const ReferenceSweep&)>;
 
     void setSweepListener(SweepListener listener) { listener_ = std::move(listener); }
-    // A launch returns true right after this phase.
+    // A launch then returns true right after this phase.
     void stopAfter(Phase phase) { last_ = phase; }
 
     // --- ReferenceTool.cpp ---
@@ -44,7 +44,7 @@ public:
     bool launch();
     void prolog();
     void pllFeedbackStem();
-    // The delay found so far is undefined while either bound is.
+    // The delay found so far is undefined while either bound is undefined.
     void pllFeedbackStem(Pelko::Pole* pole, Pelko::Delay& minimum, Pelko::Delay& maximum);
 
     // --- ReferenceToolLoops.cpp ---
@@ -69,7 +69,7 @@ public:
 
     // --- ReferenceToolRelations.cpp ---
     void updateRelationship();
-    // The subtraction loop itself. Both periods positive, or one or both undefined.
+    // The subtraction loop itself. Both periods are positive, or one or both undefined.
     void calculateRelationship(Pelko::Delay& setup, Pelko::Delay& hold, const Pelko::Delay& launchPeriod,
                                const Pelko::Delay& latchPeriod, const Pelko::Delay& launchEdge,
                                const Pelko::Delay& latchEdge);
@@ -99,7 +99,7 @@ private:
     void warnOfLoops(unsigned long loops, const std::string& analysis) const;
 
     std::set<Pelko::Pole*, Pelko::Object::StampLess> loopPoleSet_;
-    std::list<Pelko::Pole*> loopStack_; // front: the top
+    std::list<Pelko::Pole*> loopStack_; // front: the top of the stack
     bool loopOpen_ = false;
     SweepListener listener_;
     std::optional<Phase> last_;

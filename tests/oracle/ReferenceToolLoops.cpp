@@ -1,4 +1,4 @@
-// The loop protocol that all walks keep: the stack of the poles on the way down, and the cutting of a loop
+// The loop protocol of all walks: the stack of the poles on the way down, and the cutting of a loop that was
 // just closed.
 #include "ReferenceTool.h"
 
@@ -59,8 +59,8 @@ bool ReferenceTool::isLooping(Pole* pole) const {
     return loopPoleSet_.count(pole) != 0;
 }
 
-// The arc cut is the one by which the walk came into the merge point, not a clock pole, that is nearest to
-// the top of the stack. Where no arc can go, the whole stack is marked.
+// Cuts a loop at the merge point, not a clock pole, that is nearest to the top of the stack: at the arc by
+// which the walk entered it. If no arc can be cut, the whole stack is marked.
 void ReferenceTool::loopCutting(Pole* pole) {
     if (!isLooping(pole))
         fail("No looping", "loopCutting", 580);

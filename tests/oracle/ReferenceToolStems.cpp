@@ -1,4 +1,4 @@
-// Clock stems, data stems, and the domains that they make.
+// Clock stems, data stems, and the domains that result from them.
 #include "ReferenceTool.h"
 
 #include "Pelko/Analyzer.h"
@@ -78,7 +78,7 @@ void ReferenceTool::clockStem(Pole* pole, StemPoleSetMap& work, Pole* root, unsi
 
 // --- Data stems ---
 
-// A pair that makes no domain ends the phase, and leaves no marks behind; the walk stays open until the next
+// A pair that makes no domain stops the phase and leaves no marks behind. The walk stays open until the next
 // reset.
 void ReferenceTool::dataStem(const StemPoleSetMap& clockStems) {
     loopOpen();
@@ -170,7 +170,7 @@ void ReferenceTool::updateDomains() {
 
 namespace {
 
-// The edge that a clock pole works on; it must have one.
+// The edge on which a clock pole works; it must have one.
 ClockMode modeOf(const Pole* pole, unsigned line) {
     const ClockMode mode = pole->getClockMode();
     if (mode.getCode() == 0)

@@ -1,5 +1,5 @@
 // The relation of two clocks against the loop that defines it: every pair of small periods with every pair of
-// edges, large periods by chance, and what a missing period or an unusual edge does.
+// edges, random large periods, and the cases of a missing period or an unusual edge.
 #include "RandomDesign.h"
 #include "ReferenceTool.h"
 
@@ -55,7 +55,7 @@ protected:
     }
     Relation ofLibrary(const Clocks& clocks) { return relate(*tool_, clocks); }
     Relation ofReference(const Clocks& clocks) { return relate(reference_, clocks); }
-    // Fails once, so that a defect does not print millions of lines.
+    // Fails at most once, so that a defect does not print millions of lines.
     bool agreesOn(const Clocks& clocks) {
         const Relation expected = ofReference(clocks);
         const Relation relation = ofLibrary(clocks);
@@ -102,7 +102,7 @@ TEST_F(RelationshipAgreement, AllSmallPeriodsAndEdges) {
                         {Delay(launchPeriod), Delay(latchPeriod), Delay(launchEdge), Delay(latchEdge)}));
 }
 
-// How many subtractions two periods take, roughly.
+// The approximate number of subtractions for two periods.
 long subtractions(long a, long b) {
     long count = 0;
     for (; b != 0; std::swap(a, b)) {
@@ -129,7 +129,7 @@ TEST_F(RelationshipAgreement, LargePeriods) {
     }
 }
 
-// Edges that run over, or that are not there, meet as Delay says.
+// Edges that saturate or are undefined are subtracted by the rules of Delay.
 TEST_F(RelationshipAgreement, SpecialEdges) {
     const Delay edges[] = {
         Delay::getUndefined(), Delay::getMinimum(), Delay::getMaximum(), Delay(0), Delay(-7), Delay(3),
@@ -141,8 +141,8 @@ TEST_F(RelationshipAgreement, SpecialEdges) {
                     ASSERT_TRUE(agreesOn({Delay(launchPeriod), Delay(latchPeriod), launchEdge, latchEdge}));
 }
 
-// A period that is not there is passed over where the stop gap is looked for, and absorbs the other in the
-// first subtraction: the offset alone decides, or nothing where both edges coincide.
+// The search for the stop gap skips an undefined period. The first subtraction makes the other one undefined
+// too. So only the offset decides the relation, which is undefined if both edges coincide.
 TEST_F(RelationshipAgreement, MissingPeriods) {
     const Delay none = Delay::getUndefined();
     struct Row {

@@ -1,4 +1,4 @@
-// Prints the model.
+// Prints the model as text.
 #include "Snapshot.h"
 
 #include "Ruvex/Exception.h"
