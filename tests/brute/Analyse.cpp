@@ -84,7 +84,8 @@ private:
         return std::int64_t{e.value - 1} * (e.start.value_or(false) ? from() : to()).period;
     }
 
-    // What the hold command takes off; one that was given for both sides takes nothing off.
+    // By how much the hold command moves the hold relation back. A multicycle without -setup or -hold does
+    // not move it.
     std::int64_t holdShift(int exception) const {
         if (exception == none || !design_.exceptions[at(exception)].setup)
             return 0;

@@ -2,8 +2,8 @@
 //
 //   clkA -> r0/CLK   clkB -> r1/CLK   in -500-> r0/D   r0/Q -> g -600-> h -> r1/D   r1/Q -300-> out
 //
-// Registers take 400 from CLK to Q and work on the rising edge; checks, clock wires and all else take 0. So
-// r0 to r1 takes 1000, in to r0 500, r1 to out 700.
+// Registers take 400 from CLK to Q and work on the rising edge; checks, clock wires and everything else take
+// 0. So r0 to r1 takes 1000, in to r0 takes 500, and r1 to out takes 700.
 #pragma once
 
 #include "Analyse.h"
@@ -16,7 +16,7 @@ namespace Brute {
 struct Bench {
     Design d;
     Options options;
-    int a = 0, b = 1; // clocks, on clkA and clkB
+    int a = 0, b = 1; // indices of the clocks on clkA and clkB
 
     Bench(int periodA = 10000, int periodB = 10000) {
         const int clkA = port("clkA", Direction::input), clkB = port("clkB", Direction::input);

@@ -46,7 +46,7 @@ int masterEdge(const LiveClock& master, int number) {
     return (number % 2 == 1 ? master.rise : master.fall) + cycle * master.period;
 }
 
-// a / b for positive b to the nearest whole unit; of two as near, the later one.
+// a / b for positive b, rounded to the nearest integer; a half is rounded up.
 int nearest(long a, long b) {
     const long twice = 2 * a + b;
     return static_cast<int>(twice >= 0 ? twice / (2 * b) : -((2 * b - 1 - twice) / (2 * b)));
@@ -90,7 +90,8 @@ public:
     }
 
 private:
-    // A clock without -add ends the earlier ones on its pins; one of a known name ends that one.
+    // A clock without -add replaces the earlier ones on its pins; a clock of a known name replaces the one of
+    // that name.
     void replaceClocks() {
         const int count = static_cast<int>(design_.clocks.size());
         std::vector<int> replacedBy(at(count), none);
@@ -108,7 +109,7 @@ private:
                 clock.targets = design_.clocks[at(i)].targets;
                 result_.live.push_back(std::move(clock));
             }
-        for (int i = count - 1; i >= 0; --i) // what named a clock of the same name stays
+        for (int i = count - 1; i >= 0; --i) // names of a replaced clock mean the new one
             if (const int by = replacedBy[at(i)];
                 by != none && design_.clocks[at(by)].name == design_.clocks[at(i)].name)
                 result_.liveOf[at(i)] = result_.liveOf[at(by)];
@@ -194,11 +195,12 @@ private:
         passed_[at(pin)] = false;
     }
 
-    // From the master's roots to the target by way of its source pin, through no more registers than it
-    // takes: the one that makes the clock, not one whose output gates the master.
+    // The delay from the master's roots to the target through the generated clock's source pin. It counts
+    // only the ways through as few registers as possible: these make the clock, others have an output that
+    // gates the master.
     Interval insertion(const Generated& generated, const LiveClock& master,
                        const std::vector<int>& targets) const {
-        std::map<int, Interval> found; // by the number of registers on the way
+        std::map<int, Interval> found; // key: the number of registers on the way
         std::vector<bool> passed(design_.pins.size());
         const std::function<void(int, Interval, int, bool)> go = [&](int pin, Interval delay, int registers,
                                                                      bool seen) {
@@ -289,7 +291,7 @@ std::vector<std::vector<int>> liveArcs(const Design& design) {
 
 Relation relation(int launchEdge, int launchPeriod, int captureEdge, int capturePeriod) {
     const long common = std::lcm(static_cast<long>(launchPeriod), static_cast<long>(capturePeriod));
-    // Edges from far before to far after one common period, whatever the shifts are.
+    // Edges from far before to far after one common period, for any shift.
     const long reach = 2 * common + std::abs(static_cast<long>(captureEdge) - launchEdge);
     std::optional<long> setup, hold;
     for (long launch = launchEdge; launch < launchEdge + common; launch += launchPeriod) {

@@ -1,8 +1,8 @@
-// The command against the reference: random designs as files in, every end point's setup and hold slack, its
-// clocks and the exception that governs it out.
+// The command against the reference on random designs: files in, and out the setup and hold slack of every
+// end point, its clocks and the exception that governs it.
 //
-// VORLEN_SEED and VORLEN_DESIGNS choose other designs and another number of them; VORLEN_MANY_DESIGNS the
-// number of those with many exceptions, which take longer.
+// VORLEN_SEED and VORLEN_DESIGNS choose other designs and another number of them; VORLEN_MANY_DESIGNS sets
+// the number of designs with many exceptions, which take longer.
 #include "Analyse.h"
 #include "Generate.h"
 #include "Write.h"
@@ -51,7 +51,7 @@ std::string shown(const std::optional<Brute::SideResult>& side, const std::vecto
     return text;
 }
 
-// One side of an end point as the report has it, in the same words where it agrees.
+// One side of an end point as the report has it, with the expected words wherever it agrees.
 std::string compared(const std::optional<Brute::SideResult>& expected, const std::vector<unsigned>& lines,
                      const Report::MaybeTime& slack, const std::string (&clocks)[2],
                      const std::optional<Report::Exception>& exception) {
@@ -69,7 +69,7 @@ std::string compared(const std::optional<Brute::SideResult>& expected, const std
     return std::to_string(*slack) + " of " + pair;
 }
 
-// A design as files, and how both sides read it.
+// A design as files, and the options with which both sides read it.
 struct Inputs {
     Brute::Design design;
     std::string sdc, netlist;
@@ -81,7 +81,7 @@ Inputs inputsOf(const TemporaryFolder& folder, std::uint64_t seed, Brute::Shape 
     const std::array delays = {Brute::DelayMode::minmax, Brute::DelayMode::minimum, Brute::DelayMode::typical,
                                Brute::DelayMode::maximum};
     const std::array named = {Cli::Delays::minmax, Cli::Delays::min, Cli::Delays::typ, Cli::Delays::max};
-    // Mostly the default; every way to read the delays comes up.
+    // Mostly the default, but every way to read the delays occurs.
     const std::size_t which = seed % 8 < 4 ? 0 : seed % 4;
     Inputs inputs;
     auto& [design, sdc, netlist, options, command] = inputs;
@@ -110,7 +110,7 @@ Report::Report runOf(const TemporaryFolder& folder, const Inputs& inputs,
     Cli::Session session;
     session.loopLimits = loopLimits;
     Report::Report report = session.run(inputs.command);
-    // Without a netlist a port that no delay names does not exist, and what is said of it is lost.
+    // Without a netlist a port that no delay names does not exist, and a constraint on it is lost.
     if (inputs.command.netlist || report.constraintsUnmatched == 0)
         return report;
     Cli::Options command = inputs.command;
@@ -142,7 +142,7 @@ std::string difference(const TemporaryFolder& folder, std::uint64_t seed, const 
     };
     for (const Base::Diagnostic& diagnostic : report.diagnostics)
         if (diagnostic.text.find("too large to be timed") != std::string::npos)
-            text += diagnostic.text + "\n"; // not exact: there would be nothing to compare
+            text += diagnostic.text + "\n"; // not exact, so there would be nothing to compare
     std::map<std::string, Brute::EndResult> left = expected;
     for (const Report::Endpoint& endpoint : report.endpoints) {
         compare(endpoint.pin, left[endpoint.pin], endpoint);
@@ -153,7 +153,7 @@ std::string difference(const TemporaryFolder& folder, std::uint64_t seed, const 
     return text.empty() ? text : "seed " + std::to_string(seed) + " (" + netlist + ")\n" + text + sdc;
 }
 
-// shapeOf: the shape for a seed.
+// shapeOf: returns the shape for a seed.
 template <class ShapeOf>
 void compareShapes(const char* variable, std::uint64_t designs, ShapeOf shapeOf) {
     const TemporaryFolder folder;
@@ -176,8 +176,8 @@ void compareMany(std::uint64_t designs, Brute::ExceptionMode mode) {
     });
 }
 
-// 65 exceptions and more, so that no class can stand for one of them. False paths and delays are rare, since
-// they would leave nothing for others to govern.
+// At least 65 exceptions, so that there are more of them than classes. False paths and delays are rare, since
+// they would leave no path for others to govern.
 Brute::Shape manyExceptions(std::uint64_t seed) {
     constexpr std::array most = {130, 130, 130, 260, 260, 500, 500, 1000, 1000, 2000};
     Brute::Shape shape;
@@ -190,7 +190,7 @@ Brute::Shape manyExceptions(std::uint64_t seed) {
     shape.minimumGates = 80;
     shape.maximumGates = 180;
     shape.throughPercent = seed % 3 == 0 ? 35 : 70;
-    shape.throughEnds = false; // the classes would not suffice
+    shape.throughEnds = false; // there would not be enough classes
     return shape;
 }
 
@@ -215,7 +215,7 @@ TEST(Command, RandomDesignsWithLoopsAgree) {
 }
 
 // Random designs with loops under other limits. Counts the slacks that are smaller and those that are greater
-// than those of the paths that pass no pin twice; greater ones have to be named in a warning.
+// than the slacks of paths that pass no pin twice. A warning must name the greater ones.
 struct Counts {
     std::size_t smaller = 0, greater = 0;
 };
@@ -229,8 +229,8 @@ Counts compareUnder(const Model::LoopLimits& limits) {
         Brute::Shape shape;
         shape.exceptions = seed % 2 == 0 ? Brute::ExceptionMode::without : Brute::ExceptionMode::overlapping;
         shape.loopPercent = 100;
-        shape.maximumExceptions = 5; // in layers a through point takes a class for each
-        shape.maximumRegisters = 5;  // no more than 20 end points: all are named
+        shape.maximumExceptions = 5; // a through point takes a class per layer
+        shape.maximumRegisters = 5;  // at most 20 end points, so that the warning names all of them
         const Inputs inputs = inputsOf(folder, seed, shape);
         const Report::Report report = runOf(folder, inputs, limits);
         std::map<std::string, Report::Endpoint> found;

@@ -1,8 +1,8 @@
-// A routed design and its constraints as plain structs: what the random generator makes, what the writers
-// print and what the analyser reads.
+// A routed design and its constraints as plain structs: the random generator makes them, the writers print
+// them and the analyser reads them.
 //
-// Everything is known by its index, `none` is no index, every time is a whole number of picoseconds. Nothing
-// of the system under test is used here, so that a mistake there cannot hide itself.
+// Everything is known by its index, `none` is no index, every time is an integer in picoseconds. No part of
+// the system under test is used here, so that its mistakes cannot hide themselves.
 #pragma once
 
 #include <array>
@@ -25,13 +25,13 @@ using Values = std::vector<Triple>; // one for both edges, or the rising and the
 
 enum class Direction { input, output, inout };
 
-// A pin of a cell, or a port where it has no cell. A port's direction is as seen from outside.
+// A pin of a cell, or a port if it has no cell. A port's direction is as seen from outside.
 struct Pin {
     std::string name;
     int cell = none;
     Direction direction = Direction::input;
     int net = none;
-    bool omitted = false; // an open output that netlists leave out: the delays alone know it
+    bool omitted = false; // an open output that netlists leave out: only the delays have it
 };
 struct Cell {
     std::string name, type;
@@ -46,8 +46,8 @@ struct Arc {
     enum class Kind { wire, gate, clockToOutput, reset };
     Kind kind = Kind::wire;
     int from = none, to = none;
-    Edge edge = Edge::any; // of `from`, where it is written
-    Values values;         // none: the arc is there without being written, and takes no time
+    Edge edge = Edge::any; // of `from`, if it is written
+    Values values;         // empty: the arc exists but is not written, and takes no time
 };
 struct Check {
     int data = none, clock = none;
@@ -62,20 +62,20 @@ struct Generated {
     enum class Kind { divide, multiply, edges };
     Kind kind = Kind::divide;
     int source = none;            // pin
-    int master = none;            // clock, where it is written
+    int master = none;            // a clock, if it is written
     int factor = 1;               // of divide and multiply
     std::array<int, 3> edges{};   // counted from 1
     std::optional<int> edgeShift; // the same for all three
-    std::optional<int> dutyCycle; // percent
+    std::optional<int> dutyCycle; // in percent
     bool invert = false;
     int offset = 0;
-    int phase = 0; // degrees of its own period
+    int phase = 0; // in degrees of its own period
 };
 struct Clock {
     std::string name;
-    int period = 0, rise = 0, fall = 0; // not of a generated one
-    bool waveform = false;              // it is written
-    std::vector<int> targets;           // empty: virtual
+    int period = 0, rise = 0, fall = 0; // not used for a generated clock
+    bool waveform = false;              // whether -waveform is written
+    std::vector<int> targets;           // empty for a virtual clock
     bool add = false;
     std::optional<Generated> generated;
 };
@@ -84,12 +84,12 @@ struct Latency {
     enum class Kind { propagated, network, source };
     Kind kind = Kind::source;
     int clock = none;
-    std::optional<bool> late; // not said: both
+    std::optional<bool> late; // no value: both
     int value = 0;
 };
 struct Uncertainty {
-    int from = none, to = none; // both, or only `to`: the simple form
-    std::optional<bool> setup;  // not said: both
+    int from = none, to = none; // both, or only `to` for the simple form
+    std::optional<bool> setup;  // no value: both
     int value = 0;
 };
 struct ClockGroups {
@@ -101,25 +101,25 @@ struct PortDelay {
     int port = none;
     int clock = none;
     bool fall = false;
-    std::optional<bool> maximum; // not said: both
+    std::optional<bool> maximum; // no value: both
     bool add = false;
     bool sourceIncluded = false, networkIncluded = false;
     int value = 0;
-    bool early = false; // stands right after the command that makes its clock
+    bool early = false; // written right after the command that makes its clock
 };
 struct Object {
     enum class Kind { clock, port, pin, cell, net };
     Kind kind = Kind::pin;
-    int index = none; // ports are pins too
+    int index = none; // index in the list for the kind; ports are pins too
 
     auto operator<=>(const Object&) const = default;
 };
 struct Exception {
     enum class Kind { falsePath, multicycle, maximumDelay, minimumDelay };
     Kind kind = Kind::falsePath;
-    std::optional<bool> setup; // the flag: -setup true, -hold false, none not said
-    std::optional<bool> start; // -start true, -end false
-    int value = 0;             // of a multicycle the count, of a delay the time
+    std::optional<bool> setup; // -setup: true, -hold: false, neither: no value
+    std::optional<bool> start; // -start: true, -end: false, neither: no value
+    int value = 0;             // the count of a multicycle, the time of a delay
     bool ignoreLatency = false;
     std::vector<Object> from, to;
     std::vector<std::vector<Object>> through;

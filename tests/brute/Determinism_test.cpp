@@ -1,6 +1,6 @@
-// The same files give the same bytes: in one process and in another, whatever the memory looks like, however
-// many runs came before, and however the program was compiled. digests.txt keeps what every build must say;
-// VORLEN_UPDATE=1 in the environment writes it anew.
+// The same files have the same report, byte for byte: in one process and in another, whatever the state of
+// the heap, after any number of earlier runs, and with every compiler. digests.txt holds what every build
+// must report; VORLEN_UPDATE=1 in the environment writes it anew.
 #include "Generate.h"
 #include "Write.h"
 
@@ -30,7 +30,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The files of some designs. They go with the object.
+// The files of some designs. They are deleted with this object.
 class Designs {
 public:
     Cli::Options add(std::uint64_t seed, Brute::ExceptionMode mode = Brute::ExceptionMode::overlapping,
@@ -65,7 +65,8 @@ std::string jsonOf(const Cli::Options& options) {
     return json.str();
 }
 
-// Leaves the heap full of holes, so that what is made next lies in no order. The rest goes with the object.
+// Leaves the heap full of holes, so that later objects have addresses in no order. The remaining blocks are
+// freed with this object.
 class Litter {
 public:
     explicit Litter(unsigned seed) {
@@ -115,7 +116,7 @@ TEST(Determinism, TheHundredAndFirstRunGivesTheSameBytes) {
     EXPECT_EQ(jsonOf(first), json);
 }
 
-// The program, which begins with empty hands, and this process.
+// The program in a new process, and this process, which has made runs before.
 TEST(Determinism, TheProgramGivesTheSameBytes) {
     const Designs designs;
     for (const std::uint64_t seed : seeds) {
@@ -137,7 +138,7 @@ TEST(Determinism, TheProgramGivesTheSameBytes) {
 
 // --- Builds ---
 
-// The reports of a run of designs by one digest: "overlapping 1-10 5d41...".
+// The reports of consecutive designs as one digest: "overlapping 1-10 5d41...".
 std::string digestOf(const char* name, Brute::ExceptionMode mode, int loopPercent, std::uint64_t first,
                      std::uint64_t last) {
     QCryptographicHash hash(QCryptographicHash::Sha256);

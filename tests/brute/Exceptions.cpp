@@ -8,8 +8,8 @@ namespace {
 
 std::size_t at(int index) { return static_cast<std::size_t>(index); }
 
-// One way to read one end of an exception: an object and the pin that it stands for, or a -through instead.
-// Of a register's output it is both.
+// One way to read one end of an exception: an object and the pin that it names, or a -through instead. A
+// register's output can be read both ways.
 struct End {
     std::optional<Object> object;
     int pin = none;
@@ -38,7 +38,7 @@ std::vector<End> fromEnds(const Design& d, const Clocks& clocks, const std::vect
             ends.push_back({o, o.index, {}});
         } else if (o.kind == Object::Kind::cell) {
             std::vector<int> pins = clockPins(d, o.index);
-            if (!pins.empty()) // what a clock begins with on it, too
+            if (!pins.empty()) // the pins on which a clock is defined, too
                 std::ranges::copy_if(d.cells[at(o.index)].pins, std::back_inserter(pins),
                                      [&](int pin) { return clocks.sources.contains(pin); });
             for (int pin : pins)
@@ -123,7 +123,7 @@ int Atom::rank() const {
     const auto is = [](const std::optional<Object>& o, bool clock) {
         return o && (o->kind == Object::Kind::clock) == clock;
     };
-    int rank = 0; // one bit each, the weightiest first
+    int rank = 0; // one bit each, the most important first
     for (bool has : {is(from, false), is(to, false), !through.empty(), is(from, true), is(to, true)})
         rank = 2 * rank + (has ? 1 : 0);
     return rank;

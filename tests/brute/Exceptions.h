@@ -1,9 +1,9 @@
-// Which exceptions name a path, and which of them governs.
+// Lists the exceptions that name a path, and finds the one that governs it.
 //
-// An exception is taken apart into atoms: one for each combination of one -from object, one object of each
-// -through and one -to object, as they are written. A cell stands for its clock pins (-from) and checked pins
-// (-to), a register's output for the register through it, and what is no start or end point for a -through.
-// Of atoms of the same objects, of one kind and side, the last command's stays.
+// An exception is split into atoms: one for each combination of one -from object, one object of each -through
+// and one -to object, as they are written. A cell names its clock pins (-from) or its checked pins (-to), and
+// a register's output the register through it. An object that is no start or end point is read as a -through.
+// If several atoms have the same objects, kind and side, only that of the last command counts.
 #pragma once
 
 #include "Paths.h"
@@ -14,7 +14,7 @@ struct Atom {
     int exception = none;
     std::optional<Object> from, to;
     std::vector<Object> through;
-    int start = none, end = none; // the pins that from and to stand for
+    int start = none, end = none; // the pins that from and to name
 
     int rank() const; // greater is more specific
 };
@@ -24,8 +24,8 @@ std::vector<Atom> atoms(const Design& design, const Clocks& clocks);
 bool matches(const Design& design, const Clocks& clocks, const Atom& atom, const DataPath& path,
              const Launch& launch, const Capture& capture);
 
-// The exception of the kind that governs one side of a path, or none. `atoms` are those that match it. The
-// tighter of two commands of equal rank is the one with the smaller tightness.
+// The exception of the kind that governs one side of a path, or none. `atoms` are those that match it. Of two
+// commands of equal rank the one with the smaller tightness governs.
 template <class Tightness>
 int governing(const Design& design, const std::vector<const Atom*>& matching, Exception::Kind kind,
               bool setup, Tightness tightness) {

@@ -1,5 +1,4 @@
-// The reference itself, on cases timed by hand: exceptions and which of them governs. See Bench.h for the
-// design.
+// The reference itself, on exceptions timed by hand: which of them governs. See Bench.h for the design.
 #include "Bench.h"
 
 #include <gtest/gtest.h>
@@ -156,7 +155,7 @@ TEST(Delays, AtPorts) {
     EXPECT_EQ(bench.setup("out"), 900 + 40 - 5 - 60 - 740) << "the output delay is taken off";
 }
 
-// A delay without a clock counts, and no clock's latency does.
+// A delay without a clock counts, but no clock's latency does.
 TEST(Delays, AtPortsWithoutAClock) {
     Bench bench;
     bench.d.latencies = {{Latency::Kind::source, 0, {}, 40}, {Latency::Kind::source, 1, {}, 30}};
@@ -195,7 +194,7 @@ TEST(Precedence, TypeBeatsSpecificity) {
     EXPECT_EQ(bench.setup("r1/D"), untimed);
 }
 
-// Each form of naming against each other one: the higher row governs, whichever comes last and whatever is
+// Each form of naming against each other form: the higher row governs, whichever comes last and whichever is
 // tighter.
 TEST(Precedence, FormsInOrder) {
     for (int high = 1; high < 32; ++high)
@@ -244,9 +243,9 @@ TEST(Precedence, IdenticalObjectsTheLastCommandPerCombination) {
     EXPECT_EQ(bench.setup("r1/D"), 6000);
 }
 
-// Objects of several kinds for one place are several objects: the tightest, not the last.
+// Objects of several kinds for one place are different objects: the tightest governs, not the last.
 TEST(Precedence, ACellAndItsPinAreDifferentObjects) {
-    using Points = std::pair<std::vector<Object>, std::vector<Object>>; // from and to
+    using Points = std::pair<std::vector<Object>, std::vector<Object>>; // -from and -to
     Bench names;
     const Object cell = names.cell("r0"), clock = names.pin("r0/CLK"), output = names.pin("r0/Q");
     const std::vector<std::pair<Points, Points>> different = {
@@ -281,7 +280,7 @@ TEST(Precedence, ACellAndItsPinAreDifferentObjects) {
     EXPECT_EQ(bench.setup("r1/D"), 4000);
 }
 
-// Data that starts at a clock's source on a register's output starts at the cell, but not at its clock pin.
+// Data from a clock's source on a register's output starts at the cell, but not at its clock pin.
 TEST(Exceptions, AClocksSourceOnARegister) {
     const auto setup = [](const char* pin) {
         Bench bench;

@@ -1,15 +1,13 @@
 // What the generator avoids, because constraints leave it open or it is an error:
 // - ideal and propagated clocks on one pin; a propagated clock generated from an ideal one; a source latency
-// of a
-//   generated clock that is propagated;
+//   of a generated clock that is propagated;
 // - divide_by 1, multiply_by without -duty_cycle and odd divides of a master whose high and low times differ;
 // - a clock generated from an inverted one, or edges counted from an edge whose place depends on the reader;
 // - an input delay on a clock's own port;
 // - a maximum or minimum delay exception over a path that begins or ends at a register without a clock;
 // - such an exception together with an ideal clock's network latency at an output port;
 // - a multicycle for both sides after one with a flag, -start and -end mixed in overlapping ones, and a cell
-// and
-//   its own data pin as two -through of one exception.
+//   and its own data pin as two -through of one exception.
 #include "Generate.h"
 
 #include "Clocks.h"
@@ -35,7 +33,7 @@ public:
     Constrainer(Random& random, const Shape& shape, Skeleton& skeleton)
         : random_(random), shape_(shape), s_(skeleton), d_(skeleton.design) {}
 
-    // False where the clocks came out too far apart.
+    // Returns false if the clocks are too far apart.
     bool run() {
         plainClocks();
         generatedClocks();
@@ -87,8 +85,8 @@ private:
         for (std::size_t i = 0; i < s_.clockPorts.size() && !full(); ++i) {
             if (i > 0 && random_.chance(12))
                 continue; // nothing clocks this network
-            // A clock that loses one of several targets to another clock is left out: it lives on at the
-            // rest.
+            // A clock that loses only one of several targets to another clock would remain on the other
+            // targets, so it is not generated.
             const bool replacedFirst =
                 d_.clocks.size() > 1 && !d_.clocks[1].add && d_.clocks[0].targets == d_.clocks[1].targets;
             if (i > 0 && random_.chance(12) && !d_.clocks[0].targets.empty() && !replacedFirst) {
@@ -117,7 +115,7 @@ private:
             virtual_ = addClock(plainClock("outside"));
     }
 
-    // A clock that the given one replaces, and port delays that name it at once.
+    // A clock that the given one replaces, with port delays that name it right after it.
     void replaced(const Clock& by) {
         Clock first = plainClock(random_.chance(50) ? by.name : by.name + "_first");
         first.targets = by.targets;
@@ -151,7 +149,7 @@ private:
             generatedOnBuffer();
     }
 
-    // As behind a phase-locked loop: no register makes it.
+    // As behind a phase-locked loop: no register makes the clock.
     void generatedOnBuffer() {
         const int target = random_.of(s_.clockBuffers);
         const Clocks clocks = resolveClocks(d_, {});
@@ -166,7 +164,7 @@ private:
             makeGenerated("gb", source, target, masters, masters[0]);
     }
 
-    // False where the master's first edge is not beyond dispute.
+    // Returns false if it depends on the reader which edge of the master is the first.
     bool makeGenerated(const std::string& name, int source, int target, const std::vector<int>& masters,
                        int master) {
         const Clocks clocks = resolveClocks(d_, {});
@@ -229,7 +227,8 @@ private:
 
     // --- Latencies ---
 
-    // Which clocks must be ideal together: those that meet at a pin, and those generated from an ideal one.
+    // The clocks that must be ideal together: those that meet at a pin, and those generated from an ideal
+    // one.
     std::vector<bool> chooseIdeal(const Clocks& clocks) {
         const std::size_t count = clocks.live.size();
         std::vector<bool> ideal(count);
@@ -339,7 +338,7 @@ private:
         d_.clockGroups.push_back(command);
     }
 
-    // Clocks in several groups.
+    // Puts some clocks in several groups.
     void overlap(ClockGroups& command, const std::vector<int>& clocks) {
         for (int n = random_.between(1, 3); n > 0; --n) {
             std::vector<int>& group =
@@ -367,7 +366,7 @@ private:
         return random_.of(liveClocks());
     }
 
-    // One reference edge: both sides at once, each by its own command, or one side only.
+    // One reference edge: both sides, by one command each, or one side only.
     void reference(PortDelay delay, std::vector<PortDelay>& to) {
         if (delay.clock == none) {
             delay.fall = false;
@@ -406,7 +405,7 @@ private:
         sameFlags(first);
     }
 
-    // What latency is included is said alike by all commands of one port.
+    // All commands of one port include the same latencies.
     void sameFlags(std::size_t first) {
         for (std::size_t i = first; i < d_.portDelays.size(); ++i) {
             PortDelay& d = d_.portDelays[i];
@@ -474,7 +473,7 @@ private:
     bool allIdeal_ = false;
 };
 
-// The number of ways from any start of a path to any end, without listing them.
+// The number of ways from any start of a path to any end. Does not list them.
 long countPaths(const Design& design) {
     std::vector<std::vector<int>> next(design.pins.size());
     std::vector<bool> starts(design.pins.size());
@@ -505,10 +504,10 @@ long countPaths(const Design& design) {
 } // namespace
 
 Design generate(std::uint64_t seed, const Shape& shape) {
-    constexpr std::uint64_t ofLoops = 0x10095; // so that designs without loops do not depend on them
+    constexpr std::uint64_t ofLoops = 0x10095; // so that designs without loops do not depend on the loops
     Random random(seed), loopRandom(seed ^ ofLoops);
     const bool loops = loopRandom.chance(shape.loopPercent);
-    for (;;) { // each attempt goes on with the same stream
+    for (;;) { // each attempt continues the same random sequence
         Skeleton skeleton = generateNetlist(random, shape);
         if (countPaths(skeleton.design) > shape.maximumPaths)
             continue;

@@ -27,7 +27,7 @@ public:
         if (shape_.exceptions == ExceptionMode::without || paths_.empty())
             return;
         const int wanted = random_.between(shape_.minimumExceptions, shape_.maximumExceptions);
-        // Not every try gives one; where many are asked for they are needed.
+        // Not every attempt makes an exception. If many are asked for, more attempts are needed.
         constexpr int patience = 20;
         const int least = shape_.minimumExceptions > 1 ? shape_.minimumExceptions : 0;
         for (int n = 0; hasRoom() && (n < wanted || isBelow(least)) && n < patience * wanted; ++n)
@@ -50,12 +50,12 @@ private:
 
     Object clock() { return {Object::Kind::clock, random_.of(clocks_.live).index}; }
 
-    // A path of the design, so that exceptions mostly name something.
+    // A path of the design, so that most exceptions name something.
     const DataPath& path() { return random_.of(paths_); }
 
     Object pinOrPort(int pin) const { return {d_.isPort(pin) ? Object::Kind::port : Object::Kind::pin, pin}; }
 
-    // A register by its cell, its clock pin or its output, all of them now and then for one register.
+    // A register by its cell, its clock pin or its output; sometimes one register by all of them.
     Object fromObject() {
         const DataPath& p = path();
         if (random_.chance(30))
@@ -76,8 +76,8 @@ private:
         return pinOrPort(pin);
     }
 
-    // A gate or what drives it, by pin, net or cell. Where the order does not count, what the path begins and
-    // ends with too.
+    // A gate or its driver, by pin, net or cell. If the order does not count, also the start and the end of
+    // the path.
     std::optional<Object> throughObject(const DataPath& p, bool ordered) {
         const bool inside = ordered || !shape_.throughEnds;
         std::vector<Object> found;
@@ -86,13 +86,13 @@ private:
             const bool isGate = std::ranges::count(s_.gates, cell) != 0;
             const bool isInside = isGate ? d_.pins[at(pin)].direction == Direction::output
                                          : i < 2 && p.start == DataPath::Start::clockPin &&
-                                               shape_.throughEnds; // of its register
+                                               shape_.throughEnds; // the output of its register
             if (!isInside && (inside || (i > 0 && i + 1 < p.pins.size() && !isGate)))
                 continue;
             found.push_back(pinOrPort(pin));
             if (cell != none)
                 found.push_back({Object::Kind::cell, cell});
-            if (i + 1 < p.pins.size() && p.nets[i] != none && !d_.isPort(pin)) // a net in every netlist
+            if (i + 1 < p.pins.size() && p.nets[i] != none && !d_.isPort(pin)) // a net that every netlist has
                 found.push_back({Object::Kind::net, p.nets[i]});
         }
         if (found.empty())
@@ -105,7 +105,7 @@ private:
             to.push_back(*object);
     }
 
-    // A pin or a gate where no path starts or ends, given as -from or -to.
+    // A pin or a gate at which no path starts or ends, used as -from or -to.
     std::optional<Object> middle() {
         const std::optional<Object> o = throughObject(path(), true);
         const auto isGate = [&](int cell) { return std::ranges::count(s_.gates, cell) != 0; };
@@ -135,7 +135,7 @@ private:
         return e;
     }
 
-    // Groups in the order of one path; several objects in one group from others.
+    // Groups in the order of one path. Other objects of a group are from other paths.
     void through(Exception& e, bool ordered) {
         const DataPath& p = path();
         const auto position = [&](const Object& o) {
@@ -178,7 +178,7 @@ private:
         return all[kind];
     }
 
-    // The pins of a register at which paths start or end; of anything else none.
+    // The pins of a register at which paths start or end; empty for any other cell.
     std::vector<int> pointsOf(int cell, bool from) const {
         std::vector<int> points;
         for (int pin : d_.cells[at(cell)].pins)
@@ -197,7 +197,8 @@ private:
             o = {Object::Kind::pin, random_.of(pinsOfCell)};
     }
 
-    // The same places by other objects: a pin by its cell, a cell by a pin. Points in an order stay.
+    // Names the same places by other objects: a pin by its cell, a cell by a pin. Points in an order are not
+    // changed.
     void nameOtherwise(Exception& e) {
         const auto cellOf = [&](const Object& o) {
             return o.kind == Object::Kind::pin    ? d_.pins[at(o.index)].cell
@@ -261,8 +262,8 @@ private:
             d_.exceptions.resize(before);
     }
 
-    // Whether the exceptions from the given one on leave nothing open, and name no path of others where that
-    // is asked.
+    // Whether the exceptions from the given one on leave nothing open and, if the mode asks for it, name no
+    // path that others name.
     bool fits(std::size_t first) {
         if (shape_.exceptions == ExceptionMode::overlapping)
             return leaveNothingOpen(first);
@@ -279,7 +280,7 @@ private:
         return true;
     }
 
-    // The others are put aside meanwhile: they have no part in it.
+    // Judges only the exceptions from the given one on; the earlier ones are set aside meanwhile.
     bool leaveNothingOpen(std::size_t first) {
         const auto isDelay = [](const Exception& e) {
             return e.kind == Kind::maximumDelay || e.kind == Kind::minimumDelay;

@@ -1,4 +1,4 @@
-// The last part of the generator: exceptions over a design whose clocks and port delays are there.
+// The last part of the generator: exceptions for a design that has clocks and port delays.
 #pragma once
 
 #include "GenerateNetlist.h"

@@ -39,12 +39,13 @@ private:
         return none;
     }
 
-    // A new input that sets off the cell's output, joined to an output that this one leads to.
+    // Adds an input with an arc to the cell's output, and connects it to an output that the cell's output
+    // reaches.
     bool join(int cell, bool clock) {
         const int output = outputOf(cell);
         const int driver = random_.of(drivenBy(output, clock));
         if (driver == output && d_.pins[at(output)].net == none)
-            return false; // leads nowhere
+            return false; // no fan-out
         const int input = static_cast<int>(d_.pins.size());
         d_.pins.push_back(
             {"L" + std::to_string(d_.cells[at(cell)].pins.size()), cell, Direction::input, none});
@@ -57,7 +58,7 @@ private:
         return true;
     }
 
-    // Outputs of gates that an output leads to, and itself.
+    // Outputs of gates that an output reaches, and the output itself.
     std::vector<int> drivenBy(int output, bool clock) const {
         std::vector<int> open{output}, found{output};
         std::vector<bool> seen(d_.pins.size());
@@ -90,7 +91,8 @@ private:
     Design& d_;
 };
 
-// Whether no more paths than the limit pass no pin twice, and no more walks than some times that.
+// Whether at most `limit` paths pass no pin twice, and the search takes at most a multiple of that many
+// steps.
 bool hasFewPaths(const Design& d, int limit) {
     constexpr long walksForAPath = 20;
     std::vector<std::vector<int>> next(d.pins.size());

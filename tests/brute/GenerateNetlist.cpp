@@ -78,7 +78,7 @@ private:
         design().arcs.push_back({kind, from, to, edge, values(least, greatest)});
     }
 
-    // A gate with its inputs connected; gives the output pin.
+    // Adds a gate with its inputs connected. Returns the output pin.
     int gate(const std::string& name, const std::string& type, const std::vector<int>& inputs) {
         static const std::vector<std::string> names{"A", "B", "C"};
         const int made = cell(name, type);
@@ -93,7 +93,7 @@ private:
         return out;
     }
 
-    // A pad passes its port on; nothing is written of its delays.
+    // A pad passes its port on. Its delays are not written.
     int inputPad(int from) {
         const int made = cell(design().pins[at(from)].name + "$io", "SB_IO");
         const int package = pin(made, "PACKAGE_PIN", Direction::inout);
@@ -142,7 +142,7 @@ private:
         const int count = random_.between(shape_.minimumRegisters, shape_.maximumRegisters);
         for (int i = 0; i < count; ++i) {
             makeRegister(i);
-            if (random_.chance(8)) // data gates a clock
+            if (random_.chance(8)) // data is an input of a clock gate
                 taps_.push_back(gate("ckgate" + std::to_string(clockGates_++), "CKGATE",
                                      {random_.of(taps_), random_.of(signals_)}));
             if (random_.chance(15) && s_.dividers.size() < 3)
@@ -260,8 +260,8 @@ private:
         }
     }
 
-    // Second outputs of registers and gates, to which nothing is connected. Of all open outputs that have a
-    // delay, netlists leave out some.
+    // Adds second outputs of registers and gates, which are not connected. Netlists leave out some of all
+    // open outputs that have a delay.
     void openOutputs() {
         for (const std::vector<int>* cells : {&s_.registers, &s_.gates})
             for (const int owner : *cells)
@@ -274,7 +274,7 @@ private:
         }
     }
 
-    // With delays like those of the first.
+    // Has delays like those of the first output.
     void secondOutput(int owner) {
         const int out = pin(owner, "OPEN", Direction::output);
         const std::size_t known = design().arcs.size();
@@ -294,8 +294,8 @@ private:
     Random& random_;
     const Shape& shape_;
     Skeleton s_;
-    std::vector<int> taps_;    // where a clock pin may hang
-    std::vector<int> signals_; // where a data pin may hang
+    std::vector<int> taps_;    // pins that can drive a clock pin
+    std::vector<int> signals_; // pins that can drive a data pin
     std::vector<int> open_;    // data pins without a driver yet
     Divider lastRegister_;
     int clockGates_ = 0;

@@ -1,4 +1,4 @@
-// The first half of the generator: a netlist with delays, and what it knows of its own clock networks.
+// The first half of the generator: a netlist with delays, and what is known of its clock networks.
 #pragma once
 
 #include "Generate.h"
@@ -8,7 +8,7 @@ namespace Brute {
 
 struct Divider {
     int clockPin = none; // of the register
-    int output = none;   // its output, or that of the buffer behind it: where the clock begins
+    int output = none;   // its output, or that of the buffer behind it: the source of the clock
 };
 
 struct Skeleton {

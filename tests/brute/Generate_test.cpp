@@ -1,4 +1,4 @@
-// The generator: the same design for the same seed, no cycles, few paths, and everything comes up somewhere.
+// The generator: the same design for the same seed, no cycles, few paths, and every feature occurs somewhere.
 #include "Analyse.h"
 #include "Generate.h"
 #include "Write.h"
@@ -37,7 +37,7 @@ TEST(Generate, TheSameSeedGivesTheSameFiles) {
     EXPECT_NE(writeSdf(designOf(1)), writeSdf(designOf(2)));
 }
 
-// Pins in an order in which every arc goes forward: there is one where nothing runs in a circle.
+// Whether the pins can be ordered so that every arc goes forward.
 bool isAcyclic(const Design& d) {
     std::vector<int> incoming(d.pins.size());
     for (const Arc& arc : d.arcs)
@@ -148,8 +148,8 @@ struct Seen {
     bool start(DataPath::Start kind) const {
         return any(namings, [&](const Naming& n) { return n.path->start == kind && n.launch.clock != none; });
     }
-    // Whether a port without a clock is an end of a path under a delay; with a delay of its own, or with
-    // none.
+    // Whether a port without a clock is an end of a path under a delay exception. `delayed`: whether the port
+    // has a delay of its own.
     bool timedPort(bool input, bool delayed) const {
         return any(namings, [&](const Naming& n) {
             const int pin = input ? n.path->pins.front() : n.path->pins.back();
@@ -170,7 +170,7 @@ struct Seen {
                    });
         });
     }
-    // Whether two exceptions of a kind name one end by a cell and by a pin of it.
+    // Whether two exceptions of a kind name the same end, one by a cell and the other by a pin of it.
     bool byCellAndPin(std::vector<Object> Exception::*end) const {
         return exception([&](const Exception& a) {
             return any(a.*end, [&](const Object& cell) {
@@ -183,7 +183,7 @@ struct Seen {
             });
         });
     }
-    // Likewise a point between, by another kind of object and by a pin that belongs to it.
+    // Likewise for a through point: one by another kind of object, the other by a pin that belongs to it.
     bool throughBoth(Object::Kind kind, const std::function<int(int)>& ownerOf) const {
         return exception([&](const Exception& a) {
             return a.through.size() == 1 && any(a.through[0], [&](const Object& owner) {

@@ -1,5 +1,5 @@
-// The order in which files list cells, delays, checks and nets decides nothing: designs with many equal
-// delays are written in two orders, and the reports must be the same, byte for byte.
+// The order of cells, delays, checks and nets in the files has no influence: designs with many equal delays
+// are written in two orders, and the reports must be the same, byte for byte.
 //
 // VORLEN_SEED and VORLEN_DESIGNS choose other designs and another number of them.
 #include "Generate.h"
@@ -38,7 +38,7 @@ void shuffle(std::vector<T>& members, Random& random) {
                   members[static_cast<std::size_t>(random.between(0, static_cast<int>(i) - 1))]);
 }
 
-// Shuffles, and tells where each member went.
+// Shuffles the members, and returns the new place of each one.
 template <class T>
 std::vector<int> shuffleKnown(std::vector<T>& members, Random& random) {
     std::vector<int> order(members.size());
@@ -68,7 +68,7 @@ void equalize(Brute::Design& design, Random& random) {
                 *value = same(50);
 }
 
-// The same design for the writers of delays and netlists; its constraints are those of before.
+// The same design in another order, for the writers of delays and netlists. Its constraints are unchanged.
 Brute::Design reordered(Brute::Design design, Random& random) {
     const std::vector<int> cells = shuffleKnown(design.cells, random),
                            nets = shuffleKnown(design.nets, random);
@@ -128,7 +128,7 @@ std::string difference(const std::string& a, const std::string& b) {
 }
 
 TEST(Order, OfTheFilesDecidesNothing) {
-    constexpr std::uint64_t designs = 600, share = 5; // of the designs of other tests: each runs many times
+    constexpr std::uint64_t designs = 600, share = 5; // fewer: each design runs many times
     const std::uint64_t first = number("VORLEN_SEED", 1),
                         count = std::max<std::uint64_t>(number("VORLEN_DESIGNS", designs * share) / share, 1);
     std::cout << "seeds " << first << " to " << first + count - 1 << "\n";
@@ -137,7 +137,7 @@ TEST(Order, OfTheFilesDecidesNothing) {
     for (std::uint64_t seed = first; seed < first + count && !HasFailure(); ++seed) {
         Random random(seed);
         Brute::Shape shape;
-        shape.maximumRegisters = 6; // and many gates: ways that part and meet again
+        shape.maximumRegisters = 6; // and many gates: ways that separate and meet again
         shape.minimumGates = 10;
         shape.maximumGates = 35;
         shape.maximumClocks = 3;
@@ -147,9 +147,9 @@ TEST(Order, OfTheFilesDecidesNothing) {
         auto netlist = static_cast<Netlist>(seed % 3);
         if (netlist != Netlist::json &&
             !std::ranges::none_of(design.arcs, &Brute::Values::empty, &Brute::Arc::values))
-            netlist = Netlist::json; // the delays do not tell all directions
+            netlist = Netlist::json; // the delays do not show all directions
         equalize(design, random);
-        const std::string sdc = seed % 7 == 0 ? "" : writeSdc(design); // without: clocks at the roots
+        const std::string sdc = seed % 7 == 0 ? "" : writeSdc(design); // none: clocks at the roots
         const std::string expected = reportOf(folder, design, sdc, netlist, ties);
         const std::string found = reportOf(folder, reordered(design, random), sdc, netlist, ties);
         EXPECT_TRUE(found == expected) << "seed " << seed << ", " << difference(expected, found);
@@ -159,7 +159,7 @@ TEST(Order, OfTheFilesDecidesNothing) {
 
 // --- By hand ---
 
-// Two ways of one length from a to b, through cells in the given order.
+// Two ways of equal length from a to b, through cells in the given order.
 std::string twoWays(const std::vector<std::string>& gates) {
     std::string wires = "(INTERCONNECT clk a/C (0))(INTERCONNECT clk b/C (0))(INTERCONNECT m/Z b/D (5))",
                 cells;

@@ -41,7 +41,7 @@ private:
         goOn();
     }
 
-    // One start for each clock-to-output arc. An arc without an edge works on that of the checks.
+    // One start per clock-to-output arc. An arc without an edge works on the edge of the checks.
     void startRegister(int clockPin) {
         for (int index : arcs_[at(clockPin)]) {
             const Arc& arc = design_.arcs[at(index)];
@@ -99,7 +99,7 @@ private:
     std::vector<DataPath> paths_;
 };
 
-// One entry of a port: the values against one edge of one clock.
+// One entry of a port: the values relative to one edge of one clock.
 struct Entry {
     int clock = none;
     bool fall = false;
@@ -115,14 +115,14 @@ bool give(std::optional<int>& place, int value, bool keepGreater, bool merge) {
 
 std::vector<Entry> portEntries(const Design& design, const Clocks& clocks, int port, bool input) {
     std::vector<const PortDelay*> commands;
-    for (bool early : {true, false}) // as they stand in the file
+    for (bool early : {true, false}) // in the order of the file
         for (const PortDelay& d : design.portDelays)
             if (d.early == early && d.port == port && d.input == input)
                 commands.push_back(&d);
     std::vector<Entry> entries;
     for (const PortDelay* d : commands) {
         const int clock = d->clock == none ? none : clocks.liveOf[at(d->clock)];
-        if (d->clock != none && clock == none) { // lost with its clock, but not before it replaced others
+        if (d->clock != none && clock == none) { // dropped with its clock, but it has replaced others first
             if (!d->add)
                 entries.clear();
             continue;

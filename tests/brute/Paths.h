@@ -1,8 +1,8 @@
-// Every data path of a design, pin by pin, and who launches and who captures it.
+// Every data path of a design, pin by pin, with its launches and captures.
 //
 // A path starts at a register's clock pin, at an input port or at a clock's own source pin, and ends at a
-// checked pin or an output port. It never runs into the target of a clock, and passes no pin twice. The list
-// is complete: its length is the cost.
+// checked pin or an output port. It never enters the target of a clock, and passes no pin twice. The list is
+// complete: its length is the cost.
 #pragma once
 
 #include "Clocks.h"
@@ -14,30 +14,30 @@ struct DataPath {
     Start start = Start::port;
     Edge startEdge = Edge::rise; // of a register
     std::vector<int> pins;       // start to end
-    std::vector<int>
-        nets; // as many as pins less one: the net from this pin to the next, or none through a cell
+    std::vector<int> nets; // one less than pins: the net from this pin to the next, or none through a cell
     Interval delay;
 };
 
 std::vector<DataPath> listPaths(const Design& design, const Clocks& clocks, const Options& options);
 
-// What sets a path off. Sides that a port delay does not give are absent. A port without a delay, or with one
-// without a clock, has no clock.
+// What launches a path. Sides that a port delay does not set have no value. A port has no clock if it has no
+// delay, or a delay without a clock.
 struct Launch {
     int clock = none; // into Clocks::live
     bool fall = false;
     std::optional<int> early, late; // after the clock edge
-    Interval latency;               // what of it is the clock's
-    bool unclocked = false;         // a register that no clock reaches: nothing is timed
+    Interval latency;               // the clock's part of it
+    bool unclocked = false;         // a register that no clock reaches: its paths are not timed
 };
 std::vector<Launch> launches(const Design& design, const Clocks& clocks, const DataPath& path);
 
-// What a path must meet: after (setup) or before (hold) the capture edge. Absent: that side is not checked.
+// What a path must meet: after (setup) or before (hold) the capture edge. A side without a value is not
+// checked.
 struct Capture {
     int clock = none;
     bool fall = false;
     Interval latency;
-    std::optional<int> setup, hold; // an output port's: its maximum delay, and minus its minimum
+    std::optional<int> setup, hold; // for an output port: its maximum delay, and minus its minimum
     bool unclocked = false;
 };
 std::vector<Capture> captures(const Design& design, const Clocks& clocks, const DataPath& path,

@@ -1,4 +1,4 @@
-// Random numbers that are the same everywhere.
+// Random numbers that are the same on every machine and with every compiler.
 #pragma once
 
 #include <cstdint>
@@ -16,7 +16,7 @@ public:
         z = (z ^ (z >> 27)) * 0x94d049bb133111ebu;
         return z ^ (z >> 31);
     }
-    int between(int least, int greatest) { // both may come
+    int between(int least, int greatest) { // both bounds are possible
         return least + static_cast<int>(next() % static_cast<std::uint64_t>(greatest - least + 1));
     }
     bool chance(int percent) { return between(1, 100) <= percent; }

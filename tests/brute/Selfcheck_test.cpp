@@ -42,7 +42,7 @@ TEST(Plain, RegisterToRegister) {
     EXPECT_EQ(bench.setup("out"), untimed);
 }
 
-// A routed design of two registers, its slacks computed elsewhere.
+// A routed design of two registers, with slacks computed elsewhere.
 TEST(Plain, TwoRoutedRegisters) {
     Bench bench(5000);
     bench.d.clocks.pop_back();
@@ -116,7 +116,7 @@ TEST(Plain, ClockPathsAreIntervalsAndNothingIsGivenBack) {
     bench.options.propagated = false;
     EXPECT_EQ(bench.setup("r1/D"), 9000);
 
-    Bench shared; // one wire to both: what they share counts against them
+    Bench shared; // one wire to both registers: the shared delay counts against them
     shared.d.clocks[0].targets = {shared.at("clkA")};
     shared.d.clocks.pop_back();
     shared.wire(shared.at("clkA"), shared.at("clkB"), 0);

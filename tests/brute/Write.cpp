@@ -133,7 +133,7 @@ private:
         }
     }
 
-    // One query for each kind; a list of them where there are several kinds.
+    // One query per kind of object; a list of queries if there are several kinds.
     std::string list(const std::vector<Object>& objects) const {
         static const std::map<Object::Kind, std::string> queries{{Object::Kind::clock, "get_clocks"},
                                                                  {Object::Kind::port, "get_ports"},
@@ -269,7 +269,7 @@ private:
 
 // --- Netlists ---
 
-// Bits of a vector port by its name: "in[3]" is bit 3 of "in".
+// Bits of a vector port, from their names: "in[3]" is bit 3 of "in".
 struct Vector {
     Direction direction = Direction::input;
     std::map<int, int> bits; // bit to pin
@@ -297,7 +297,7 @@ const char* text(Direction direction) {
 
 std::string quoted(const std::string& name) { return "\"" + name + "\""; }
 
-// A net's wires joined to a port keep a bit for each port, so that two ports on one net are one bit.
+// The net's wires are joined, but each port keeps its own bit, so two ports on one net are one bit.
 std::string bit(const Design& d, int pin) {
     constexpr int firstBit = 2;
     const int net = d.pins[at(pin)].net;

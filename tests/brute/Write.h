@@ -12,7 +12,7 @@ std::string writeSdc(const Design& design);     // nanoseconds
 std::string writeJson(const Design& design);    // a flat netlist with port directions and connections
 std::string writeVerilog(const Design& design); // structural
 
-// "1.250": nanoseconds of a time in picoseconds.
+// A time in picoseconds as nanoseconds: 1250 is "1.250".
 std::string nanoseconds(long picoseconds);
 
 } // namespace Brute

@@ -1,9 +1,10 @@
-// Writes a random design and what it must come to.
+// Writes a random design and its expected results.
 // usage: dump SEED DIRECTORY none|single|overlapping [min|typ|max|minmax] [propagated|ideal] [nopads]
-//   DIRECTORY gets d.sdf, d.sdc, d.json, d.v and expected.csv: one line for each end point with a slack, in
-//   byte order, endpoint,setup_ps,hold_ps,setup_pairs,hold_pairs; a pair is launch>capture#exception (counted
-//   from 0), - is none. "nopads" leaves out what only a netlist with directions tells: pads, and connections
-//   without a delay.
+//
+// DIRECTORY gets d.sdf, d.sdc, d.json, d.v and expected.csv: one line per end point with a slack, in byte
+// order: endpoint,setup_ps,hold_ps,setup_pairs,hold_pairs. A pair is launch>capture#exception (counted from
+// 0), and - is none. "nopads" leaves out what only a netlist with directions shows: pads, and connections
+// without a delay.
 #include "Analyse.h"
 #include "Generate.h"
 #include "Write.h"
