@@ -3,7 +3,7 @@
 
 namespace Contract {
 
-// So many since the program began.
+// Returns the number of allocations since the program began.
 unsigned long getAllocationCount();
 
 } // namespace Contract

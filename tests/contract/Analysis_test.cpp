@@ -1,4 +1,4 @@
-// What an analysis asks the database for and writes into it: settings, exceptions, domains, clocks, ports,
+// What an analysis reads from the database and writes into it: settings, exceptions, domains, clocks, ports,
 // paths.
 #include "CollectionChecks.h"
 #include "Design.h"
@@ -74,7 +74,7 @@ TEST_F(Analysis, ConstrainedPathsByKindAndMask) {
     unsigned long bits = 1;
     for (CPath* path : analyzer->getCPaths())
         path->setPseudoMask(PseudoMask(std::exchange(bits, bits << 1)));
-    multicycle->setPseudoMask(PseudoMask(0b101000)); // a mask of two bits is met by either
+    multicycle->setPseudoMask(PseudoMask(0b101000)); // a mask with either bit matches it
     struct {
         unsigned long mask;
         std::vector<CPath*> paths;
@@ -317,7 +317,7 @@ TEST_F(Analysis, PortConstraints) {
     EXPECT_EQ(found.getClockMode().getCode(), ClockMode::Rising);
     EXPECT_EQ(int(found.getMinimum()), 2);
     EXPECT_EQ(int(found.getMaximum()), 5);
-    // Not defined, not there, on the other side, null: the constraint stays as it is.
+    // The pole is not constrained, no port, on the other side, or null: the constraint is not changed.
     EXPECT_FALSE(analyzer->hasInputConstraint(free, found));
     EXPECT_FALSE(analyzer->hasInputConstraint(out, found));
     EXPECT_FALSE(analyzer->hasInputConstraint(nullptr, found));

@@ -1,4 +1,4 @@
-// One row of the collection tables, and what must hold for it whatever its kind.
+// One row of the collection tables, and the checks that hold for a collection of any kind.
 #pragma once
 
 #include "Ruvex/Collections.h"
@@ -63,7 +63,7 @@ void checkQueries(const CollectionRow<T>& row) {
     EXPECT_EQ(c._getLabel(), row.label);
 }
 
-// The three orders, and the end of a walk.
+// The three orders, and the state behind the last element.
 template <class T>
 void checkWalks(const CollectionRow<T>& row) {
     const std::vector<T> reversed(row.expected.rbegin(), row.expected.rend());
@@ -89,8 +89,8 @@ void checkWalks(const CollectionRow<T>& row) {
     }
 }
 
-// A clone of a collection is as good as the original; a clone of a locator goes on from the same place, by
-// itself.
+// A clone of a collection has the same elements. A clone of a locator continues at the same place,
+// independently of the original.
 template <class T>
 void checkClones(const CollectionRow<T>& row) {
     {

@@ -1,4 +1,5 @@
-// Collections of every kind: what each holds and in which order, with none, one and several elements.
+// Collections of every kind: which elements they hold and in which order, with none, one and several
+// elements.
 #include "CollectionChecks.h"
 
 #include <memory>
@@ -58,7 +59,7 @@ using Tail = TailCollection<int>;
 using From = FromCollection<int>;
 using Reverse = ReverseCollection<int>;
 
-// An adapter of an adapter of its own kind goes by way of a collection: straight, it would be a copy.
+// An adapter of an adapter of its own kind is made from a collection: made directly, it would be a copy.
 std::vector<CollectionRow<int>> adapterRows() {
     const Containers& c = containers();
     const Collection<int> none = c.list(0), one = c.list(1), three = c.list(3), null{};
@@ -221,8 +222,8 @@ TEST(Collections, RandomHoldsTheSameElements) {
     }
 }
 
-// By seed the same order again, and in the long run every order alike often: 6 orders of 3 elements, 6000
-// draws, each within 1000 +- 150 (five standard deviations).
+// The same seed has the same order. In the long run all orders are equally frequent: 6 orders of 3 elements,
+// 6000 draws, each within 1000 +- 150 (five standard deviations).
 TEST(Collections, RandomOrderFollowsTheSeed) {
     const Collection<int> random = RandomCollection<int>(containers().list(3));
     const auto draw = [&random](unsigned long seed) {
@@ -292,7 +293,7 @@ TEST(Collections, AreViewsOfTheLiveContainer) {
     EXPECT_EQ(walk(own), Numbers{1});
 }
 
-// A list may lose what a walk has passed.
+// An element that a walk has passed may be removed from the list.
 TEST(Collections, ListElementsMayGoBehindTheWalk) {
     std::list<int> list{1, 2, 3, 4};
     Numbers seen;

@@ -1,4 +1,4 @@
-// The console: levels, labels, indentation, timers, colour, where messages go, and the recorder.
+// The console: levels, labels, indentation, timers, colour, the output of messages, and the recorder.
 #include "Recorder.h"
 
 #include "Ruvex/Console.h"
@@ -24,7 +24,7 @@ using namespace Ruvex;
 using Level = Console::Level;
 using Color = Console::Color;
 
-// The console writing into a text, as it was again at the end.
+// The console writing into a text. The destructor restores its settings.
 class Written {
 public:
     Written() : indentation_(console.getIndentation()) { console.setOutput(&text_); }
@@ -232,14 +232,14 @@ TEST(Console, OutputsInTurn) {
     EXPECT_EQ(second.str(), "c\n");
 }
 
-// The line that the console writes while standard error is the given descriptor, read from `readEnd`.
+// Returns the line that the console writes while standard error is the given descriptor, read from `readEnd`.
 std::string writtenTo(int descriptor, int readEnd) {
     const int before = dup(STDERR_FILENO);
     dup2(descriptor, STDERR_FILENO);
     console.warning("t", "");
     dup2(before, STDERR_FILENO);
     close(before);
-    // A terminal may hand a line over in pieces.
+    // A terminal may deliver a line in pieces.
     std::string line;
     pollfd ready{readEnd, POLLIN, 0};
     while ((line.empty() || line.back() != '\n') && poll(&ready, 1, 10000) == 1) {

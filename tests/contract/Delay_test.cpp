@@ -1,4 +1,4 @@
-// Delays: arithmetic and order over all pairs of special values and edges of the ordinary range, against a
+// Delays: arithmetic and order over all pairs of special values and bounds of the ordinary range, against a
 // plain reference that computes in 64 bits.
 #include "Pelko/Delay.h"
 
@@ -20,14 +20,14 @@ constexpr int U = -2147483647 - 1; // undefined
 constexpr int m = -2147483647;     // minimum
 constexpr int M = 2147483647;      // maximum
 
-// Specials, both ends of the ordinary range, halves whose sums meet them, and everyday values; ascending.
+// Specials, both bounds of the ordinary range, halves whose sums reach them, and everyday values; ascending.
 const std::vector<int> edges{
     U, m, m + 1, m + 2,      -1073741825, -1073741824, -1073741823, -1000, -2,    -1, 0,
     1, 2, 1000,  1073741822, 1073741823,  1073741824,  1073741825,  M - 2, M - 1, M};
 
 // --- The reference ---
 
-// A value is no value, below all numbers, a number, or above all numbers.
+// A value is undefined, below all numbers, a number, or above all numbers.
 struct Wide {
     enum Kind { No, Below, Number, Above } kind;
     std::int64_t number;
@@ -114,7 +114,7 @@ TEST(Delay, Specials) {
     }
 }
 
-// By hand, so that the reference has a witness of its own.
+// Worked out by hand, to check the reference as well.
 TEST(Delay, Sums) {
     struct {
         int a, b, sum, difference;
@@ -221,7 +221,7 @@ TEST(Delay, IsAValueOfTheFramework) {
     static_assert(std::is_base_of_v<Ruvex::Stuff, Delay>);
     static_assert(std::has_virtual_destructor_v<Delay>);
     static_assert(std::is_constructible_v<Delay, int> && std::is_constructible_v<int, Delay>);
-    // A bare integer never passes for a time, nor a time for an integer.
+    // No implicit conversion between an integer and a time.
     static_assert(!std::is_convertible_v<int, Delay> && !std::is_convertible_v<Delay, int>);
     const std::unique_ptr<Ruvex::Stuff> stuff = std::make_unique<Delay>(7);
     EXPECT_EQ(stuff->_getLabel(), "7");

@@ -1,7 +1,8 @@
-// What a host supplies so that this suite can run on it: how a design is built, and its constraints are set.
-// All that an analysis itself uses, and what reads its results back, is called by its own name in the tests.
+// What a host supplies so that this suite can run on it: operations that build a design and set its
+// constraints. The tests call everything that an analysis itself uses, or that reads its results back,
+// directly.
 //
-// To run the suite on another host, implement this class against it in the place of ModelDesign.cpp.
+// To run the suite on another host, implement this class for it and replace ModelDesign.cpp.
 #pragma once
 
 #include "Pelko/Analyzer.h"
@@ -21,19 +22,23 @@ class Design {
 public:
     using PoleList = std::vector<Pelko::Pole*>;
 
-    // An empty design as the globals cell, analyzer and application; it ends with the object.
+    // Creates an empty design as the globals cell, analyzer and application, which are destroyed with the
+    // object.
     static std::unique_ptr<Design> create();
     virtual ~Design() = default;
 
-    // Poles: of no kind | input and initial | output and terminal | clock source and initial.
+    // A pole of no kind.
     virtual Pelko::Pole* addPole(const std::string& name) = 0;
+    // An input port; initial.
     virtual Pelko::Pole* addInput(const std::string& name) = 0;
+    // An output port; terminal.
     virtual Pelko::Pole* addOutput(const std::string& name) = 0;
+    // A clock source; initial.
     virtual Pelko::Pole* addClockSource(const std::string& name) = 0;
-    // The main pole of a pin of its own, clock and initial.
+    // A clock pole; initial. It is the main pole of a new pin.
     virtual Pelko::Pole* addClock(const std::string& name, const Pelko::ClockMode& mode) = 0;
-    // The data side of a setup and hold check at that clock pole: an auxiliary pole of its pin, check and
-    // terminal.
+    // The data side of a setup and hold check at that clock pole: a check; terminal. It is an auxiliary pole
+    // of the clock's pin.
     virtual Pelko::Pole* addCheck(Pelko::Pole* clock, const std::string& name) = 0;
     virtual Pelko::Edge* addEdge(Pelko::Pole* source, Pelko::Pole* target, int minimum, int maximum) = 0;
 
@@ -41,7 +46,7 @@ public:
     virtual Pelko::PLL* addPLL(const std::string& name, bool feedbackCompensation) = 0;
     virtual Pelko::WFG* addWFG(const std::string& name, bool feedback) = 0;
     virtual Pelko::Pin* addPin(Pelko::Instance* instance, const std::string& name) = 0;
-    // A net driven by one pin, and received by the others in this order.
+    // A net with one driver, and the receivers in this order.
     virtual Pelko::Net* addNet(Pelko::Pin* driver, const std::vector<Pelko::Pin*>& receivers) = 0;
 
     virtual void setClock(Pelko::Pole* root, int period, int shift, int highWidth, int lowWidth) = 0;

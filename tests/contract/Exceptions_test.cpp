@@ -1,4 +1,4 @@
-// The exception family: who is caught as whom, and what every exception tells.
+// The exception family: which handlers catch an exception, and which details every exception has.
 #include "Thrown.h"
 
 #include <gtest/gtest-spi.h>
@@ -25,8 +25,8 @@ bool isCaughtAs(const std::function<void()>& raise) {
     return false;
 }
 
-// By name: the exceptions that catch it, of Exception, Error, Critical, InternalError, InvalidRequest,
-// FactoryFailed, Fatal, Interruption.
+// Names the handlers that catch the exception, out of Exception, Error, Critical, InternalError,
+// InvalidRequest, FactoryFailed, Fatal, Interruption.
 std::string catchersOf(const std::function<void()>& raise) {
     std::string names;
     const auto note = [&names](bool caught, const char* name) {
@@ -126,7 +126,7 @@ TEST(Exceptions, Locate) {
     EXPECT_NE(located, (Place{"Tool", "analyze", 12}));
 }
 
-// The helper that checks exceptions must not be satisfied by less.
+// The helper that checks exceptions must not accept less.
 TEST(Exceptions, CheckedWhole) {
     static const auto expect = [](const std::type_info& kind, const char* message, unsigned line) {
         Support::expectThrown({"thrown",

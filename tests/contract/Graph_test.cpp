@@ -1,5 +1,4 @@
-// The graph as an analysis reads it: poles and their kinds, arcs and what is written on them, marks, pins,
-// PLLs.
+// The graph as an analysis reads it: poles and their kinds, arcs and their attributes, marks, pins, PLLs.
 #include "CollectionChecks.h"
 #include "Design.h"
 

@@ -1,4 +1,4 @@
-// What a walk over the graph costs: a loop over the arcs of a pole, or over the poles and arcs of the cell,
+// The cost of a walk over the graph: a loop over the arcs of a pole, or over the poles and arcs of the cell,
 // allocates nothing.
 #include "Allocations.h"
 #include "Design.h"
@@ -13,8 +13,7 @@ namespace {
 
 using namespace Pelko;
 
-// The allocations of an action. Static checks aside, the compiler may not remove them: they are calls of our
-// operator.
+// Counts the allocations of an action: the calls of this program's operator new.
 template <class Action>
 unsigned long countAllocations(Action action) {
     const unsigned long before = getAllocationCount();
@@ -24,7 +23,7 @@ unsigned long countAllocations(Action action) {
 
 class Iteration : public testing::Test {
 protected:
-    // A pole with so many arcs in and out, of which every third has been ended where there are to be holes.
+    // Adds a pole with `arcs` arcs in and as many out. If `holes`, every third of them is destroyed again.
     Pole* addHub(int arcs, bool holes) {
         Pole* hub = design_->addPole("hub");
         std::vector<Edge*> ended;
@@ -108,7 +107,7 @@ TEST_F(Iteration, QueriesOfArcsAllocateNothing) {
     EXPECT_EQ(found, first);
 }
 
-// The exceptions of a mask are asked for in the innermost loops.
+// The innermost loops read the exceptions of a mask.
 TEST_F(Iteration, OverExceptionsAllocatesNothing) {
     Pole* pole = design_->addPole("p");
     for (unsigned long i = 1; i <= 8; ++i)

@@ -1,4 +1,4 @@
-// The life of a database object: creation and end in their order, stamps, and the order by stamp.
+// The life of a database object: creation and destruction in their order, stamps, and the order by stamp.
 #include "Design.h"
 #include "Thrown.h"
 
@@ -12,7 +12,7 @@ namespace {
 using namespace Pelko;
 using Log = std::vector<std::string>;
 
-// An object of a host's own, or of an engine's: it notes what happens to it.
+// A class of a host or of an engine. It records each step of its life.
 class Probe : public Object {
 public:
     static Probe* create(Log& log, bool refused = false, bool destroyable = true) {
@@ -158,7 +158,7 @@ TEST(Stamps, NullComesFirst) {
     EXPECT_EQ(map.rbegin()->second, 3);
 }
 
-// A place in memory is used again, a stamp never: whoever comes later is later.
+// An address in memory is used again, a stamp never: an object that is created later has a greater stamp.
 TEST(Stamps, DoNotFollowAddresses) {
     const auto design = Design::create();
     std::vector<Pole*> poles;

@@ -1,4 +1,4 @@
-// Records and slots: what a debugging view is shown of values, maps and objects.
+// Records and slots: what a debugging view displays of values, maps and objects.
 #include "Design.h"
 #include "Recorder.h"
 

@@ -1,4 +1,4 @@
-// The registry of tools: a tool is known by its name while it lives, and a name is given once.
+// The registry of tools: a tool is found by its name while it lives, and no two tools have the same name.
 #include "Recorder.h"
 #include "Thrown.h"
 

@@ -59,7 +59,7 @@ TEST(Random, RepeatsBySeed) {
     setRandomSeed(getDefaultSeed());
 }
 
-// All 64 bits take part: each is set in about half of 2000 values (within six standard deviations).
+// Every one of the 64 bits is set in about half of 2000 values (within six standard deviations).
 TEST(Random, UsesAllBits) {
     setRandomSeed(getDefaultSeed());
     std::vector<int> counts(64);
@@ -83,7 +83,7 @@ TEST(Text, Lowered) {
         {"ABCXYZ", "abcxyz"},
         {"abcxyz", "abcxyz"},
         {"@[`{ 09-_/[]", "@[`{ 09-_/[]"},
-        {"\xC3\x84 \xC3\xA4", "\xC3\x84 \xC3\xA4"}, // other letters stay as they are
+        {"\xC3\x84 \xC3\xA4", "\xC3\x84 \xC3\xA4"}, // letters outside ASCII are not changed
         {"A\tB\nC", "a\tb\nc"},
     };
     for (const auto& [text, lowered] : rows)

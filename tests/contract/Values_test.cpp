@@ -180,7 +180,7 @@ TEST(Values, AreValuesOfTheFramework) {
     check(std::type_identity<ClockMode>());
     check(std::type_identity<AnalysisMode>());
     check(std::type_identity<IOConstraint>());
-    // A bare integer never passes for a set of classes.
+    // No implicit conversion between an integer and a set of classes.
     static_assert(!std::is_convertible_v<unsigned long, PseudoMask>);
 }
 
