@@ -1,6 +1,6 @@
-// The making of each object of the database, and each of the analyzer's constraints, with an allocation
-// failing, one after the other: nothing has changed then, the same call can be made again, and in the end the
-// model is what it is without faults.
+// The creation of each object of the database, and of each of the analyzer's constraints, with one allocation
+// after the other failing. After a failure nothing has changed and the same call can be made again. In the
+// end the model is the same as without faults.
 #include "Allocator.h"
 
 #include "Pelko/CPath.h"
@@ -127,7 +127,7 @@ std::string textOfInstance(const char* name) {
     return text;
 }
 
-// All that can be asked for, what refers to it included.
+// All that can be read, including the references between objects.
 std::string textOfModel() {
     std::string text;
     for (Pole* pole : cell->getPoles())
@@ -169,7 +169,7 @@ CPath::Objects objects() { return {{pole("in")}, {pole("out")}}; }
 
 Pelko::Edges arcs() { return Ruvex::VectorCollection<Edge*>({pole("out")->getIncomingEdge(pole("in"))}); }
 
-// Names are longer than a string's own room where it matters.
+// Names are longer than a string's internal buffer if an allocation for them must be able to fail.
 const Row rows[] = {
     {"an instance", [] { Instance::create(module(), "i"); }},
     {"a PLL", [] { PLL::create(module(), "pll"); }},
@@ -249,7 +249,8 @@ const Row rows[] = {
 
 // --- Failing ---
 
-// A model that the rows make: each is called again until no allocation fails. Says how many failed.
+// Builds a model from the rows: each is called again until no allocation fails. Returns the number of
+// failures.
 std::size_t build(bool failing, std::string& text) {
     std::size_t failures = 0;
     const Model model("design");
@@ -277,7 +278,7 @@ std::size_t build(bool failing, std::string& text) {
 TEST(Building, AnAllocationThatFailsChangesNothing) {
     std::string expected, text;
     build(false, expected);
-    build(true, text); // what is made at the first use is there now
+    build(true, text); // creates what is created on first use
     const std::size_t before = Faults::liveBlocks();
     const std::size_t failures = build(true, text);
     EXPECT_EQ(text, expected);
@@ -286,8 +287,8 @@ TEST(Building, AnAllocationThatFailsChangesNothing) {
     std::cout << failures << " failures\n";
 }
 
-// Qt does not get over an allocation that fails while it makes an application, so there is one; where it
-// cannot connect, it loses a block or two, so that they are not counted.
+// Qt does not survive an allocation that fails while it creates an application, so there is one from the
+// start. If Qt cannot connect, it leaks a block or two, so the blocks are not counted.
 TEST(Building, AModelThatCannotBeMadeLeavesNone) {
     int count = 1;
     char name[] = "building";

@@ -1,6 +1,6 @@
-// A fault at every place of a launch where one can be: at each processing of events, each object that a
-// listener hears of, each call of an adjuster, each allocation. The launch ends with its report, the database
-// is as usable as before, the next launch gives what a first one gives, and nothing leaks.
+// A fault at every possible place of a launch: at each processing of events, each call of a listener, each
+// call of an adjuster, each allocation. The launch reports the fault, the database is as usable as before,
+// the next launch has the results of a first one, and nothing leaks.
 //
 // VORLEN_SEED chooses other designs.
 #include "Allocator.h"
@@ -32,7 +32,7 @@ unsigned long firstSeed() {
     return text && *text ? std::strtoul(text, nullptr, 10) : 1;
 }
 
-// Designs that keep the contract, and begin as their first launch finds them.
+// Designs that keep the contract, and that are in the state before a first launch.
 oracle::Knobs knobs() {
     oracle::Knobs knobs;
     knobs.throwing = false;
@@ -42,7 +42,7 @@ oracle::Knobs knobs() {
     return knobs;
 }
 
-// A fault that is armed while it lives, and comes at the n-th opportunity.
+// A fault that is armed during its lifetime, and happens at the n-th opportunity.
 class Fault {
 public:
     virtual ~Fault() = default;
@@ -62,9 +62,9 @@ struct Seen {
     std::string console, state, marks;
 };
 
-// What a host does to launch as if for the first time: results go, and what no clearing of results undoes.
-// Domains that are there would be taken as they are, also those of a domain phase that was cut short, and
-// arcs that a launch has cut stay out of the next one's walks.
+// Brings the design back to the state before the first launch. Clearing the results is not enough: the next
+// launch would reuse existing domains, even those of an interrupted domain phase, and would not walk over
+// arcs that an earlier launch has cut.
 class Beginning {
 public:
     Beginning() {
@@ -95,9 +95,9 @@ Seen launch(Vorlen::Tool& tool, oracle::ConsoleRecorder& console) {
 
 [[noreturn]] void fail() { throw std::runtime_error("whatever"); }
 
-unsigned long adjustmentsLeft = 0; // until one fails; 0: none does
+unsigned long adjustmentsLeft = 0; // adjustments until one fails; 0: none fails
 
-// Every exception has an adjuster, without a record of what it did.
+// Every exception gets an adjuster that keeps no record of its calls.
 void prepare() {
     Pelko::application->setBatch(true);
     Pelko::analyzer->setVerbose(false);
@@ -117,7 +117,7 @@ Seen firstLaunch(unsigned long seed) {
     return launch(*tool, console);
 }
 
-// The lines that report errors, without their indentation: in debug mode phases indent.
+// The lines that report errors, without their indentation: it depends on the phase in debug mode.
 std::string errorsIn(const std::string& console) {
     std::string errors;
     std::istringstream lines(console);
@@ -127,7 +127,7 @@ std::string errorsIn(const std::string& console) {
     return errors;
 }
 
-// One launch with the n-th fault, and one after it. False where there is no n-th opportunity.
+// One launch with the n-th fault, and one after it. Returns false if there is no n-th opportunity.
 bool survives(unsigned long seed, unsigned long number, const Arm& arm, const std::string& report,
               const Seen& expected) {
     oracle::RandomDesign design(seed, knobs());
@@ -147,7 +147,7 @@ bool survives(unsigned long seed, unsigned long number, const Arm& arm, const st
     }
     EXPECT_FALSE(seen.completed);
     EXPECT_EQ(errorsIn(seen.console), report);
-    // The last phase marks the poles of failing arcs; all others clean up behind them.
+    // The last phase marks the poles of failing arcs; all other phases clear their marks.
     if (const std::string left = marks(); !left.empty()) {
         EXPECT_EQ(left, expected.marks);
     }
@@ -160,14 +160,14 @@ bool survives(unsigned long seed, unsigned long number, const Arm& arm, const st
     return true;
 }
 
-// All faults of one design, until there is no further place for one.
+// Runs all faults of one design, until there is no further opportunity. Returns their number.
 unsigned long everyFault(unsigned long seed, const Arm& arm, const std::string& report) {
     const Seen expected = firstLaunch(seed);
     EXPECT_TRUE(expected.completed);
     std::size_t before = Faults::liveBlocks();
     unsigned long number = 1;
     while (survives(seed, number, arm, report, expected) && !testing::Test::HasFailure()) {
-        if (number > 1) { // what is made once in a process is there now
+        if (number > 1) { // what is created once per process exists now
             EXPECT_EQ(Faults::liveBlocks(), before);
         }
         before = Faults::liveBlocks();
@@ -191,7 +191,7 @@ constexpr const char* strange = "Analyzing aborted [something strange...] (Tool,
 
 // --- The user stops the run ---
 
-// Lets every pump process events, and asks for the stop that the n-th one hears.
+// Lets every pump process events, and requests a stop that the n-th one obeys.
 class Stop final : public Fault {
 public:
     explicit Stop(unsigned long number) : number_(number) {
@@ -230,7 +230,7 @@ TEST(EveryFault, Interruption) {
 
 // --- The host throws ---
 
-// Throws when the n-th object comes or goes.
+// Throws when the n-th object is created or destroyed.
 class ListenerFails final : public Fault, private Pelko::ObjectListener {
 public:
     explicit ListenerFails(unsigned long number) : left_(number) { Pelko::Object::addListener(this); }
@@ -266,7 +266,8 @@ TEST(EveryFault, Adjuster) {
 
 // --- There is no memory ---
 
-// The n-th allocation fails. Armed when it is made, so its own comes before.
+// The n-th allocation fails. It is armed last in the construction, so that the fault's own allocations come
+// before.
 class NoMemory final : public Fault {
 public:
     explicit NoMemory(unsigned long number) { Faults::failAllocation(number); }

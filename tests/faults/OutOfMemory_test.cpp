@@ -1,8 +1,8 @@
-// The whole command on a small design, with an allocation failing, one after the other: it says so in one
-// line, ends with its status, and leaves no file but a whole report. Where it is thrown instead, as in a
-// program that reads files by the library, nothing is kept.
+// The whole command on a small design, with one allocation after the other failing: it reports the failure in
+// one line, exits with the status for it, and leaves no file except a complete report. If the failure is
+// thrown instead, as in a program that reads files with the library, no memory leaks.
 //
-// Each run is a process of its own, as the command is.
+// Each run has its own process, as the command has.
 #include "Allocator.h"
 #include "ProjectFiles.h"
 #include "cli/Command.h"
@@ -26,15 +26,15 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr unsigned long enough = 400; // of a run's allocations, for a test that tests something
+constexpr unsigned long enough = 400; // a run with fewer allocations would test too little
 
 class OutOfMemory : public testing::Test {
 protected:
-    // What a run tells of itself.
+    // What a run reports to the test.
     struct Told {
-        bool ended = false;   // the command came back
-        bool failed = false;  // there were so many allocations
-        std::size_t kept = 0; // of them
+        bool ended = false;   // the command returned
+        bool failed = false;  // the allocation was reached and failed
+        std::size_t kept = 0; // number of blocks that leaked
     };
 
     OutOfMemory()
@@ -52,7 +52,7 @@ protected:
 
     std::string write(const char* name, const char* text) const { return folder_.write(name, text); }
 
-    // Its status; -1 where it did not end by itself.
+    // Returns the exit status; -1 if the process was killed.
     int run(unsigned long failing) const {
         *told_ = {};
         const pid_t child = fork();
@@ -60,7 +60,7 @@ protected:
             redirect(STDOUT_FILENO, "/dev/null");
             redirect(STDERR_FILENO, "/dev/null");
             if (isThrown_)
-                Cli::runCommand(options_); // what is made at the first use is there
+                Cli::runCommand(options_); // creates what is created on first use
             else
                 Cli::handleLackOfMemory();
             redirect(STDERR_FILENO, messageFile().c_str());
@@ -84,7 +84,7 @@ protected:
         return std::distance(fs::directory_iterator(folder_.path()), fs::directory_iterator());
     }
 
-    // Every so many-th allocation fails. How many did; each as it must.
+    // Makes every step-th allocation fail, and checks each run. Returns the number of failures.
     unsigned long failEach(unsigned long step) const {
         unsigned long failures = 0;
         for (unsigned long number = 1; !HasFailure(); number += step) {
@@ -97,7 +97,7 @@ protected:
             }
             EXPECT_EQ(status, Cli::internalError);
             EXPECT_EQ(messages(), "vorlen: error: out of memory\n");
-            if (fs::exists(*options_.json)) { // when the text for the terminal failed
+            if (fs::exists(*options_.json)) { // it failed while printing to the terminal
                 EXPECT_EQ(textOf(*options_.json), report_);
                 fs::remove(*options_.json);
             }
@@ -109,8 +109,8 @@ protected:
     }
 
     Cli::Options options_;
-    std::string report_;    // the whole one
-    bool isThrown_ = false; // else it ends the process
+    std::string report_;    // the complete one
+    bool isThrown_ = false; // the failure is thrown; otherwise it exits the process
 
 private:
     static void redirect(int standard, const char* path) {
