@@ -1,4 +1,4 @@
-// The analyzer: settings, clocks, clock groups, port constraints and slacks, with their refusals.
+// The analyzer: settings, clocks, clock groups, port constraints and slacks; and which calls it rejects.
 #include "ModelTest.h"
 #include "Recorder.h"
 #include "Refused.h"
@@ -87,7 +87,7 @@ TEST_F(AnalyzerTest, Record) {
                           "  CPath: FPath cut\n");
 }
 
-// What has no rules of its own, and what has no slot.
+// The analyzer finds no issue of its own, and these values have no slot.
 TEST_F(AnalyzerTest, IsNoIssue) {
     Issue issue;
     analyzer->check(issue);
@@ -164,7 +164,7 @@ TEST_F(AnalyzerTest, DutyRatioOfAWaveform) {
         EXPECT_EQ(int(analyzer->getLowWidth(a_)), low);
     }
     for (unsigned long ratio : {1UL, 50UL, 99UL}) {
-        analyzer->setDutyRatio(b_, ratio); // also where there is no period
+        analyzer->setDutyRatio(b_, ratio); // also without a period
         EXPECT_EQ(analyzer->getDutyRatio(b_), ratio);
         EXPECT_FALSE(analyzer->getRequiredPeriod(b_).isDefined());
     }
@@ -185,10 +185,10 @@ TEST_F(AnalyzerTest, NullRootsAndRootsWithoutClock) {
         EXPECT_EQ(analyzer->getDutyRatio(root), 50u);
         EXPECT_FALSE(analyzer->hasPLLFeedbackDelay(root));
     }
-    EXPECT_FALSE(a_->isReferenced()); // asking leaves nothing behind
+    EXPECT_FALSE(a_->isReferenced()); // reading leaves nothing behind
 }
 
-// What is read is the measured feedback minus the latency of the source.
+// The value read is the measured feedback minus the latency of the source.
 TEST_F(AnalyzerTest, FeedbackAndSourceLatency) {
     struct {
         const char* what;

@@ -1,4 +1,4 @@
-// The application: batch flag, timer, and the stop request that ends a run from within the processing of
+// The application: batch flag, timer, and the stop request that interrupts a run during the processing of
 // events.
 #include "ModelTest.h"
 
@@ -20,7 +20,7 @@ namespace {
 
 const auto postedType = static_cast<QEvent::Type>(QEvent::User + 1);
 
-// Counts what is posted to it.
+// Counts the events that are posted to it.
 class Receiver : public QObject {
 public:
     bool event(QEvent* event) override {
@@ -37,7 +37,7 @@ public:
     std::function<void()> onEvent;
 };
 
-// Whether processing events was ended by a stop request.
+// Returns whether a stop request interrupted the processing of events.
 bool isStopped() {
     try {
         QCoreApplication::processEvents();
@@ -75,7 +75,7 @@ TEST_F(ApplicationTest, WithoutRequestEventsAreProcessed) {
     EXPECT_EQ(receiver_.received, 2);
 }
 
-// The request ends this processing before any event is taken; the next one delivers them.
+// The request interrupts this processing before any event is delivered; the next one delivers them.
 TEST_F(ApplicationTest, ARequestIsHeardOnce) {
     for (int round = 1; round <= 3; ++round) {
         receiver_.post();
@@ -99,8 +99,8 @@ TEST_F(ApplicationTest, ARequestIsTakenBack) {
     EXPECT_FALSE(isStopped());
 }
 
-// How a window's button asks: from an event handler. The events behind it are delivered, and the next
-// processing hears it.
+// A button in a window makes the request from an event handler. The events behind it are delivered, and the
+// next processing is interrupted.
 TEST_F(ApplicationTest, ARequestFromAnEventHandler) {
     receiver_.onEvent = [] { application->requestStop(); };
     receiver_.post();
@@ -133,7 +133,7 @@ TEST_F(ApplicationTest, ARequestFromAnotherThread) {
     EXPECT_FALSE(isStopped());
 }
 
-// Events that come later, or again while events are processed, find nothing broken.
+// Later events, and a nested processing of events, work as usual.
 TEST_F(ApplicationTest, NestedProcessingHearsIt) {
     bool nestedStopped = false;
     receiver_.onEvent = [&nestedStopped] {
@@ -159,12 +159,12 @@ TEST(ApplicationLife, ComesAndGoesWithTheModel) {
         EXPECT_NE(QCoreApplication::instance(), nullptr);
         application->requestStop();
         EXPECT_TRUE(isStopped());
-        application->requestStop(); // not heard any more
+        application->requestStop(); // has no effect any more
     }
     EXPECT_EQ(QCoreApplication::instance(), nullptr);
 }
 
-// Qt takes the locale from the environment once a process, so this looks at a process of its own.
+// Qt takes the locale from the environment once per process, so this test needs a new process.
 TEST(ApplicationLifeDeathTest, LeavesTheLocaleAlone) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const auto isKept = [] {

@@ -1,5 +1,5 @@
-// Timing exceptions: factories and their refusals, the classes that poles show, slack adjustments by kind and
-// side.
+// Timing exceptions: factories and the calls they reject, the classes that poles show, slack adjustments by
+// kind and side.
 #include "ModelTest.h"
 #include "Recorder.h"
 #include "Refused.h"
@@ -148,7 +148,7 @@ TEST_F(CPathTest, ClassesShowOnSourcesAndTargets) {
         EXPECT_EQ(opening(b_), row.openB);
         EXPECT_EQ(closing(b_), row.closeB);
         EXPECT_EQ(closing(a_), 0u);
-        EXPECT_EQ(opening(c_) | closing(c_), 0u); // a bridge shows nothing
+        EXPECT_EQ(opening(c_) | closing(c_), 0u); // a through point shows nothing
     }
     first->destroy();
     EXPECT_EQ(opening(a_) | closing(b_), 0u);
@@ -205,7 +205,8 @@ TEST_F(CPathTest, ClearResults) {
 
 // --- Slack adjustments ---
 
-// Of every kind on either side, in a subdomain with these relations and this period of the latch clock.
+// Exceptions of every kind on either side, in a subdomain with these relations and this period of the latch
+// clock.
 TEST_F(CPathTest, Adjustments) {
     Pole* launch = Pole::createClockSource(cell, "launch");
     Pole* latch = Pole::createClockSource(cell, "latch");
@@ -262,7 +263,7 @@ TEST_F(CPathTest, Adjustments) {
         EXPECT_EQ(int(row.path->getSlackAdjustment(subdomain, false)), row.shortest);
         subdomain->destroy();
     }
-    // Only the latch clock's period counts, and a port side has none.
+    // Only the latch clock's period counts, and a port side has no period.
     analyzer->setClock(launch, Delay(8), Delay(0), Delay(4), Delay(4));
     EXPECT_EQ(int(cycles(2)->getSlackAdjustment(addSubdomain(launch, nullptr), true)), 0);
     EXPECT_EQ(int(cycles(2)->getSlackAdjustment(addSubdomain(nullptr, launch), true)), 8);
@@ -282,7 +283,7 @@ TEST_F(CPathTest, AnApplicationAdjustsItself) {
     } const rows[] = {{here, true, highest}, {here, false, -3}, {elsewhere, true, 0}, {elsewhere, false, 0}};
     for (const auto& row : rows)
         EXPECT_EQ(int(path->getSlackAdjustment(row.subdomain, row.longest)), row.adjustment);
-    path->clearResults(); // the adjuster is a constraint
+    path->clearResults(); // the adjuster is a constraint, so it stays
     EXPECT_EQ(int(path->getSlackAdjustment(here, false)), -3);
     path->setAdjuster({});
     EXPECT_EQ(int(path->getSlackAdjustment(here, false)), highest);

@@ -1,4 +1,4 @@
-// The cell: dense indices, holes where objects have ended, the order of iteration, names.
+// The cell: dense indices, holes left by destroyed objects, the order of iteration, names.
 #include "ModelTest.h"
 #include "Refused.h"
 
@@ -88,7 +88,7 @@ TEST_F(CellTest, WhatEndsAheadOfAWalkIsPassedOver) {
     EXPECT_FALSE(cell->getEdges().contains(last));
 }
 
-// Random building and ending, against a plain list in order of creation.
+// Random creation and destruction, against a plain list in order of creation.
 TEST_F(CellTest, OrderOfCreationSurvivesAnyHistory) {
     const unsigned seed = 20240;
     SCOPED_TRACE("seed " + std::to_string(seed));
@@ -139,7 +139,7 @@ TEST_F(CellTest, Names) {
     EXPECT_EQ(rows[3].pole->getName(), "own");
 }
 
-// What ten million arcs and seven million poles cost is decided here.
+// These sizes decide the memory that ten million arcs and seven million poles take.
 TEST_F(CellTest, ObjectsAreSmall) {
     EXPECT_LE(sizeof(Pole), 128u);
     EXPECT_LE(sizeof(Edge), 80u);

@@ -1,4 +1,4 @@
-// Domains: the factory and its refusals, order, subdomains, the paths of all subdomains together.
+// Domains: the factory and the calls it rejects, order, subdomains, the paths of all subdomains together.
 #include "ModelTest.h"
 #include "Recorder.h"
 #include "Refused.h"
@@ -65,7 +65,7 @@ TEST_F(DomainTest, InOrderOfCreation) {
     EXPECT_EQ(analyzer->getDomain(nullptr, a_), expected.back());
 }
 
-// A walk may end the domain that it has passed: exclusive domains go so.
+// A walk may destroy the domain that it has passed: exclusive domains are removed this way.
 TEST_F(DomainTest, EndBehindAWalk) {
     for (Pole* launch : {a_, b_})
         for (Pole* latch : {a_, b_})
@@ -96,7 +96,7 @@ TEST_F(DomainTest, ManyRoots) {
     EXPECT_EQ(analyzer->getDomains().getCount(), domains.size() - domains.size() / 2);
 }
 
-// Domains and exceptions belong to the analyzer that they were made for, whichever is the global one later.
+// Domains and exceptions belong to the analyzer for which they were made, whichever is the global one later.
 TEST_F(DomainTest, ASecondAnalyzerStandsByItself) {
     Domain* kept = Domain::create(a_, b_);
     CPath* keptException = FPath::create({{a_}, {}});
@@ -164,7 +164,7 @@ TEST_F(DomainTest, PathsOfAllSubdomains) {
     Path* l1 = longest(late, 1);
     Path* s1 = shortest(early, 3);
     const Domain* domain = late->getDomain();
-    EXPECT_THAT(walk(domain->getLongestPaths()), ElementsAre(l1, l2, e1)); // subdomain by subdomain
+    EXPECT_THAT(walk(domain->getLongestPaths()), ElementsAre(l1, l2, e1)); // grouped by subdomain
     EXPECT_THAT(walk(domain->getShortestPaths()), ElementsAre(s1));
     late->destroy();
     EXPECT_THAT(walk(domain->getSubdomains()), ElementsAre(early));

@@ -1,4 +1,4 @@
-// Arcs: the factory and its refusals, what is written on them, results, and the fans that hold them.
+// Arcs: the factory and the calls it rejects, attributes, results, and the fans that hold them.
 #include "ModelTest.h"
 #include "Recorder.h"
 #include "Refused.h"
@@ -49,7 +49,7 @@ TEST_F(EdgeTest, Refusals) {
     edge->disactivate();
     expectRefused({"a second one beside an inactive one", create(a, b), factoryFailed, "Edge exists already",
                    place(5)});
-    EXPECT_NE(connect(b, a), nullptr); // the other way round is another arc
+    EXPECT_NE(connect(b, a), nullptr); // the opposite direction is another arc
     edge->destroy();
     EXPECT_NE(connect(a, b), nullptr);
 }
@@ -134,7 +134,7 @@ TEST_F(EdgeTest, Record) {
 
 class Fan : public ModelTest, public testing::WithParamInterface<std::size_t> {
 protected:
-    // Hub with n arcs in and n out, in order.
+    // Connects the hub to n arcs in and n arcs out, in order.
     void SetUp() override {
         for (std::size_t i = 0; i < GetParam(); ++i)
             append();
@@ -168,7 +168,7 @@ protected:
     }
 
     Pole* hub_ = addPole("hub");
-    std::vector<Edge*> in_, out_; // living, in order of creation
+    std::vector<Edge*> in_, out_; // not destroyed, in order of creation
 };
 
 INSTANTIATE_TEST_SUITE_P(Sizes, Fan, testing::Values(1, 2, 3, 16, 17, 1000));
@@ -238,7 +238,7 @@ TEST_P(Fan, InsulatedWhole) {
     EXPECT_TRUE(past->isActive());
 }
 
-// A walk may end the arc that it stands on, and those behind it.
+// A walk may destroy its current arc, and those behind it.
 TEST_P(Fan, EndedBehindAWalk) {
     std::size_t seen = 0;
     for (Edge* edge : hub_->getIncomingEdges()) {
@@ -249,7 +249,7 @@ TEST_P(Fan, EndedBehindAWalk) {
     EXPECT_TRUE(hub_->getIncomingEdges().isEmpty());
 }
 
-// An arc that ends before a walk has come to it is not met any more; above all, no walk meets a null arc.
+// An arc that is destroyed before a walk reaches it is skipped. Above all, no walk meets a null arc.
 TEST_P(Fan, EndedAheadOfAWalk) {
     std::vector<Edge*> seen, expected{in_.front()};
     expected.insert(expected.end(), in_.begin() + std::min<std::ptrdiff_t>(2, std::ssize(in_)), in_.end());
@@ -261,7 +261,7 @@ TEST_P(Fan, EndedAheadOfAWalk) {
     EXPECT_EQ(seen, expected);
 }
 
-// In time that grows with the square of the fan, this would take minutes.
+// If the time grew with the square of the fan, this would take minutes.
 TEST_F(EdgeTest, LargeFansGrowAndEndQuickly) {
     Pole* hub = addPole();
     std::vector<Edge*> edges;

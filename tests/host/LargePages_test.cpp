@@ -1,4 +1,4 @@
-// The allocators for large tables: where memory lies, and what new entries hold.
+// The allocators for large tables: the placement of the memory, and the values of new entries.
 #include "Pelko/detail/LargePages.h"
 
 #include <gtest/gtest.h>
@@ -32,7 +32,7 @@ TYPED_TEST(LargeTables, ALargeTableStartsAtAHugePage) {
     }
 }
 
-// As a table grows from small to large, it keeps its entries; copies and moves do as well.
+// A table keeps its entries when it grows from small to large, and when it is copied or moved.
 TYPED_TEST(LargeTables, EntriesStay) {
     TypeParam table;
     for (std::uint32_t i = 0; i < large; ++i)
@@ -46,7 +46,7 @@ TYPED_TEST(LargeTables, EntriesStay) {
     EXPECT_EQ(moved, expected);
 }
 
-// Fills the room of a table and empties it, so that what `resize` then writes shows.
+// Fills a table's memory and empties the table, so that the test sees what `resize` then writes.
 template <class Vector>
 std::size_t countZerosAfterResize(std::size_t count) {
     Vector table(count, 7);

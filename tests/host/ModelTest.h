@@ -1,4 +1,4 @@
-// A model to build in, and short ways to build.
+// A fixture with a model, and short functions that build in it.
 #pragma once
 
 #include "Pelko/Model.h"
@@ -41,7 +41,7 @@ protected:
     static Edge* connect(Pole* source, Pole* target, int minimum = 1, int maximum = 1) {
         return Edge::create(source, target, Delay(minimum), Delay(maximum));
     }
-    // The subdomain of two roots, rising to rising; the domain is made where there is none.
+    // The subdomain of two roots, rising to rising. The domain is made if there is none.
     static Subdomain* addSubdomain(Pole* launch, Pole* latch, ClockMode::Code launchMode = ClockMode::Rising,
                                    ClockMode::Code latchMode = ClockMode::Rising) {
         Domain* domain = analyzer->getDomain(launch, latch);

@@ -1,4 +1,4 @@
-// The whole model by one object: it makes the globals, and ends them.
+// An object that owns the whole model: it creates the globals, and destroys them.
 #include "ModelTest.h"
 #include "Recorder.h"
 #include "Refused.h"
@@ -53,7 +53,7 @@ TEST(ModelObject, Refusals) {
     EXPECT_EQ(model.getCell(), cell);
 }
 
-// Everything that refers to something else goes with the model, whatever the order in which it came.
+// Everything that refers to something else is destroyed with the model, whatever the order of creation.
 TEST(ModelObject, EndsWhateverIsInIt) {
     const Model model("top");
     Cell* owner = model.getCell();
@@ -97,7 +97,7 @@ private:
     int told_ = 0;
 };
 
-// A model with something of each kind in it; how many objects it is.
+// Creates an object of each kind in the model. Returns the number of objects.
 int fill(const Model& model) {
     Pole* clk = Pole::createClockSource(model.getCell(), "clk");
     Pole* clock = Pole::createClock(model.getCell(), Pin::create(model.getModule(), "C"), ClockMode::Rising);
@@ -106,7 +106,7 @@ int fill(const Model& model) {
     Subdomain* subdomain = Subdomain::create(Domain::create(clk, clk), ClockMode::Rising, ClockMode::Rising);
     MPath* exception = MPath::create({{clk}, {check}, {}}, 2);
     Path::createLongest(subdomain, view({edge}), Delay(0), Delay(0), Delay(0))->setConstrainedPath(exception);
-    return 13; // with application, analyzer, cell and module; the pin
+    return 13; // including application, analyzer, cell, module and the pin
 }
 
 struct EndRow {
@@ -127,7 +127,8 @@ const EndRow endRows[] = {
     {"the first of many", [](Object* object) { throw Ruvex::Error(object->getClass()); }, "Application"},
 };
 
-// All listeners are told of all objects, the model ends, and the destructor prints the first exception.
+// All listeners are called for all objects, the model is destroyed, and the destructor prints the first
+// exception.
 TEST(ModelEnd, DestructorTells) {
     for (const EndRow& row : endRows) {
         SCOPED_TRACE(row.what);
@@ -156,14 +157,14 @@ TEST(ModelEnd, EndThrowsTheFirst) {
     }
     EXPECT_TRUE(!cell && !analyzer && !application);
     model.end(); // nothing is left
-    // The next model is not the ended one's.
+    // A second end() does not destroy the next model.
     std::optional<Model> next(std::in_place, "next");
     model.end();
     EXPECT_EQ(next->getCell()->getName(), "next");
     EXPECT_TRUE(console.isEmpty());
 }
 
-// One by one, an object whose end a listener refuses stays whole.
+// If objects are destroyed one by one and a listener throws, the object stays whole.
 TEST(ModelEnd, OneByOneStays) {
     const Model model("top");
     fill(model);
@@ -178,7 +179,7 @@ TEST(ModelEnd, OneByOneStays) {
     EXPECT_EQ(takeSnapshot(), before);
 }
 
-// An object is not destroyed while listeners are told of its creation or its end.
+// An object is not destroyed while listeners are called for its creation or its destruction.
 TEST(ModelEnd, NoObjectTwice) {
     const Model model("top");
     class Twice : public ObjectListener {

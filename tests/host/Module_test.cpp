@@ -1,4 +1,5 @@
-// The module's instances, pins and nets: factories and their refusals, names, joining and leaving nets.
+// The module's instances, pins and nets: factories and the calls they reject, names, joining and leaving
+// nets.
 #include "ModelTest.h"
 #include "Refused.h"
 
@@ -78,7 +79,7 @@ TEST_F(ModuleTest, Refusals) {
 TEST_F(ModuleTest, ByName) {
     Instance* u1 = Instance::create(module_, "u1");
     WFG* wfg = WFG::create(module_, "wfg");
-    Net* net = Net::create(module_, "u1"); // nets and instances have names of their own
+    Net* net = Net::create(module_, "u1"); // nets and instances have separate names
     struct {
         const char* name;
         Instance* instance;

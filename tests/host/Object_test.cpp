@@ -1,5 +1,5 @@
-// What all objects of the model have in common: classes and labels, and listeners that hear of their
-// beginning and end.
+// What all objects of the model have in common: classes and labels, and listeners that are called for their
+// creation and destruction.
 #include "ModelTest.h"
 #include "Recorder.h"
 #include "Refused.h"
@@ -83,7 +83,7 @@ TEST_F(ObjectTest, PrintDetails) {
 
 // --- Listeners ---
 
-// Notes what it hears, and what the object and its surroundings tell at that moment.
+// Records each call, and the state of the object and its neighbours at that moment.
 class Listener : public ObjectListener {
 public:
     explicit Listener(const std::string& name = {}) : name_(name) { Object::addListener(this); }
@@ -93,7 +93,7 @@ public:
     void onDestroyed(Object* object) override { note("-", object); }
 
     Strings take() { return std::exchange(heard_, {}); }
-    static inline Strings all; // of all listeners, with their names
+    static inline Strings all; // calls of all listeners, with their names
 
 private:
     void note(const std::string& sign, Object* object) {
@@ -154,7 +154,8 @@ TEST_F(ObjectTest, ListenersHearOfWholeObjects) {
     EXPECT_EQ(listener.take(), (Strings{"+Edge in -> r/D linked in cell", "+Domain none -> r/C known",
                                         "+Subdomain none:rising -> r/C:rising in domain",
                                         "+FPath " + numbered + " known", "+Path in -> r/D kept 9"}));
-    // From the outside in: whoever goes can still be read, with all that goes with it.
+    // From the outside in: an object that is being destroyed can still be read, with all that is destroyed
+    // with it.
     subdomain->getDomain()->destroy();
     exception->destroy();
     check->destroy();
@@ -176,7 +177,7 @@ TEST_F(ObjectTest, NothingIsHeardOfARefusal) {
 
 TEST_F(ObjectTest, ListenersAreHeardInTheOrderOfAdding) {
     Listener first("first"), second("second");
-    Object::addListener(&first); // counts once, and keeps its place
+    Object::addListener(&first); // is added only once, and keeps its place
     Listener::all.clear();
     Pole* a = addPole();
     EXPECT_EQ(Listener::all, (Strings{"first+", "second+"}));
@@ -200,7 +201,7 @@ TEST_F(ObjectTest, NullListener) {
                     {"Object", "addListener", 2}}});
 }
 
-// A listener that goes, or brings another, while it is told.
+// A listener that removes itself, or adds another, during a call.
 class Changing : public ObjectListener {
 public:
     Changing(ObjectListener* added, ObjectListener* removed) : added_(added), removed_(removed) {
@@ -219,7 +220,8 @@ private:
 };
 
 TEST_F(ObjectTest, ListenersComeAndGoWhileOthersAreTold) {
-    // Who stays is told of every object, whoever else comes or goes at that moment.
+    // A listener that stays is called for every object, whatever other listeners are added or removed at that
+    // moment.
     Changing leaving(nullptr, nullptr);
     Listener staying("staying");
     Listener::all.clear();
@@ -228,7 +230,7 @@ TEST_F(ObjectTest, ListenersComeAndGoWhileOthersAreTold) {
     addPole();
     EXPECT_EQ(Listener::all, (Strings{"staying+", "staying+"}));
 
-    // Who has gone is not told.
+    // A removed listener is not called.
     Listener removed("removed");
     Changing removing(nullptr, &removed);
     Object::removeListener(&removed);
@@ -247,8 +249,8 @@ TEST_F(ObjectTest, ListenersComeAndGoWhileOthersAreTold) {
     EXPECT_GE(std::count(Listener::all.begin(), Listener::all.end(), "added+"), 1);
 }
 
-// A listener that makes objects while it is told, of which the others hear in between; and one that leaves
-// then.
+// A listener that creates objects during a call, for which the others are called in between; and one that
+// then removes itself.
 TEST_F(ObjectTest, ObjectsMayComeWhileOthersAreTold) {
     class Making : public ObjectListener {
     public:
@@ -272,7 +274,8 @@ TEST_F(ObjectTest, ObjectsMayComeWhileOthersAreTold) {
     EXPECT_EQ(staying.take(), Strings{"+Pole last in cell"});
 }
 
-// Whose beginning was heard, their end is heard: with the model, everything in it goes.
+// A listener that was called for an object's creation is called for its destruction. Everything is destroyed
+// with the model.
 TEST(ObjectListeners, HearOfEveryEnd) {
     class Balance : public ObjectListener {
     public:
@@ -308,7 +311,7 @@ TEST(ObjectListeners, HearOfEveryEnd) {
 
 // --- Listeners of sweeps ---
 
-// An object of a class that is not the database's own, as an engine's sweeps are.
+// An object of a class that is not one of the database's, as an engine's sweeps are.
 class ForeignObject : public Object {
 public:
     static ForeignObject* create() {
@@ -342,7 +345,7 @@ private:
 TEST_F(ObjectTest, SweepListenersHearOfForeignObjectsAfterTheOthers) {
     SweepEar first("first "), second("second ");
     Listener listener("object");
-    Object::addSweepListener(&first); // counts once
+    Object::addSweepListener(&first); // is added only once
     Object* sweep = ForeignObject::create();
     Listener::all.clear();
     sweep->destroy();
@@ -355,7 +358,7 @@ TEST_F(ObjectTest, SweepListenersHearOfForeignObjectsAfterTheOthers) {
     EXPECT_EQ(second.heard.size(), 2U);
 }
 
-// Every class of the database: all are made, and all are destroyed with the model.
+// Objects of every class of the database are created, and all are destroyed with the model.
 TEST(SweepListeners, HearOfNoObjectOfTheDatabase) {
     const SweepEar ear;
     Listener listener;
@@ -387,7 +390,7 @@ TEST(SweepListeners, HearOfNoObjectOfTheDatabase) {
     EXPECT_EQ(ear.heard, std::vector<const Object*>{});
 }
 
-// The exception goes to whoever destroys the object, which stays whole.
+// The caller that destroys the object gets the exception, and the object stays whole.
 TEST_F(ObjectTest, ASweepListenerMayThrow) {
     SweepEar ear;
     Object* sweep = ForeignObject::create();

@@ -1,4 +1,5 @@
-// Reported paths: the factory and its refusals, and the slack of both kinds, by hand and against a plain sum.
+// Reported paths: the factory and the calls it rejects, and the slack of both kinds, by hand and against a
+// plain sum.
 #include "ModelTest.h"
 #include "Recorder.h"
 #include "Refused.h"
@@ -58,7 +59,7 @@ TEST_F(PathTest, HoldsWhatItIsGiven) {
         Path::createLongest(subdomain, Ruvex::ListCollection<Edge*>(edges), Delay(1), Delay(2), Delay(3));
     Path* shortest =
         Path::createShortest(subdomain, Ruvex::ListCollection<Edge*>(edges), Delay(4), Delay(5), Delay(6));
-    edges.clear(); // the path has arcs of its own
+    edges.clear(); // the path has its own copy
     struct {
         const Path* path;
         bool longest;
@@ -88,12 +89,12 @@ struct SlackRow {
     int setup, hold;
     int latch, launch, adjust;
     std::vector<Bounds> arcs;
-    std::vector<Bounds> input, output; // the port constraints, of one row or none
-    bool check;                        // the path ends in a check
+    std::vector<Bounds> input, output; // the port's constraints, with one bound or none
+    bool check;                        // the path's end point is a check
     int longest, shortest;
 };
 
-// required - arrival + adjust, and arrival - required + adjust, by hand.
+// Worked out by hand: required - arrival + adjust, and arrival - required + adjust.
 const SlackRow slackRows[] = {
     {"no arcs", true, true, 10, 0, 0, 0, 0, {}, {}, {}, false, 10, 0},
     {"no arcs, clock arrivals", true, true, 10, 2, 5, 1, 0, {}, {}, {}, false, 14, -2},
@@ -158,7 +159,7 @@ const SlackRow slackRows[] = {
 
 class PathSlack : public PathTest {
 protected:
-    // Poles and arcs for the row; ports where it has constraints on them.
+    // Creates poles and arcs for the row, with ports if it has constraints on them.
     void expectSlacks(const SlackRow& row) {
         SCOPED_TRACE(row.what);
         Pole* pole = row.input.empty() ? addPole() : Pole::createInput(cell);
@@ -204,7 +205,7 @@ TEST_F(PathSlack, ByHand) {
         expectSlacks(row);
 }
 
-// Ordinary values, against a plain sum of 64 bits.
+// Ordinary values, against a plain sum in 64 bits.
 TEST_F(PathSlack, AgainstAPlainSum) {
     const unsigned seed = 5150;
     SCOPED_TRACE("seed " + std::to_string(seed));
@@ -254,7 +255,7 @@ TEST_F(PathSlack, AgainstAPlainSum) {
     }
 }
 
-// A constraint that is not defined counts for nothing, nor does one on a pole that is no port any more.
+// A constraint that is undefined does not count; nor does one on a pole that is no port any more.
 TEST_F(PathTest, ConstraintsThatDoNotCount) {
     Pole* in = Pole::createInput(cell);
     Pole* out = Pole::createOutput(cell);
@@ -278,7 +279,7 @@ TEST_F(PathTest, ConstraintsThatDoNotCount) {
     EXPECT_EQ(slack(), 3);
 }
 
-// The slack is that of the moment of creation.
+// The slack is computed when the path is created, and does not change later.
 TEST_F(PathTest, SlackStays) {
     Edge* edge = connect(addPole(), addPole(), 2, 7);
     Subdomain* subdomain = addSubdomain(clk_, clk_);

@@ -1,4 +1,4 @@
-// Poles: factories and their refusals, kinds, references, main poles, marks, insulation, consistency.
+// Poles: factories and the calls they reject, kinds, references, main poles, marks, insulation, consistency.
 #include "ModelTest.h"
 #include "Recorder.h"
 #include "Refused.h"
@@ -199,7 +199,7 @@ TEST_F(PoleTest, APoleDoesNotKeepItself) {
     EXPECT_TRUE(cell->getPoles().isEmpty());
 }
 
-// A clock that is no more keeps nothing.
+// A removed clock keeps no pole alive.
 TEST_F(PoleTest, ARemovedClockKeepsNoPole) {
     Pole* clk = addPole("clk");
     analyzer->setClock(clk, Delay(10), Delay(0), Delay(5), Delay(5));
@@ -231,7 +231,7 @@ TEST_F(PoleTest, ArcsEndWithTheirPole) {
     EXPECT_THAT(walk(c->getIncomingEdges()), ElementsAre(kept));
     EXPECT_TRUE(c->getOutgoingEdges().isEmpty());
     EXPECT_EQ(c->getIncomingEdge(a), kept);
-    // A reported path keeps its arcs, and so their poles.
+    // A reported path keeps its arcs alive, and so their poles.
     Path* path =
         Path::createLongest(addSubdomain(nullptr, nullptr), view({kept}), Delay(0), Delay(0), Delay(0));
     for (Pole* pole : {a, c})
@@ -255,7 +255,7 @@ protected:
     static constexpr std::uint32_t lastEpoch = ~std::uint32_t{0};
 };
 
-// All marks go at once: a clearing walk over the poles would take hours here.
+// All marks are cleared in one step: a walk over the poles would take hours here.
 TEST_F(Marks, UnmarkCostsTheSameForAnyCell) {
     for (int i = 0; i < 100000; ++i)
         addPole();
@@ -351,7 +351,8 @@ TEST_F(PoleTest, Consistency) {
     }
 }
 
-// What an engine prefetches lies within the object; the two hints of a pole are for its two halves.
+// The addresses that an engine prefetches are within the object; the two addresses of a pole are in its two
+// halves.
 TEST_F(PoleTest, FetchAddresses) {
     Pole* pole = addPole("a");
     const Edge* edge = connect(pole, addPole("b"));

@@ -1,5 +1,5 @@
-// Checks that a request is refused: by an exception of exactly this type, with this message and place, and
-// with the database left as it was. Tables of refusals read
+// Checks that a call is rejected: by an exception of exactly this type, with this message and place, and
+// without a change of the database. A row of the tables:
 //
 //   {"what", [&] { Edge::create(a, a, ...); }, typeid(Ruvex::FactoryFailed), "Edge from a pole to itself",
 //    {"Edge", "preCreate", 3}},

@@ -1,4 +1,4 @@
-// What a host clears between two runs: all that a run has found, and nothing of what the run was given.
+// What a host clears between two runs: all results of a run, and none of its inputs.
 #include "ModelTest.h"
 #include "Refused.h"
 
@@ -8,7 +8,7 @@ namespace {
 
 class Results : public ModelTest {
 protected:
-    // The constraints of a design, and what belongs to them.
+    // Sets the constraints of a design.
     void SetUp() override {
         analyzer->setClock(clk_, Delay(10), Delay(1), Delay(4), Delay(6));
         analyzer->setDutyRatio(other_, 30);
@@ -27,7 +27,7 @@ protected:
         cut_->disactivate();
     }
 
-    // All that a run can write.
+    // Writes every kind of result that a run can write.
     void analyse() {
         PseudoMask::reset(3);
         cycles_->setPseudoMask(PseudoMask::getBasic(1));
@@ -92,7 +92,7 @@ TEST_F(Results, AreClearedAndNothingElse) {
         analyzer->clearResults();
         EXPECT_EQ(takeSnapshot(), before);
     }
-    // One by one as well, so that the snapshot has a witness.
+    // Also read one by one, to check the snapshot itself.
     EXPECT_FALSE(arc_->getSlack().isDefined());
     EXPECT_TRUE(subdomain_->getLongestPaths().isEmpty());
     EXPECT_TRUE(in_->getOpeningPseudoMask().isEmpty());

@@ -92,7 +92,7 @@ void write(std::ostream& out, const CPath* path) {
         << path->getShortestSlack()._getLabel() << " destroyable " << path->isDestroyable() << '\n';
 }
 
-// What the analyzer knows of a pole, as a clock root and as a port.
+// The analyzer's data of a pole, as a clock root and as a port.
 void writeConstraints(std::ostream& out, Pole* pole) {
     out << "  at " << nameOf(pole) << " clock " << analyzer->getRequiredPeriod(pole)._getLabel() << " "
         << analyzer->getShift(pole)._getLabel() << " " << analyzer->getHighWidth(pole)._getLabel() << " "

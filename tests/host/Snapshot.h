@@ -5,8 +5,8 @@
 
 namespace HostTest {
 
-// Everything that the global cell, analyzer and application can be asked for, line by line; empty parts where
-// there is none.
+// All that can be read from the global cell, analyzer and application, line by line. The part of a null
+// global is empty.
 std::string takeSnapshot();
 
 } // namespace HostTest

@@ -73,7 +73,7 @@ TEST_F(SubdomainTest, LeavesComeByStamp) {
     for (Pole* pole : order) {
         EXPECT_FALSE(subdomain->getLaunchLeaves().contains(pole));
         subdomain->captureLaunch(pole);
-        subdomain->captureLaunch(order[generator() % (captured.size() + 1)]); // one that is there already
+        subdomain->captureLaunch(order[generator() % (captured.size() + 1)]); // one that is captured already
         captured.push_back(pole);
         EXPECT_TRUE(subdomain->getLaunchLeaves().contains(pole));
         if (captured.size() % 20 == 0) {
@@ -96,7 +96,7 @@ TEST_F(SubdomainTest, LeavesComeByStamp) {
     EXPECT_EQ(walk(reversed), std::vector<Pole*>(poles.rbegin(), poles.rend()));
 }
 
-// A pole is captured once a launch/latch pair: asking for a leaf must not walk the others.
+// A pole is captured once per launch/latch pair, so the lookup of a leaf must not walk over the others.
 TEST_F(SubdomainTest, CapturingAgainIsCheap) {
     Subdomain* subdomain = addSubdomain(clk_, clk_);
     std::vector<Pole*> poles;
@@ -146,7 +146,7 @@ TEST_F(SubdomainTest, FixedRelationsStay) {
     }
 }
 
-// A listener on creation fixes both, before anybody else comes to the subdomain.
+// A listener fixes both relations at the creation, before any other code sees the subdomain.
 TEST_F(SubdomainTest, AListenerFixesRelations) {
     class Fixing : public ObjectListener {
     public:
@@ -168,7 +168,7 @@ TEST_F(SubdomainTest, AListenerFixesRelations) {
 
 // --- Kept paths ---
 
-// Worst first, by the order of raw values; among equals the first come.
+// The worst path first, by the order of raw values; equal ones in the order of creation.
 TEST_F(SubdomainTest, OrderOfKeptPaths) {
     Subdomain* subdomain = addSubdomain(clk_, clk_);
     subdomain->setSetupRelation(Delay(0));
