@@ -32,7 +32,7 @@ std::optional<std::int64_t> time(const nlohmann::json& value) {
 
 Case::Case(std::uint64_t seed, const Brute::Shape& shape)
     : design(Brute::generate(seed, shape)), random(seed ^ 0x6d6574616d6f7270u) {
-    // Mostly the default; every way to read the delays comes up.
+    // Mostly the default, but every way to read the delays occurs.
     constexpr std::array delays = {Cli::Delays::minmax, Cli::Delays::minmax, Cli::Delays::minmax,
                                    Cli::Delays::min,    Cli::Delays::typ,    Cli::Delays::max};
     options.delays = delays[seed % delays.size()];

@@ -1,7 +1,7 @@
-// A random design on its way to a run: as structs, as the texts of its files, and as what a run says of it.
+// A random design in three forms: as structs, as the texts of its files, and as the results of a run.
 //
-// A relation (Relation.h) changes the structs or the texts of one of two equal cases. Files keep their names
-// from the one run to the other, so that reports differ only where the inputs do.
+// A relation (Relation.h) changes the structs or the texts of one of two equal cases. Files have the same
+// names in both runs, so that reports differ only if the inputs do.
 #pragma once
 
 #include "Design.h"
@@ -28,30 +28,31 @@ struct Case {
     Brute::Design design;
     Brute::Random random;
     NetlistKind netlist = NetlistKind::json;
-    Cli::Options options; // all but the files
-    // Verilog alone: the cells (and nets) whose names begin so are in modules of their own. "h/" or "h/k/".
+    Cli::Options options; // without the files
+    // For Verilog only: cells (and nets) whose names begin with this are in modules of their own. "h/" or
+    // "h/k/".
     std::string hierarchy;
 
-    // What the change did, for the judge.
-    int amount = 0;                           // a time in picoseconds
-    std::string end;                          // an end point
-    std::map<std::string, std::string> names; // after -> before
+    // What the change did; the judge reads it.
+    int amount = 0;                           // in picoseconds
+    std::string end;                          // name of an end point
+    std::map<std::string, std::string> names; // name after the change -> name before
 
     explicit Case(std::uint64_t seed, const Brute::Shape& shape);
 };
 
 struct Files {
     std::string sdf;
-    std::vector<std::string> sdc;               // one for each --sdc
-    std::map<std::string, std::string> besides; // by name: what constraint files source
-    std::string netlist;                        // empty: none
+    std::vector<std::string> sdc;               // one per --sdc
+    std::map<std::string, std::string> besides; // key: name; files that constraint files source
+    std::string netlist;                        // empty for a run without a netlist
     std::string netlistEnding = ".json";
     std::optional<std::string> top;
     bool gzipped = false;
 };
 
 Files write(const Case& from);
-// Structural Verilog in which the cells below `hierarchy` are in modules.
+// Writes structural Verilog in which the cells below `hierarchy` are in modules.
 std::string writeHierarchy(const Brute::Design& design, const std::string& hierarchy);
 
 // Times are in femtoseconds.
@@ -61,14 +62,14 @@ struct Slacks {
     bool operator==(const Slacks&) const = default;
 };
 struct Outcome {
-    std::string refused; // why; empty: it was not
+    std::string refused; // the reason for a rejection; empty if the run was not rejected
     nlohmann::json report;
 
-    std::map<std::string, Slacks> slacks() const; // by end point
+    std::map<std::string, Slacks> slacks() const; // key: end point
 };
 
-// Runs the command on files in a folder of its own, which goes with the object; $VORLEN_KEEP names one that
-// stays.
+// Runs the command on files in a new folder, which is deleted with the object. $VORLEN_KEEP names a folder
+// that is kept.
 class Runner {
 public:
     Runner();

@@ -1,4 +1,4 @@
-// Clocks, latencies, uncertainties and port delays: said in another way, or moved by a known time.
+// Clocks, latencies, uncertainties and port delays: written in another way, or moved by a known time.
 #include "Relation.h"
 #include "Rewrite.h"
 
@@ -81,14 +81,14 @@ bool finerUnit(Case& c) {
     return true;
 }
 
-// All times a tenth of what they were.
+// All times become a tenth of what they were.
 void tenthOfTheUnits(Files& files, Brute::Random&) {
     files.sdf.replace(files.sdf.find("TIMESCALE 1ps"), std::string("TIMESCALE 1ps").size(),
                       "TIMESCALE 100fs");
     files.sdc.front().insert(0, "set_units -time 100ps\n");
 }
 
-// --- Where a clock begins ---
+// --- The source of a clock ---
 
 Brute::Shape withoutPads() {
     Brute::Shape shape;
@@ -96,7 +96,7 @@ Brute::Shape withoutPads() {
     return shape;
 }
 
-// Each clock's port gets a gate without delay behind it, and the clock begins there.
+// Puts a gate without delay behind each clock's port, and defines the clock there.
 bool clocksBehindAGate(Case& c) {
     std::set<int> ports;
     for (const Clock& clock : c.design.clocks)
@@ -123,7 +123,7 @@ bool clocksBehindAGate(Case& c) {
             if (clock.generated && clock.generated->source == port)
                 clock.generated->source = out;
         }
-        // What names the data of the clock's source goes on to do so.
+        // A constraint that names the data of the clock's source still names it.
         const auto isPort = [&](const Object& object) {
             return (object.kind == Object::Kind::port || object.kind == Object::Kind::pin) &&
                    object.index == port;
@@ -137,7 +137,7 @@ bool clocksBehindAGate(Case& c) {
     return !ports.empty();
 }
 
-// The same clock once more behind a buffer, as a generated one of the same period.
+// Defines the same clock once more behind a buffer, as a generated one of the same period.
 bool dividedByOne(Case& c) {
     const Brute::Clocks clocks = Brute::resolveClocks(c.design, {});
     for (const Clock& clock : c.design.clocks)
@@ -255,7 +255,7 @@ bool portDelaySidesApart(Case& c) {
     return true;
 }
 
-// A part of a port's delays goes into its wires.
+// Moves a part of a port's delays into its wires.
 bool portDelayInWires(Case& c, bool input) {
     std::vector<int> ports;
     for (const PortDelay& delay : c.design.portDelays) {

@@ -45,7 +45,7 @@ bool delayOverGates(Case& c) {
     return true;
 }
 
-// From a wire into all arcs of the gate behind it that begin there.
+// Moves delay from a wire into all arcs of the gate behind it that begin there.
 bool delayIntoGate(Case& c) {
     std::vector<int> list;
     for (int wire : wires(c.design))
@@ -63,7 +63,7 @@ bool delayIntoGate(Case& c) {
     return true;
 }
 
-// Behind the same driver a way with other delays, and a gate in which both meet.
+// Adds a second way with other delays from the same driver, and a gate in which both ways meet.
 bool parallelWay(Case& c, bool slower) {
     const std::vector<int> list = dataWires(c.design);
     if (list.empty())

@@ -1,4 +1,4 @@
-// Exceptions said in another way, over nothing, or with an effect that is known.
+// Exceptions written in another way, or for no path, or with a known effect.
 #include "Relation.h"
 #include "Rewrite.h"
 #include "Text.h"
@@ -20,9 +20,9 @@ std::size_t at(int index) { return static_cast<std::size_t>(index); }
 
 Object clockObject(int clock) { return {Object::Kind::clock, clock}; }
 
-// --- Said in another way ---
+// --- Written in another way ---
 
-// Each exception by those that the function makes of it, in its place. False: none changed.
+// Replaces each exception by those that the function makes of it. Returns false if none changed.
 bool eachBy(Case& c, const std::function<std::vector<Exception>(const Exception&)>& with) {
     std::vector<Exception> changed;
     for (const Exception& e : c.design.exceptions)
@@ -116,9 +116,9 @@ bool groupsAsFalsePaths(Case& c) {
     return true;
 }
 
-// --- Over nothing ---
+// --- For no path ---
 
-// From a register to one that no path of it leads to.
+// An exception from a register to one that none of its paths reaches.
 bool overNothing(Case& c) {
     const Brute::Design& d = c.design;
     const Brute::Options options;
@@ -186,7 +186,7 @@ bool falsePathToAnEnd(Case& c) {
     return true;
 }
 
-// Both sides of all that the one clock launches: setup gets that many periods more, hold stays.
+// Both sides of all that one clock launches: setup gets that many more periods, hold is unchanged.
 bool multicycleOfAll(Case& c) {
     const Brute::Clocks clocks = Brute::resolveClocks(c.design, {});
     const int count = c.random.between(2, 5);
@@ -202,7 +202,7 @@ bool multicycleOfAll(Case& c) {
     return true;
 }
 
-// What the edges ask for anyway.
+// The delay that the clock edges demand anyway.
 Relation relationAsDelay(const char* name, bool maximum) {
     const auto rewrite = [=](Files& files, Brute::Random&) {
         std::string period, clock;

@@ -22,7 +22,7 @@ void cellsInAnotherOrder(Files& files, Random& random) {
             cells.emplace_back();
         (cells.empty() ? head.emplace_back() : cells.back()) += line + "\n";
     }
-    cells.back().resize(cells.back().size() - std::string(")\n").size()); // of the file
+    cells.back().resize(cells.back().size() - std::string(")\n").size()); // without the end of the file
     shuffle(cells, random);
     files.sdf = joined(head, "") + joined(cells, "") + ")\n";
 }
@@ -44,7 +44,7 @@ void entriesInAnotherOrder(Files& files, Random& random) {
 
 // --- The shape of the file ---
 
-// After any entry the cell may end and begin again.
+// After any entry the cell may be closed and opened again.
 void severalCellsForAnInstance(Files& files, Random& random) {
     std::vector<std::string> text;
     std::string type, instance;
@@ -128,7 +128,7 @@ void finerTimescale(Files& files, Random&) {
     });
 }
 
-// Any character may be escaped; of the brackets of a bit both or neither.
+// Any character may be escaped. Of the brackets of a bit, both or neither are escaped.
 void escapedNames(Files& files, Random& random) {
     const auto escape = [&](const std::string& name) {
         std::string text;
@@ -177,7 +177,7 @@ bool withMinmax(Case& c) {
     return true;
 }
 
-// A triple in which all three are the member that counts, for a change of the structs.
+// Sets all members of each triple to the one that counts, in the structs.
 bool onlyTheChosenMember(Case& c) {
     const std::size_t which = used(c.options.delays);
     const auto narrow = [&](Brute::Triple& t) {
@@ -209,7 +209,7 @@ void withoutTypical(Files& files, Random&) {
     });
 }
 
-// Six and twelve values: those beyond the second are for edges from and to z.
+// Writes six or twelve values: those after the second are for edges from and to z.
 void longerLists(Files& files, Random& random) {
     files.sdf = eachEntry(files.sdf, [&](Entry e) {
         if (!e.is("IOPATH") && !e.is("INTERCONNECT"))
@@ -225,9 +225,9 @@ void longerLists(Files& files, Random& random) {
 
 // --- Entries ---
 
-// A part of each delay is absolute, the rest is added to it.
+// Writes a part of each delay as absolute, and adds the rest to it.
 void incrementAfterAbsolute(Files& files, Random& random) {
-    constexpr int most = 50; // the least delay there is
+    constexpr int most = 50; // the smallest delay of all
     std::vector<std::string> text, added;
     for (const std::string& line : lines(files.sdf)) {
         std::optional<Entry> found = entry(line);
@@ -242,7 +242,7 @@ void incrementAfterAbsolute(Files& files, Random& random) {
             continue;
         }
         Entry more = *found;
-        const int part = random.between(0, most); // one for both edges, which the reader does not tell apart
+        const int part = random.between(0, most); // for both edges: the reader does not distinguish them
         for (std::size_t i = 0; i < more.values.size(); ++i) {
             more.values[i] = {part, part, part};
             for (int& value : found->values[i])
@@ -254,7 +254,7 @@ void incrementAfterAbsolute(Files& files, Random& random) {
     files.sdf = joined(text);
 }
 
-// What an ABSOLUTE says of a place replaces what was said before.
+// An ABSOLUTE replaces earlier delays of the same place.
 void absoluteTwice(Files& files, Random& random) {
     files.sdf = eachEntry(files.sdf, [&](const Entry& e) {
         if ((!e.is("IOPATH") && !e.is("INTERCONNECT")) || random.chance(50))
@@ -288,7 +288,7 @@ void setupAndHoldApart(Files& files, Random&) {
     });
 }
 
-// An entry without an edge at this word becomes one for each edge.
+// Writes an entry without an edge at this word as one entry per edge.
 void onBothEdges(Entry e, int which, std::string& text, Random& random) {
     const std::string pin = e.word(which);
     const bool fallFirst = random.chance(50);
@@ -316,8 +316,8 @@ void gateArcsOfBothEdges(Files& files, Random& random) {
     });
 }
 
-// A netlist does not tell a vector of one bit from a single port; the delays' spelling does, while they name
-// it.
+// A netlist does not distinguish a vector of one bit from a single port. The names in the delays do, as long
+// as they contain the port.
 bool noVectorOfOneBit(Case& c) {
     bool first = false, second = false;
     for (const Brute::Pin& pin : c.design.pins) {
@@ -329,8 +329,8 @@ bool noVectorOfOneBit(Case& c) {
 
 // --- Conditions ---
 
-// The earliest and the latest under conditions, together the arc's own; one of them, or neither, is the plain
-// entry.
+// Writes the earliest and the latest delay under conditions; together they are the delay of the arc. One of
+// them, or neither, is the plain entry.
 std::string underConditions(const Entry& e, int plain, Random& random) {
     int earliest = e.values[0][0], latest = e.values[0][2];
     for (const Triple& v : e.values)

@@ -1,4 +1,5 @@
-// Structural Verilog of a design some of whose cells are in a module of their own, one or two levels down.
+// Structural Verilog of a design in which some of the cells are in a module of their own, one or two levels
+// down.
 #include "Case.h"
 
 #include <algorithm>
@@ -60,7 +61,7 @@ private:
         out_ << "module " << name << "(" << ports << ");\n";
     }
 
-    // A part's ports are named differently from the nets around it.
+    // The ports of a part have other names than the nets around it.
     std::string ports(const std::vector<int>& nets) const {
         std::string text;
         for (int net : nets)
@@ -96,7 +97,7 @@ private:
         }
     }
 
-    // The instance of the next part, in the part of this level or in the top (0).
+    // Writes the instance of the next part, in the part of this level or in the top (0).
     void inner(std::size_t level) {
         out_ << "  part" << level + 1 << " " << levels_[level] << " (";
         const char* comma = "";
@@ -110,7 +111,7 @@ private:
 
     void top() {
         std::string list;
-        std::map<std::string, std::pair<Direction, int>> ports; // direction and width, 0: one bit
+        std::map<std::string, std::pair<Direction, int>> ports; // direction and width; width 0 for one bit
         for (const Brute::Pin& pin : d_.pins)
             if (pin.cell == Brute::none) {
                 const std::size_t bracket = pin.name.find('[');
@@ -142,7 +143,7 @@ private:
     const Design& d_;
     const std::string prefix_;
     std::vector<std::string> levels_;
-    std::vector<int> crossing_; // nets
+    std::vector<int> crossing_; // indices of nets
     std::ostringstream out_;
 };
 

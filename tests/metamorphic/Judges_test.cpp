@@ -1,4 +1,5 @@
-// The judges themselves: each on reports that agree and on reports that do not, with what it says of them.
+// The judges themselves: each on reports that agree and on reports that do not, with the differences that it
+// finds.
 #include "Relation.h"
 
 #include <gtest/gtest.h>
@@ -7,7 +8,7 @@ namespace {
 
 using namespace Metamorphic;
 
-// A report of two end points; null: no slack.
+// A report of two end points. A null slack is absent.
 Outcome outcome(const char* firstSetup, const char* firstHold, const char* others = "",
                 const char* clock = "c") {
     Outcome result;

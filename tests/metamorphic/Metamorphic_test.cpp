@@ -1,8 +1,9 @@
-// Random designs, each run twice: as it is, and changed in a way whose effect is known (Relation.h).
+// Random designs, each run twice: unchanged, and changed in a way with a known effect (Relation.h).
 //
-// VORLEN_DESIGNS is the number of runs over all relations, two for each design, VORLEN_SEED the first seed of
-// each. A failure prints the relation, its seed, the first key that is not what it must be, and the files of
-// the smallest design that fails alike; VORLEN_KEEP=FOLDER keeps the files of the last run.
+// VORLEN_DESIGNS is the number of runs over all relations, two per design; VORLEN_SEED is the first seed of
+// each relation. A failure prints the relation, its seed, the first key that is not as expected, and the
+// files of the smallest design that fails in the same way. VORLEN_KEEP=FOLDER keeps the files of the last
+// run.
 #include "Relation.h"
 
 #include <gtest/gtest.h>
@@ -29,7 +30,7 @@ std::string text(const char* title, const Files& files) {
     return all;
 }
 
-// The first failure among designs of growing size, as text; the given one where none fails.
+// The first failure among designs of growing size, as text; `found` if none of them fails.
 std::string smallest(const Runner& runner, const Relation& relation, const Verdict& found) {
     constexpr std::uint64_t tries = 150;
     for (int size = 0; size <= 4; ++size) {
@@ -78,6 +79,6 @@ INSTANTIATE_TEST_SUITE_P(All, Metamorphic, testing::ValuesIn(allRelations()),
 } // namespace
 
 namespace Metamorphic {
-// The name of a row where a test fails.
+// Prints the row's name when a test fails.
 void PrintTo(const Relation& relation, std::ostream* out) { *out << relation.name; }
 } // namespace Metamorphic

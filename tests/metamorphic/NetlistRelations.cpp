@@ -1,5 +1,5 @@
-// The same design as another netlist: of another kind, in another order, under other names, with parts that
-// do nothing.
+// The same design as another netlist: of another kind, in another order, with other names, or with parts that
+// have no effect.
 #include "Relation.h"
 #include "Rewrite.h"
 #include "Text.h"
@@ -14,7 +14,7 @@ namespace {
 
 using Brute::Random;
 
-// What every netlist can say.
+// Designs that every kind of netlist can represent.
 Brute::Shape plain() {
     Brute::Shape shape;
     shape.pads = shape.bareWires = false;
@@ -26,8 +26,8 @@ bool asVerilog(Case& c) {
     return true;
 }
 
-// Delays name no nets, and ports that none of them names do not exist: what constraints say of those would be
-// lost.
+// Delays name no nets, and ports that no delay names do not exist: without a netlist, constraints on them
+// would be lost.
 bool isAllInDelays(Case& c) {
     for (const Brute::Exception& e : c.design.exceptions)
         for (const std::vector<Brute::Object>& group : e.through)
@@ -82,7 +82,7 @@ void besideAnotherModule(Files& files, Random& random) {
     files.top = "top";
 }
 
-// A clock's port by the net that it drives. The net of a pad has the pad's own pin for a driver too.
+// Names a clock's port by the net that it drives. The driver of a pad's net is the pad's own pin as well.
 void clocksOfNets(Files& files, Random&) {
     const auto netlist = nlohmann::json::parse(files.netlist);
     const auto& top = netlist["modules"]["top"];

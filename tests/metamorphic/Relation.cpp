@@ -9,7 +9,7 @@ namespace {
 
 using nlohmann::json;
 
-// A list as an object by what names its members, so that a difference is told by name.
+// Turns a list into an object with the members' names as keys, so that a difference is reported by name.
 void name(json& list, const std::vector<std::string>& keys) {
     json named = json::object();
     for (json& item : list) {
@@ -42,7 +42,7 @@ std::string told(const std::string& place, const std::string& before, const std:
     return place + ": " + before + ", then " + after;
 }
 
-// The first place where two values differ, depth first.
+// The first difference between two values, depth first.
 std::string firstDifference(const json& before, const json& after, const std::string& place) {
     if (before == after)
         return "";
@@ -73,7 +73,7 @@ using Side = std::optional<std::int64_t> Slacks::*;
 constexpr std::array<std::pair<const char*, Side>, 2> sides{
     {{"/setup_slack", &Slacks::setup}, {"/hold_slack", &Slacks::hold}}};
 
-// What an end point's slack must be, from what it was.
+// The expected slack of an end point, from its earlier slack.
 using Wanted =
     std::function<std::optional<std::int64_t>(const std::string& end, Side side, std::int64_t before)>;
 
@@ -96,7 +96,7 @@ std::string compare(const Outcome& before, const Outcome& after, const Wanted& w
     return "";
 }
 
-// The text with each name in it, a whole word, as it was before.
+// Replaces each name in the text, as a whole word, by the earlier name.
 void rename(json& value, const std::map<std::string, std::string>& names) {
     if (value.is_structured()) {
         for (json& item : value)

@@ -1,9 +1,7 @@
-// What must hold between the reports of two runs, the second of which reads the same design changed in a
-// known way.
+// What must hold between the reports of two runs: the second run reads the same design with a known change.
 //
-// A relation needs no reference, so it also holds for what no reference covers: ways to write a file, options
-// of the command, netlists of another kind. It says nothing of a fault that both runs share; tests/brute
-// does.
+// A relation needs no reference, so it can also test what no reference covers: ways to write a file, options
+// of the command, netlists of another kind. It cannot find a fault that both runs share; tests/brute can.
 #pragma once
 
 #include "Case.h"
@@ -14,16 +12,16 @@
 
 namespace Metamorphic {
 
-// The first key in which two reports are not what the relation asks: "endpoints/r1/D/setup_slack: 1.5,
-// then 1.4". Empty: they are.
+// Returns the first key in which two reports are not as the relation expects: "endpoints/r1/D/setup_slack:
+// 1.5, then 1.4". Returns "" if they are.
 using Judge = std::function<std::string(const Outcome& before, const Outcome& after, const Case& changed)>;
 
 struct Relation {
     std::string name;
     Brute::Shape shape = {};
-    // Fits both cases to the relation. False: it has nothing to say of this design.
+    // Adapts both cases to the relation. Returns false if the relation does not apply to this design.
     std::function<bool(Case&)> prepare = {};
-    // Changes the second case. False: nothing in the design can be changed so.
+    // Changes the second case. Returns false if nothing in the design can be changed in this way.
     std::function<bool(Case&)> change = {};
     // Changes the second case's files.
     std::function<void(Files&, Brute::Random&)> rewrite = {};
@@ -32,27 +30,27 @@ struct Relation {
 
 // --- Judges ---
 
-// The whole report, but for what it says of the inputs' bytes and for keys of these names, at any depth.
+// The reports are equal, except for the inputs' checksums and the given keys at any depth.
 Judge same(std::vector<std::string> apartFrom = {});
-// The same once the names of the second report are the first's again (Case::names), end points and clocks
-// alone.
+// The end points and clocks are equal after the names of the second report are replaced by those of the first
+// (Case::names).
 Judge sameEndsRenamed();
-// Every end point's slacks; the same end points have one.
+// Every end point has the same slacks, and the same end points have one.
 Judge sameSlacks();
 Judge slacksTimes(std::int64_t numerator, std::int64_t denominator);
-// By Case::amount, times these, at Case::end or, where that is empty, at each end point. All others keep
-// their slacks.
+// Slacks are shifted by Case::amount times these factors: at Case::end or, if that is empty, at each end
+// point. All others are equal.
 Judge slacksShifted(int setupTimes, int holdTimes);
 
 enum class Change { none, worse, better };
-// No end point's slack changes the other way; what is not there before is not there then.
+// No slack of an end point changes in the other direction, and none is added.
 Judge slacksOnly(Change setup, Change hold);
-// Case::end has no slack any more; all others have theirs.
+// Case::end has no slack any more; all others are equal.
 Judge onlyEndGone();
-// The end points of before have their slacks; there may be others.
+// The end points of the first report have the same slacks; there may be others.
 Judge othersAdded();
 
-// --- The tables, by what is changed ---
+// --- The tables, by the part that is changed ---
 
 std::vector<Relation> fileRelations();
 std::vector<Relation> netlistRelations();
@@ -61,11 +59,11 @@ std::vector<Relation> clockRelations();
 std::vector<Relation> exceptionRelations();
 std::vector<Relation> delayRelations();
 
-// Every relation of all tables.
+// The relations of all tables.
 const std::vector<Relation>& allRelations();
 
-// Runs a relation on the design of a seed: nothing where it has nothing to say of it; else what its judge
-// says.
+// Runs a relation on the design of a seed. Returns no value if the relation does not apply to it; otherwise
+// the judge's verdict.
 struct Verdict {
     std::string difference;
     Files before, after;

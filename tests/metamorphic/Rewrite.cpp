@@ -135,7 +135,7 @@ bool withoutNetworkLatency(Case& c) {
     c.options.clocks = Cli::ClockDefault::propagated;
     std::erase_if(c.design.latencies,
                   [](const Brute::Latency& l) { return l.kind != Brute::Latency::Kind::source; });
-    // An ideal generated clock may have had one of its own.
+    // An ideal generated clock may have had a latency of its own.
     std::erase_if(c.design.latencies, [&](const Brute::Latency& l) {
         return c.design.clocks[at(l.clock)].generated.has_value();
     });

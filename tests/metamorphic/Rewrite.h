@@ -19,44 +19,44 @@ public:
     int port(const std::string& name, Brute::Direction direction);
     int cell(const std::string& name, const std::string& type);
     int pin(int cell, const std::string& name, Brute::Direction direction);
-    // Joins a sink that has no driver.
+    // Connects a sink that has no driver.
     void wire(int driver, int sink, const Brute::Values& values);
     void wire(int driver, int sink, int delay);
     void gateArc(int from, int to, const Brute::Values& values);
-    Register addRegister(const std::string& name); // 400 ps from clock to output, 100 ps of setup, 50 of hold
-    // Takes a sink off its net; its wire goes.
+    Register addRegister(const std::string& name); // 400 ps from clock to output, setup 100, hold 50
+    // Removes a sink from its net, and the wire to it.
     void disconnect(int sink);
 
 private:
     Brute::Design& d_;
 };
 
-// A delay without edges and spread.
+// A delay without edges and without spread.
 Brute::Values exactly(int picoseconds);
 Brute::Values plus(Brute::Values values, int picoseconds);
-// The least of all values.
+// The smallest of all values.
 int least(const Brute::Values& values);
 
-// The wires that have a delay, by index into Design::arcs: no pad's.
+// The wires that have a delay, by index into Design::arcs. Wires at pads have none.
 std::vector<int> wires(const Brute::Design& design);
-// Those of them that lead to a data gate, a checked pin or an output port.
+// Those of `wires` that lead to a data gate, a checked pin or an output port.
 std::vector<int> dataWires(const Brute::Design& design);
-// Those of them at whose end a path ends.
+// Those of `wires` that lead to the end of a path.
 std::vector<int> endWires(const Brute::Design& design);
 
-// A new gate in the middle of a wire: the delays before, in and behind it.
+// Inserts a gate into a wire, with the delays before the gate, through it and behind it.
 void insertGate(Brute::Design& design, int wire, const Brute::Values& before, const Brute::Values& gate,
                 const Brute::Values& after);
 
-// The clocks that live after the last command, by index into Design::clocks.
+// The clocks that exist after the last command, by index into Design::clocks.
 std::vector<int> liveClocks(const Case& c);
-// All of them live.
+// Whether all of them exist.
 bool noneIsReplaced(const Case& c);
 
 // Preparations, for Relation::prepare.
 using Preparation = std::function<bool(Case&)>;
 Preparation all(std::vector<Preparation> steps);
-bool allPropagated(Case& c);         // no latency but the delays
+bool allPropagated(Case& c);         // no latency except the delays
 bool withoutNetworkLatency(Case& c); // propagated, with their source latencies
 bool withoutUncertainty(Case& c);
 bool withoutGroups(Case& c);
@@ -64,7 +64,7 @@ bool capturesAtRises(Case& c); // registers and output ports
 
 // Shapes.
 Brute::Shape exceptions(Brute::ExceptionMode mode);
-Brute::Shape withoutDelayExceptions(); // false paths and multicycles alone
+Brute::Shape withoutDelayExceptions(); // only false paths and multicycles
 Brute::Shape oneClock();               // and no exceptions
 
 } // namespace Metamorphic

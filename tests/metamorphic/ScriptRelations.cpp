@@ -11,7 +11,7 @@ namespace {
 
 using Brute::Random;
 
-// Reports name the line of a command, and its text.
+// Reports contain the line of a command, and its text.
 Judge sameButLines() { return same({"diagnostics", "file", "line", "overruled_by"}); }
 
 std::size_t somewhere(const std::vector<std::string>& list, Random& random) {
@@ -44,7 +44,7 @@ void sourced(Files& files, Random& random) {
         joined(part(text, 0, first)) + "source part.sdc\n" + joined(part(text, last, text.size()));
 }
 
-// Each command by itself, or some after each other, within what Tcl runs exactly once.
+// Puts each command, or several consecutive ones, into a block that Tcl runs exactly once.
 void inTclBlocks(Files& files, Random& random) {
     static const std::vector<std::pair<std::string, std::string>> blocks{
         {"if {1 + 1 == 2} {\n", "} else {\n  error never\n}\n"},
@@ -101,7 +101,7 @@ void inVariables(Files& files, Random& random) {
     files.sdc.front() = text;
 }
 
-// Queries as quoted words, as lists that are put together, and as collections.
+// Writes queries as quoted words, as concatenated lists, and as collections.
 void otherQueries(Files& files, Random& random) {
     std::string text;
     for (std::string line : lines(files.sdc.front())) {
@@ -136,7 +136,7 @@ void twice(Files& files, Random& random) {
         files.sdc.front() += files.sdc.front();
 }
 
-// Of commands whose values come before all options.
+// For commands whose values come before all options.
 void optionsInAnotherOrder(Files& files, Random& random) {
     std::string text;
     for (const std::string& line : lines(files.sdc.front())) {

@@ -10,7 +10,7 @@ namespace {
 
 bool isDigit(char c) { return std::isdigit(static_cast<unsigned char>(c)); }
 
-// "(1:2:3)" at a place, which moves behind it.
+// Parses "(1:2:3)" at a place, and moves the place behind it.
 std::optional<std::array<int, 3>> tripleAt(const std::string& text, std::size_t& place) {
     if (place >= text.size() || text[place] != '(')
         return {};
@@ -30,7 +30,7 @@ std::optional<std::array<int, 3>> tripleAt(const std::string& text, std::size_t&
     return values;
 }
 
-// Words end at blanks outside of parentheses.
+// Words are separated by blanks outside of parentheses.
 std::pair<std::size_t, std::size_t> wordPlace(const std::string& head, int which) {
     std::size_t begin = head.find('(') + 1;
     for (;; --which) {

@@ -1,5 +1,5 @@
-// Changes of the texts that tests/brute writes: one entry or command a line, times of constraints with three
-// digits, values of delays as (1:2:3).
+// Changes of the texts that tests/brute writes: one entry or command per line, times of constraints with
+// three digits, values of delays as (1:2:3).
 #pragma once
 
 #include "Random.h"
@@ -30,23 +30,23 @@ struct Entry {
     bool is(const char* keyword) const {
         return head.find(std::string("(") + keyword + " ") != std::string::npos;
     }
-    std::string text() const; // the line without its end
-    // "A", and what is around it in the head; `which` counts from the keyword's 0.
+    std::string text() const; // the line without its newline
+    // The word number `which` of the head, for example "A"; the keyword is number 0.
     std::string word(int which) const;
     void setWord(int which, const std::string& word);
 };
 std::optional<Entry> entry(const std::string& line);
 std::string triple(const std::array<int, 3>& values);
 
-// Each entry of an SDF file by what the function makes of it; all other lines stay.
+// Replaces each entry of an SDF file by what the function makes of it. Other lines are unchanged.
 std::string eachEntry(const std::string& sdf, const std::function<std::string(const Entry&)>& with);
-// Each triple of an SDF file, parentheses included.
+// Replaces each triple of an SDF file, including its parentheses.
 std::string eachTriple(const std::string& sdf,
                        const std::function<std::string(const std::array<int, 3>&)>& with);
-// Each time of a constraint file, in picoseconds.
+// Replaces each time of a constraint file. The function gets picoseconds.
 std::string eachTime(const std::string& sdc, const std::function<std::string(long)>& with);
 
-std::string replaced(std::string text, const std::string& what, const std::string& by); // all of them
+std::string replaced(std::string text, const std::string& what, const std::string& by); // all occurrences
 // value / 10^digits, exactly: decimal(1250, 3) is "1.250".
 std::string decimal(long value, int digits);
 
