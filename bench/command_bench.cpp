@@ -1,6 +1,6 @@
-// The whole command on files: time by stage and peak memory, for the example design and for a generated one
-// of a million pins (or as many as the first argument says): registers and four-input tables in random order,
-// one clock.
+// The whole command on files: time per stage and peak memory, for the example design and for a generated one
+// of a million pins (the first argument sets another number): registers and four-input tables in random
+// order, one clock.
 //
 // The files are written to a temporary folder, from a fixed seed, before anything is measured.
 #include "Measure.h"
@@ -43,7 +43,7 @@ public:
     std::string path(const char* name) const { return (folder_ / name).string(); }
 
 private:
-    // What drives a pin: register r's output is r, table t's is registers + t.
+    // The driver of a pin: register r's output is r, table t's is registers + t.
     std::string driver(std::size_t number) const {
         return number < registers_ ? "r" + std::to_string(number) + "/Q"
                                    : "t" + std::to_string(number - registers_) + "/O";
@@ -52,7 +52,7 @@ private:
         return std::uniform_int_distribution<std::size_t>(0, bound - 1)(random_);
     }
 
-    // A table reads registers and tables before it in its block, so that cones have some tens of registers.
+    // A table reads registers, and tables before it in its block, so that cones have some tens of registers.
     void connect() {
         for (std::size_t table = 0; table < tables_; ++table)
             for (std::size_t pin = 0; pin < 4; ++pin) {

@@ -1,9 +1,9 @@
 // The engine against the plain reference, both in this program and on the same designs of random logic.
 //
-// Every measurement runs in a process of its own, so that none finds another's memory. Times are those of the
-// processor, the system's part included: all is single-threaded, and others may share the machine. The table
-// is printed, and written as JSON into the file that the first argument names. An argument after it chooses
-// the measurements whose names contain it.
+// Every measurement runs in a new process, so that none finds another's memory. Times are processor times,
+// including the system's part: all is single-threaded, and others may share the machine. The table is
+// printed, and written as JSON into the file that the first argument names. The second argument selects the
+// measurements whose names contain it.
 #include "Measure.h"
 #include "RandomLogic.h"
 #include "Vorlen/Sweep.h"
@@ -27,7 +27,7 @@ namespace {
 using bench::RandomLogic;
 using bench::RandomLogicParameters;
 
-// What a measurement tells, by name; kept in the order in which it is told.
+// The results of a measurement: name and value, in the order of measuring.
 using Values = std::vector<std::pair<std::string, double>>;
 
 struct Measurement {
@@ -35,9 +35,9 @@ struct Measurement {
     std::function<Values()> run;
 };
 
-// --- Running apart ---
+// --- Separate processes ---
 
-// The reference recurses once a pole, so its process gets a deep stack.
+// The reference recurses once per pole, so its process gets a deep stack.
 void deepenStack() {
     constexpr rlim_t deep = rlim_t{4} << 30;
     rlimit limit{};
@@ -47,8 +47,8 @@ void deepenStack() {
     }
 }
 
-// Uses memory and gives it back. A virtual machine gets a page of its host's memory when it first uses it, at
-// two seconds a gigabyte, and keeps it for a while: that is not what is measured.
+// Uses memory and returns it. A virtual machine gets a page of its host's memory when it first uses it, which
+// takes two seconds per gigabyte, and keeps it for a while. That time must not be measured.
 void warmMemory() {
     constexpr std::size_t bytes = std::size_t{4} << 30;
     constexpr std::size_t page = 4096;
@@ -84,7 +84,7 @@ Values readValues(int file) {
     return values;
 }
 
-// Empty where the process did not end well.
+// Empty if the process did not succeed.
 Values runApart(const Measurement& measurement) {
     std::fflush(nullptr);
     std::array<int, 2> ends{};
@@ -116,13 +116,13 @@ double nanosecondsAnArc(double seconds, const RandomLogic& design) {
     return seconds / static_cast<double>(design.getEdgeCount()) * 1e9;
 }
 
-// Silences the console: the lines of a run are not what is measured.
+// Silences the console: printing is not measured.
 class Silence {
 public:
     Silence() { Pelko::Analyzer::_muted = true; }
 };
 
-// From the clock arrivals to the slacks of arcs, without path search. `memory`: bytes a pole at the peak.
+// From the clock arrivals to the slacks of arcs, without path search. `memory`: peak in bytes per pole.
 template <class Phases>
 Values propagate(RandomLogic& design, Phases phases) {
     Pelko::Subdomain* subdomain = design.captureAll();
@@ -167,7 +167,7 @@ Values propagateByReference(const RandomLogicParameters& parameters) {
     });
 }
 
-// The memory that a launch takes is that of the domains too, which belong to the database afterwards.
+// The memory of a launch includes that of the domains, which belong to the database afterwards.
 template <class Launch>
 void launchOnce(const char* prefix, RandomLogic& design, Values& values, Launch launch) {
     const bench::PeakMemory memory;
@@ -181,7 +181,7 @@ void launchOnce(const char* prefix, RandomLogic& design, Values& values, Launch 
                         memory.getRise() / static_cast<double>(design.getPoleCount()));
 }
 
-// Twice on the same design, and once more to see what the domains take of it.
+// Two launches on the same design, and one more to measure the memory of the domains.
 Values launchEngine(const RandomLogicParameters& parameters) {
     const Silence silence;
     RandomLogic design(parameters);
@@ -304,7 +304,7 @@ const double* find(const Results& results, const std::string& name, const std::s
     return nullptr;
 }
 
-// What the figures come to: one against another, where both were measured.
+// Ratios of two figures, if both were measured.
 Values compare(const Results& results) {
     Values ratios;
     const auto add = [&](const char* title, const std::string& above, const std::string& aboveValue,
@@ -357,7 +357,7 @@ std::string toJson(const Results& results, const Values& ratios) {
 int main(int argc, char** argv) {
     deepenStack();
     if (!std::getenv("VORLEN_BENCH_STACK")) {
-        // A new limit holds for programs started after it.
+        // A new limit holds for programs that are started after it.
         setenv("VORLEN_BENCH_STACK", "deep", 1);
         execv("/proc/self/exe", argv);
     }

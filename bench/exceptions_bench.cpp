@@ -1,15 +1,15 @@
-// The command on a design of 100,000 registers with 10 to 10,000 exceptions: what it costs to read them, to
-// compile them to classes and to analyse under them.
+// The command on a design of 100,000 registers with 10 to 10,000 exceptions: the cost of reading them, of
+// compiling them to classes and of analysing under them.
 //
-// The design has rows of registers; the logic before a register takes from the registers of its
-// neighbourhood, eight gates deep at most. Three kinds of constraints are measured, each from a fixed seed:
-//   mixed    ten false paths to one multicycle: cells, pins, lists and globs, overlapping, both sides named
-//   one side every one with -from or -to alone, so that its paths may end or start anywhere
-//   through  every false path with a gate of its own as -through
-//   wide     as mixed, of globs that take 1,000 registers on one side and up to 11,000 on the other; not so
-//   many
-// Every run is a process of its own, so that the peak of its memory is its own too. An argument chooses one
-// kind, a second one the number of exceptions.
+// The design has rows of registers. The logic before a register reads registers of its neighbourhood, through
+// at most eight gates. Four kinds of constraints are measured, each from a fixed seed:
+//   mixed    ten false paths per multicycle: cells, pins, lists and globs, overlapping, both sides named
+//   one side every exception has only -from or only -to, so that its paths may end or start anywhere
+//   through  every false path has a gate of its own as -through
+//   wide     as mixed, but fewer, with globs of 1,000 registers on one side and up to 11,000 on the other
+//
+// Every run has its own process, and so its own peak of memory. The first argument selects a kind, the second
+// one the number of exceptions.
 #include "Measure.h"
 #include "cli/Session.h"
 
@@ -29,10 +29,10 @@ namespace {
 
 constexpr unsigned registers = 100'000;
 constexpr unsigned rowLength = 100;
-constexpr unsigned nearby = 24; // how far a gate reaches for its inputs
+constexpr unsigned nearby = 24; // distance from which a gate reads its inputs
 constexpr unsigned gatesOfRegister = 3;
 
-// A folder that goes with its owner.
+// A folder that is deleted with this object.
 class Folder {
 public:
     Folder() : path_((std::filesystem::temp_directory_path() / "exceptions_bench.XXXXXX").string()) {
@@ -61,7 +61,7 @@ std::string gateName(unsigned number) {
            std::to_string(number % (rowLength * gatesOfRegister));
 }
 
-// Gate g of a register takes from registers nearby and from gates before it.
+// Gate g of a register reads registers nearby and gates before it.
 void writeSdf(const std::string& path) {
     std::mt19937 random(7);
     std::ofstream out(path);
@@ -80,7 +80,7 @@ void writeSdf(const std::string& path) {
             const unsigned own = number * gatesOfRegister + gate;
             const std::string name = gateName(own);
             wire(near(number), name + "/A");
-            // The first gate may take from another one's, but no deeper than the row allows.
+            // The first gate may read another register's gate, but no deeper than the row allows.
             if (gate > 0)
                 wire(gateName(own - 1) + "/Z", name + "/B");
             else if (number % 4 != 0)

@@ -1,9 +1,8 @@
 // The path search on ladders of reconvergent stages: every stage doubles the paths. Three ladders: all arcs
-// equal; the two ways of a stage of random delays; and the worst order there is, where every path found is
-// worse than the one before.
+// equal; random delays of the two ways of a stage; and the worst order, in which every path found is worse
+// than the one before.
 //
-// "paths made" tells how often the search came to the end of a path; a run is given up where it made three
-// million.
+// "paths made" is how often the search reached the end of a path. A run is stopped after three million.
 #include "Measure.h"
 #include "Pelko/Model.h"
 #include "Vorlen/Sweep.h"
@@ -87,8 +86,8 @@ int main() {
                 const int first = 1 + static_cast<int>(random() % 1'000);
                 return std::pair(first, 1 + static_cast<int>(random() % 1'000));
             });
-            // The later a stage, the smaller its difference; the less critical way first: paths come in
-            // ascending order.
+            // The later a stage, the smaller its difference, and the less critical way comes first: so paths
+            // are found in ascending order.
             run("worst order", stages, count, [stages](unsigned stage) {
                 const unsigned shift = std::min(stages - 1 - stage, 24U);
                 return std::pair(1, 1 + (1 << shift));

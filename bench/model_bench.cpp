@@ -1,6 +1,6 @@
 // The size and the speed of the in-memory model: 7 million poles and 10 million arcs through the public API.
 //
-// Arcs lead from one of the 100,000 poles before; every pole has one or two. Names are left out.
+// Every pole has one or two arcs, each from one of the 100,000 poles before it. Poles have no names.
 #include "Measure.h"
 #include "Pelko/Model.h"
 

@@ -1,8 +1,8 @@
-// Reading a netlist of a million cell pins, as JSON and as Verilog: the whole way to the flat netlist.
+// Reading a netlist of a million cell pins, as JSON and as Verilog, up to the flat netlist.
 //
 // The files are written to the folder for temporary files, from a fixed seed: cells of ten pins with
-// parameters and places, in modules of a thousand for Verilog. A pass over the bytes without reading them is
-// measured beside.
+// parameters and places, for Verilog in modules of a thousand cells. For comparison, a pass over the bytes
+// without parsing is measured too.
 #include "Measure.h"
 #include "readers/netlist/Json.h"
 #include "readers/netlist/Verilog.h"
@@ -18,11 +18,11 @@
 namespace {
 
 constexpr unsigned cells = 100'000;
-constexpr unsigned inputs = 8; // of a cell, which has a clock and an output too
+constexpr unsigned inputs = 8; // per cell, which has a clock and an output too
 constexpr unsigned cellsOfModule = 1'000;
 constexpr double megabyte = 1e6;
 
-// A file that goes with its owner.
+// A file that is deleted with this object.
 class TemporaryFile {
 public:
     TemporaryFile() : path_((std::filesystem::temp_directory_path() / "netlist_bench.XXXXXX").string()) {

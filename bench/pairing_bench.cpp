@@ -1,5 +1,5 @@
-// The launch/latch pairing on 100,000 registers whose cones hold at most 200 launch points: one pair a launch
-// point and end point.
+// The launch/latch pairing on 100,000 registers whose cones hold at most 200 launch points: one pair per
+// launch point of each end point.
 #include "LayeredDesign.h"
 #include "Measure.h"
 #include "Vorlen/Tool.h"

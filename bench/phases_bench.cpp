@@ -1,8 +1,8 @@
 // The time of every phase on layered designs of 10^4, 10^5 and 10^6 poles: one clock, and four clocks with 30
 // exceptions.
 //
-// Each line: seconds, nanoseconds an arc of the design, and at the end bytes a pole that the phases add at
-// their peak.
+// Each line has seconds, nanoseconds per arc of the design, and at the end the bytes per pole that the phases
+// add at their peak.
 #include "LayeredDesign.h"
 #include "Measure.h"
 #include "Vorlen/Sweep.h"

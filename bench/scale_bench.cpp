@@ -1,9 +1,9 @@
-// The large inputs of tests/scale, a line each: the processor time of a run, how far the memory of the
-// process rises, and how many arcs the engine looks at, for each arc of the design. The command's runs read
-// their files; the engine's begin with the design in memory.
+// The large inputs of tests/scale, one line each: the processor time of a run, the rise of the process's
+// memory, and the number of arcs that the engine visits, per arc of the design. The command's runs read their
+// files; the engine's begin with the design in memory.
 //
-// Every run is a process of its own, so that the peak of its memory is its own too. An argument chooses the
-// lines that have it in their name.
+// Every run has its own process, and so its own peak of memory. An argument selects the lines whose name
+// contains it.
 #include "Measure.h"
 #include "Ruvex/Console.h"
 #include "Vorlen/detail/Work.h"
@@ -44,7 +44,7 @@ void runEngine(const Scale::EngineInput& input) {
     });
 }
 
-// In a process of its own.
+// Runs in a new process.
 template <class Run>
 void apart(const char* name, Run run) {
     std::fflush(stdout);

@@ -1,8 +1,8 @@
-// Reading a plain SDF of some 200 MB with a handler that does nothing: the price of the text alone.
+// Reading a plain SDF of some 200 MB with a handler that does nothing: the cost of the text only.
 //
 // The file is written to the folder for temporary files, from a fixed seed: half of it connections, half
-// cells with their paths and checks. A pass over its bytes without parsing (reading and hashing) is measured
-// beside it.
+// cells with their paths and checks. For comparison, a pass over its bytes without parsing (reading and
+// hashing) is measured too.
 #include "Measure.h"
 #include "readers/sdf/Parser.h"
 
@@ -17,7 +17,7 @@ namespace {
 constexpr std::size_t fileBytes = 200'000'000;
 constexpr double megabyte = 1e6;
 
-// A file that goes with its owner.
+// A file that is deleted with this object.
 class TemporaryFile {
 public:
     TemporaryFile() : path_((std::filesystem::temp_directory_path() / "sdf_bench.XXXXXX").string()) {

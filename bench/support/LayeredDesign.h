@@ -12,10 +12,10 @@
 namespace bench {
 
 struct LayeredParameters {
-    std::size_t poles = 10'000; // about
+    std::size_t poles = 10'000; // approximately
     unsigned depth = 30;
     unsigned reach =
-        3; // how far to the side a cell looks: a cone holds at most 2 × reach × depth + 1 launch points
+        3; // distance from which a cell reads: a cone holds at most 2 × reach × depth + 1 launch points
     unsigned clocks = 1;
     unsigned exceptions = 0;
 };
@@ -56,7 +56,7 @@ private:
         }
     }
 
-    // Neighbours share a clock, so that clocks meet at their borders only.
+    // Neighbours share a clock, so that clocks meet only at their borders.
     void makeRegisters() {
         for (std::size_t i = 0; i < width_; ++i) {
             Pelko::Pin* pin = Pelko::Pin::create(model_.getModule(), "C");

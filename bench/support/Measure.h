@@ -18,7 +18,7 @@ private:
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
 
-// The memory that the process holds now, in bytes.
+// The current memory of the process, in bytes.
 inline double residentBytes() {
     long pages = 0;
     long resident = 0;
@@ -30,8 +30,8 @@ inline double residentBytes() {
     return static_cast<double>(resident) * static_cast<double>(sysconf(_SC_PAGESIZE));
 }
 
-// How far the memory of the process rises above what it holds now: the kernel keeps the peak, and forgets it
-// on request.
+// Measures how far the memory of the process rises above its current size. The kernel records the peak, and
+// resets it on request.
 class PeakMemory {
 public:
     PeakMemory() : before_(residentBytes()) {
@@ -58,7 +58,7 @@ private:
     double before_;
 };
 
-// The time that the process spends on the work, in seconds.
+// The processor time of the work, in seconds.
 template <class Work>
 double processorTimeOf(Work work) {
     const auto now = [] {

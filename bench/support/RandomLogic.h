@@ -1,9 +1,9 @@
 // A generated design: registers in a row, and layers of random logic between them. Every pole of a layer is
-// driven by one pole of the layer before that no other has as its first driver, and more than half by a
-// second one from anywhere in that layer: three arcs for two poles in all, cones that soon hold every
-// register, and no pole that leads nowhere.
+// driven by a pole of the layer before, each by a different one; more than half are also driven by a second
+// pole from anywhere in that layer. So there are three arcs per two poles, cones soon hold every register,
+// and every pole has fan-out.
 //
-// Same parameters, same design: the generator of numbers and its use are fixed.
+// The same parameters make the same design: the random numbers and their use are fixed.
 #pragma once
 
 #include "Pelko/Model.h"
@@ -16,7 +16,7 @@
 namespace bench {
 
 struct RandomLogicParameters {
-    std::size_t poles = 100'000; // about
+    std::size_t poles = 100'000; // approximately
     unsigned depth = 30;
     unsigned clocks = 1;
     unsigned exceptions = 0;
@@ -39,7 +39,7 @@ public:
     std::size_t getPoleCount() const { return model_.getCell()->getPoles().getCount(); }
     std::size_t getEdgeCount() const { return model_.getCell()->getEdges().getCount(); }
 
-    // The subdomain of the first clock, all registers launching and latching, made without a walk.
+    // The subdomain of the first clock, in which all registers launch and latch. It is made without a walk.
     Pelko::Subdomain* captureAll() {
         auto* subdomain = Pelko::Subdomain::create(Pelko::Domain::create(clocks_.front(), clocks_.front()),
                                                    Pelko::ClockMode(Pelko::ClockMode::Rising),
@@ -108,7 +108,7 @@ private:
             for (std::size_t i = 0; i < width_; ++i) {
                 next[i] = Pole::create(model_.getCell());
                 connect(layer[i], next[i], 100);
-                // In a hundred, so that registers and logic together have three arcs for two poles.
+                // 57 percent, so that registers and logic together have three arcs per two poles.
                 const std::size_t other = draw(width_);
                 if (draw(100) < 57 && other != i)
                     connect(layer[other], next[i], 100);

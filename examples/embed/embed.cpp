@@ -1,5 +1,5 @@
-// An embedding host in a page: builds two registers with logic between them in the in-memory model, launches
-// the tool, and prints what it found.
+// A host that embeds the engine, on one page: builds two registers with logic between them in the in-memory
+// model, launches the tool, and prints the results.
 //
 //        clk ──┬───────────────┬──────────────
 //              ▼               ▼
@@ -36,8 +36,8 @@ struct Register {
     }
 };
 
-// Between equal edges of one clock the driver sets no hold relation. This host knows it: data must hold past
-// the same edge.
+// The driver sets no hold relation between equal edges of one clock. This host sets it: data must be stable
+// until the same edge.
 class RelationFixer : public Pelko::ObjectListener {
 public:
     void onCreated(Pelko::Object* object) override {
