@@ -1,6 +1,6 @@
 // What a host and the library know of each other's classes: sizes, fields, tables of virtual operations.
-// layout.sh reads it from this file's debug information. A class that is neither named here, nor a base or a
-// field of one that is, is not compared: operations that are not virtual are not followed.
+// layout.sh reads it from this file's debug information. It compares the classes that are named here, and
+// their bases and fields, but no others: the signatures of operations that are not virtual are not followed.
 #include "Pelko/CPath.h"
 #include "Pelko/Issue.h"
 #include "Pelko/Model.h"

@@ -1,5 +1,5 @@
 // The classes whose virtual tables slots.sh reads. The dump names operations without their arguments, so the
-// one that is known by its argument is pinned here.
+// operation that is identified by its argument is checked here.
 #include "Pelko/Issue.h"
 #include "Vorlen/Sweep.h"
 #include "Vorlen/Timing.h"

@@ -1,4 +1,5 @@
-// What the netlist readers' fuzzers ask of a netlist that was read: it hangs together, and makes a design.
+// What the fuzzers expect of a netlist that was read: its references are consistent, and a design can be made
+// from it.
 #pragma once
 
 #include "readers/sdf/Annotate.h"
@@ -7,7 +8,7 @@
 
 namespace Fuzz {
 
-// A property does not hold. Nothing catches it: the input is a finding.
+// A property does not hold. The exception is never caught: the input is a finding.
 class Broken : public std::logic_error {
 public:
     using std::logic_error::logic_error;
@@ -32,7 +33,7 @@ inline void checkNetlist(const Design::Netlist& netlist) {
         require(isNet(pin.net), "a pin's net is one");
 }
 
-// A design of the netlist's connections, without any delay.
+// Makes a design of the netlist's connections, without any delay.
 inline void makeDesign(const Design::Netlist& netlist) {
     Design::RoutedDesign design;
     Base::Diagnostics diagnostics;

@@ -1,7 +1,7 @@
 // The fuzzers' entry points without a fuzzer: every input of the corpora, then random mutations of these.
 //
-// VORLEN_SEED and VORLEN_FUZZ_RUNS choose other mutations and another number of them for each entry point. An
-// input that fails is written to the folder for temporary files, and named.
+// VORLEN_SEED and VORLEN_FUZZ_RUNS choose other mutations and another number of them per entry point. An
+// input that fails is written to the folder for temporary files, and its name is printed.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -24,7 +24,7 @@ namespace fs = std::filesystem;
 struct Row {
     const char* name;
     EntryPoint* run;
-    unsigned mutations; // a few seconds of them
+    unsigned mutations; // as many as take a few seconds
 };
 
 constexpr Row rows[] = {
@@ -37,7 +37,7 @@ unsigned numberFrom(const char* variable, unsigned otherwise) {
     return text && *text ? static_cast<unsigned>(std::strtoul(text, nullptr, 10)) : otherwise;
 }
 
-// Sorted by name, so that a seed always means the same.
+// Sorted by name, so that a seed always selects the same input.
 std::vector<std::string> inputsOf(const char* name) {
     std::vector<fs::path> files;
     for (const auto& entry : fs::directory_iterator(fs::path(VORLEN_CORPUS_DIR) / name))
@@ -66,7 +66,7 @@ public:
 private:
     std::size_t below(std::size_t bound) { return random_() % std::max<std::size_t>(bound, 1); }
     const std::string& any() { return inputs_[below(inputs_.size())]; }
-    // A piece of another input, up to so long.
+    // A piece of another input, of at most the given length.
     std::string piece(std::size_t longest) {
         const std::string& from = any();
         return from.substr(below(from.size()), 1 + below(longest));
@@ -98,7 +98,7 @@ private:
             bytes.replace(at, part.size(), part);
             return;
         }
-        default: { // much of the same
+        default: { // one byte many times
             const std::string part = bytes.substr(at, 1 + below(longestPiece));
             for (std::size_t copies = 1 + below(mostCopies); copies > 0; --copies)
                 bytes.insert(at, part);
@@ -111,7 +111,7 @@ private:
     std::mt19937 random_;
 };
 
-// What the entry point lets out, empty for nothing.
+// The exception that leaves the entry point; empty if there is none.
 std::string failure(const Row& row, const std::string& bytes) {
     try {
         row.run(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());

@@ -1,8 +1,8 @@
-// Any bytes as a run of the command: a refusal that names one of the files, or a report whose numbers agree
-// with each other, as does a second run.
+// A run of the command on any bytes: it rejects one of the files by name, or makes a report whose numbers
+// agree with each other, and a second run does the same.
 //
-// The first byte chooses options. Behind it stand the files, with a line "====" between them: constraints,
-// delays (or else those of a small design), a netlist (or else none).
+// The first byte chooses options. The files follow, with a line "====" between them: constraints, delays (if
+// missing, those of a small design), a netlist (if missing, none).
 #include "Netlists.h"
 #include "cli/Session.h"
 #include "report/Json.h"
@@ -154,7 +154,7 @@ void checkPath(const Report::Path& path) {
     require(path.captureEdge - path.launchEdge == path.relation, "a relation is that of its edges");
 }
 
-// Every slack has its path, which comes first of its end point's.
+// Every slack has its path, which is the first path of its end point.
 void checkPaths(const Report::Report& report, const Cli::Options& options) {
     std::map<std::pair<bool, std::string>, std::vector<Report::Time>> slacks;
     bool setup = true;
@@ -191,7 +191,7 @@ std::string outcome(const Cli::Options& options, const Support::TemporaryFolder&
         writeText(report, {.listUnconstrained = true, .listExceptions = true}, text);
         return json.str() + text.str();
     } catch (const Base::BadInput& bad) {
-        // Sums of delays are of no place.
+        // The message about sums of delays has no place in a file.
         const Base::Diagnostic& said = bad.diagnostic();
         require(said.place.file.starts_with(folder.path().string()) ||
                     said.text.starts_with("the delays of a path may"),
@@ -200,7 +200,7 @@ std::string outcome(const Cli::Options& options, const Support::TemporaryFolder&
     }
 }
 
-// Time and memory are not the same each time.
+// Time and memory differ from run to run.
 bool isOverLimit(const std::string& outcome) {
     return outcome.find(": error: the script ran for more than ") != std::string::npos ||
            outcome.find(": error: the script took more than ") != std::string::npos;

@@ -1,5 +1,5 @@
-// Any bytes as a constraint file of a small design: understood, or refused with BadInput, and either way
-// within the limits. What was understood refers to nothing that is not there.
+// Any bytes as a constraint file of a small design: read, or rejected with BadInput, and either way within
+// the limits. Constraints that were read refer only to existing objects.
 #include "Netlists.h"
 #include "tests/support/command/Script.h"
 
@@ -12,7 +12,8 @@ namespace {
 
 using namespace Readers::Sdc;
 
-// The grace is that of a machine under load and sanitizers: a single command that takes longer is a finding.
+// The grace allows for a machine under load and for sanitizers. A single command that takes longer is a
+// finding.
 constexpr Limits limits{.time = std::chrono::milliseconds(200),
                         .commands = 20'000,
                         .depth = 100,
@@ -48,7 +49,7 @@ void check(const Design::Constraints& constraints) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    // No such folder, so that nothing can be sourced.
+    // The folder does not exist, so nothing can be sourced.
     Base::Source source("fuzz.none/fuzz.sdc", std::string_view(reinterpret_cast<const char*>(data), size));
     Base::Diagnostics diagnostics;
     try {

@@ -1,5 +1,5 @@
-// Any bytes as an SDF file: read, or refused with BadInput. The events do not depend on how the bytes come in
-// blocks, and what was read makes a design or is refused there.
+// Any bytes as an SDF file: read, or rejected with BadInput. The events do not depend on how the bytes are
+// split into blocks. A file that was read makes a design, or is rejected at that step.
 #include "Netlists.h"
 #include "readers/sdf/Parser.h"
 #include "tests/readers/sdf/EventLog.h"
@@ -11,7 +11,7 @@ namespace {
 
 constexpr const char* name = "fuzz.sdf";
 
-// The events, and the refusal where there is one.
+// The events, and the rejection if there is one.
 std::vector<std::string> eventsOf(std::string_view bytes, std::size_t blockSize) {
     Support::EventLog log;
     log.withPlaces = true;

@@ -1,4 +1,5 @@
-// Any bytes as a Verilog netlist: read, or refused with BadInput. A netlist that was read hangs together.
+// Any bytes as a Verilog netlist: read, or rejected with BadInput. The references of a netlist that was read
+// are consistent.
 #include "Netlists.h"
 #include "readers/netlist/Verilog.h"
 

@@ -1,15 +1,15 @@
 // Whole runs of the command, compared byte for byte. A case is a folder here with
 //
-//   args         the command line behind "vorlen", as a shell reads it
-//   why          how the expected values come about, for whoever has to judge a difference
-//   files        what else the run needs: files of the project, by their paths from its root, one a line
+//   args         the command line behind "vorlen", in shell syntax
+//   why          how the expected values follow, for the reader who has to judge a difference
+//   files        other files that the run needs: paths from the project's root, one per line
 //   stdout, stderr, status, report.json
-//                what must come of it; without report.json the run must leave no file behind
+//                the expected results; without report.json the run must leave no file behind
 //   slacks.csv   endpoint,setup,hold in ns, worked out by hand: all end points of the run's JSON report
 //   (others)     the run's own inputs
 //
-// The run goes in a copy of the folder, so that names in messages are short. VORLEN_UPDATE=1 in the
-// environment rewrites what must come of it, but for slacks.csv.
+// The run works in a copy of the folder, so that file names in messages are short. VORLEN_UPDATE=1 in the
+// environment rewrites the expected results, except slacks.csv.
 #include "ProjectFiles.h"
 #include "tests/report/SchemaValidator.h"
 #include "tests/support/Process.h"
@@ -46,7 +46,7 @@ namespace fs = std::filesystem;
 
 const fs::path cases = VORLEN_GOLDEN_DIR;
 const fs::path root = cases.parent_path().parent_path();
-// Of a case's files, those that are no inputs of the run.
+// The files of a case that are no inputs of the run.
 const std::set<std::string> aboutTheRun = {"args",   "why",    "files",       "stdout",
                                            "stderr", "status", "report.json", "slacks.csv"};
 
@@ -85,7 +85,7 @@ struct Outcome {
     int status = -1;
 };
 
-// Through a shell, so that a case can send its output elsewhere.
+// Runs through a shell, so that a case can redirect its output.
 Outcome run(const fs::path& folder, const std::string& args, const std::string& before = {}) {
     const Support::TemporaryFolder streams;
     const std::string out = (streams.path() / "out").string(), err = (streams.path() / "err").string();
@@ -96,7 +96,7 @@ Outcome run(const fs::path& folder, const std::string& args, const std::string& 
     return {textOf(out), textOf(err), WIFEXITED(status) ? WEXITSTATUS(status) : -1};
 }
 
-// Slacks by end point, setup and hold, in fs.
+// Key: end point. Values: setup and hold slack in fs.
 using Slacks = std::map<std::string, std::vector<std::optional<long>>>;
 
 std::optional<long> femtoseconds(double nanoseconds) { return std::lround(nanoseconds * 1e6); }
@@ -127,7 +127,7 @@ Slacks slacksOfReport(const std::string& json) {
     return slacks;
 }
 
-// The differences, each on a line; empty where there is none.
+// The differences, one per line; empty if there is none.
 std::string difference(const Slacks& expected, const Slacks& found) {
     const auto shown = [](const Slacks& slacks, const std::string& pin) {
         const auto at = slacks.find(pin);
@@ -162,7 +162,7 @@ std::vector<std::string> caseNames() {
 
 class Golden : public testing::TestWithParam<std::string> {
 protected:
-    // Compares, or rewrites.
+    // Compares the result, or rewrites the expected one.
     void settle(const std::string& name, const std::string& found) const {
         const fs::path file = cases / GetParam() / name;
         if (isUpdate())
@@ -214,7 +214,7 @@ INSTANTIATE_TEST_SUITE_P(Cases, Golden, testing::ValuesIn(caseNames()),
 struct Example {
     const char *name, *constraints, *netlist, *clocks, *expected;
     std::size_t endpoints;
-    int status; // some hold slacks fail where clocks are propagated
+    int status; // some hold slacks are negative with propagated clocks
 };
 
 class Examples : public testing::TestWithParam<Example> {};
@@ -275,7 +275,7 @@ TEST(Output, ThatDoesNotFitLeavesTheOldFile) {
 
 // --- A script that wants too much ---
 
-#ifndef __SANITIZE_ADDRESS__ // which takes more address space than any limit leaves
+#ifndef __SANITIZE_ADDRESS__ // its shadow memory exceeds every address limit
 TEST(Script, WhoseValueOutgrowsTheMemoryLeavesTheOldFile) {
     const Support::TemporaryFolder work;
     fs::copy(cases / "common" / "pair.sdf", work.path());
@@ -294,10 +294,10 @@ TEST(Script, WhoseValueOutgrowsTheMemoryLeavesTheOldFile) {
 
 // --- Ctrl-C ---
 
-// A run that waits for the bytes of one of its inputs, so that what happens then is no matter of speed.
+// A run that waits for the bytes of one of its inputs, so that the result does not depend on speed.
 class Interruption : public testing::Test {
 protected:
-    // Makes a pipe of that name, begins a run, and comes back when it has opened the pipe.
+    // Makes a pipe of that name, starts a run, and returns when the run has opened the pipe.
     void begin(const std::string& pipe, std::vector<std::string> args) {
         const std::string path = (folder_.path() / pipe).string();
         ASSERT_EQ(mkfifo(path.c_str(), S_IRUSR | S_IWUSR), 0) << path;
@@ -356,8 +356,8 @@ private:
 };
 
 constexpr int interrupted = 130;
-// Half a second is promised; a machine that is busy with other tests gets more, and so does a process that
-// adds up its counters at the end.
+// Half a second is the aim. The test allows more, for a machine that is busy with other tests, and for a
+// process that adds up its coverage counters at exit.
 constexpr std::chrono::milliseconds patience{countsLines ? 20'000 : 4'000};
 
 TEST_F(Interruption, OfReadingEndsAtOnceAndLeavesNoFile) {
@@ -386,7 +386,7 @@ TEST_F(Interruption, OfACommandWithoutEndLeavesNoFile) {
     begin("slow.sdc", {"analyze", "--sdf", "pair.sdf", "--sdc", "slow.sdc", "--json", "report.json"});
     feed("expr {10 ** 100000000}\n");
     std::this_thread::sleep_for(
-        std::chrono::milliseconds(200)); // else the signal may come before the command
+        std::chrono::milliseconds(200)); // otherwise the signal may arrive before the command runs
     std::chrono::milliseconds took{};
     EXPECT_EQ(interrupt(took), interrupted);
     EXPECT_LT(took, patience);
@@ -401,7 +401,7 @@ TEST_F(Interruption, ByOtherSignalsLeavesNoFileEither) {
     EXPECT_EQ(folder_.names(), (std::set<std::string>{"slow.sdf", "stderr"}));
 }
 
-// 300 clocks on one port are 90,000 pairs: seconds of analysis.
+// 300 clocks on one port are 90,000 pairs: the analysis takes seconds.
 TEST_F(Interruption, OfTheAnalysisLeavesNoFile) {
     fs::copy(cases / "common" / "pair.sdf", folder_.path());
     begin("slow.sdc",

@@ -1,4 +1,4 @@
-// Makes a tool over an empty design, and says its name.
+// Makes a tool over an empty design, and prints its name.
 #include "Pelko/Model.h"
 #include "Vorlen/Tool.h"
 
