@@ -11,7 +11,7 @@ std::string number(std::size_t i) { return std::to_string(i); }
 
 } // namespace
 
-// A hundred registers lead to each of a hundred, and every pair has an exception of its own.
+// A hundred registers have paths to each of a hundred others, and every pair has its own exception.
 SlacksByEnd writeExceptions(Files& files) {
     constexpr std::size_t side = 100;
     constexpr long period = 10'000, gate = 30;
@@ -39,7 +39,7 @@ SlacksByEnd writeExceptions(Files& files) {
                             number(i) + "/C -to b" + number(j) + "/D");
             const long arrival = clockToOutput + wireOf(i, j) + gate;
             worstSetup = std::min(worstSetup, cyclesOf(i, j) * period - setup - arrival);
-            // The hold check goes along: one period before the setup edge.
+            // The hold check moves with the setup check: it is one period before the setup edge.
             worstHold = std::min(worstHold, arrival - hold - (cyclesOf(i, j) - 1) * period);
         }
         files.gate("g" + number(j), inputs, gate);
@@ -49,8 +49,7 @@ SlacksByEnd writeExceptions(Files& files) {
     return expected;
 }
 
-// A million pairs of clocks could meet. Those that do are each with itself, and every hundredth with the
-// next.
+// A million pairs of clocks could meet. Each clock meets itself, and every hundredth also the next one.
 SlacksByEnd writeClocks(Files& files) {
     constexpr std::size_t clocks = 1000, apart = 100;
     SlacksByEnd expected;
@@ -113,7 +112,7 @@ PeriodsByClock writeFoundClocks(Files& files, std::size_t clocks) {
     return periods;
 }
 
-// The data goes from each register to the next, by a wire that takes 200.
+// The data goes from each register to the next, through a wire with a delay of 200.
 void writeJoinedClocks(Files& files, std::size_t clocks, std::size_t registers) {
     std::vector<std::string> inputs;
     for (std::size_t i = 0; i < clocks; ++i) {
@@ -129,8 +128,8 @@ void writeJoinedClocks(Files& files, std::size_t clocks, std::size_t registers) 
     }
 }
 
-// One gate joins what a hundred thousand registers launch; the last but one is the latest, the first the
-// earliest.
+// One gate joins the outputs of a hundred thousand registers. The last but one is the latest, the first is
+// the earliest.
 SlacksByEnd writeWideEnd(Files& files) {
     constexpr std::size_t count = 100'000;
     constexpr long gate = 30, period = 10'000;
@@ -150,8 +149,8 @@ SlacksByEnd writeWideEnd(Files& files) {
     return {{"end/D", {period - setup - clockToOutput - 900 - gate, clockToOutput + 1 + gate - hold}}};
 }
 
-// A tree of buffers, ten behind each, five deep. The registers at its leaves make one long shift register;
-// the buffers above a leaf say how late its clock is.
+// A tree of buffers, ten behind each, five levels deep. The registers at its leaves form one long shift
+// register. The buffers above a leaf determine the delay of its clock.
 SlacksByEnd writeClockTree(Files& files) {
     constexpr std::size_t fan = 10, leaves = 100'000;
     constexpr long period = 10'000, wire = 1'000;
@@ -233,9 +232,8 @@ SlacksByEnd writeTappedChain(Files& files, std::size_t gates) {
     return expected;
 }
 
-// Gates that all lead to all others. Where the loop is cut is the engine's choice; what leads into the end
-// point is known all the same: the shortest way passes g0 alone, and no way without a loop is longer than all
-// gates.
+// Gates that all drive each other. The engine chooses where to cut the loop, but the slacks at the end point
+// are known: the shortest way passes only g0, and no way without a loop is longer than all gates together.
 void writeLoop(Files& files, std::size_t gates) {
     files.constrain("create_clock -name clk -period 10 [get_ports clk]");
     for (const char* name : {"a", "b"}) {

@@ -1,6 +1,6 @@
-// Large inputs of the command, with every slack worked out beside it, and bounds on the memory that the run
-// takes and on the arcs that the engine looks at: what would grow with the square of the input goes far over
-// them.
+// Large inputs of the command, with every slack computed separately, and with bounds on the memory of the run
+// and on the arcs that the engine visits. A cost that grows with the square of the input is far above the
+// bounds.
 #include "CommandInputs.h"
 #include "Vorlen/detail/Work.h"
 #include "report/Json.h"
@@ -54,21 +54,21 @@ struct Analysis {
         peak = Faults::peakBytes() - before;
     }
 
-    // Visits: for each arc of the design, in all phases and sweeps together.
+    // `visitsOfArc`: bound on the visits per arc of the design, in all phases and sweeps together.
     void expectBounds(std::size_t megabytes, std::uint64_t visitsOfArc) const {
         std::cout << peak / megabyte << " MB of at most " << megabytes << ", "
                   << static_cast<double>(visits) / static_cast<double>(arcs) << " visits of each of " << arcs
                   << " arcs of at most " << visitsOfArc << "\n";
         EXPECT_LE(peak, megabytes * megabyte);
         EXPECT_LE(visits, visitsOfArc * arcs);
-        EXPECT_GT(visits, 0U); // somebody counts
+        EXPECT_GT(visits, 0U); // the engine counts at all
     }
 
     std::size_t arcs;
     Report::Report report;
-    std::size_t peak = 0; // bytes
+    std::size_t peak = 0; // in bytes
     std::uint64_t visits = 0;
-    std::uint64_t entries = 0; // of tables, made or cleared
+    std::uint64_t entries = 0; // table entries that were made or cleared
 };
 
 TEST(Scale, TenThousandExceptions) {
@@ -79,7 +79,7 @@ TEST(Scale, TenThousandExceptions) {
     run.expectBounds(60, 20);
 }
 
-// 160,000 pairs of clocks in one command: within the script's limits of time.
+// 160,000 pairs of clocks in one command, within the script's limits of time.
 TEST(Scale, UncertaintiesBetweenFourHundredClocks) {
     Files files;
     files.wire("clk", "a/C");
@@ -124,7 +124,7 @@ TEST(Scale, AThousandClocks) {
     run.expectBounds(20, 8);
 }
 
-// A sweep costs its cone, and no table of the size of the design.
+// The cost of a sweep is that of its cone; it makes no table of the size of the design.
 TEST(Scale, TwoThousandSeparateClocks) {
     Files files;
     const SlacksByEnd expected = writeSeparateClocks(files, 2000);
@@ -134,7 +134,7 @@ TEST(Scale, TwoThousandSeparateClocks) {
     run.expectBounds(160, 12);
     std::cout << run.entries << " entries of tables\n";
     EXPECT_LE(run.entries, 10 * run.arcs);
-    EXPECT_GT(run.entries, run.arcs / 10); // somebody counts
+    EXPECT_GT(run.entries, run.arcs / 10); // the engine counts at all
 }
 
 PeriodsByClock achievedPeriods(const Report::Report& report) {
@@ -144,7 +144,7 @@ PeriodsByClock achievedPeriods(const Report::Report& report) {
     return periods;
 }
 
-// Without constraints: four hundred million pairs of clocks that could meet do not.
+// Without constraints: of four hundred million pairs of clocks, none meet.
 TEST(Scale, TwentyThousandFoundClocks) {
     Files files;
     const PeriodsByClock expected = writeFoundClocks(files, 20'000);
@@ -154,7 +154,7 @@ TEST(Scale, TwentyThousandFoundClocks) {
     EXPECT_LE(run.entries, 20 * run.arcs);
 }
 
-// What a hundred clocks share counts a hundred times, and not ten thousand times.
+// The part that a hundred clocks share counts a hundred times, not ten thousand times.
 TEST(Scale, AHundredFoundClocksOnOneNet) {
     constexpr std::size_t clocks = 100, registers = 1000;
     Files files;
@@ -167,7 +167,7 @@ TEST(Scale, AHundredFoundClocksOnOneNet) {
     run.expectBounds(10, 20 * clocks);
 }
 
-// The last launch point but one is the latest, the first the earliest.
+// The last launch point but one is the latest, the first is the earliest.
 TEST(Scale, AnEndPointOfAHundredThousandLaunchPoints) {
     Files files;
     const SlacksByEnd expected = writeWideEnd(files);
@@ -186,7 +186,7 @@ TEST(Scale, AClockTreeOfAHundredThousandLeaves) {
     run.expectBounds(340, 12);
 }
 
-// Takes bytes, and only counts them.
+// Accepts bytes, and only counts them.
 class Counter : public std::streambuf {
 public:
     std::size_t count = 0;
@@ -202,7 +202,7 @@ protected:
     }
 };
 
-// Five paths to one end point, each through half a million gates by two arcs a gate.
+// Five paths to one end point, each through half a million gates with two arcs per gate.
 TEST(Scale, PathsOfAMillionArcs) {
     constexpr std::size_t gates = 500'000;
     Files files;
@@ -217,8 +217,8 @@ TEST(Scale, PathsOfAMillionArcs) {
         EXPECT_EQ(path.points.size(), 2 * gates + 3);
         EXPECT_EQ(path.slack, expected.at("b/D").setup);
     }
-    // The first by names takes the first input everywhere, the fifth the other one of the third gate from
-    // there.
+    // The first path by name takes the first input everywhere. The fifth takes the other input of the third
+    // gate from there.
     EXPECT_EQ(report.paths[0].points[2].pin, "g0/A");
     EXPECT_EQ(report.paths[1].points[2].pin, "g0/B");
     EXPECT_EQ(report.paths[4].points[6].pin, "g2/B");
@@ -230,7 +230,7 @@ TEST(Scale, PathsOfAMillionArcs) {
     EXPECT_GT(json.count, report.paths.size() * 2 * gates);
 }
 
-// Only paths that are reported are traced: all of them together would be two hundred million steps.
+// Only reported paths are traced: all of them together would be two hundred million steps.
 TEST(Scale, AChainWithAnEndPointAtEachGate) {
     constexpr std::size_t gates = 20'000;
     Files files;

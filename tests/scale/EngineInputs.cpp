@@ -31,7 +31,7 @@ Registers addRegisters(Builder& design) {
 
 // --- Length ---
 
-// The exceptions are of no kind: each costs a walk, and changes no slack.
+// The exceptions have no kind: each costs a walk, and changes no slack.
 template <int exceptions, bool isWeighted = false>
 Arrivals addDataChain(Builder& design) {
     Pelko::analyzer->setWeightTagging(isWeighted);
@@ -42,7 +42,7 @@ Arrivals addDataChain(Builder& design) {
     return {made.clk, made.clk, million + 1, million + 1};
 }
 
-// The chain leads to the clock pin of the register that latches.
+// The chain drives the clock pin of the register that latches.
 Arrivals addClockChain(Builder& design) {
     Pole* clk = design.addClockSource("clk", period);
     const Register from = design.addRegister("from", clk);
@@ -71,8 +71,8 @@ Arrivals addFeedbackChain(Builder& design) {
     return {made.clk, made.clk, 7, 9};
 }
 
-// A ring is entered at its first pole, and left at its first, where it is cut, or at its last, where it has
-// no place to be cut and stays.
+// A ring is entered at its first pole. It is left at its first pole, and then it is cut; or at its last pole,
+// and then no arc can be cut and the loop stays.
 template <bool isCut>
 Arrivals addRing(Builder& design) {
     const Registers made = addRegisters(design);
@@ -84,9 +84,9 @@ Arrivals addRing(Builder& design) {
     return {made.clk, made.clk, length, length};
 }
 
-// --- Width ---
+// --- Fan-out and fan-in ---
 
-// A clock net of a million sinks, two of them registers that talk.
+// A clock net of a million sinks, of which two are registers with a path between them.
 Arrivals addClockNet(Builder& design) {
     Pole* clk = design.addClockSource("clk", period);
     Pole* net = design.addChain(clk, 1);
@@ -117,7 +117,7 @@ Arrivals addGate(Builder& design) {
 
 // --- Components ---
 
-// From every pole, arcs without delay to so many behind it, in a ring.
+// Each pole of a ring has arcs without delay to the `chords` poles behind it.
 template <std::size_t poles, std::size_t chords>
 Arrivals addComponent(Builder& design) {
     const Registers made = addRegisters(design);
@@ -134,8 +134,8 @@ Arrivals addComponent(Builder& design) {
 
 // --- Paths ---
 
-// Forty stages, each of which doubles the paths; the later a stage, the less its two ways differ, and the
-// shorter way comes first. So nearly every path of 2^40 is a little worse than the one before it.
+// Forty stages, each of which doubles the paths. The later a stage, the less its two ways differ, and the
+// shorter way comes first. So nearly every one of the 2^40 paths is a little worse than the one before it.
 Arrivals addLadder(Builder& design) {
     constexpr int stages = 40;
     Pelko::analyzer->setPathCount(1000);

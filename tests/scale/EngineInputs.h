@@ -1,5 +1,5 @@
-// Large graphs for the engine: a million poles behind each other, beside each other, in a ring, and
-// components in which all leads to all.
+// Large graphs for the engine: a million poles in a chain, in parallel, in a ring, and components in which
+// all poles are connected to all others.
 #pragma once
 
 #include "Builder.h"
@@ -19,7 +19,7 @@ struct Arrivals {
 struct EngineInput {
     const char* name;
     Arrivals (*build)(Support::Builder& design);
-    // Bounds for each arc: arcs looked at in all phases together, and bytes at the peak.
+    // Bounds per arc: arcs visited in all phases together, and bytes at the peak.
     unsigned visits;
     unsigned bytes;
 };

@@ -1,6 +1,5 @@
-// A million arcs in one piece, in every way that a walk finds hard, and a ladder of paths: a launch ends,
-// finds the arrivals, looks at each arc a bounded number of times, and takes a bounded number of bytes for
-// each.
+// A million arcs in one piece, in every form that is hard for a walk, and a ladder of paths: a launch
+// completes, finds the arrivals, and keeps within the bounds on visits and on bytes per arc.
 #include "EngineInputs.h"
 #include "Recorder.h"
 #include "Vorlen/detail/Work.h"
@@ -38,7 +37,7 @@ TEST_P(EngineScale, Launch) {
     std::cout << static_cast<double>(visits) / static_cast<double>(arcs) << " visits and " << bytes / arcs
               << " bytes for each of " << arcs << " arcs\n";
     EXPECT_LE(visits, input.visits * arcs);
-    EXPECT_GT(visits, 0U); // somebody counts
+    EXPECT_GT(visits, 0U); // the engine counts at all
     EXPECT_LE(bytes, input.bytes * arcs);
 
     const Pelko::Subdomain* subdomain = Support::Builder::findSubdomain(

@@ -1,4 +1,4 @@
-// The files of a large design, told piece by piece. They go with the object.
+// The files of a large design, described piece by piece. They are deleted with the object.
 //
 // All delays are in ps. Registers are of type DFF (C, D, Q): 100 from a rising C to Q, setup 50, hold 20.
 #pragma once
@@ -37,7 +37,7 @@ public:
     }
     void constrain(const std::string& command) { constraints_ += command + "\n"; }
 
-    // Writes them; what was told is forgotten.
+    // Writes the files, and clears the description.
     Cli::Options write() {
         Cli::Options options;
         options.sdf =
@@ -62,7 +62,7 @@ struct Slacks {
     bool operator==(const Slacks&) const = default;
 };
 
-using SlacksByEnd = std::map<std::string, Slacks>; // by the end point's name
+using SlacksByEnd = std::map<std::string, Slacks>; // key: end point
 
 inline SlacksByEnd slacksOf(const Report::Report& report) {
     SlacksByEnd slacks;
