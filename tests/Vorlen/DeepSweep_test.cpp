@@ -1,5 +1,5 @@
 // Chains of a million poles: every phase of a sweep, the path searches, the weights and a whole launch walk
-// them on a stack of the ordinary 8 MB.
+// over them on an ordinary stack of 8 MB.
 #include "Builder.h"
 #include "Recorder.h"
 
@@ -23,7 +23,7 @@ using Vorlen::TimingMap;
 
 constexpr std::size_t million = 1'000'000;
 
-// The stack grows no further than by default, whatever the limit of the program that runs the tests.
+// A stack of the default size, whatever the limit of the program that runs the tests.
 class OrdinaryStack {
 public:
     OrdinaryStack() {
@@ -47,7 +47,7 @@ class DeepSweep : public testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(stack_.isSet()); }
 
-    // Runs a phase; its time goes into the report.
+    // Runs a phase, and prints its time.
     template <class Phase>
     void run(const std::string& name, Phase phase) {
         const auto start = std::chrono::steady_clock::now();
@@ -56,7 +56,7 @@ protected:
         RecordProperty(name + " ms", static_cast<int>(time.count()));
     }
 
-    // The only path of a collection: its ends, number of arcs and slack.
+    // Checks the only path of a collection: its ends, number of arcs and slack.
     static void expectPath(const Ruvex::Collection<Path*>& paths, const std::string& ends, std::size_t arcs,
                            int slack) {
         ASSERT_EQ(paths.getCount(), 1U);
@@ -76,8 +76,8 @@ protected:
 };
 
 TEST_F(DeepSweep, DataPath) {
-    // Clock to output 5, a million arcs of 1 and one of 7 to the data pin, hold 3 and setup 4. With a period
-    // of 2,000,000 the setup slack is 2,000,000 - 1,000,012 - 4; hold: 1,000,012 - 3.
+    // Clock to output 5, a million arcs of 1, one arc of 7 to the data pin, hold 3 and setup 4. With a period
+    // of 2,000,000 the setup slack is 2,000,000 - 1,000,012 - 4, and the hold slack 1,000,012 - 3.
     Pole* clk = design_.addClockSource("clk", 2 * million);
     const Register a = design_.addRegister("a", clk, rising, 5);
     const Register b = design_.addRegister("b", clk, rising, 5, 3, 4);
@@ -117,7 +117,7 @@ TEST_F(DeepSweep, DataPath) {
 }
 
 TEST_F(DeepSweep, ClockPath) {
-    // A million arcs of (1, 2) from the clock to the register that latches, none to the one that launches.
+    // A million arcs of (1, 2) from the clock to the register that latches; none to the one that launches.
     Pole* clk = design_.addClockSource("clk", 4 * million);
     const Register a = design_.addRegister("a", clk);
     const Register b = design_.addRegister("b");
@@ -187,7 +187,7 @@ TEST_F(DeepSweep, Launch) {
     ASSERT_NE(subdomain, nullptr);
     EXPECT_EQ(int(subdomain->getLAT()), 1'000'000);
     EXPECT_EQ(int(Pelko::analyzer->getPeriod(clk)), 1'000'000);
-    // The slack is zero: every arc of the path has the one weight there is, every pole on it is marked.
+    // The slack is zero: every arc of the path has the only weight, and every pole on it is marked.
     constexpr std::size_t arcs = 1 + million + 1 + 1;
     expectPath(subdomain->getLongestPaths(), "a/C -> b/check", arcs, 0);
     std::size_t weighted = 0;

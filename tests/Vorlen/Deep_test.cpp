@@ -1,5 +1,5 @@
-// A million poles behind each other, in a ring, and behind one: ordinary inputs of a launch, on a stack of 8
-// MB.
+// A million poles in a chain, in a ring, and as receivers of one pole: ordinary inputs of a launch, on a
+// stack of 8 MB.
 #include "Builder.h"
 #include "Recorder.h"
 
@@ -24,7 +24,7 @@ namespace {
 
 constexpr std::size_t million = 1'000'000;
 
-// Launches on a thread with the usual stack, whatever the limits of the process.
+// Launches on a thread with a stack of the usual size, whatever the limits of the process.
 bool launchOnUsualStack(Vorlen::Tool& tool) {
     struct Call {
         Vorlen::Tool& tool;
@@ -45,9 +45,8 @@ bool launchOnUsualStack(Vorlen::Tool& tool) {
     return call.completed;
 }
 
-// Where the poles are, and how they hang together. A ring has its entry at its first pole; what is behind it
-// hangs on its first pole, so that the ring is cut there, or on its last, so that it has no place to be cut
-// and stays.
+// The place of the poles, and their arrangement. A ring is entered at its first pole. It is left at its first
+// pole, and then it is cut there; or at its last pole, and then no arc can be cut and the loop stays.
 enum class Network { Data, Clock, Feedback };
 enum class Shape { Chain, CutRing, UncutRing };
 
@@ -59,7 +58,7 @@ struct DeepRow {
 
 class Deep : public testing::TestWithParam<DeepRow> {
 protected:
-    // Puts the million between two poles.
+    // Puts the million poles between two others.
     void fill(Pole* from, Pole* to) {
         Pole* first = design_.addPole("first");
         design_.connect(from, first);
@@ -68,7 +67,7 @@ protected:
             design_.connect(last, first);
         design_.connect(GetParam().shape == Shape::CutRing ? first : last, to);
     }
-    // Arcs on the way from one to the other.
+    // Number of arcs from the one to the other.
     static int length() { return GetParam().shape == Shape::CutRing ? 2 : million + 1; }
 
     Builder design_;
@@ -90,7 +89,7 @@ TEST_P(Deep, Launch) {
     else
         design_.connect(a.output, b.data);
 
-    // A PLL whose feedback comes from a generator of its own.
+    // A PLL with a feedback from a generator of its own.
     auto* module = Pelko::cell->getModule();
     auto* generator = Pelko::WFG::create(module, "generator");
     generator->setPLLFeedback(true);
@@ -166,7 +165,7 @@ std::string nameOfRow(const testing::TestParamInfo<DeepRow>& row) {
 
 INSTANTIATE_TEST_SUITE_P(Million, Deep, testing::ValuesIn(deepRows), nameOfRow);
 
-// --- Width ---
+// --- Fan-out ---
 
 TEST(Wide, ClockNetOfAMillionSinks) {
     Builder design;

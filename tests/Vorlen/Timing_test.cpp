@@ -24,7 +24,7 @@ Timing timing(const Pair& bounds) { return {Delay(bounds.first), Delay(bounds.se
 Pair boundsOf(const Timing& timing) { return {int(timing.getMinimumDelay()), int(timing.getMaximumDelay())}; }
 
 constexpr Pair U{undefined, undefined};
-constexpr int greatest = maximum - 1; // ordinary values
+constexpr int greatest = maximum - 1; // the greatest ordinary value
 constexpr int least = minimum + 1;
 
 TEST(Timing, Construction) {
@@ -107,7 +107,7 @@ TEST(Timing, SumsAndDifferences) {
         {{2, 5}, {1, 1}, {3, 6}, {1, 4}},
         {{2, 5}, {10, 20}, {12, 25}, {-8, -15}},
         {{2, 5}, {2, 5}, {4, 10}, {0, 0}},
-        {{1, 2}, {3, 9}, {4, 11}, {-2, -7}}, // below: the minimum is above the maximum, and stays there
+        {{1, 2}, {3, 9}, {4, 11}, {-2, -7}}, // the difference has its minimum above its maximum
         {{9, 9}, {0, 9}, {9, 18}, {9, 0}},
         {{2, 5}, {0, 0}, {2, 5}, {2, 5}},
         {{2, 5}, U, U, U},
@@ -143,7 +143,7 @@ TEST(Timing, SumsAndDifferences) {
 
 TEST(Timing, Negation) {
     const std::pair<Pair, Pair> rows[] = {
-        {{2, 5}, {-2, -5}}, // each in its place
+        {{2, 5}, {-2, -5}}, // each keeps its place
         {{-2, -5}, {2, 5}},
         {{0, 0}, {0, 0}},
         {{undefined, 5}, {undefined, -5}},
@@ -251,7 +251,7 @@ TEST(Timing, RecordInDebugMode) {
     }
 }
 
-// A kind of timing that decides about its record by itself.
+// A kind of timing that decides whether it has a record.
 class RecordedTiming : public Timing {
 public:
     RecordedTiming(bool recorded) : Timing(Delay(2), Delay(5)), recorded_(recorded) {}

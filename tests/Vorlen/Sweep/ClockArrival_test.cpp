@@ -26,7 +26,7 @@ struct Bench {
     Pole* clk = design.addClockSource("clk");
     Pelko::Subdomain* subdomain = design.addSubdomain(clk, clk);
 
-    // A new clock pin behind `source`.
+    // A new clock pin, driven by `source`.
     Pole* addPin(const std::string& name, Pole* source, int minDelay, int maxDelay) {
         Pole* pin = design.addClock(name);
         design.connect(source, pin, minDelay, maxDelay);
@@ -53,7 +53,7 @@ void expect(const Row& row) {
     Bench bench;
     row.build(bench);
     const SweepPointer sweep(Sweep::create(bench.subdomain));
-    // Marks of others do not stop the walk, and none are left behind.
+    // Marks of others do not stop the walk, and it leaves none behind.
     for (Pole* pole : Pelko::cell->getPoles())
         pole->mark();
     sweep->clockAnalyze();
@@ -391,7 +391,7 @@ TEST(ClockArrival, LeavesForgetTheClasses) {
          {}},
         {"a map left empty gives the bounds that lose",
          [](Bench& b) {
-             // The class opens at the root and closes at the only way on.
+             // The class opens at the root and closes at the only successor.
              analyzer->setFalsePathMask(PseudoMask(1));
              Pole* buffer = b.addBuffer("buf", b.clk, 1, 2);
              open(b.clk, 1);
@@ -597,13 +597,13 @@ TEST(ClockArrival, OneStepFillsTheFanIn) {
     clockAT[left] = mapOf({{0, {-7, 7}}});
     sweep->clockAnalyze(bench.clk, left, path, clockAT);
     EXPECT_EQ(entriesOf(clockAT[left]), (Entries{{0, {-7, 7}}}));
-    // What is done already is folded on.
+    // Arrivals that are computed already are used.
     sweep->clockAnalyze(bench.clk, right, path, clockAT);
     EXPECT_EQ(tableOf(clockAT), (Table{{"clk", {{0, {0, 0}}}},
                                        {"shared", {{0, {1, 2}}}},
                                        {"left", {{0, {-7, 7}}}},
                                        {"right", {{0, {21, 22}}}}}));
-    // A source on the given path is refused.
+    // A source on the given path is skipped.
     analyzer->unmark();
     clockAT.clear();
     path.insert(shared);

@@ -1,5 +1,5 @@
-// Data arrival: the seeds at the launch leaves, the fold of one arc, the walk, and what the ends of the paths
-// make of it for the subdomain.
+// Data arrival: the seeds at the launch leaves, the fold of one arc, the walk, and the arrivals of the
+// subdomain that result at the end points.
 #include "Builder.h"
 #include "Sweeps.h"
 #include "Thrown.h"
@@ -135,7 +135,7 @@ TEST(DataArrival, FromRegisterToRegister) {
              b.subdomain->captureLaunch(a);
              b.addCheck("z/check", b.addLatch("z"), b.add("d", a, 10, 20), 0, 0);
          },
-         // The clock walk goes through the logic to its leaf; data starts there all the same.
+         // The clock walk passes through the logic to its leaf. Data starts there all the same.
          {{"a", {{0, {0, 18}}}}, {"d", {{0, {10, 38}}}}, {"z/check", {{0, {10, 38}}}}},
          {10, 38}},
         {"so does a clock source that is not initial",
@@ -194,7 +194,7 @@ TEST(DataArrival, FromRegisterToRegister) {
              b.subdomain->captureLatch(d);
          },
          {{"a", {{0, {0, 0}}}}, {"d", {{0, {10, 20}}}}},
-         {-10, 17}}, // the clock reaches it both ways: (3, 20)
+         {-10, 17}}, // the clock reaches it on both ways: (3, 20)
     };
     for (const Row& row : rows)
         expect(row, true, true);
@@ -255,7 +255,7 @@ TEST(DataArrival, FromAndToPortsOfAClock) {
              b.design.connect(b.clk, out, 100, 100);
          },
          {{"in", {{0, {0, 0}}}}, {"out", {{0, {10, 20}}}}},
-         {-90, 10}}, // the clock reaches the end both ways: (10, 100)
+         {-90, 10}}, // the clock reaches the pole on both ways: (10, 100)
         {"both",
          [&](Bench& b) {
              Pole* in = b.addInput("in");
@@ -350,13 +350,14 @@ TEST(DataArrival, OverriddenBoundsDoNotCountAtPorts) {
         const SweepPointer sweep(Sweep::create(bench.subdomain));
         sweep->arrivalAnalyze();
         EXPECT_EQ(std::pair(int(bench.subdomain->getSAT()), int(bench.subdomain->getLAT())), row.extremes);
-        // The pole's own arrival is kept as it is.
+        // The pole's own arrival is not changed.
         EXPECT_EQ(arrivalsOf(*sweep)["out"], (Entries{{1, {1, 90}}}));
     }
 }
 
 TEST(DataArrival, FoldsAnArc) {
-    // An arc of delay (1, 3) from in to d. What arrives at in is {classes: (10, 20)}, by an arc from a start.
+    // An arc of delay (1, 3) from in to d. The arrival at in is {classes: (10, 20)}, through an arc from a
+    // start.
     const struct {
         const char* what;
         unsigned long source;
@@ -431,7 +432,7 @@ TEST(DataArrival, EitherCheckBitMakesACheck) {
     }
 }
 
-// Nor does anything arrive there.
+// Nor has it an arrival.
 TEST(DataArrival, AMarkedPoleIsNotEnteredByTheWholePhase) {
     Bench bench;
     Pole* launch = bench.addLaunch("a");
@@ -523,7 +524,7 @@ TEST(DataArrival, MulticycleClassesComeBackToOneCycle) {
 
 TEST(DataArrival, TheLastEntryThatSetsTheLatestDecidesWhetherAMulticyclePathIsCritical) {
     // One output under the classes 0 (plain), 1 (multicycle by 1) and 2 (no multicycle), with these arrivals;
-    // 0 for a class without a path. Class 1 is read before class 2.
+    // 0 if a class has no path. Class 1 is read before class 2.
     const struct {
         const char* what;
         int plain;
@@ -589,7 +590,7 @@ TEST(DataArrival, RefusesALatchLeafThatIsNoPort) {
                   typeid(Ruvex::InvalidRequest),
                   "Not an output pole",
                   {"Sweep", "arrivalAnalyze", 1280}});
-    // What came before it stays.
+    // Results from before it stay.
     EXPECT_EQ(arrivalsOf(*sweep), (Table{{"in", {{0, {0, 0}}}}, {"first", {{0, {10, 20}}}}}));
     EXPECT_EQ(int(bench.subdomain->getSAT()), 10);
     EXPECT_EQ(int(bench.subdomain->getLAT()), 20);

@@ -29,7 +29,7 @@ struct Bench : SubdomainBench {
         subdomain->setHoldRelation(Delay(50));
     }
 
-    // A check at a latching clock pin of its own.
+    // A check at a new clock pin that latches.
     Pole* addCheck(const std::string& name, Pole* data, int hold, int setup, int minLatch = 0,
                    int maxLatch = 0) {
         Pole* check = design.addCheck(addLatch(name + "/C", minLatch, maxLatch), name);
@@ -68,8 +68,8 @@ TEST(DataRequired, FromRegisterToRegister) {
              Pole* d = b.add("d", b.add("q", b.addLaunch("a"), 10, 20), 100, 200);
              b.addCheck("z", d, 4, 7, 3, 5);
          },
-         // Setup: 1000 + 3; hold: -50 + 5. The check's setup value comes off the one, its hold value goes
-         // onto the other.
+         // Setup: 1000 + 3; hold: -50 + 5. The check's setup value is subtracted from the first, its hold
+         // value is added to the second.
          {{"z", {{0, {1003, -45}}}},
           {"d", {{0, {996, -41}}}},
           {"q", {{0, {796, -141}}}},
@@ -123,7 +123,7 @@ TEST(DataRequired, FromRegisterToRegister) {
              Pole* d = b.add("d", b.addLaunch("a"), 10, 20);
              b.addCheck("z", d, 0, 0);
              Pole* y = b.addCheck("y", d, 300, 300);
-             // Data reaches the second check by another way, which leads on to it alone.
+             // Data reaches the second check on another way, which leads only to it.
              b.design.connect(b.add("e", d, 1, 1), y, 0, 0);
              y->getIncomingEdge(d)->disactivate();
          },
@@ -276,7 +276,7 @@ TEST(DataRequired, TakesTheRelationsAsTheyAre) {
 }
 
 TEST(DataRequired, FoldsAnArc) {
-    // An arc of delay (1, 3) from s to d, which asks for {classes: (1000, -50)}.
+    // An arc of delay (1, 3) from s to d, where d requires {classes: (1000, -50)}.
     const struct {
         const char* what;
         unsigned long target;
@@ -327,7 +327,7 @@ TEST(DataRequired, FoldsIntoWhatIsThere) {
         unsigned long classes;
         int minDelay;
         int maxDelay;
-        Entries after; // at s, once its arc is folded too
+        Entries after; // at s, after its arc has been folded too
     } rows[] = {
         {"one", 0, 1, 3, {{0, {997, -51}}}},
         {"two", 0, 0, 9, {{0, {991, -50}}}},
@@ -354,7 +354,7 @@ TEST(DataRequired, EitherCheckBitFreesSetupAndHold) {
     const struct {
         bool setup;
         bool hold;
-        Entries after; // in front of an arc (1, 3)
+        Entries after; // before an arc (1, 3)
     } rows[] = {{false, false, {{0, {997, -51}}}},
                 {true, false, {{0, {997, -49}}}},
                 {false, true, {{0, {997, -49}}}},
@@ -392,7 +392,7 @@ TEST(DataRequired, OneStepFillsTheFanOut) {
     analyzer->unmark();
 }
 
-// Nor what lies behind it.
+// Nor is a pole behind it.
 TEST(DataRequired, AMarkedPoleIsNotEnteredByTheWholePhase) {
     Bench bench;
     Pole* launch = bench.addLaunch("a");
@@ -409,7 +409,7 @@ TEST(DataRequired, AMarkedPoleIsNotEnteredByTheWholePhase) {
     EXPECT_EQ(marked(), Names{});
 }
 
-// The requirement of an end point replaces what came from behind it, however many classes that had.
+// The requirement of an end point replaces the one from its successors, even if that had more classes.
 TEST(DataRequired, OneStepAtAnEndPointReplaces) {
     Bench bench;
     Pole* s = bench.addOutput("s", bench.addLaunch("a"), 1, 1);
@@ -450,7 +450,7 @@ TEST(DataRequired, RefusesALaunchLeafThatIsNoPort) {
                       typeid(Ruvex::InvalidRequest),
                       "Not an input pole",
                       {"Sweep", "requireAnalyze", 1598}});
-        // What came before it stays.
+        // Results from before it stay.
         EXPECT_EQ(requirementsOf(*sweep), (Table{{"in", {{0, {980, -60}}}}, {"out", {{0, {1000, -50}}}}}));
         EXPECT_EQ(marked(), Names{});
     }

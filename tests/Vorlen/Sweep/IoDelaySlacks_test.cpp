@@ -1,5 +1,5 @@
-// Slacks of ports: what iodelaySlackAnalyze() merges into the analyzer for the inputs that launch a subdomain
-// and the outputs that latch it.
+// Slacks of ports: the slacks that iodelaySlackAnalyze() merges into the analyzer, for the inputs that launch
+// a subdomain and the outputs that latch it.
 #include "Builder.h"
 #include "Sweeps.h"
 #include "Thrown.h"
@@ -24,7 +24,7 @@ using Pelko::Pole;
 using Pelko::PseudoMask;
 using Vorlen::Sweep;
 
-// The port slacks that the analyzer holds: {{port, {longest, shortest}}, ...}, without those it has none of.
+// The port slacks in the analyzer: {{port, {longest, shortest}}, ...}, without ports that have none.
 using Slacks = std::map<std::string, std::pair<int, int>>;
 
 Slacks portSlacks() {
@@ -38,8 +38,8 @@ Slacks portSlacks() {
     return slacks;
 }
 
-// A subdomain of one clock, or of ports where a root is null, with a setup relation of 100 and a hold
-// relation of 5: the slacks of an arc (a, b) between ports are 100 - b and a + 5.
+// A subdomain of one clock (or of ports, if a root is null), with a setup relation of 100 and a hold relation
+// of 5: the slacks of an arc (a, b) between ports are 100 - b and a + 5.
 struct Bench {
     explicit Bench(bool fromClock = true, bool toClock = true)
         : subdomain(design.addSubdomain(fromClock ? clk : nullptr, toClock ? clk : nullptr)) {
@@ -212,7 +212,8 @@ TEST(IoDelaySlacks, ANullRootSkipsItsSide) {
                row.toClock);
 }
 
-// An input and an output under an exception of class 1. `mask`: the analyzer's mask of its kind.
+// Puts an input and an output under an exception of class 1. `mask`: the analyzer's mask of the exception's
+// kind.
 void constrain(Bench& bench, CPath* path, void (Pelko::Analyzer::*mask)(const PseudoMask&)) {
     path->setPseudoMask(PseudoMask(1));
     if (mask)
@@ -227,7 +228,7 @@ CPath::Objects addPorts(Bench& bench) {
 
 TEST(IoDelaySlacks, UnderExceptions) {
     const Row rows[] = {
-        // Required by class 1 alone: no plain slack.
+        // Only class 1 has a requirement: there is no plain slack.
         {"a maximum delay replaces the setup relation",
          [](Bench& b) {
              constrain(b, DPath::createMaximum(addPorts(b), Delay(50)),
@@ -317,7 +318,7 @@ TEST(IoDelaySlacks, TheWorstOverAllSubdomainsStays) {
         {bench.subdomain, 100, 5, {{"in", {80, 15}}, {"idle", {maximum, maximum}}, {"out", {80, 15}}}},
         {other, 50, 7, {{"in", {30, 15}}, {"idle", {maximum, maximum}}, {"out", {30, 15}}}},
         {other, 200, -20, {{"in", {30, -10}}, {"idle", {maximum, maximum}}, {"out", {30, -10}}}},
-        // Without relations there is no slack to merge but the maximum.
+        // Without relations the only slack to merge is the maximum.
         {other, undefined, undefined, {{"in", {30, -10}}, {"idle", {maximum, maximum}}, {"out", {30, -10}}}},
     };
     for (const auto& step : steps) {

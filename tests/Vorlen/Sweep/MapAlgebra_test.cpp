@@ -207,7 +207,7 @@ TEST_F(MapAlgebra, CombineMergesKeyByKey) {
     }
 }
 
-// The shifts, with two arguments as (a, b); those with one take a.
+// The shifts. Those with two arguments have (a, b), the others only a.
 struct Shift {
     const char* name;
     void (*apply)(Sweep&, int a, int b, TimingMap&);
@@ -246,7 +246,7 @@ TEST_F(MapAlgebra, ShiftsMoveTheBounds) {
         {addTwo, -1, -3, {10, 20}, {9, 17}},
         {minusOne, 3, 0, {10, 20}, {7, 17}},
         {minusOne, -3, 0, {10, 20}, {13, 23}},
-        {minusTwo, 1, 3, {10, 20}, {7, 19}}, // crossed: what is left bounds every difference
+        {minusTwo, 1, 3, {10, 20}, {7, 19}}, // crossed: the result bounds every difference
         {minusTwo, -3, -1, {10, 20}, {11, 23}},
         {addLatch, 1, 3, {10, 20}, {11, 23}},
         {minusLatch, 1, 3, {10, 20}, {7, 19}},
@@ -254,12 +254,12 @@ TEST_F(MapAlgebra, ShiftsMoveTheBounds) {
         {take, -2, -3, {10, 20}, {12, 17}},
         {release, 2, 3, {10, 20}, {7, 22}},
         {release, -2, -3, {10, 20}, {13, 18}},
-        // Nothing keeps the minimum below the maximum.
+        // The minimum may become greater than the maximum.
         {addTwo, 15, -5, {10, 20}, {25, 15}},
         {minusTwo, 9, -9, {10, 20}, {19, 11}},
         {addLatch, 15, -5, {10, 20}, {25, 15}},
         {minusLatch, 9, -9, {10, 20}, {19, 11}},
-        // Undefined absorbs, each bound by itself.
+        // An undefined operand makes the result undefined, separately for each bound.
         {addOne, undefined, 0, {10, 20}, {undefined, undefined}},
         {addTwo, undefined, 3, {10, 20}, {undefined, 23}},
         {addTwo, 1, undefined, {10, 20}, {11, undefined}},
@@ -276,7 +276,7 @@ TEST_F(MapAlgebra, ShiftsMoveTheBounds) {
         {take, 2, undefined, {10, 20}, {8, undefined}},
         {release, undefined, 3, {10, 20}, {7, undefined}},
         {release, 2, undefined, {10, 20}, {undefined, 22}},
-        // The other specials swallow what is added or subtracted.
+        // The other specials absorb ordinary operands.
         {addOne, maximum, 0, {10, 20}, {maximum, maximum}},
         {addTwo, 1, 3, {minimum, maximum}, {minimum, maximum}},
         {addTwo, minimum, maximum, {10, 20}, {minimum, maximum}},
@@ -286,11 +286,11 @@ TEST_F(MapAlgebra, ShiftsMoveTheBounds) {
         {minusLatch, minimum, maximum, {10, 20}, {minimum, maximum}},
         {take, maximum, maximum, {10, 20}, {minimum, maximum}},
         {release, minimum, minimum, {10, 20}, {maximum, minimum}},
-        // Where they meet as opposites there is no answer.
+        // Opposite specials have an undefined result.
         {addTwo, maximum, minimum, {minimum, maximum}, {undefined, undefined}},
         {minusOne, maximum, 0, {maximum, minimum}, {undefined, minimum}},
         {take, maximum, minimum, {maximum, maximum}, {undefined, undefined}},
-        // Results that leave the ordinary range saturate.
+        // Results outside of the ordinary range saturate.
         {addOne, 1, 0, {10, maximum - 1}, {11, maximum}},
         {minusOne, 10, 0, {minimum + 5, 20}, {minimum, 10}},
         {release, 2'000'000'000, 2'000'000'000, {-1'000'000'000, 1'000'000'000}, {minimum, maximum}},
@@ -300,7 +300,7 @@ TEST_F(MapAlgebra, ShiftsMoveTheBounds) {
                      std::to_string(row.b));
         expect("one key", {{0, row.before}},
                [&](Sweep& s, TimingMap& m) { row.shift.apply(s, row.a, row.b, m); }, {{0, row.after}});
-        // Every key alike; none is added or removed.
+        // All keys are treated alike; none is added or removed.
         expect("three keys", {{0, row.before}, {1, {undefined, undefined}}, {highestClass, row.before}},
                [&](Sweep& s, TimingMap& m) { row.shift.apply(s, row.a, row.b, m); },
                {{0, row.after}, {1, {undefined, undefined}}, {highestClass, row.after}});

@@ -1,8 +1,8 @@
-// How exceptions govern a timing map: multicycle factors, and the choice of the governing exception.
+// The influence of exceptions on a timing map: multicycle factors, and the choice of the governing exception.
 //
-// A multicycle path in a pure clock of two different roots ends divideCycleCount by "Abnormal multicycle
-// Path". The model's isPureClock() says just that launch and latch root are one and the same, so no database
-// of the model gets there; PureClocksAreOfOneRoot holds the model to it.
+// A multicycle path in a pure clock of two different roots makes divideCycleCount throw "Abnormal multicycle
+// Path". The model's isPureClock() returns whether launch and latch root are the same, so no database of the
+// model gets there. PureClocksAreOfOneRoot checks that the model stays like this.
 #include "Builder.h"
 #include "Recorder.h"
 #include "Sweeps.h"
@@ -156,7 +156,7 @@ TEST(MultiplyCycleCount, ScalesTheArrivalTiming) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
-        // From port to port, the arrival timing is the delay of the one arc.
+        // From port to port, the arrival time is the delay of the only arc.
         Builder design;
         Pole* in = design.addInput("in");
         Pole* out = design.addOutput("out");
@@ -193,7 +193,7 @@ TEST(DivideCycleCount, DividesTheMaximumWithinOneClock) {
         int before;
         int after;
     } rows[] = {
-        // Equal edges: by the multiplier, up to the next integer.
+        // Equal edges: divided by the multiplier, rounded up.
         {"by 2", rising, rising, 50, 2, 101, 51},
         {"by 2, evenly", rising, rising, 50, 2, 100, 50},
         {"by 2, falling", falling, falling, 50, 2, 101, 51},
@@ -205,8 +205,8 @@ TEST(DivideCycleCount, DividesTheMaximumWithinOneClock) {
         {"one", rising, rising, 50, 1000, 1, 1},
         {"the greatest ordinary value", rising, rising, 50, 2, maximum - 1, 1'073'741'823},
         {"the least ordinary value", rising, rising, 50, 2, minimum + 1, -1'073'741'823},
-        // Opposite edges: cycles beyond the first count in phases, the high one where the rising edge
-        // launches.
+        // Opposite edges: cycles after the first count in phases. The phase is the high one if the rising
+        // edge launches.
         {"half cycle, duty 50: 3", rising, falling, 50, 2, 300, 100},
         {"half cycle, duty 50, rounded up", rising, falling, 50, 2, 101, 34},
         {"from falling, duty 50: 3", falling, rising, 50, 2, 101, 34},
@@ -216,7 +216,7 @@ TEST(DivideCycleCount, DividesTheMaximumWithinOneClock) {
         {"duty 1: 101", rising, falling, 1, 2, 1000, 10},
         {"duty 99, from falling: 101", falling, rising, 99, 2, 1000, 10},
         {"half cycle by 1", rising, falling, 40, 1, 100, 100},
-        // A launch without an edge is no rising one.
+        // A launch without an edge does not count as a rising one.
         {"no launch edge", none, rising, 40, 2, 100, 38},
         {"no latch edge", rising, none, 40, 2, 100, 29},
         {"no edges", none, none, 40, 2, 101, 51},
@@ -242,7 +242,7 @@ TEST(DivideCycleCount, DividesTheMaximumWithinOneClock) {
         analyzer->setDutyRatio(clk, row.duty);
         make({Kind::Multicycle, row.multiplier, 4});
         const SweepPointer sweep(Sweep::create(design.addSubdomain(clk, clk, row.launch, row.latch)));
-        // The minimum, and what is under no class or another one, stay.
+        // The minimum does not change, and nor do arrivals under no class or another one.
         TimingMap map = mapOf({{0, {7, row.before}}, {2, {7, row.before}}, {4, {7, row.before}}});
         sweep->divideCycleCount(map);
         EXPECT_EQ(entriesOf(map), (Entries{{0, {7, row.before}}, {2, {7, row.before}}, {4, {7, row.after}}}));
@@ -442,7 +442,7 @@ protected:
 };
 
 TEST_F(PriorityMask, ChoosesTheGoverningException) {
-    // Classes in the order of the collection, which is that of creation.
+    // Classes in the order of the collection, which is the order of creation.
     for (const Exception& exception : std::initializer_list<Exception>{{Kind::MaxDelay, 10, 1},
                                                                        {Kind::MaxDelay, 5, 2},
                                                                        {Kind::MaxDelay, 5, 4},
@@ -472,7 +472,7 @@ TEST_F(PriorityMask, ChoosesTheGoverningException) {
         {"a false path governs nothing", 512, 0, 0},
         {"nor does one of no kind", 1024, 0, 0},
         {"a class without a path", 1UL << 40, 0, 0},
-        // One class alone.
+        // Only one class.
         {"one maximum delay", 1, 1, 1},
         {"the smallest maximum delay | the first", 1 | 2, 2, 1},
         {"the first of equal ones", 2 | 4, 2, 2},
@@ -485,11 +485,12 @@ TEST_F(PriorityMask, ChoosesTheGoverningException) {
         {"the smallest multiplier", 64 | 128, 128, 128},
         {"the first of equals", 128 | 256, 128, 128},
         {"the first of equals behind a greater one", multicycles, 128, 128},
-        // Two classes: maximum delay, multicycle, minimum delay | minimum delay, maximum delay, multicycle.
+        // Two classes. Longest: a maximum delay governs before a multicycle, and that before a minimum delay.
+        // Shortest: a minimum delay before a maximum delay, and that before a multicycle.
         {"maximum and multicycle", 1 | 128, 1, 1},
         {"multicycle and minimum", 128 | 8, 128, 8},
         {"maximum and minimum", 1 | 8, 1, 8},
-        // All three, and what governs nothing beside them.
+        // All three, and classes that never govern.
         {"all", maxima | minima | multicycles, 2, 16},
         {"the greater of each", 1 | 8 | 64, 1, 8},
         {"everything", ~0UL, 2, 16},
@@ -546,7 +547,7 @@ TEST_F(PriorityMask, TakesExtremeValues) {
 }
 
 TEST_F(PriorityMask, ComparesMultipliersUnsigned) {
-    // As a delay the first one would be the smaller: its lower half is 1.
+    // Read as a delay, the first one would be the smaller: its lower half is 1.
     make({Kind::Multicycle, (1UL << 32) + 1, 1});
     make({Kind::Multicycle, 3, 2});
     make({Kind::Multicycle, ~0UL - 1, 4});
@@ -564,13 +565,13 @@ TEST_F(PriorityMask, GivesTheChosenPathsWholeMask) {
     EXPECT_EQ(choose(1, true).getBits(), 0U);
 }
 
-// Masks that do not fit the paths.
+// Masks that do not match the paths.
 TEST_F(PriorityMask, InconsistentAnalyzer) {
     make({Kind::MinDelay, 3, 1});
     make({Kind::MaxDelay, 9, 2});
     make({Kind::Multicycle, 2, 4});
     make({Kind::False, 0, 8});
-    // No path of the kind: no choice.
+    // No path of the kind: nothing is chosen.
     const struct {
         const char* what;
         void (Pelko::Analyzer::*set)(const PseudoMask&);
@@ -584,11 +585,11 @@ TEST_F(PriorityMask, InconsistentAnalyzer) {
         {"no delay path in the minimum class, shortest", &Pelko::Analyzer::setMindelayPathMask, 12, false, 0},
         {"no multicycle path in the class, longest", &Pelko::Analyzer::setMulticyclePathMask, 11, true, 0},
         {"no multicycle path in the class, shortest", &Pelko::Analyzer::setMulticyclePathMask, 11, false, 0},
-        // Where the first delay path is taken, its limit is not asked for.
+        // The first delay path is chosen, whatever its limit.
         {"a minimum delay in the maximum class, shortest", &Pelko::Analyzer::setMaxdelayPathMask, 3, false,
          1},
         {"a maximum delay in the minimum class, longest", &Pelko::Analyzer::setMindelayPathMask, 2, true, 2},
-        // Paths of other kinds in the class are passed over.
+        // Paths of other kinds in the class are skipped.
         {"a multicycle path in the maximum class", &Pelko::Analyzer::setMaxdelayPathMask, 14, true, 2},
     };
     const auto clearMasks = [] {

@@ -1,4 +1,4 @@
-// The sweep as an object: its creation and end, look-ups, record, names, and the sequence of analyze().
+// The sweep as an object: creation and destruction, look-ups, record, names, and the sequence of analyze().
 #include "Builder.h"
 #include "Recorder.h"
 #include "Sweeps.h"
@@ -21,7 +21,7 @@ using Vorlen::Sweep;
 using Vorlen::Timing;
 using Vorlen::TimingMap;
 
-// Hears of sweeps and reported paths: "+ label" for a new one, "- label" for one that ends.
+// Records sweeps and reported paths: "+ label" at the creation, "- label" at the destruction.
 class Listener : public Pelko::ObjectListener {
 public:
     Listener() { Pelko::Object::addListener(this); }
@@ -96,7 +96,7 @@ TEST(SweepObject, RefusesNoSubdomain) {
     EXPECT_EQ(listener.heard, Names{});
 }
 
-// Refuses what it hears of: new sweeps, ends of sweeps, or both.
+// Throws at the creation of an object, at its destruction, or at both.
 class Refuser : public Pelko::ObjectListener {
 public:
     Refuser(bool creation, bool end) : creation_(creation), end_(end) { Pelko::Object::addListener(this); }
@@ -120,7 +120,8 @@ private:
 TEST(SweepObject, AListenerMayRefuseItsCreation) {
     const TwoRegisters bench;
     for (const bool refusesEnd : {false, true}) {
-        // The one in front hears of the beginning and, as the sweep goes again, of the end.
+        // The listener before it is called for the creation and, since the sweep is destroyed again, for the
+        // destruction.
         Listener listener;
         const Refuser refuser(true, refusesEnd);
         expectThrown(
@@ -141,7 +142,7 @@ TEST(SweepObject, AnAbandonedSweepGoesWhateverListenersSay) {
     }
 }
 
-// What the host's listeners of sweeps read of a sweep that is about to be destroyed.
+// Records what the host's listeners of sweeps can read of a sweep that is about to be destroyed.
 class SweepReader : public Pelko::SweepListener {
 public:
     SweepReader() { Pelko::Object::addSweepListener(this); }
@@ -169,7 +170,7 @@ TEST(SweepObject, ListenersOfSweepsReadItsTimesAtItsEnd) {
     SweepReader reader;
     Sweep* sweep = Sweep::create(bench.subdomain);
     sweep->analyze();
-    // A reported path comes and goes, and is no sweep.
+    // A reported path is created and destroyed; it is no sweep.
     (*bench.subdomain->getLongestPaths().begin())->destroy();
     EXPECT_EQ(reader.heard, Names{});
     sweep->destroy();
@@ -234,7 +235,7 @@ TEST(SweepObject, LookUpsCopyOut) {
     TwoRegisters bench;
     const SweepPointer sweep(Sweep::create(bench.subdomain));
     sweep->analyze();
-    // Launch at 0, arc (3, 4), hold 1 and setup 2 at the check; required from the relations 10 and 0.
+    // Launch at 0, arc (3, 4), hold 1 and setup 2 at the check; requirements from the relations 10 and 0.
     const struct {
         std::size_t lookUp;
         Pole* pole;
@@ -261,7 +262,7 @@ TEST(SweepObject, LookUpsCopyOut) {
         TimingMap out;
         EXPECT_EQ(lookUps[row.lookUp].second(*sweep, row.pole, out), row.found);
         EXPECT_EQ(out, row.map);
-        // What is handed out is a copy.
+        // The result is a copy.
         out[9] = Timing();
         TimingMap again;
         lookUps[row.lookUp].second(*sweep, row.pole, again);
@@ -300,7 +301,7 @@ TEST(SweepObject, RecordShowsTheMaps) {
     const SweepPointer sweep(Sweep::create(bench.subdomain));
     const DebugMode debug(true);
     {
-        // Looking up inserts nothing.
+        // A look-up inserts nothing.
         TimingMap out;
         for (const auto& lookUp : lookUps)
             lookUp.second(*sweep, bench.a.clock, out);
@@ -325,7 +326,7 @@ TEST(SweepObject, RecordShowsTheMaps) {
                                                    {"LatchAT Map", "map:{1 element}"},
                                                    {"LaunchAT Map", "map:{1 element}"},
                                                    {"Arrival Timing", "[2:6]"}}));
-    // The maps open down to the timings.
+    // The record of the maps can be opened down to the timings.
     const std::unique_ptr<Ruvex::Record> poles(record->getSlots()[2]->getDataRecord());
     ASSERT_NE(poles, nullptr);
     EXPECT_EQ(linesOf(*poles), (std::vector<Line>{{"Pole a/C", "map:{1 element}"},
@@ -377,7 +378,7 @@ TEST(SweepAnalyze, SearchesWhatTheAnalyzerAsksFor) {
         const Listener listener;
         sweep->analyze();
         EXPECT_EQ(listener.heard, row.heard);
-        // The three propagations ran, and nothing else: no slack is written.
+        // Only the three propagations ran: no slack is written.
         TimingMap map;
         EXPECT_TRUE(sweep->hasLaunchTimingMap(bench.a.clock, map));
         EXPECT_TRUE(sweep->hasArrivalTimingMap(bench.b.check));
@@ -424,7 +425,7 @@ TEST(SweepAnalyze, PassesExceptionsOn) {
                   typeid(Ruvex::InvalidRequest),
                   "Not an output pole",
                   {"Sweep", "arrivalAnalyze", 1280}});
-    // The maps stay as far as they were filled; later phases have not run.
+    // The maps keep what was filled so far; later phases have not run.
     EXPECT_TRUE(sweep->hasArrivalTimingMap(first));
     EXPECT_FALSE(sweep->hasArrivalTimingMap(second));
     EXPECT_FALSE(sweep->hasRequireTimingMap(first));
@@ -445,7 +446,7 @@ TEST(SweepAnalyze, AStopRequestEndsEveryPhase) {
     const struct {
         const char* what;
         bool batch;
-        int elapsed; // ms
+        int elapsed; // in ms
         bool stops;
     } rows[] = {
         {"in batch mode nothing is pumped", true, 1000, false},
@@ -473,9 +474,9 @@ TEST(SweepAnalyze, AStopRequestEndsEveryPhase) {
             else
                 EXPECT_NO_THROW(phase(*sweep));
             EXPECT_EQ(Pelko::application->isStopRequested(), !row.stops);
-            // An ended phase leaves no marks to the next one.
+            // A stopped phase leaves no marks for the next one.
             EXPECT_EQ(marked(), Names{});
-            // The next phase finds what this one makes.
+            // The next phase uses the results of this one.
             Pelko::application->cancelStop();
             prepare(true, 0);
             phase(*sweep);

@@ -1,8 +1,8 @@
-// The path search: which paths are kept, which are dropped, in which order, and what governs them.
+// The path search: the paths that it keeps and drops, their order, and the exceptions that govern them.
 //
-// Networks are lists of arcs. Most are timed so that both searches see the same slacks: an arc of delay d
-// takes d off the setup slack, which starts at 100, and off the hold slack too (its least delay is -d, the
-// hold relation 100). So one table serves both.
+// Networks are lists of arcs. Most are timed so that both searches see the same slacks, and one table serves
+// both: an arc of delay d reduces the setup slack, which starts at 100, by d, and the hold slack too (its
+// minimum delay is -d, the hold relation 100).
 #include "Builder.h"
 #include "Sweeps.h"
 #include "Thrown.h"
@@ -32,7 +32,7 @@ using Vorlen::Sweep;
 
 constexpr unsigned long unlimited = ~0UL;
 
-// "i > m > o: 60"
+// For example "i > m > o: 60".
 std::string describe(const Path& path) {
     std::string text;
     for (const Edge* edge : path.getEdges())
@@ -40,7 +40,7 @@ std::string describe(const Path& path) {
     return text + ": " + path.getSlack()._getLabel();
 }
 
-// Hears of paths: "+ i > o: 60" for a new one, "- i > o: 60" for one that ends.
+// Records paths: "+ i > o: 60" for a new one, "- i > o: 60" for one that is destroyed.
 class Listener : public Pelko::ObjectListener {
 public:
     Listener() { Pelko::Object::addListener(this); }
@@ -67,8 +67,8 @@ struct Arc {
     unsigned long classes = 0;
 };
 
-// Poles come into being in the order of the arcs. Names with an "i" in front are inputs that launch, with an
-// "o" outputs that latch.
+// Poles are created in the order of the arcs. A pole whose name begins with "i" is an input that launches,
+// one with "o" an output that latches.
 struct Network {
     explicit Network(const std::vector<Arc>& arcs) {
         subdomain->setSetupRelation(Delay(100));
@@ -306,7 +306,7 @@ TEST(PathSearch, FollowsWhatCanBeAPath) {
          {{"i", "m", 1}, {"i", "n", undefined}, {"m", "o", 1}, {"n", "o", 1}},
          {},
          {"i > m > o: 98"}},
-        // The arrival is as it was, once the arc without end has been followed.
+        // The arrival is unchanged after the arc without end has been followed.
         {"a delay without end",
          {{"i", "m", maximum}, {"i", "n", 1}, {"m", "o", 1}, {"n", "o", 1}},
          {},
@@ -359,7 +359,7 @@ TEST(PathSearch, FollowsWhatCanBeAPath) {
 }
 
 TEST(PathSearch, AFalsePathEndsWhereItCloses) {
-    // A false path of class 1 from i; class 2 is another one's. All arcs are for both classes.
+    // A false path of class 1 from i. Class 2 belongs to another exception. All arcs are in both classes.
     const std::vector<Arc> arcs{
         {"i", "m", 1, 3}, {"m", "o1", 1, 3}, {"m", "n", 2, 3}, {"n", "o2", 1, 3}, {"j", "m", 5, 3}};
     const struct {
@@ -403,7 +403,7 @@ TEST(PathSearch, AFalsePathEndsWhereItCloses) {
                 sources.push_back(network.find(name));
             for (const std::string& name : row.closes)
                 targets.push_back(network.find(name));
-            // What makes a false path of it is the analyzer's mask alone.
+            // Only the analyzer's mask makes it a false path.
             CPath::create({sources, targets})->setPseudoMask(PseudoMask(1));
             analyzer->setFalsePathMask(PseudoMask(row.falseMask));
             const SweepPointer sweep = network.propagate();
@@ -412,8 +412,8 @@ TEST(PathSearch, AFalsePathEndsWhereItCloses) {
         }
 }
 
-// The required times do not know of an end that came later. The search does not pass it, and leaves its state
-// as if it had not tried.
+// The required times do not include an end point that was added later. The search does not pass it, and
+// leaves its state unchanged.
 TEST(PathSearch, AFalsePathThatClosesOnlyNow) {
     for (const bool longest : {false, true}) {
         SCOPED_TRACE(sides[longest]);
@@ -442,7 +442,7 @@ TEST(PathSearch, AFalsePathThatClosesOnlyNow) {
     }
 }
 
-// An exception of a network: its kind, its ends, its class, and what it adds to a slack.
+// An exception of a network: its kind, its ends, its class, and the amount that it adds to a slack.
 enum class Kind { MaxDelay, MinDelay, Multicycle, Other };
 struct Exception {
     const char* name;
@@ -488,7 +488,7 @@ TEST(PathSearch, ExceptionsGovern) {
         int bound;
         Names longest; // "slack, adjustment, exception"
         Names shortest;
-        std::map<std::string, std::pair<int, int>> merged; // into the exceptions: long, short
+        std::map<std::string, std::pair<int, int>> merged; // into the exceptions: longest, shortest slack
     } rows[] = {
         {"none", {}, maximum, {"90, 0, none"}, {"90, 0, none"}, {}},
         {"a maximum delay",
@@ -569,8 +569,8 @@ TEST(PathSearch, ExceptionsGovern) {
          {},
          {},
          {{"max", {undefined, undefined}}}},
-        // An exception that does not govern makes the path look worse than it is: it is made, merged and
-        // dropped.
+        // An exception that does not govern makes the slack of the path worse at first: the path is created,
+        // merged and dropped.
         {"dropped, and merged all the same",
          {{"max", Kind::MaxDelay, 1, 50}, {"multi", Kind::Multicycle, 2, -50}},
          60,
@@ -616,7 +616,7 @@ TEST(PathSearch, ExceptionsGovern) {
 }
 
 TEST(PathSearch, AnExceptionIsForItsOwnPaths) {
-    // Class 1 opens at i and closes at o1; class 2 opens and closes in vain.
+    // Class 1 opens at i and closes at o1; class 2 opens and closes without effect.
     const struct {
         const char* what;
         std::vector<Arc> arcs;
@@ -679,7 +679,7 @@ TEST(PathSearch, RefusesWhatItCannotAnswer) {
 }
 
 TEST(PathSearch, RefusesTwoExceptionsOfOneClass) {
-    // Both have class 1; paths that came before stay.
+    // Both have class 1; earlier paths stay.
     const Exception exceptions[] = {{"first", Kind::MaxDelay, 1, 0, "i", "o2"},
                                     {"second", Kind::MaxDelay, 1, 0, "i", "o2"}};
     Network network({{"i", "o1", 10, 1}, {"i", "o2", 5, 1}, {"i", "o3", 50, 1}});
@@ -713,7 +713,7 @@ TEST(PathSearch, OneExceptionOfTwoClassesIsOne) {
 }
 
 TEST(PathSearch, APathOfUndefinedSlackIsKept) {
-    // Without relations nothing is critical but a leaf that is an end point itself, whose slack is undefined.
+    // Without relations only a leaf that is itself an end point is critical; its slack is undefined.
     const struct {
         unsigned long count;
         Names heard;
@@ -744,8 +744,9 @@ TEST(PathSearch, APathOfUndefinedSlackIsKept) {
 }
 
 TEST(PathSearch, AnUndefinedSlackComesBeforeAll) {
-    // A leaf that is an end point itself is kept with an undefined slack, before there are relations. Then it
-    // is the worst path there is, and no limit for others: each new one is the last, and goes.
+    // Before there are relations, a leaf that is itself an end point is kept with an undefined slack. Later
+    // it remains the worst path, but sets no limit for others: each new one is the last in the list, and is
+    // destroyed.
     for (const bool longest : {false, true}) {
         SCOPED_TRACE(sides[longest]);
         Network network({{"i", "o", 10}});
@@ -768,8 +769,8 @@ TEST(PathSearch, AnUndefinedSlackComesBeforeAll) {
 }
 
 TEST(PathSearch, AnExceptionThatAsksForNothingOpensNoWay) {
-    // It starts at the input and ends nowhere on the way: under it the arc has no slack, and plainly one
-    // of 90.
+    // It starts at the input and no way reaches its end: under it the arc has no slack, and without it a
+    // slack of 90.
     for (const bool longest : {false, true})
         for (const int bound : {50, 90}) {
             SCOPED_TRACE(sides[longest]);
@@ -863,7 +864,7 @@ TEST(PathSearch, OneStepContinuesAPath) {
             SCOPED_TRACE(std::string(row.what) + ", " + sides[longest]);
             Network network({{"i", "m", 10, 3}, {"m", "o1", 1, 3}, {"m", "n", 2, 3}, {"n", "o2", 1, 3}});
             CPath::create({{}, {network.find("m")}})->setPseudoMask(PseudoMask(1));
-            // A class that opens here, and that no arc is for, is gone at the end of the step.
+            // A class that opens here, and to which no arc belongs, is removed at the end of the step.
             CPath::create({{network.find("m")}, {}})->setPseudoMask(PseudoMask(4));
             const SweepPointer sweep = network.propagate();
             analyzer->setFalsePathMask(PseudoMask(1));
@@ -875,7 +876,7 @@ TEST(PathSearch, OneStepContinuesAPath) {
             if (row.withFirstArc)
                 edges.push_back(network.find("i", "m"));
             Delay arrival(row.arrival);
-            // The hold side sees delays negated.
+            // The hold search works with negated delays.
             if (!longest)
                 arrival = -arrival;
             const Delay before = arrival;
@@ -889,7 +890,7 @@ TEST(PathSearch, OneStepContinuesAPath) {
             Names expected = row.kept;
             std::sort(expected.begin(), expected.end(), std::greater<>());
             EXPECT_EQ(kept, expected);
-            // The state is as it was.
+            // The state is unchanged.
             EXPECT_EQ(mask.getBits(), row.mask);
             EXPECT_EQ(path.size(), row.path.size());
             EXPECT_EQ(edges.size(), row.withFirstArc ? 1U : 0U);

@@ -1,4 +1,5 @@
-// Slacks of arcs: the two calculators, plain and under an exception, and what tagSlacks() writes on the arcs.
+// Slacks of arcs: the two calculators, plain and under an exception, and the results that tagSlacks() writes
+// on the arcs.
 #include "Builder.h"
 #include "Sweeps.h"
 #include "Thrown.h"
@@ -23,12 +24,12 @@ using Pelko::PseudoMask;
 using Vorlen::Sweep;
 using Vorlen::TimingMap;
 
-// An arc of delay (1, 3) from s to d, where d asks for what a row says.
+// An arc of delay (1, 3) from s to d, with the requirements of a row at d.
 struct Bench {
     explicit Bench(const Entries& required) {
         subdomain->setSetupRelation(Delay(0));
         subdomain->setHoldRelation(Delay(0));
-        // An end point a class, behind an arc whose delay makes the requirement.
+        // One end point per class, behind an arc whose delay makes the requirement.
         for (const auto& [classes, bounds] : required) {
             Pole* end = design.addOutput("end" + std::to_string(classes));
             subdomain->captureLatch(end);
@@ -63,7 +64,7 @@ TEST(CalculateSlack, WithoutAnException) {
         unsigned long targetOpening;
         unsigned long falseMask;
         int longest;  // for data that arrives at 10
-        int shortest; // too
+        int shortest; // for data that arrives at 10
     } rows[] = {
         // 100 - (10 + 3) and (10 + 1) - 5
         {"one requirement", plain, 0, 0, 0, 0, 0, 87, 6},
@@ -108,10 +109,10 @@ TEST(CalculateSlack, WithoutAnException) {
         const PseudoMask mask(row.mask);
         EXPECT_EQ(int(bench.sweep->calculateLSlack(bench.edge, mask, Delay(10))), row.longest);
         EXPECT_EQ(int(bench.sweep->calculateSSlack(bench.edge, mask, Delay(10))), row.shortest);
-        // The same with the exception named, as none.
+        // The same with a null exception.
         EXPECT_EQ(int(bench.sweep->calculateLSlack(bench.edge, mask, Delay(10), nullptr)), row.longest);
         EXPECT_EQ(int(bench.sweep->calculateSSlack(bench.edge, mask, Delay(10), nullptr)), row.shortest);
-        // The sweep's map is only read.
+        // The sweep's map is not changed.
         TimingMap map;
         EXPECT_EQ(bench.sweep->hasRequireTimingMap(bench.d, map), !row.required.empty());
         EXPECT_EQ(map.size(), row.required.size());
@@ -240,9 +241,9 @@ TEST(CalculateSlack, RefusesNoEdge) {
     });
 }
 
-// --- What is written on the arcs ---
+// --- Results on the arcs ---
 
-// Ports of one clock, timed with a setup relation of 100, so that the arc's slack is 100 less its delay.
+// Ports of one clock, timed with a setup relation of 100: the arc's slack is 100 minus its delay.
 struct Tagging {
     explicit Tagging(int delay, ClockMode::Code launch = rising, ClockMode::Code latch = rising)
         : edge(design.connect(in, out, 0, delay)), subdomain(design.addSubdomain(clk, clk, launch, latch)) {
@@ -304,7 +305,7 @@ TEST(TagSlacks, WritesTheWorstAndItsDutyCycle) {
 }
 
 TEST(TagSlacks, WithoutAnySlackWritesNone) {
-    // Every slack is undefined: the best one stays the maximum special.
+    // Every slack is undefined, so the best one stays the maximum special.
     const struct {
         const char* what;
         int slack;
@@ -360,7 +361,7 @@ TEST(TagSlacks, TheDutyCycleIsThatOfTheTransfer) {
 }
 
 TEST(TagSlacks, SubdomainsOneAfterAnother) {
-    // Slack 30 a subdomain: the first write leaves 100, ties lower it.
+    // A slack of 30 in each subdomain: the first write leaves 100, ties lower it.
     Tagging bench(70, rising, falling);
     analyzer->setDutyRatio(bench.clk, 40);
     Pelko::Subdomain* back = bench.design.addSubdomain(bench.clk, bench.clk, falling, rising);
@@ -383,7 +384,7 @@ TEST(TagSlacks, SubdomainsOneAfterAnother) {
 }
 
 TEST(TagSlacks, TagsEveryArcBehindAReachedPole) {
-    // Arcs are visited by way of their targets, or by way of their sources where an arc may have the maximum.
+    // Arcs are visited from their targets, or from their sources if an arc may have the maximum slack.
     for (const bool bySource : {false, true}) {
         SCOPED_TRACE(bySource ? "by source" : "by target");
         Builder design;
@@ -393,8 +394,8 @@ TEST(TagSlacks, TagsEveryArcBehindAReachedPole) {
         const Register c = design.addRegister("c", clk, rising, 5);
         design.connect(a.output, b.data, 10, 20);
         design.connect(c.output, b.data, 10, 30);
-        // Arcs to a pole without a required time, from one without arrival, one that no walk follows, and one
-        // into a pole that launches, which the clock reaches by that way too, 55 late.
+        // Arcs to a pole without a required time; from a pole without arrival; one that no walk follows; and
+        // one into a pole that launches, so that the clock also reaches that pole through the arc, 55 late.
         Edge* floating = design.connect(a.output, design.addPole("floating"), 1, 1);
         design.connect(design.addPole("quiet"), b.data, 1, 1);
         design.connect(a.clock, b.data, 0, 90)->disactivate();
@@ -424,22 +425,22 @@ TEST(TagSlacks, TagsEveryArcBehindAReachedPole) {
                                                       {"b/D -> b/check", 8},
                                                       {"c/C -> c/Q", 8},
                                                       {"c/Q -> b/D", 8},
-                                                      {"a/C -> b/D", 8}})); // tagged, active or not
-        // The slack of an arc without one is the maximum, which the one that is there equals.
+                                                      {"a/C -> b/D", 8}})); // written, whether active or not
+        // The new slack of an arc without one is the maximum, which equals the slack that it has.
         EXPECT_EQ(floating->getMinDutyCycle(), bySource ? 40UL : 100UL);
     }
 }
 
 TEST(TagSlacks, ExceptionsAreTimedPlainlyAndOneByOne) {
-    // Two inputs join at m; the arc from there to the output takes 20. The exception goes from a to the
-    // output; b arrives under no class, at `plain`. The relation is 100, the period 1000.
+    // Two inputs meet at m; the arc from m to the output takes 20. The exception is from a to the output.
+    // Data from b arrives under no class, at `plain`. The relation is 100, the period 1000.
     enum class Kind { MaxDelay, MinDelay, Multicycle, False, Other };
     const struct {
         const char* what;
         Kind kind;
         int value;
-        int adjust; // 0: the exception's own
-        int plain;  // undefined: b does not arrive
+        int adjust; // 0: the exception's own value
+        int plain;  // undefined if b does not arrive
         int slack;
     } rows[] = {
         {"a maximum delay", Kind::MaxDelay, 30, 0, undefined, 10},

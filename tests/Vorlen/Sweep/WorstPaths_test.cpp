@@ -1,5 +1,5 @@
-// The path search on reconvergent logic with far more paths than are kept: it keeps what a search of all
-// paths keeps, and makes few others where it can find out how bad the last one to be kept is.
+// The path search on reconvergent logic with far more paths than are kept. It keeps the same paths as a
+// search of all paths. It creates few others if it can compute a bound on the last path to be kept.
 //
 // VORLEN_SEED chooses other random designs.
 #include "Builder.h"
@@ -58,8 +58,8 @@ std::ostream& operator<<(std::ostream& out, const Found& found) {
     return out << found.edges.back()->getTarget()->getName() << ": " << found.slack;
 }
 
-// Stages of two poles, each of which drives both of the next stage, between inputs and outputs. A delay d
-// takes d off the setup slack, and off the hold slack too.
+// Stages of two poles between inputs and outputs. Each pole drives both poles of the next stage. A delay d
+// reduces the setup slack by d, and the hold slack too.
 struct Lattice {
     using DelayOf = std::function<int(unsigned stage, unsigned from, unsigned to)>;
 
@@ -115,7 +115,7 @@ struct Lattice {
     std::vector<Pole*> poles; // the first of each stage
 };
 
-// All paths from a pole, in the order of arcs. No pole comes twice on one.
+// All paths from a pole, in the order of arcs. No pole is twice on a path.
 void enumerate(const Pole* pole, Found& path, std::vector<Found>& all) {
     if (pole->isOutput())
         all.push_back(path);
@@ -132,7 +132,8 @@ void enumerate(const Pole* pole, Found& path, std::vector<Found>& all) {
         }
 }
 
-// What is kept of them: the inputs with the worst paths come first, of equal paths the first.
+// The paths of them that a search keeps: inputs with the worst paths come first, and the first of equal
+// paths.
 std::vector<Found> worstOf(const Lattice& lattice, unsigned long count) {
     std::vector<std::vector<Found>> starts;
     for (Pole* leaf : lattice.subdomain->getLaunchLeaves()) {
@@ -153,7 +154,7 @@ std::vector<Found> worstOf(const Lattice& lattice, unsigned long count) {
     return all;
 }
 
-// How many paths the search made.
+// Returns the number of paths that the search created.
 unsigned long search(const Lattice& lattice, bool longest, unsigned long count) {
     const auto sweep = lattice.propagate();
     const PathCounter counter;
@@ -162,13 +163,13 @@ unsigned long search(const Lattice& lattice, bool longest, unsigned long count) 
     return counter.made;
 }
 
-// The less critical way first, and the later a stage the smaller its difference: each path is worse than the
-// one before.
+// The less critical way comes first, and the later a stage, the smaller its difference: each path is worse
+// than the one before.
 constexpr unsigned stages = 11;
 int worstOrder(unsigned stage, unsigned, unsigned to) { return to == 0 ? 0 : 1 << (stages - stage); }
 
 constexpr unsigned long allPaths = 2UL << (stages + 1);
-// Before it asks for the bound, in asking, and after it.
+// The paths before the search computes the bound, while it does, and after it.
 unsigned long mostMade(unsigned long count) { return 1024 + 50 + 4 * count + count + 2 * count; }
 
 TEST(WorstPaths, ASearchMakesFewPathsThatItDoesNotKeep) {
@@ -199,7 +200,7 @@ TEST(WorstPaths, ASearchMakesFewPathsThatItDoesNotKeep) {
             }
 }
 
-// An input that drives the pole, far from all others in time.
+// Adds an input that drives the pole and is far from all others in time.
 void addFarInput(Lattice& lattice, Pole* pole) {
     constexpr int far = (1 << 30) + 5;
     Pole* input = lattice.design.addInput("far");
@@ -207,7 +208,7 @@ void addFarInput(Lattice& lattice, Pole* pole) {
     lattice.design.connect(input, pole, -far, far);
 }
 
-// A twin of the pole, with arcs without delay from each to the other, before all others out of them.
+// Adds a twin of the pole, with arcs without delay in both directions, before all other arcs out of them.
 void addRing(Lattice& lattice, Pole* pole) {
     struct Arc {
         Pole* end;
@@ -279,7 +280,7 @@ TEST(WorstPaths, ASearchThatCannotTellMakesThemAll) {
     }
 }
 
-// What required times say no longer holds where an arc has changed since.
+// Required times are not used if an arc has changed since.
 TEST(WorstPaths, LooksAtTheArcsAsTheyAre) {
     Lattice lattice(stages, worstOrder);
     const auto sweep = lattice.propagate();
@@ -290,7 +291,7 @@ TEST(WorstPaths, LooksAtTheArcsAsTheyAre) {
     EXPECT_GT(counter.made, allPaths / 3);
 }
 
-// The host's slacks are what counts: here they are less than the sweep's times make them.
+// The host's slacks count: here they are less than those that follow from the sweep's times.
 TEST(WorstPaths, BelievesTheHostsSlacks) {
     const Lattice lattice(stages, worstOrder);
     const auto sweep = lattice.propagate();

@@ -1,5 +1,5 @@
-// The clock stems: which sources and inputs stand behind every clock pole, and what the walk says and leaves
-// behind.
+// The clock stems: the sources and inputs before every clock pole, the messages of the walk, and its effect
+// on the design.
 #include "Builder.h"
 #include "Recorder.h"
 
@@ -99,7 +99,7 @@ TEST_F(ClockStem, EndsAtTheFirstSourceOrInput) {
     EXPECT_EQ(stems(), (Stems{{"far", {"far"}}, {"near", {"near"}}, {"a/C", {"near"}}, {"b/C", {"port"}}}));
 }
 
-// Poles passed for one clock pole serve the later ones from the memo, on any number of sinks.
+// The memo serves the poles before one clock pole to the later ones, for any number of sinks.
 TEST_F(ClockStem, SharedNetwork) {
     for (const std::size_t sinks : {2U, 3U, 16U, 17U, 40U}) {
         SCOPED_TRACE(sinks);
@@ -131,7 +131,7 @@ TEST_F(ClockStem, GeneratedClockHasTheStemsOfItsClock) {
     EXPECT_EQ(console_.getLines(), Lines{"remark: Generated clock slow net by fast net"});
 }
 
-// Each active arc that leaves a clock pole, once; a pole without a net goes by its name.
+// One remark per active arc that leaves a clock pole. A pole without a net is reported by its name.
 TEST_F(ClockStem, OneRemarkAnArc) {
     Pole* clk = design_.addClockSource("clk");
     Pole* a = design_.addClock("a/C");
@@ -159,7 +159,8 @@ TEST_F(ClockStem, MutedRemarks) {
     EXPECT_TRUE(console_.isEmpty());
 }
 
-// Kept on purpose: poles are read in order, and what an earlier one released is gone for one upstream of it.
+// Kept on purpose: poles are read in order, and a stem that an earlier pole released is missing for one
+// upstream of it.
 TEST_F(ClockStem, ClockPoleUpstreamOfAnEarlierOneHasNoStem) {
     Pole* sink = design_.addClock("sink/C");
     Pole* divider = design_.addClock("divider/C");
@@ -181,7 +182,7 @@ TEST_F(ClockStem, ConstrainedPorts) {
     design_.constrainOutput(design_.addOutput("unclocked out"), nullptr);
     analyzer->setOutputConstraint(design_.addOutput("undefined out"), Pelko::IOConstraint());
     design_.addOutput("free out");
-    // Ports that have an entry keep it.
+    // Ports that have an entry already keep it.
     Pole* sourceIn = design_.addInput("source in");
     sourceIn->setClockSource(true);
     design_.constrainInput(sourceIn, clk);
@@ -198,7 +199,7 @@ TEST_F(ClockStem, ConstrainedPorts) {
                               {"source out", {"source out"}}}));
 }
 
-// A port constrained on both sides: the input's comes first.
+// A port with constraints on both sides uses the input's.
 TEST_F(ClockStem, BidirectionalPort) {
     Pole* port = design_.addInput("port");
     port->setOutput(true);
@@ -207,7 +208,7 @@ TEST_F(ClockStem, BidirectionalPort) {
     EXPECT_EQ(stems()["port"], Names{"in clock"});
 }
 
-// --- What is there before, and after ---
+// --- The state before and after ---
 
 TEST_F(ClockStem, EntriesThatAreThereStay) {
     Pole* clk = design_.addClockSource("clk");
@@ -239,7 +240,7 @@ TEST_F(ClockStem, LeavesNothingBehind) {
     EXPECT_EQ(stems(), first) << "closed: the phase runs again";
 }
 
-// A clock pole is walked even where it carries a mark; poles before it are not.
+// A clock pole is walked even if it is marked; marked poles before it are not.
 TEST_F(ClockStem, MarksFromBefore) {
     Pole* clk = design_.addClockSource("clk");
     Pole* a = design_.addClock("a/C");
@@ -256,7 +257,7 @@ TEST_F(ClockStem, MarksFromBefore) {
 
 // --- Loops ---
 
-// So many rings of two gates, each driven by the clock, each driving a clock pole by its second gate.
+// `count` rings of two gates, each driven by the clock, each driving a clock pole with its second gate.
 struct Rings {
     Rings(Support::Builder& design, unsigned count) {
         Pole* clk = design.addClockSource("clk");
@@ -300,7 +301,7 @@ TEST_F(ClockStem, LoopsAreCutAndCounted) {
     }
 }
 
-// Met, but not cut: a ring without a merge point. It is met again in every run.
+// A ring without a merge point is found but not cut. It is found again in every run.
 TEST_F(ClockStem, LoopThatCannotBeCut) {
     Pole* a = design_.addPole("a");
     Pole* b = design_.addPole("b");

@@ -1,5 +1,5 @@
-// Constrained paths: what the phase finds when it begins, and what happens while it walks. Marks and a loop
-// stack from before count; events may change the design from one step to the next, or end the run.
+// Constrained paths: the state before the phase, and changes while it walks. Earlier marks and an earlier
+// loop stack count. Events may change the design from one step to the next, or stop the run.
 #include "Graph.h"
 #include "Recorder.h"
 #include "Thrown.h"
@@ -22,10 +22,10 @@ using Support::tagged;
 
 namespace {
 
-// The event timer shows an hour, so that the next step processes events.
+// Sets the event timer back by an hour, so that the next step processes events.
 void letTimerRunUp() { application->getEventTimer() = QTime::currentTime().addSecs(-3600); }
 
-// Called whenever events are processed: in these designs once a stage, where its walk leaves its first pole.
+// Called whenever events are processed: in these designs once per stage, when its walk leaves its first pole.
 class Meddler : public QObject {
 public:
     explicit Meddler(std::function<void(int)> action) : action_(std::move(action)) {
@@ -51,9 +51,9 @@ protected:
     Support::Recorder console_;
 };
 
-// --- Found at the beginning ---
+// --- The state before ---
 
-// Only the first walk can meet marks from before: it clears them when it is done.
+// Only the first walk can meet earlier marks: it clears them when it is done.
 TEST_F(ConstrainedPathsState, MarkedPolesAreVisited) {
     Graph graph("s>m m>t s>t");
     for (int i = 0; i < 2; ++i)
@@ -76,7 +76,7 @@ TEST_F(ConstrainedPathsState, MarkedTargetIsNotWalked) {
     EXPECT_TRUE(path->isValidated());
 }
 
-// A pole on the loop stack closes a loop, until the first walk closes the protocol.
+// A pole on the loop stack closes a loop, until the first walk closes the loop protocol.
 TEST_F(ConstrainedPathsState, PolesOnTheLoopStackClosePaths) {
     Graph graph("s>m m>t s>t");
     for (int i = 0; i < 2; ++i)
@@ -92,7 +92,8 @@ TEST_F(ConstrainedPathsState, PolesOnTheLoopStackClosePaths) {
     EXPECT_EQ(namesOf(tool_->getLoopPoles()), Names{});
 }
 
-// They belong to the current path, so a find hits them too: here a bridge that leads nowhere.
+// Poles on the loop stack belong to the current path, so a find marks them too: here a bridge without
+// fan-out.
 TEST_F(ConstrainedPathsState, PolesOnTheLoopStackAreHit) {
     for (const bool pushed : {false, true}) {
         SCOPED_TRACE(pushed);
@@ -121,18 +122,18 @@ TEST_F(ConstrainedPathsState, OpenLoopProtocol) {
     EXPECT_EQ(marked(), Names{});
 }
 
-// --- Changed on the way ---
+// --- Changes during the walk ---
 
 struct ChangeRow {
     const char* what;
     const char* arcs;
-    int walk; // of two, that the change comes in
+    int walk; // the walk in which the change happens, of two
     std::function<void(Graph&)> change;
     Names first, second;
 };
 
-// Two exceptions from s to t, which see the same fan-in. The change comes when the walk leaves d: t is open,
-// and a has not been reached.
+// Two exceptions from s to t, with the same fan-in. The change happens when the walk leaves d: t is on the
+// current path, and a has not been reached.
 TEST_F(ConstrainedPathsState, EventsMayChangeTheDesign) {
     const Names whole{"a -> t", "s -> a"};
     const ChangeRow rows[] = {
@@ -224,9 +225,9 @@ TEST_F(ConstrainedPathsState, EventsMayChangeTheDesign) {
     EXPECT_TRUE(console_.isEmpty());
 }
 
-// --- Ended on the way ---
+// --- Stops during the walk ---
 
-// What was found until then stays, and so does the descent of the walk that was stopped.
+// The results so far stay, and so does the path of the walk that was stopped.
 TEST_F(ConstrainedPathsState, StopInTheThirdWalk) {
     Graph graph("d>c c>b b>t s>t");
     for (int i = 0; i < 4; ++i)

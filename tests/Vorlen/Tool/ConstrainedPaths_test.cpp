@@ -1,4 +1,4 @@
-// Constrained paths: which arcs an exception tags, and what the phase says about loops.
+// Constrained paths: the arcs that an exception tags, and the messages about loops.
 #include "Graph.h"
 #include "Recorder.h"
 
@@ -101,7 +101,7 @@ const TagRow tagRows[] = {
      {"t"},
      {"s -> b1", "b1 -> t"},
      true},
-    // The arcs behind a hit bridge stay, also where only another bridge has a source in front.
+    // The arcs behind a hit bridge are kept, even if only another bridge has a source before it.
     {"a bridge without a source beside one with",
      "s>b1 b1>t z>b2 b2>t",
      {"s"},
@@ -135,7 +135,7 @@ const TagRow tagRows[] = {
      {"s -> m", "m -> b1", "m -> b2", "b1 -> t", "b2 -> t"},
      true},
 
-    // Arcs that close a loop are passed over; without debug mode nothing is said.
+    // Arcs that close a loop are skipped. Without debug mode there is no message.
     {"a loop on the way", "s>m m>x x>m m>t", {"s"}, {}, {"t"}, {"s -> m", "m -> t"}, true},
     {"a loop met before the source",
      "x>m s>x m>x m>t",
@@ -167,7 +167,8 @@ TEST_F(ConstrainedPaths, NoExceptionNothingHappens) {
     EXPECT_EQ(marked(), Names{"s"}) << "not even the marks are cleared";
 }
 
-// Exceptions of all kinds tag alike; classes add up on shared arcs, and to those from before.
+// Exceptions of all kinds tag in the same way. Classes are added on shared arcs, and to those that an arc
+// has.
 TEST_F(ConstrainedPaths, ClassesAddUp) {
     Graph graph("s1>m s2>m m>t1 m>t2");
     Pelko::FPath::create(graph.objects({"s1"}, {}, {"t1"}));
@@ -188,7 +189,7 @@ TEST_F(ConstrainedPaths, ClassesAddUp) {
               4U);
 }
 
-// An insulated false path is no affair of this phase.
+// This phase ignores an insulated false path.
 TEST_F(ConstrainedPaths, InsulatedPathsAreLeftOut) {
     Graph graph("s>t");
     auto* insulated = Pelko::FPath::create(graph.objects({"s"}, {}, {"t"}), true);
@@ -222,7 +223,7 @@ TEST_F(ConstrainedPaths, TagsOfAnEarlierRunStay) {
 // --- Loops ---
 
 struct LoopRow {
-    unsigned paths; // each meets the loop once
+    unsigned paths; // each of them meets the loop once
     bool debug, muted;
     Lines lines;
 };
@@ -256,7 +257,7 @@ TEST_F(ConstrainedPaths, LoopsAreCountedInDebugModeOnly) {
 
 // --- One step ---
 
-// What a step fills, under the names of the operation.
+// The state that a step changes, with the names of the operation's parameters.
 struct StepState {
     Vorlen::PoleSet hit;
     Vorlen::EdgeList path;
@@ -296,7 +297,7 @@ TEST_F(Step, NullStartsFindNothing) {
     EXPECT_EQ(marked(), (Names{"s", "t"}));
 }
 
-// The way that the caller came counts as a part of the path.
+// The caller's current path counts as a part of the path.
 TEST_F(Step, JoinsTheCallersPath) {
     Graph graph("s>m m>t m>u");
     Pole* m = graph.get("m");

@@ -1,5 +1,5 @@
-// The data stems: which launch poles reach every end point, what domain creation hears of it, and how stems
-// move on and are freed.
+// The data stems: the launch poles before every end point, the pairs that domain creation gets, and the
+// moving and the release of stems.
 #include "Builder.h"
 #include "Recorder.h"
 #include "Thrown.h"
@@ -26,7 +26,8 @@ class DataStem : public testing::Test {
 protected:
     ~DataStem() override { Pelko::Analyzer::_muted = false; }
 
-    // The pairs, as the leaves of the one subdomain without clocks: launch poles | latch poles.
+    // The pairs, as the leaves of the only subdomain without clocks: first the launch poles, then the latch
+    // poles.
     std::pair<Names, Names> leaves() const {
         const Pelko::Subdomain* subdomain = Builder::findSubdomain(nullptr, nullptr, none, none);
         if (!subdomain)
@@ -50,7 +51,7 @@ TEST_F(DataStem, EmptyDesign) {
     EXPECT_TRUE(analyzer->getDomains().isEmpty());
 }
 
-// More of them than a walk fetches ahead.
+// More end points than a walk fetches ahead.
 TEST_F(DataStem, EndPointsWithoutArcs) {
     for (int i = 0; i < 40; ++i)
         design_.addOutput("o" + std::to_string(i));
@@ -76,7 +77,7 @@ TEST_F(DataStem, FanInOfPorts) {
     EXPECT_TRUE(console_.isEmpty());
 }
 
-// Ways that part and meet again, and stems that overlap.
+// Ways that separate and meet again, and stems that overlap.
 TEST_F(DataStem, Reconvergence) {
     Pole* a = design_.addInput("a");
     Pole* b = design_.addInput("b");
@@ -98,13 +99,13 @@ TEST_F(DataStem, Reconvergence) {
     EXPECT_EQ(stemsOf(work), (Stems{{"left", {"a", "c"}}, {"out", {"a", "b", "c"}}}));
     analyzer->unmark();
     EXPECT_EQ(run(), Leaves({"a", "b", "c"}, {"out", "side"}));
-    design_.constrainOutput(side, nullptr); // on an edge of no clock: a subdomain of its own
+    design_.constrainOutput(side, nullptr); // on no clock edge: a new subdomain
     run();
     EXPECT_EQ(namesOf(Builder::findSubdomain(nullptr, nullptr, none, rising)->getLaunchLeaves()),
               (Names{"a", "c"}));
 }
 
-// An end point that nothing reaches makes no domain.
+// An end point without a launch pole makes no domain.
 TEST_F(DataStem, NoLaunchPole) {
     Pole* out = design_.addOutput("out");
     design_.connect(design_.addPole("nothing"), out);
@@ -113,7 +114,7 @@ TEST_F(DataStem, NoLaunchPole) {
     EXPECT_TRUE(analyzer->getDomains().isEmpty());
 }
 
-// End points are output ports and check poles; either check bit makes one.
+// End points are output ports and check poles; one check bit is enough.
 TEST_F(DataStem, EndPoints) {
     Pole* in = design_.addInput("in");
     struct Row {
@@ -123,7 +124,7 @@ TEST_F(DataStem, EndPoints) {
     const Row rows[] = {{"output", &Pole::setOutput},
                         {"setup check", &Pole::setSetupCheck},
                         {"hold check", &Pole::setHoldCheck},
-                        {"terminal", &Pole::setTerminal}}; // by itself: none
+                        {"terminal", &Pole::setTerminal}}; // not an end point
     for (const Row& row : rows) {
         Pole* pole = design_.addPole(row.name);
         (pole->*row.set)(true);
@@ -132,7 +133,7 @@ TEST_F(DataStem, EndPoints) {
     EXPECT_EQ(run(), Leaves({"in"}, {"output", "setup check", "hold check"}));
 }
 
-// The walk ends at inputs, clock poles and clock sources; an initial pole by itself does not end it.
+// The walk stops at inputs, clock poles and clock sources. An initial pole of no other kind does not stop it.
 TEST_F(DataStem, LaunchPoles) {
     Pole* behind = design_.addInput("behind");
     Pole* in = design_.addInput("in");
@@ -167,7 +168,7 @@ TEST_F(DataStem, LatchIsTheMainPole) {
     EXPECT_EQ(namesOf(subdomain->getLatchLeaves()), Names{"ff/C"});
 }
 
-// Every end point pairs with all of its own launch poles, and with no others.
+// Every end point is paired with all its launch poles, and with no others.
 TEST_F(DataStem, PairsByEndPoint) {
     Pole* clocks[3] = {design_.addClockSource("c0"), design_.addClockSource("c1"),
                        design_.addClockSource("c2")};
@@ -187,7 +188,7 @@ TEST_F(DataStem, PairsByEndPoint) {
                      "c0:rising -> c2:rising", "c1:rising -> c2:rising", "c2:rising -> c2:rising"}));
 }
 
-// Stems of a shared fan-in are there for every later end point, on any number of them.
+// The stems of a shared fan-in remain for every later end point, for any number of them.
 TEST_F(DataStem, SharedFanIn) {
     for (const std::size_t ends : {2U, 3U, 16U, 17U, 40U}) {
         SCOPED_TRACE(ends);
@@ -203,7 +204,7 @@ TEST_F(DataStem, SharedFanIn) {
     }
 }
 
-// Kept on purpose: an end point on the way from another one loses its pairs where that one comes first.
+// Kept on purpose: an end point on the way to another one loses its pairs if the other one comes first.
 TEST_F(DataStem, EndPointBeforeAnEndPoint) {
     Pole* in = design_.addInput("in");
     Pole* near = design_.addOutput("near");
@@ -305,7 +306,7 @@ TEST_F(DataStem, StepFillsTheWorkingMap) {
     EXPECT_EQ(loops, 6U) << "a marked pole is not entered";
 }
 
-// A pole is marked when its fan-in has been walked, and not before.
+// A pole is marked after its fan-in has been walked, not before.
 TEST_F(DataStem, StepMarksOnTheWayBack) {
     class MarkReader : public Pelko::ObjectListener {
     public:
@@ -327,7 +328,7 @@ TEST_F(DataStem, StepMarksOnTheWayBack) {
 
 struct MergeRow {
     const char* what;
-    bool hasStem;  // the source
+    bool hasStem;  // the source has a stem
     bool otherArc; // from the source to another target
     bool otherActive;
     bool otherMarked;
@@ -377,7 +378,7 @@ TEST_F(DataStem, StemsMoveOnAndAreFreed) {
         }
 }
 
-// The arc's own target does not hold the stem, marked or not, and needs no entry before.
+// The arc's own target does not keep the stem, whether marked or not, and needs no entry.
 TEST_F(DataStem, StemOfATargetWithoutEntry) {
     Pole* root = design_.addPole("root");
     Pole* source = design_.addPole("source");

@@ -1,4 +1,4 @@
-// Domain creation: what becomes of one pair of launch and latch pole, and the phase around it.
+// Domain creation: the effect of one pair of launch and latch pole, and the phase around it.
 #include "Builder.h"
 #include "Recorder.h"
 #include "Thrown.h"
@@ -31,7 +31,7 @@ protected:
 
 // --- One pair ---
 
-// A design with a pole of every sort, by name. "x/C", "y/C" are clock poles with the stems {clk}, {clk,
+// A design with a pole of every kind, by name. "x/C", "y/C" are clock poles with the stems {clk}, {clk,
 // other}.
 struct PairRow {
     const char* what;
@@ -57,7 +57,7 @@ protected:
         stems_[both] = {clk, other};
         Pole* unclocked = add(design_.addClock("unclocked/C"));
         stems_[add(design_.addClock("null stem/C"))].insert(nullptr);
-        unclocked->setClockSource(true); // a clock pole first, and only with a stem
+        unclocked->setClockSource(true); // a clock pole first, and it must have a stem
         stems_.erase(unclocked);
 
         add(design_.addInput("in"));
@@ -98,7 +98,7 @@ TEST_P(Pairs, Row) {
     SCOPED_TRACE(row.what);
     Pole* launch = poles_.at(row.launch);
     Pole* latch = poles_.at(row.latch);
-    for (int round = 0; round < 2; ++round) { // the second time, everything is there
+    for (int round = 0; round < 2; ++round) { // in the second round, everything exists
         tool_->createDomains(stems_, launch, latch);
         EXPECT_EQ(subdomains(), row.subdomains);
         for (const Pelko::Domain* domain : analyzer->getDomains())
@@ -237,7 +237,7 @@ TEST_F(Domains, PhaseFindsEveryPair) {
 }
 
 TEST_F(Domains, PrintsInDebugModeOnlyWhenCreating) {
-    const auto ring = [this] { // a loop, so that the phase has something to say
+    const auto ring = [this] { // a loop, so that the phase prints a warning
         Pole* merge = design_.addPole();
         Pole* back = design_.addPole();
         design_.connectAll({design_.addInput("in"), merge, design_.addOutput("out")});
@@ -270,7 +270,7 @@ TEST_F(Domains, PrintsInDebugModeOnlyWhenCreating) {
     }
 }
 
-// Two clocks, both ways and each to itself.
+// Two clocks, with paths in both directions and from each to itself.
 struct TwoClocks {
     explicit TwoClocks(Builder& design) : x(design.addClockSource("x")), y(design.addClockSource("y")) {
         const Register a = design.addRegister("a", x);
@@ -320,7 +320,7 @@ TEST_F(Domains, ExclusiveAndAsynchronous) {
         }
 }
 
-// Domains end with their subdomains, and are made again for each run that finds their pairs.
+// Domains are destroyed with their subdomains, and are created again by each run that finds their pairs.
 TEST_F(Domains, ExclusiveDomainsComeAndGo) {
     const TwoClocks clocks(design_);
     tool_->createDomains();
@@ -335,7 +335,7 @@ TEST_F(Domains, ExclusiveDomainsComeAndGo) {
     EXPECT_EQ(namesOf(analyzer->getDomains()), (Names{"x -> x", "y -> y", "y -> x", "x -> y"}));
 }
 
-// A mark from before stays where the constraints say nothing.
+// A domain that is marked already stays so if no constraint applies.
 TEST_F(Domains, AsynchronousMarkIsNotTakenBack) {
     const TwoClocks clocks(design_);
     design_.makeAsynchronous(clocks.x, clocks.y);
@@ -345,7 +345,7 @@ TEST_F(Domains, AsynchronousMarkIsNotTakenBack) {
     EXPECT_EQ(asynchronous(), (Names{"y -> x", "x -> y"}));
 }
 
-// What was created before the fault stays.
+// The domains that were created before the fault stay.
 TEST_F(Domains, FaultLeavesWhatIsThere) {
     const TwoClocks clocks(design_);
     Pole* bad = design_.addClock("bad/C");

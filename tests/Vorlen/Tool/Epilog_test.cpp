@@ -1,4 +1,4 @@
-// The epilogue: which poles it marks, and which domains it remarks on.
+// The epilogue: the poles that it marks, and the domains on which it prints a remark.
 #include "Builder.h"
 #include "Recorder.h"
 
@@ -107,7 +107,7 @@ TEST(Epilog, WritesNoTimingValues) {
     EXPECT_EQ(int(Pelko::analyzer->getPeriod(clk)), undefined);
 }
 
-// A path of a subdomain, over these poles.
+// Adds a path over these poles to a subdomain.
 void addPath(Pelko::Subdomain* subdomain, bool longest, const std::vector<Pole*>& poles) {
     std::list<Edge*> edges;
     for (std::size_t i = 1; i < poles.size(); ++i) {
@@ -123,7 +123,7 @@ void addPath(Pelko::Subdomain* subdomain, bool longest, const std::vector<Pole*>
 }
 
 TEST(Epilog, RemarksOnDomainsWhosePathsCrossAClockPole) {
-    // Paths over clock poles "c" and others; each row is one domain's.
+    // Paths over clock poles "c" and others. Each row is the paths of one domain.
     enum class Where { Start, Middle, End, Nowhere, NoArcs };
     struct PathRow {
         bool longest;
@@ -192,7 +192,8 @@ TEST(Epilog, OneRemarkADomainInTheirOrder) {
     Pole* end = design.addPole("end");
     const std::vector<Pole*> crossing{start, clock, end};
     const std::vector<Pole*> plain{clock, end};
-    // Two subdomains of the first domain cross; the second one does not; ports are a domain like others.
+    // Two subdomains of the first domain have crossing paths, the second domain has none, and ports form a
+    // domain like others.
     addPath(design.addSubdomain(gen, clk), true, crossing);
     addPath(design.addSubdomain(gen, clk, falling, rising), true, crossing);
     addPath(design.addSubdomain(clk, clk), true, plain);
@@ -204,7 +205,7 @@ TEST(Epilog, OneRemarkADomainInTheirOrder) {
     const std::string text = ": Listed timing path(s) may traverse intermediate clock timing point(s)!";
     EXPECT_EQ(recorder.getLines(), (Lines{"remark: gen -> clk" + text, "remark: none -> gen" + text,
                                           "remark: clk -> none" + text}));
-    // The message as it is handed over: no label.
+    // The message as the console gets it: no label.
     ASSERT_EQ(recorder.getMessages().size(), 3U);
     EXPECT_EQ(recorder.getMessages()[0],
               (Recorder::Message{Recorder::Level::Remark, "gen -> clk" + text, "", 0}));

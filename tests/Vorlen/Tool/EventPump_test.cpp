@@ -1,4 +1,5 @@
-// The event pump: when a run yields to the host, and that a stop request ends it wherever it is heard.
+// The event pump: when a run processes the host's events, and that a stop request stops it at any of these
+// places.
 #include "Builder.h"
 #include "Recorder.h"
 #include "Thrown.h"
@@ -30,9 +31,9 @@ using Support::subdomains;
 
 namespace {
 
-constexpr int hour = 3'600'000; // ms
+constexpr int hour = 3'600'000; // in ms
 
-// The event timer shows this many milliseconds.
+// Sets the event timer to this many milliseconds.
 void setElapsed(int milliseconds) {
     application->getEventTimer() = QTime::currentTime().addMSecs(-milliseconds);
 }
@@ -56,7 +57,7 @@ protected:
         check_ = b.check;
         clock_ = a.clock;
     }
-    // The next launch is a complete one.
+    // The next launch completes.
     void expectCompletes() {
         const Support::Recorder console;
         EXPECT_EQ(marked(), Names{});
@@ -97,7 +98,7 @@ TEST_F(EventPump, AfterAQuarterOfASecond) {
         SCOPED_TRACE(testing::Message() << "batch " << row.batch << ", elapsed " << row.elapsed);
         application->setBatch(row.batch);
         bool completed = false;
-        // A machine so slow that the timer runs up during the launch gets another try.
+        // A machine may be so slow that the timer runs up during the launch: then it tries again.
         for (int tries = 0; tries < 50; ++tries) {
             console_.clear();
             setElapsed(row.elapsed);
@@ -116,7 +117,7 @@ TEST_F(EventPump, AfterAQuarterOfASecond) {
     }
 }
 
-// All events are processed, once the timer runs anew.
+// All events are processed after the timer has been restarted.
 TEST_F(EventPump, ProcessesEvents) {
     class Receiver : public QObject {
     public:
@@ -144,7 +145,7 @@ TEST_F(EventPump, ProcessesEvents) {
     }
 }
 
-// An exception that leaves an event handler ends the run like one of a phase.
+// An exception that leaves an event handler stops the run like an exception of a phase.
 TEST_F(EventPump, VerboseClosingLine) {
     addDesign();
     analyzer->setVerbose(true);
@@ -158,7 +159,7 @@ TEST_F(EventPump, VerboseClosingLine) {
 
 // --- Where ---
 
-// Phases by themselves: those that walk the design hear a request, the others leave it pending.
+// Each phase called directly: those that walk over the design obey a request, the others leave it pending.
 TEST_F(EventPump, InPhases) {
     addDesign();
     Pelko::CPath::create({{clock_}, {check_}});
@@ -198,7 +199,8 @@ TEST_F(EventPump, InPhases) {
     }
 }
 
-// One step of a walk: at the first pole that it leaves, or, where constrained paths meet, that it knows.
+// One step of a walk obeys at the first pole that it leaves or, if it is a step of constrained paths, that is
+// marked.
 TEST_F(EventPump, InSteps) {
     addDesign();
     Pole* known = design_.addPole("known");
@@ -235,7 +237,7 @@ TEST_F(EventPump, InSteps) {
 
 // --- Within a launch ---
 
-// Requests a stop, and lets the timer run up, when the n-th object of a class is created or ends.
+// Requests a stop, and sets the timer back, when the n-th object of a class is created or destroyed.
 template <class Kind>
 class StopAt : public Pelko::ObjectListener {
 public:
@@ -258,7 +260,7 @@ private:
     int left_;
 };
 
-// Counts objects that are created, and those of them that are still there.
+// Counts created objects, and how many of them still exist.
 template <class Kind>
 class Counter : public Pelko::ObjectListener {
 public:
@@ -287,7 +289,7 @@ TEST_F(EventPump, BeforeTheDomains) {
 }
 
 TEST_F(EventPump, BetweenPhases) {
-    // Nothing to walk: only the launch itself can hear.
+    // Nothing to walk: only the launch itself can obey the request.
     for (const bool domainsOnly : {true, false}) {
         SCOPED_TRACE(domainsOnly);
         analyzer->setDomainsOnly(domainsOnly);
@@ -301,7 +303,7 @@ TEST_F(EventPump, BetweenPhases) {
     expectCompletes();
 }
 
-// The relations of the domains that were found are not there yet, or are, as the pump stands.
+// A stop right after the domains were created: their relations are not set yet.
 TEST_F(EventPump, AfterTheDomains) {
     addDesign();
     const StopAt<Pelko::Subdomain> stop(StopAt<Pelko::Subdomain>::Created, 2);
@@ -346,7 +348,8 @@ TEST_F(EventPump, AfterASweep) {
 
 // --- Events that change the design ---
 
-// Host events are due whenever a run asks. At one processing of them a pole comes, far from all paths.
+// Host events are due whenever a run checks. At one of the times when they are processed, a pole is created,
+// far from all paths.
 class Disturbance {
 public:
     Disturbance(Builder& design, int at)
@@ -370,10 +373,10 @@ private:
 
 struct Result {
     Names subdomains, paths, arcs;
-    int processed = 0; // events, so often
+    int processed = 0; // how often events were processed
 };
 
-// Of a design in which data goes a long way, so that host events come in the middle of it.
+// Launches on a design with long data paths, so that host events are processed in the middle of them.
 Result launchDisturbed(int at) {
     Builder design;
     application->setBatch(false);
@@ -412,8 +415,8 @@ Result launchDisturbed(int at) {
     return result;
 }
 
-// A multicycle halves the latest arrival, and what is false does not arrive. What a phase has read of the
-// design is read anew, and what it has done is not done twice.
+// A multicycle halves the latest arrival, and a false path has no arrival. A phase reads the design again
+// after the change, but does nothing twice.
 TEST(EventsThatChangeTheDesign, ChangeNoResult) {
     const Result calm = launchDisturbed(0);
     EXPECT_EQ(calm.subdomains, (Names{"clk:rising -> clk:rising 302 153: a/C to b/C",
@@ -434,7 +437,7 @@ TEST(EventsThatChangeTheDesign, ChangeNoResult) {
 
 constexpr std::size_t depth = 150'000;
 
-// At the first pole that the walk leaves, with the whole chain on the stack.
+// A stop at the first pole that the walk leaves, when the whole chain is on the stack.
 TEST_F(EventPump, AtTheBottomOfALongWalk) {
     Pole* in = design_.addInput("in");
     design_.connect(design_.addChain(in, depth), design_.addOutput("out"));
@@ -448,8 +451,8 @@ TEST_F(EventPump, AtTheBottomOfALongWalk) {
     EXPECT_EQ(subdomains(), Names{"none -> none"});
 }
 
-// On the way back: an earlier end point is done, the walk of the next one is long, and a third is never
-// reached.
+// A stop on the way back: an earlier end point is done, the walk of the next one is long, and a third is
+// never reached.
 TEST_F(EventPump, OnTheWayBackFromALongWalk) {
     Pole* in = design_.addInput("in");
     const auto addOutput = [&](const std::string& name, std::size_t length) {

@@ -32,7 +32,7 @@ using Support::subdomains;
 
 namespace {
 
-// Counts the sweeps that are there.
+// Counts the sweeps that exist.
 class SweepCounter : public Pelko::ObjectListener {
 public:
     SweepCounter() { Object::addListener(this); }
@@ -52,7 +52,7 @@ private:
     std::size_t created_ = 0;
 };
 
-// Acts once, when the n-th object of a class is created or ends.
+// Acts once, when the n-th object of a class is created or destroyed.
 template <class Kind>
 class Saboteur : public Pelko::ObjectListener {
 public:
@@ -93,7 +93,7 @@ protected:
     static Names all() {
         return {"clk:rising -> clk:rising", "clk:rising -> clk:falling", "clk:falling -> none"};
     }
-    // A launch now completes, and leaves what it should.
+    // A launch now completes, with all its results.
     void expectCompletes() {
         const Support::Recorder console;
         const SweepCounter sweeps;
@@ -118,7 +118,7 @@ protected:
 
 // --- A thread that is cancelled ---
 
-// The cancellation goes on through the launch, which ends its sweeps and reports nothing.
+// The cancellation passes through the launch, which destroys its sweeps and reports nothing.
 TEST_F(LaunchFaults, ACancelledThreadEnds) {
     addDesign();
     const SweepCounter sweeps;
@@ -165,7 +165,7 @@ const FaultRow faultRows[] = {
      "error: not made (Host, work, 12)"},
     {"fatal", [] { throw Ruvex::Fatal(Ruvex::InternalError("the end", place)); },
      "error: the end (Host, work, 12)"},
-    // What is no exception of the framework.
+    // An exception that does not derive from the framework's.
     {"standard exception", [] { throw std::runtime_error("whatever"); },
      "error: Analyzing aborted [something strange...] (Tool, launch, 495)"},
     {"no memory", [] { throw std::bad_alloc(); },
@@ -207,15 +207,15 @@ TEST(LaunchWithoutDesign, NullAnalyzer) {
     EXPECT_TRUE(tool->launch());
 }
 
-// --- Where it happens ---
+// --- The places of faults ---
 
 [[noreturn]] void fail() { throw std::runtime_error("whatever"); }
 
 struct PlaceRow {
     const char* what;
     std::function<std::unique_ptr<Pelko::ObjectListener>()> sabotage;
-    std::size_t sweeps; // that were created
-    Names subdomains;   // that stay
+    std::size_t sweeps; // number of created ones
+    Names subdomains;   // those that remain
 };
 
 template <class Kind>
@@ -230,7 +230,7 @@ std::unique_ptr<Pelko::ObjectListener> failWhenDestroyed(int count) {
 
 class Aborted : public LaunchFaults, public testing::WithParamInterface<PlaceRow> {};
 
-// Sweeps are ended, marks cleared; everything else stays, and the next run starts clean.
+// Sweeps are destroyed and marks are cleared. Everything else stays, and the next run starts clean.
 TEST_P(Aborted, Row) {
     const PlaceRow& row = GetParam();
     SCOPED_TRACE(row.what);
@@ -270,8 +270,8 @@ const PlaceRow placeRows[] = {
 
 INSTANTIATE_TEST_SUITE_P(Launch, Aborted, testing::ValuesIn(placeRows));
 
-// A listener that fails at every sweep fails again while the first fault is on its way out. (In a process of
-// its own, since that must not end it.)
+// A listener that throws for every sweep throws again while the first exception is in flight. The launch must
+// not terminate the program, so it has a process of its own.
 TEST_F(LaunchFaults, EveryEndOfASweepFails) {
     class Failing : public Pelko::ObjectListener {
     public:
@@ -286,8 +286,8 @@ TEST_F(LaunchFaults, EveryEndOfASweepFails) {
     Object::removeListener(&failing);
 }
 
-// The same at the end of a sweep, in a listener of sweeps: it is told of those that go on the way out as
-// well.
+// The same at the destruction of a sweep, in a listener of sweeps: it is also called for the sweeps that are
+// destroyed because of the exception.
 TEST_F(LaunchFaults, InAListenerOfSweeps) {
     class Failing : public Pelko::SweepListener {
     public:
@@ -313,7 +313,7 @@ TEST_F(LaunchFaults, InAListenerOfSweeps) {
     expectCompletes();
 }
 
-// An adjuster of an exception is code of the host, and called from within a sweep.
+// An adjuster of an exception is code of the host, called from within a sweep.
 TEST_F(LaunchFaults, InAnAdjuster) {
     addDesign();
     auto* exception = Pelko::MPath::create({{a_.clock}, {b_.check}}, 1);
@@ -358,7 +358,7 @@ TEST_F(LaunchFaults, FaultsOfPhases) {
     expectCompletes();
 }
 
-// An aborted walk leaves its loop state to the next reset.
+// An aborted walk leaves its loop state until the next reset.
 TEST_F(LaunchFaults, LoopStateUntilTheNextReset) {
     addDesign();
     a_.clock->setClockMode(none);
@@ -372,7 +372,7 @@ TEST_F(LaunchFaults, LoopStateUntilTheNextReset) {
     expectCompletes();
 }
 
-// In debug mode the domain phase indents; an abort leaves that as it was.
+// In debug mode the domain phase indents the console; an abort leaves the indentation.
 TEST_F(LaunchFaults, IndentationAfterAnAbortedDomainPhase) {
     addDesign();
     const Support::DebugMode debug(true);

@@ -27,7 +27,7 @@ const std::type_info& invalidRequest = typeid(Ruvex::InvalidRequest);
 
 enum class Moment { Created, Destroyed };
 
-// Acts each time that a run creates or destroys an object of a class.
+// Acts each time when a run creates or destroys an object of a class.
 template <class Kind>
 class Meddler : public Pelko::ObjectListener {
 public:
@@ -53,7 +53,8 @@ private:
     int count_ = 0;
 };
 
-// Two clocks that talk to each other and to themselves, two clocks that exclude each other, and an exception.
+// Two clocks with paths to each other and to themselves, two clocks that exclude each other, and an
+// exception.
 class LaunchKeeps : public testing::Test {
 protected:
     LaunchKeeps() {
@@ -61,10 +62,10 @@ protected:
         design_.connect(a_.output, b_.data, 2, 5);
         design_.connect(b_.output, c.data, 2, 5);
         design_.connect(c.output, a_.data, 2, 5);
-        exception_ = Pelko::MPath::create({{b_.clock}, {a_.check}}, 2); // of no path
+        exception_ = Pelko::MPath::create({{b_.clock}, {a_.check}}, 2); // matches no path
     }
 
-    // Every way to destroy what the launch works on, but for the objects that the caller adds.
+    // Every call that destroys an object of the launch, except the objects that the caller adds.
     std::vector<Support::Fault> everyRefusal() {
         const auto refusal = [](const char* what, std::function<void()> action, const std::string& label) {
             return Support::Fault{what,
@@ -129,7 +130,7 @@ protected:
         }
         return false;
     }
-    // What it leaves; the domains are made anew.
+    // Launches without a listener, and returns the results. The domains are created anew.
     Names launchAlone() {
         while (!analyzer->getDomains().isEmpty())
             analyzer->getDomains().getFirst()->destroy();
@@ -159,14 +160,14 @@ TEST_F(LaunchKeeps, WhenASweepIsDestroyed) { expectRefusedAt<Vorlen::Sweep>(Mome
 // One clock and one edge have no hold relation, and so no shortest path.
 TEST_F(LaunchKeeps, WhenAPathIsCreated) { expectRefusedAt<Pelko::Path>(Moment::Created, 5); }
 
-// A domain that the run itself destroys goes, and takes none with it.
+// A domain that the run itself destroys is destroyed, and no other with it.
 TEST_F(LaunchKeeps, WhenAnExclusiveDomainIsDestroyed) {
     design_.makeExclusive(clk_, other_);
     expectRefusedAt<Pelko::Domain>(Moment::Destroyed, 2);
     EXPECT_EQ(subdomains(), Names{"clk:rising -> clk:rising"});
 }
 
-// The sweep that is analysed is not the only one that stays.
+// All sweeps of the domain stay, not only the one that is analysed.
 TEST_F(LaunchKeeps, SweepsOfTheDomain) {
     const Register d = design_.addRegister("d", clk_, Support::falling);
     design_.connect(a_.output, d.data, 2, 5);
@@ -181,12 +182,12 @@ TEST_F(LaunchKeeps, SweepsOfTheDomain) {
     const Meddler<Vorlen::Sweep> destroyed(Moment::Destroyed,
                                            [&](Vorlen::Sweep* sweep) { std::erase(sweeps, sweep); });
     EXPECT_TRUE(tool_->launch());
-    EXPECT_GT(refusals, 2); // two sweeps at least at one of the paths
+    EXPECT_GT(refusals, 2); // for one of the paths, at least two sweeps
     EXPECT_TRUE(sweeps.empty());
     EXPECT_TRUE(console_.isEmpty());
 }
 
-// A refusal that the listener lets pass ends the run like any exception, and leaves all in place.
+// If the listener does not catch the exception, the run stops as for any other, and all objects stay.
 TEST_F(LaunchKeeps, RefusalThatEndsTheRun) {
     std::optional<Meddler<Vorlen::Sweep>> meddler(std::in_place, Moment::Destroyed,
                                                   [this](Vorlen::Sweep*) { tool_->destroy(); });
@@ -196,7 +197,7 @@ TEST_F(LaunchKeeps, RefusalThatEndsTheRun) {
     EXPECT_TRUE(tool_->launch());
 }
 
-// After the launch all may go.
+// After the launch, all objects can be destroyed.
 TEST_F(LaunchKeeps, NothingAfterwards) {
     EXPECT_TRUE(tool_->launch());
     spareArc_->destroy();
@@ -236,7 +237,7 @@ TEST(LaunchKeepsTheModel, EndIsRefused) {
     EXPECT_EQ(Pelko::cell, nullptr);
 }
 
-// A destructor cannot refuse: the model ends when the run is over.
+// A destructor cannot throw: the model is destroyed when the run is over.
 TEST(LaunchKeepsTheModel, DestructorWaits) {
     OwnModel own;
     const Support::ToolPointer tool = Support::makeTool();

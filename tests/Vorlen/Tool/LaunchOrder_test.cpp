@@ -1,5 +1,5 @@
-// The launch: which domains it analyses, the order in which their sweeps come and go, and what one run leaves
-// to the next.
+// The launch: the domains that it analyses, the order in which their sweeps are created and destroyed, and
+// the effect of one run on the next.
 #include "Builder.h"
 #include "Recorder.h"
 
@@ -42,7 +42,7 @@ protected:
     Register b_{};
 };
 
-// What happens to sweeps and reported paths, as it happens.
+// Records the creation and destruction of sweeps and reported paths, in order.
 class Diary : public Pelko::ObjectListener, public Pelko::SweepListener {
 public:
     Diary() {
@@ -67,7 +67,7 @@ private:
     Lines lines_;
 };
 
-// All arrivals of a domain first; then each sweep goes before the next one is finished.
+// First all arrivals of a domain; then each sweep is destroyed before the next one is finished.
 TEST_F(LaunchOrder, SweepsInOrder) {
     Pole* clk = design_.addClockSource("clk", 10);
     const Register a = design_.addRegister("a", clk);
@@ -150,7 +150,7 @@ TEST_F(LaunchOrder, LoopStateIsCleanAtBothEnds) {
     EXPECT_EQ(namesOf(tool_->getLoopPoles()), Names{});
     EXPECT_FALSE(tool_->isLooping(clk_));
 
-    // What the host leaves on the stack during a run goes with it.
+    // Entries that the host adds to the stack during a run are removed at its end.
     class Pusher : public Pelko::ObjectListener {
     public:
         explicit Pusher(Vorlen::Tool& tool) : tool_(tool) { Pelko::Object::addListener(this); }
@@ -169,7 +169,7 @@ TEST_F(LaunchOrder, LoopStateIsCleanAtBothEnds) {
     tool_->loopOpen();
 }
 
-// Marks of the epilogue do not disturb the next run; cleared results come out the same.
+// Marks of the epilogue do not affect the next run, and cleared results are the same again.
 TEST_F(LaunchOrder, RunsAgainWithTheSameResults) {
     addPath();
     Pole* out = design_.addOutput("out");

@@ -1,5 +1,5 @@
-// The launch on clocks without a period: candidate periods from the latest arrivals, and the relations made
-// of them.
+// The launch on clocks without a period: candidate periods from the latest arrivals, and the relations that
+// follow from them.
 #include "Builder.h"
 
 #include <gtest/gtest.h>
@@ -19,8 +19,8 @@ using Support::undefined;
 
 namespace {
 
-// A transfer within the clock: its edges, its latest arrival, and the relations that it is to get. A latch
-// without edge is a port that is constrained to the clock, and to no edge of it.
+// A transfer within the clock: its edges, its latest arrival, and the expected relations. A latch without an
+// edge is a port that is constrained to the clock, but to no edge of it.
 struct Transfer {
     ClockMode::Code launch, latch;
     int arrival;
@@ -89,13 +89,14 @@ const PeriodRow periodRows[] = {
      {{rising, rising, 20, 20, U}, {rising, falling, 6, 10, -10}, {falling, rising, 1, 10, -10}},
      20},
     {"half a period decides for all", 50, {{rising, rising, 9, 12, U}, {rising, falling, 6, 6, -6}}, 12},
-    // 7 x 100 / 60 = 11 and 7 x 100 / 40 = 17; 11 x 40 / 100 = 4 and 11 x 60 / 100 = 6; 17 gives 6 and 10.
+    // 7 x 100 / 60 = 11 and 7 x 100 / 40 = 17. A period of 11 has the phases 11 x 40 / 100 = 4 and 11 x 60 /
+    // 100 = 6; a period of 17 has the phases 6 and 10.
     {"divisions truncate", 40, {{falling, rising, 7, 6, -4}}, 7},
     {"divisions truncate, the other edge", 40, {{rising, falling, 7, 6, -10}}, 14},
     {"towards zero", 40, {{falling, rising, -7, -6, 4}}, -7},
     {"nothing arrives late", 50, {{rising, falling, 0, 0, 0}}, 0},
     {"wide products", 40, {{rising, falling, 800'000'000, 800'000'000, -1'200'000'000}}, 1'600'000'000},
-    // 1,000,000,000 x 100 / 40 leaves the range.
+    // 1,000,000,000 x 100 / 40 exceeds the range.
     {"saturation", 40, {{rising, falling, 1'000'000'000, maximum, minimum}}, 2'000'000'000},
     {"a special arrival is not scaled", 40, {{rising, falling, maximum, maximum, U}}, maximum},
     {"a special arrival of equal edges is a candidate",
@@ -122,7 +123,7 @@ protected:
 
 using Relations = std::pair<int, int>;
 
-// Domains of two clocks, or of a port, have no candidate: each subdomain stands by itself.
+// Domains of two clocks, or of a port, have no candidate: each subdomain uses its own arrival.
 TEST_F(LaunchPeriods, NoSameClockSubdomain) {
     Pole* x = design_.addClockSource("x");
     Pole* y = design_.addClockSource("y");
@@ -160,7 +161,7 @@ TEST_F(LaunchPeriods, CandidatesStayInTheirDomain) {
     EXPECT_EQ(int(analyzer->getPeriod(y)), 12);
 }
 
-// A relation that is there is never changed, whatever the candidates say.
+// A relation that is defined is never changed, whatever the candidates are.
 TEST_F(LaunchPeriods, DefinedRelationsStay) {
     Pole* clk = design_.addClockSource("clk");
     const Register a = design_.addRegister("a", clk);
@@ -179,7 +180,7 @@ TEST_F(LaunchPeriods, DefinedRelationsStay) {
     EXPECT_EQ(relations(clk, clk), Relations(30, U));
 }
 
-// A result like others: the next run finds it defined.
+// The relations are a result like others: the next run finds them defined.
 TEST_F(LaunchPeriods, RelationsOfAnEarlierRunStay) {
     Pole* clk = design_.addClockSource("clk");
     const Register a = design_.addRegister("a", clk);
@@ -195,7 +196,7 @@ TEST_F(LaunchPeriods, RelationsOfAnEarlierRunStay) {
     EXPECT_EQ(relations(clk, clk), Relations(12, U));
 }
 
-// A subdomain without arrival takes its relations from the candidates of the others, where there are any.
+// A subdomain without arrival gets its relations from the candidates of the others, if there are any.
 TEST_F(LaunchPeriods, UndefinedArrival) {
     Pole* clk = design_.addClockSource("clk");
     const Register a = design_.addRegister("a", clk);
@@ -214,7 +215,7 @@ TEST_F(LaunchPeriods, UndefinedArrival) {
     EXPECT_EQ(int(analyzer->getPeriod(clk)), 8);
 }
 
-// A launch at no edge of the clock counts for both.
+// A launch at no edge of the clock counts as a launch at both.
 TEST_F(LaunchPeriods, LaunchAtBothEdges) {
     Pole* clk = design_.addClockSource("clk");
     analyzer->setDutyRatio(clk, 40);

@@ -1,4 +1,4 @@
-// The launch: what it prints, whether it creates or updates domains, and which phases run for which settings.
+// The launch: its messages, whether it creates or updates domains, and which phases run with which settings.
 #include "Builder.h"
 #include "Recorder.h"
 
@@ -41,7 +41,7 @@ protected:
     Pelko::Edge* arc_ = nullptr;
 };
 
-// --- What is printed ---
+// --- Messages ---
 
 struct ReportRow {
     Mode::Code mode;
@@ -105,7 +105,7 @@ TEST_F(Launch, Report) {
     }
 }
 
-// The flag counts as it was at the start.
+// The flag is read at the start.
 TEST_F(Launch, VerboseIsReadOnce) {
     class Switch : public Pelko::ObjectListener {
     public:
@@ -210,7 +210,7 @@ TEST_F(Launch, AfterAnExclusiveDomainWasDestroyed) {
 TEST_F(Launch, RunsEveryPhase) {
     addPath();
     design_.setClock(clk_, 4, 2);
-    design_.addSubdomain(clk_, clk_)->fixHoldRelation(Delay(0)); // equal edges have none of themselves
+    design_.addSubdomain(clk_, clk_)->fixHoldRelation(Delay(0)); // equal edges have none by default
     Pelko::MPath* exception = Pelko::MPath::create({{a_.clock}, {b_.check}}, 1);
     EXPECT_TRUE(tool_->launch());
     EXPECT_TRUE(console_.isEmpty());

@@ -1,4 +1,4 @@
-// The loop protocol: the stack, its set and its flag, and where a closed loop is cut.
+// The loop protocol: the stack, its set and its flag, and the arc at which a closed loop is cut.
 #include "Builder.h"
 #include "Thrown.h"
 
@@ -62,7 +62,7 @@ TEST_F(Loops, PushAndPopDoNotAskForAnOpenWalk) {
     EXPECT_FALSE(tool_->isLooping(a));
 }
 
-// The set forgets a pole by value, the stack keeps its other entry.
+// The set drops a pole by value, although the stack has another entry for it.
 TEST_F(Loops, PolePushedTwice) {
     Pole* a = add("a");
     tool_->loopPush(a);
@@ -119,13 +119,14 @@ TEST_F(Loops, Faults) {
 
 // --- Cutting ---
 
-// The stack is written from its top: each pole is a source of the next. All its poles are marked before.
+// The stack is listed from its top: each pole is a source of the next. All its poles are marked before the
+// cut.
 struct CutRow {
     const char* what;
     Names stack;
-    Names merges; // with a second arc from elsewhere
+    Names merges; // they have a second arc, from elsewhere
     Names clocks;
-    std::string pole; // on which the loop closes
+    std::string pole; // the loop closes here
     Names cut;
     Names marked;
 };
@@ -225,7 +226,7 @@ const CutRow cutRows[] = {
 
 INSTANTIATE_TEST_SUITE_P(Loops, Cutting, testing::ValuesIn(cutRows));
 
-// A merge counts its arcs, active or not; the cut is for good.
+// A pole with several arcs in is a merge, whether they are active or not. The cut is permanent.
 TEST_F(Loops, InactiveArcsCountAsIncoming) {
     Pole* p = add("P");
     Pole* x = add("X");
@@ -241,7 +242,8 @@ TEST_F(Loops, InactiveArcsCountAsIncoming) {
     EXPECT_EQ(inactive(), (Names{"P -> X", "Q -> X"}));
 }
 
-// Nothing was marked before: where no arc can go, the whole stack is, whatever was unmarked on the way.
+// Nothing was marked before. If no arc can be cut, the whole stack is marked, even poles that were unmarked
+// on the way.
 TEST_F(Loops, MarksTheStackThatCannotBeCut) {
     Pole* p = add("P");
     Pole* s = add("S");

@@ -1,4 +1,4 @@
-// The tool as an object of the host: creation, names, record, and the mode it reads.
+// The tool as an object of the host: creation, names, record, and the mode that it reads.
 #include "Builder.h"
 #include "Recorder.h"
 #include "Thrown.h"

@@ -58,7 +58,7 @@ TEST_F(Period, OneSubdomain) {
         {50, rising, none, 7, 7},
         {50, falling, none, 7, 7},
         {50, none, none, 7, 7},
-        // Whole phases only: 100 / 40 counts as 2, 100 / 60 as 1.
+        // Only whole phases count: 100 / 40 counts as 2, 100 / 60 as 1.
         {40, rising, falling, 7, 14},
         {40, falling, rising, 7, 7},
         {60, rising, falling, 7, 7},
@@ -72,7 +72,7 @@ TEST_F(Period, OneSubdomain) {
         {99, rising, falling, 7, 7},
         {50, rising, falling, 0, 0},
         {50, rising, falling, -7, -14},
-        // What leaves the range becomes the special that it runs into; a special is not scaled.
+        // A result outside of the range becomes the special at that end; a special is not scaled.
         {50, rising, falling, 1'073'741'823, 2'147'483'646},
         {50, rising, falling, 1'073'741'824, maximum},
         {1, rising, falling, 2'147'483'646, maximum},
@@ -89,7 +89,7 @@ TEST_F(Period, OneSubdomain) {
     }
 }
 
-// Arrivals that ask for nothing.
+// Arrivals that ask for no period.
 TEST_F(Period, NoArrival) {
     for (const int arrival : {undefined, minimum}) {
         const Pelko::Subdomain* same = add(clk_, clk_, rising, rising, arrival);
@@ -98,7 +98,7 @@ TEST_F(Period, NoArrival) {
         EXPECT_FALSE(same->isDecisive());
         EXPECT_FALSE(opposite->isDecisive());
     }
-    // Negative arrivals, out of the range: below every candidate.
+    // Negative arrivals, outside of the range: below every candidate.
     add(clk_, clk_, rising, falling, -1'500'000'000);
     EXPECT_EQ(tool_->calculatePeriod(clk_), Delay::getUndefined());
     EXPECT_EQ(decisive(), Names{});

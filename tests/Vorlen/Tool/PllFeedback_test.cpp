@@ -1,4 +1,5 @@
-// PLL feedback: which delay is measured from a feedback source to a feedback pin, and where it is stored.
+// PLL feedback: the delay that is measured from a feedback source to a feedback pin, and the pole that stores
+// it.
 #include "Builder.h"
 #include "Recorder.h"
 
@@ -28,7 +29,7 @@ constexpr Bounds nothing{undefined, undefined};
 
 class PllFeedback : public testing::Test {
 protected:
-    // A generator's output: the main pole of its pin "ZO", a clock source.
+    // Adds a generator's output: the main pole of its pin "ZO", a clock source.
     Pole* addGenerator(const std::string& name, bool feedback = true) {
         auto* generator = Pelko::WFG::create(Pelko::cell->getModule(), name);
         generator->setPLLFeedback(feedback);
@@ -36,7 +37,7 @@ protected:
         output->setClockSource(true);
         return output;
     }
-    // A PLL with its feedback pole, which is returned; its oscillator drives those generators.
+    // Adds a PLL whose oscillator drives those generators. Returns its feedback pole.
     Pole* addPll(const std::string& name, const std::vector<Pole*>& driven, bool compensates = true) {
         auto* pll = Pelko::PLL::create(Pelko::cell->getModule(), name);
         pll->setFeedbackCompensation(compensates);
@@ -68,7 +69,7 @@ TEST_F(PllFeedback, NoPll) {
 TEST_F(PllFeedback, SumsTheArcsForEveryDrivenGenerator) {
     Pole* source = addGenerator("source");
     Pole* a = addGenerator("a");
-    Pole* b = addGenerator("b", false); // the driven ones need no feedback of their own
+    Pole* b = addGenerator("b", false); // driven generators need no feedback of their own
     Pole* apart = addGenerator("apart");
     Pole* feedback = addPll("pll", {a, b, source});
     Pole* net = design_.addPole("net");
@@ -103,7 +104,7 @@ struct NothingRow {
 
 class StoresNothing : public PllFeedback, public testing::WithParamInterface<NothingRow> {};
 
-// source -> relay -> feedback pin, one thing changed.
+// source -> relay -> feedback pin, with one change.
 TEST_P(StoresNothing, Row) {
     SCOPED_TRACE(GetParam().what);
     Pole* source = addGenerator("source");
@@ -162,7 +163,7 @@ TEST_F(PllFeedback, MissingPins) {
         if (*present)
             Pin::create(pll, present);
     }
-    // With its feedback pole, and without an oscillator.
+    // A PLL with its feedback pole, but without an oscillator.
     auto* pll = Pelko::PLL::create(module, "no oscillator");
     pll->setFeedbackCompensation(true);
     Pole* source = addGenerator("source");
@@ -171,7 +172,7 @@ TEST_F(PllFeedback, MissingPins) {
     EXPECT_EQ(stored(source), nothing);
 }
 
-// Receivers that are no generators, or have no output pole, are passed over; those behind them are not.
+// Receivers that are no generators, or have no output pole, are skipped; those after them are not.
 TEST_F(PllFeedback, ReceiversThatAreNoGenerators) {
     auto* module = Pelko::cell->getModule();
     Pole* source = addGenerator("source");
@@ -202,7 +203,7 @@ TEST_F(PllFeedback, FirstArcThatFindsASourceDecides) {
     Pole* relay = design_.addPole("relay");
     design_.connect(source, relay, 1, 2);
     design_.connect(relay, feedback, 10, 20);
-    design_.connect(source, feedback, 3, 4); // shorter, and later
+    design_.connect(source, feedback, 3, 4); // shorter, but added later
     tool_->pllFeedbackStem();
     EXPECT_EQ(stored(source), Bounds(11, 22));
 }
@@ -218,7 +219,7 @@ TEST_F(PllFeedback, InactiveArcsCount) {
 TEST_F(PllFeedback, FeedbackPinThatIsASource) {
     Pole* driven = addGenerator("driven");
     Pole* feedback = addPll("pll", {driven});
-    feedback->setClockSource(true); // of a PLL: no generator
+    feedback->setClockSource(true); // the PLL's pole, so not a generator's
     design_.connect(addGenerator("source"), feedback);
     tool_->pllFeedbackStem();
     EXPECT_EQ(stored(driven), nothing);
@@ -232,7 +233,7 @@ TEST_F(PllFeedback, NegativeAndSpecialDelays) {
         {{-1, -2}, {3, 4}, {2, 2}},
         {{0, 0}, {0, 0}, {0, 0}},
         {{Support::minimum, 1}, {3, Support::maximum}, {Support::minimum, Support::maximum}},
-        {{undefined, 1}, {3, 4}, {undefined, 5}}, // half of it: nothing is stored
+        {{undefined, 1}, {3, 4}, {undefined, 5}}, // only half of it is defined: nothing is stored
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(testing::PrintToString(row.sum));
@@ -250,7 +251,7 @@ TEST_F(PllFeedback, NegativeAndSpecialDelays) {
     }
 }
 
-// Marks are cleared after all PLLs: the second walk ends where the first one went.
+// Marks are cleared after all PLLs, so the second walk stops at the poles of the first.
 TEST_F(PllFeedback, SharedFeedback) {
     Pole* source = addGenerator("source");
     Pole* a = addGenerator("a");
@@ -262,7 +263,7 @@ TEST_F(PllFeedback, SharedFeedback) {
     design_.connect(shared, addPll("second", {b}), 1, 1);
     Pole* third = addPll("third", {c});
     design_.connect(shared, third, 1, 1);
-    design_.connect(addGenerator("own"), third, 5, 5); // and a way of its own
+    design_.connect(addGenerator("own"), third, 5, 5); // and a way from a generator of its own
     tool_->pllFeedbackStem();
     EXPECT_EQ(stored(a), Bounds(2, 2));
     EXPECT_EQ(stored(b), nothing);
@@ -270,7 +271,7 @@ TEST_F(PllFeedback, SharedFeedback) {
     EXPECT_EQ(marked(), Names{});
 }
 
-// Passed over at the pole on the way: neither cut nor counted.
+// A loop is skipped at the pole on the way: neither cut nor counted.
 TEST_F(PllFeedback, Loop) {
     Pole* source = addGenerator("source");
     Pole* feedback = addPll("pll", {source});
@@ -320,7 +321,7 @@ TEST_F(PllFeedback, WalkMarksWhatItPassed) {
     EXPECT_EQ(boundsOf(again), Bounds(7, 8)) << "a marked pole: unchanged";
 }
 
-// A timing that is there already: no arc is looked at.
+// The timing is defined already, so no arc is visited.
 TEST_F(PllFeedback, WalkWithADefinedTiming) {
     Pole* relay = design_.addPole("relay");
     design_.connect(addGenerator("source"), relay);

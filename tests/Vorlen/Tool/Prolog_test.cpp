@@ -1,4 +1,4 @@
-// The prolog: loop state, insulation, classes and masks, and the PLL feedback that it ends with.
+// The prolog: loop state, insulation, classes and masks, and finally the PLL feedback.
 #include "Builder.h"
 #include "Recorder.h"
 #include "Thrown.h"
@@ -106,7 +106,7 @@ TEST_F(Prolog, ClassesInOrderAndMasksByKind) {
     EXPECT_EQ(target_->getClosingPseudoMask().getBits(), 511U);
 }
 
-// Bits from before stay; classes are handed out anew.
+// Bits from before stay; classes are assigned anew.
 TEST_F(Prolog, MasksAccumulate) {
     FPath* first = FPath::create(objects());
     MPath::create(objects(), 2);

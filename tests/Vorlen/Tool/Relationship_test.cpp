@@ -1,4 +1,5 @@
-// Setup and hold relations: of one clock to itself, of two clocks, and what the update leaves alone.
+// Setup and hold relations: of one clock to itself, of two clocks, and the relations that the update does not
+// change.
 #include "Builder.h"
 
 #include <gtest/gtest.h>
@@ -33,8 +34,8 @@ const TwoClockRow twoClockRows[] = {
     {{10, 4, 0, 0}, 2, 0},
     {{10, 4, 3, 0}, 3, 1},
     {{10, 4, 0, 3}, 1, -1},
-    {{10, 3, 2, 0}, 1, -2}, // ends on 3, at the stop gap
-    // Edges that coincide: the last value of the walk.
+    {{10, 3, 2, 0}, 1, -2}, // stops at 3, the stop gap
+    // Edges that coincide: the last value of the subtraction.
     {{4, 10, 0, 0}, 2, 0},
     {{10, 5, 0, 0}, 5, 0},
     {{5, 10, 0, 0}, 5, 0},
@@ -43,25 +44,25 @@ const TwoClockRow twoClockRows[] = {
     {{9, 6, 0, 0}, 3, 0},
     {{1, 1, 0, 0}, 1, 0},
     {{10, 4, 7, 7}, 2, 0},
-    // Offsets of whole periods coincide too: of the latch period where the latch edge comes first, else of
-    // the launch's.
+    // Offsets of whole periods coincide too: of the latch period if the latch edge comes first, otherwise of
+    // the launch period.
     {{10, 4, 8, 0}, 2, 0},
     {{10, 4, 0, 10}, 2, 0},
     {{10, 4, 0, 20}, 2, 0},
-    {{10, 4, 0, 8}, 2, 0}, // not exact: 8 less the 6 below it
-    // An offset that the walk meets is exact.
+    {{10, 4, 0, 8}, 2, 0}, // not exact: 8 minus 6, the next value below it
+    // An offset that the subtraction reaches is exact.
     {{10, 4, 0, 2}, 2, 0},
     {{10, 4, 2, 0}, 2, 0},
     {{10, 4, 0, 6}, 2, 0},
     {{10, 4, 0, 4}, 2, 0},
-    // Between two values: the nearest below, or the nearest above where the latch edge comes first.
-    {{10, 4, 0, 5}, 3, 1}, // the walk of 10 and 4 meets 6 and 2 only
+    // Between two values: the nearest below, or the nearest above if the latch edge comes first.
+    {{10, 4, 0, 5}, 3, 1}, // the subtraction of 10 and 4 reaches only 6 and 2
     {{10, 4, 0, 7}, 1, -1},
     {{10, 4, 0, 1}, 1, -1},
     {{10, 4, 1, 0}, 1, -1},
     {{10, 4, 5, 0}, 1, -1},
     {{4, 10, 5, 0}, 1, -1},
-    {{4, 10, 7, 0}, maximum, maximum}, // nothing above
+    {{4, 10, 7, 0}, maximum, maximum}, // no value above
 };
 
 class TwoClocks : public testing::TestWithParam<TwoClockRow> {};
@@ -80,7 +81,7 @@ TEST_P(TwoClocks, Row) {
 
 INSTANTIATE_TEST_SUITE_P(Relationship, TwoClocks, testing::ValuesIn(twoClockRows));
 
-// A walk of so many steps is not taken one by one.
+// Many subtractions are not made one by one.
 TEST(Relationship, FarApartPeriods) {
     constexpr int huge = 2'147'483'646;
     const TwoClockRow rows[] = {
@@ -89,7 +90,7 @@ TEST(Relationship, FarApartPeriods) {
         {{huge, 2, 0, 0}, 2, 0},
         {{huge, huge - 1, 0, 0}, 1, 0},
         {{huge, 1, 0, huge - 1}, 1, 0},
-        {{huge, 4, 0, 3}, 3, -1}, // ends on 4, at the stop gap of 2
+        {{huge, 4, 0, 3}, 3, -1}, // stops at 4, the stop gap of 2
         {{huge, huge, huge - 1, 0}, 1, -(huge - 1)},
     };
     const Support::ToolPointer tool = Support::makeTool();
@@ -104,7 +105,8 @@ TEST(Relationship, FarApartPeriods) {
     }
 }
 
-// A missing period absorbs the other: the offset alone decides. What is no period at all gives nothing.
+// A missing period makes the other one undefined: only the offset decides. A value that is no period has no
+// relation.
 TEST(Relationship, WithoutPeriods) {
     const TwoClockRow rows[] = {
         {{undefined, 10, 1, 3}, 2, undefined},
@@ -140,7 +142,7 @@ TEST(Relationship, WithoutPeriods) {
 
 class Update : public testing::Test {
 protected:
-    // A subdomain with a hold relation, a setup relation and a criticity from before.
+    // Adds a subdomain with a hold relation, a setup relation and a criticity from before.
     Pelko::Subdomain* addSubdomain(Pole* launch, Pole* latch, ClockMode::Code launchMode,
                                    ClockMode::Code latchMode) {
         Pelko::Subdomain* subdomain = design_.addSubdomain(launch, latch, launchMode, latchMode);
@@ -171,7 +173,7 @@ Relations relationsOf(const Pelko::Subdomain* subdomain) {
 
 struct SameClockRow {
     ClockMode::Code launch, latch;
-    Relations withPeriod, withoutPeriod; // 71, 72: as they were
+    Relations withPeriod, withoutPeriod; // 71, 72: unchanged
 };
 
 TEST_F(Update, SameClock) {
@@ -220,7 +222,7 @@ TEST_F(Update, NoClocks) {
     EXPECT_EQ(relationsOf(other), (Relations{71, 72, 2}));
 }
 
-// The edge of a falling code lies one high width after the shift, every other at the shift.
+// The edge of a falling mode is one high phase after the shift, the edge of every other mode is at the shift.
 TEST_F(Update, TwoClocksByTheirEdges) {
     Pole* a = design_.addClockSource("a");
     Pole* b = design_.addClockSource("b");
@@ -277,7 +279,7 @@ TEST_F(Update, AsynchronousDomainsAreLeftAlone) {
     EXPECT_EQ(relationsOf(own), (Relations{71, 72, 73}));
 }
 
-// A period that goes leaves the old relations, and lowers the rank.
+// A removed period leaves the old relations, and lowers the rank.
 TEST_F(Update, EveryRunWritesAnew) {
     Pole* clk = design_.addClockSource("clk", 10);
     const Pelko::Subdomain* subdomain = addSubdomain(clk, clk, rising, falling);

@@ -1,6 +1,7 @@
 // Weights: the threshold from a ratio, the path counts, the raw weights, and their classes.
 //
-// Networks are lists of arcs with their slacks. Names with an "i" in front are inputs, with an "o" outputs.
+// Networks are lists of arcs with their slacks. A pole whose name begins with "i" is an input, one with "o"
+// an output.
 #include "Builder.h"
 #include "Recorder.h"
 #include "Thrown.h"
@@ -68,7 +69,7 @@ Counts countsOf(const PoleCountMap& map) {
     return counts;
 }
 
-// Arcs of their own between two ports each: a critical one has the weight 1.
+// Separate arcs between two ports each: a critical one has the weight 1.
 std::vector<Arc> separate(const std::vector<int>& slacks) {
     std::vector<Arc> arcs;
     for (const int slack : slacks) {
@@ -209,7 +210,7 @@ TEST(Weights, OneStepCountsTheFanIn) {
     network.tool()->edgeForwardStem(network.find("b"), Delay(0), counts);
     EXPECT_EQ(countsOf(counts), (Counts{{"i1", 1}, {"i2", 1}, {"a", 2}, {"b", 2}}));
     EXPECT_EQ(marked(), (Names{"i1", "a", "i2", "b"}));
-    // A marked pole is not counted again, and what is counted is used.
+    // A marked pole is not counted again; its count is used.
     network.tool()->edgeForwardStem(network.find("b"), Delay(0), counts);
     network.tool()->edgeForwardStem(network.find("o"), Delay(0), counts);
     EXPECT_EQ(countsOf(counts), (Counts{{"i1", 1}, {"i2", 1}, {"a", 2}, {"b", 2}, {"o", 2}}));
@@ -222,14 +223,14 @@ TEST(Weights, OneStepCountsTheFanIn) {
 }
 
 TEST(Weights, ARawWeightIsTheNumberOfPathsThroughTheArc) {
-    // With nine different weights or fewer, a class is the rank of the weight.
+    // With at most nine different weights, a class is the rank of the weight.
     const struct {
         const char* what;
         std::vector<Arc> arcs;
         std::vector<unsigned long> weights;
     } rows[] = {
         {"one path", {{"i", "m"}, {"m", "o"}}, {1, 1}},
-        // 3, 3 | 2, 2, 2
+        // Raw weights: 3, 3, 2, 2, 2.
         {"starts times ends",
          {{"i1", "m"}, {"i2", "m"}, {"m", "o1"}, {"m", "o2"}, {"m", "o3"}},
          {2, 2, 1, 1, 1}},
@@ -257,7 +258,7 @@ TEST(Weights, EarlierWeights) {
         std::vector<unsigned long> weights;
     } rows[] = {
         {"a critical arc gets a new one", {{"i", "o", 0, 77}}, {1}},
-        // The raw weights here are 4 (in front of m) and 1 (behind it).
+        // The raw weights are 4 (before m) and 1 (behind it).
         {"one that is not critical is folded with the others: as 1",
          {{"i", "m"}, {"m", "o1"}, {"m", "o2"}, {"m", "o3"}, {"m", "o4"}, {"i2", "o5", 9, 1}},
          {2, 1, 1, 1, 1, 1}},
@@ -287,8 +288,8 @@ TEST(Weights, EarlierWeights) {
 }
 
 TEST(Weights, DistinctWeightsMakeClasses) {
-    // For every weight so many inputs in front of one arc: that arc's raw weight. All others have 1, which is
-    // among the weights.
+    // For every weight w, w inputs drive one arc, whose raw weight is w. All other arcs have the raw weight
+    // 1, which is one of the weights.
     const struct {
         const char* what;
         std::vector<unsigned long> weights;
@@ -344,7 +345,7 @@ TEST(Weights, DistinctWeightsMakeClasses) {
 }
 
 TEST(Weights, CountsWrap) {
-    // Each stage doubles the number of paths: after 64 of them the count is 0 again.
+    // Each stage doubles the number of paths: after 64 stages the count is 0 again.
     const struct {
         int stages;
         unsigned long count;
@@ -363,7 +364,7 @@ TEST(Weights, CountsWrap) {
             from = "m" + number;
         }
         arcs.push_back({from, "o"});
-        // An arc of the weight 1 beside them.
+        // A separate arc of the weight 1.
         arcs.push_back({"i1", "o1"});
         Network network(arcs);
         PoleCountMap counts;
@@ -371,7 +372,7 @@ TEST(Weights, CountsWrap) {
         EXPECT_EQ(counts[network.find("o")], row.count);
         network.tool()->tagWeights(Delay(0));
         EXPECT_EQ(network.find("o")->getIncomingEdges().getFirst()->getWeight(), row.lastWeight);
-        // Where 0 is among the weights, the first class is for it.
+        // If 0 is one of the weights, the first class is for it.
         EXPECT_EQ(network.find("o1")->getIncomingEdges().getFirst()->getWeight(), row.count == 0 ? 2U : 1U);
     }
 }
