@@ -1,4 +1,5 @@
-# The target 'coverage': runs the tests, and tells which lines of the libraries and the command none of them ran.
+# The target 'coverage': runs the tests, and lists the lines of the libraries and the command that no test
+# ran.
 if(NOT VORLEN_COVERAGE)
     return()
 endif()

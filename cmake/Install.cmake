@@ -1,5 +1,5 @@
-# What 'cmake --install' lays down: headers, both libraries, a CMake package and two pkg-config files. All of it finds
-# its own place from where it lies, so an installed tree can be moved.
+# The files that 'cmake --install' copies: headers, both libraries, a CMake package and two pkg-config files.
+# All of them find each other relative to their own place, so an installed tree can be moved.
 #
 # Consumers look for headers in include/vorlen ("Vorlen/Tool.h") and include/vorlen/host ("Pelko/Pole.h").
 include(CMakePackageConfigHelpers)
@@ -33,7 +33,7 @@ foreach(package vorlen vorlen-host)
 endforeach()
 
 if(TARGET vorlen_command)
-    # The command finds the libraries from where it lies.
+    # The command finds the libraries relative to its own place.
     file(RELATIVE_PATH command_to_libraries ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
     set_target_properties(vorlen_command PROPERTIES INSTALL_RPATH "$ORIGIN/${command_to_libraries}")
     install(TARGETS vorlen_command RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})

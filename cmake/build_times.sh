@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Where the time of a build went: the share of each target, and the files that took longest. From ninja's log, which has
-# the latest time of each output by the clock on the wall: compilations that run side by side slow each other down, and
-# what came from the compiler cache took no time.
+# Prints where the time of a build went: the share of each target, and the files that took longest. It reads
+# ninja's log, which has the latest wall-clock time of each output. Compilations that run in parallel slow
+# each other down, and files from the compiler cache took no time.
 # Usage: build_times.sh [PRESET] [FILES]      default: dev 10
 set -euo pipefail
 export LC_ALL=C
@@ -10,8 +10,8 @@ preset=${1:-dev}
 log=build/$preset/.ninja_log
 [ -f "$log" ] || { echo "build_times: no $log, run: cmake --preset $preset && cmake --build --preset $preset" >&2; exit 2; }
 
-# compilations: "ms target file" of each object whose source still exists, as of its latest line in the log. A line is
-# start, end, mtime, output and hash.
+# compilations: prints "ms target file" for each object whose source still exists, from its latest line in the
+# log. A line is start, end, mtime, output and hash.
 compilations() {
     awk -F'\t' 'NF >= 4 && $4 ~ /CMakeFiles\/[^\/]+\.dir\/.*\.o$/ { ms[$4] = $2 - $1 }
         END {

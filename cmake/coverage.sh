@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# After a run of the tests in a build of the preset 'coverage': the lines that none of them ran, and a table of the
-# folders. The same with the source beside it is in BUILD/coverage/index.html.
+# After a run of the tests in a build of the preset 'coverage': lists the lines that no test ran, and prints a
+# table of the folders. BUILD/coverage/index.html shows the same next to the source.
 # Usage: coverage.sh BUILD
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -13,12 +13,13 @@ for folder in "${folders[@]}"; do
 done
 rm -rf "$build/coverage"
 mkdir "$build/coverage"
-# Branches are not counted: most are those of exceptions that the compiler adds.
+# Branches are not counted: most belong to exceptions, and the compiler adds them.
 gcovr -j 2 --root . "${filters[@]}" --exclude-throw-branches --exclude-unreachable-branches \
     --txt "$build/coverage/lines.txt" --csv "$build/coverage/lines.csv" --html-details "$build/coverage/index.html" "$build"
 
 echo "Lines that no test ran:"
-# A row of lines.txt: the file, its lines, those that were run, %, and which were not.
+# A row of lines.txt: the file, its lines, the lines that ran, their percentage, and the lines that did not
+# run.
 awk '/^-+$/ { rules++; next }
      rules == 3 && NF == 1 { file = $1; next }
      rules == 3 && file != "" { $0 = file " " $0; file = "" }

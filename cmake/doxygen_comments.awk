@@ -1,13 +1,16 @@
-# Makes a header's plain comments into what doxygen reads, on standard output, line for line where that is possible:
-#   the comment at the top is the file's, and that of the class which has the file's name, if that has none of its own;
-#   a comment before a declaration is the declaration's, one behind it on the same line too;
-#   "// --- Title" begins a group of members, up to the next title, the next access specifier or the end of the class.
-# What lies in the bodies of functions, and what no declaration follows, stays as it is.
+# Rewrites a header's plain comments as doxygen comments, on standard output, line for line if that is
+# possible:
+#   the comment at the top belongs to the file, and to the class with the file's name if that has no comment
+#   of its own;
+#   a comment before a declaration belongs to the declaration, as does one behind it on the same line;
+#   "// --- Title" begins a group of members, up to the next title, the next access specifier or the end of
+#   the class.
+# Comments in the bodies of functions, and comments without a declaration behind them, are not changed.
 # Usage: LC_ALL=C awk -f doxygen_comments.awk HEADER
 
 BEGIN { at_top = 1 }
 
-# A line of prose, so that doxygen takes every character for itself. Code in backticks is left alone.
+# A line of prose, in which doxygen must take every character literally. Code in backticks is not changed.
 function escaped(text,    result, code) {
     while (match(text, /`[^`]*`/)) {
         code = substr(text, RSTART, RLENGTH)
@@ -23,10 +26,10 @@ function plain(text) {
     return text
 }
 
-# The text of the comment line, kept until it is known what follows it.
+# The text of the comment line. It is kept until the line after it is known.
 function keep(text) { held[++held_count] = text }
 
-# Prints the comment as documentation. Lines that are indented after a blank one are an example.
+# Prints the comment as documentation. Indented lines after a blank one are an example.
 function document(lines, count, indent, mark,    i, text, example, width) {
     for (i = 1; i <= count; ++i) {
         text = lines[i]
@@ -48,7 +51,7 @@ function release(as_documentation, indent,    i) {
 function end_group() { if (group) print group_indent "///@}"; group = 0 }
 
 function is_scope(text) { return text ~ /(^|[ \t])(namespace|class|struct|union|enum)([ \t]|$)/ && text !~ /\(/ }
-# Keeps account of the braces of a line of code: whether it is inside of a function's body.
+# Counts the braces of a line of code, to know whether it is inside of a function's body.
 function count_braces(code,    i, letter) {
     gsub(/"([^"\\]|\\.)*"/, "", code)
     gsub(/'([^'\\]|\\.)'/, "", code)

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# Runs clang-tidy with the checks of .clang-tidy over the sources that the build of the preset 'dev' compiles, two files
-# at a time. Prints each finding once, and a table of the checks and the folders. Exit status 1 if there are findings, 2
-# if it could not look. It needs clang-tidy 16: that of clang 14 does not understand the ranges of g++ 12's library.
+# Runs clang-tidy with the checks of .clang-tidy over the sources that the build of the preset 'dev' compiles,
+# two files at a time. Prints each finding once, and a table of the checks and the folders. Exit status 1 if
+# there are findings, 2 if a file could not be checked. It needs clang-tidy 16: clang 14 does not understand
+# the ranges of g++ 12's library.
 # Usage: lint.sh [FOLDER|FILE]...      default: the folders of the library and the command
 set -euo pipefail
 export LC_ALL=C
@@ -14,7 +15,7 @@ done
 [ $# -gt 0 ] || mapfile -t places < <(cmake/sources.sh --rooms)
 [ $# -eq 0 ] || places=("$@")
 
-# A database of these places alone, with each file once: the engine is compiled into two libraries.
+# A database of only these places, with each file once: the engine is compiled into two libraries.
 mkdir -p build/lint
 awk -v root="$PWD/" -v list="${places[*]}" '
     BEGIN { count = split(list, places, " "); for (i = 1; i <= count; ++i) sub(/\/$/, "", places[i]); print "[" }
@@ -38,13 +39,14 @@ if ! grep -q '"file"' build/lint/compile_commands.json; then
     exit 2
 fi
 
-# The warnings of g++ are not those of clang. What comes from headers is reported for the project's own.
+# clang does not know the warnings of g++. Findings in headers are reported for the project's own headers
+# only.
 rooms=$(cmake/sources.sh --rooms | tr '\n' '|')
 status=0
 run-clang-tidy-16 -quiet -p build/lint -j 2 -header-filter "^$PWD/(${rooms}tests|bench|examples)/" \
     -extra-arg=-Wno-unknown-warning-option -extra-arg=-Wno-error > build/lint/log.txt 2> build/lint/errors.txt || status=$?
 
-# The log is in colours, and a header is reported by each source that includes it.
+# The log is in colours, and a finding in a header is reported for each source that includes it.
 sed -E 's/\x1B\[[0-9;]*m//g' build/lint/log.txt | awk -v root="$PWD/" '
     match($0, /^[^ ]+:[0-9]+:[0-9]+: (warning|error): .*\[[^]]+\]$/) {
         if (index($0, root) == 1) $0 = substr($0, length(root) + 1)
@@ -69,7 +71,7 @@ awk '
     }' build/lint/findings.txt | sort -k1,1 -k3,3nr
 findings=$(grep -c . build/lint/findings.txt || true)
 echo "$(grep -c '"file"' build/lint/compile_commands.json) files, $findings findings"
-# It fails also on a file that it cannot compile.
+# clang-tidy also fails on a file that it cannot compile.
 if [ "$findings" -eq 0 ] && [ $status -ne 0 ]; then
     tail -n 20 build/lint/errors.txt
     exit 2

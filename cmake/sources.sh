@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# Prints the project's C++ files, one per line, relative to the root. What formats, checks or lints sources takes them
-# from here, so a new folder needs no line in any list.
+# Prints the project's C++ files, one per line, relative to the root. The tools that format, check or lint
+# sources read this list, so a new folder need not be added anywhere.
 # Usage: sources.sh [--rooms] [ROOT]
-# --rooms prints the folders of the library and the command instead: every folder with sources except tests, bench and
-# examples.
+# --rooms prints the folders of the library and the command instead: every folder with sources except tests,
+# bench and examples.
 set -euo pipefail
 export LC_ALL=C
 rooms=false

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Configures, builds and tests the presets named, stopping at the first that fails. Ends with a table of where the time
-# went, by the clock on the wall, and with one line for each preset.
+# Configures, builds and tests the given presets, and stops at the first that fails. Prints a table of the
+# wall-clock times and one line per preset at the end.
 # Usage: test.sh PRESET...
 set -uo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit 1
@@ -10,7 +10,8 @@ SECONDS=0
 
 log_of() { echo "build/$1/Testing/Temporary/LastTest.log"; }
 
-# total PRESET SECONDS: what the last test run of a preset's build ran. A test that lacks a tool passes, and says so.
+# total PRESET SECONDS: the sum of the last test run of a preset. A test that lacks a tool passes, and reports
+# this.
 total() {
     awk -v preset="$1" -v seconds="$2" '
         /^[0-9]+\/[0-9]+ Testing: / { tests++ }
@@ -37,7 +38,7 @@ programs() {
     done
 }
 
-# Tests run side by side, so those of a preset add up to more than it took.
+# Tests run in parallel, so the sum over the tests of a preset is greater than the time it took.
 report() {
     row "seconds of" ""
     printf '%s\n' "${times[@]}"

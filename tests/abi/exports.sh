@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# The library's face: its soname, what it needs, and a dynamic symbol table of exactly three classes, as in
-# symbols.txt. VORLEN_UPDATE=1 writes that anew.
+# Checks the library's interface: its soname, the libraries that it needs, and a dynamic symbol table of
+# exactly three classes, as in symbols.txt. VORLEN_UPDATE=1 writes symbols.txt anew.
 # Usage: exports.sh LIBRARY
 set -euo pipefail
 library=$1
@@ -10,17 +10,17 @@ fail() { printf 'FAIL: %s\n' "$1"; failures=$((failures + 1)); }
 dynamic=$(readelf --dynamic --wide "$library")
 soname=$(awk -F'[][]' '/\(SONAME\)/ { print $2 }' <<<"$dynamic")
 [ "$soname" = libVorlen-4.0.so ] || fail "the soname is '$soname', expected libVorlen-4.0.so"
-# The host is the program's choice, so the library must not bring one.
+# The program chooses the host, so the library must not link one.
 if grep -q '(NEEDED).*VorlenHost' <<<"$dynamic"; then fail "the library needs the host model"; fi
 
-# Defined dynamic symbols as "type name", names demangled.
+# Prints the defined dynamic symbols as "type name", with demangled names.
 symbols=$(nm --dynamic --defined-only --demangle "$library" | sed -E 's/^[0-9a-f]* *[[:alpha:]] //')
 others=$(grep -vE '^((vtable|typeinfo|typeinfo name) for )?Vorlen::(Tool|Sweep|Timing)(::.*)?$' <<<"$symbols" || true)
 while read -r symbol; do
     [ -z "$symbol" ] || fail "exported besides the three classes: $symbol"
 done <<<"$others"
 
-# The list in full. Inline operations (W) are left out: the library has them or not as the compiler likes.
+# The complete list, without inline operations (W): the compiler decides whether the library has them.
 found=$(mktemp)
 trap 'rm -f "$found"' EXIT
 nm --dynamic --defined-only --demangle "$library" | sed -nE 's/^[0-9a-f]* *[A-V] //p' | LC_ALL=C sort >"$found"

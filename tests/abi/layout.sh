@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# Sizes, fields and virtual operations of the public classes, and of the host's, against those stored in layout.abi.gz.
-# They are read from the headers alone: the library's own debug information knows the host's classes by name only.
-# VORLEN_UPDATE=1 stores them anew. Status 77: libabigail's tools are missing, nothing was compared.
+# Compares sizes, fields and virtual operations of the public classes, and of the host's, with those stored in
+# layout.abi.gz. They are read from the headers: the library's own debug information has only the names of the
+# host's classes. VORLEN_UPDATE=1 stores them anew. Status 77: libabigail's tools are missing, nothing was
+# compared.
 # Usage: layout.sh SOURCE_ROOT COMPILER [-I...]
 set -euo pipefail
 root=$1 compiler=$2
@@ -14,7 +15,7 @@ trap 'rm -rf "$work"' EXIT
 
 "$compiler" -std=c++20 -fPIC -shared -g -femit-class-debug-always -fvisibility=hidden -ffile-prefix-map="$root/=" \
     -I"$root" -I"$root/host" "$@" "$root/tests/abi/layout.cpp" -o "$work/layout.so"
-# Only what does not change with the place of the tree or the patch level of what it is built with.
+# Only the parts that do not depend on the place of the tree or on the patch level of the tools.
 abidw --exported-interfaces-only --suppressions "$root/tests/abi/layout.abignore" --no-corpus-path --no-comp-dir-path \
     --no-architecture --no-show-locs --no-elf-needed --no-write-default-sizes --no-parameter-names \
     "$work/layout.so" >"$work/layout.abi"
@@ -26,7 +27,7 @@ if [ "${VORLEN_UPDATE:-}" = 1 ]; then
     exit 0
 fi
 gunzip <"$stored" >"$work/stored.abi"
-# Neither side may be empty: two of nothing are alike.
+# Neither side may be empty: two empty sides would be equal.
 for class in Vorlen::Tool Vorlen::Sweep Vorlen::Timing Pelko::Pole Pelko::Edge Ruvex::Record; do
     for side in stored layout; do
         grep -q "<class-decl name='${class#*::}' size-in-bits=" "$work/$side.abi" \

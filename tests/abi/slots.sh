@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# The order of virtual operations, and who implements each, against the tables below. Binaries built apart from each
-# other call through these positions: a row that moves breaks them without any message.
+# Compares the order of virtual operations, and the class that implements each, with the tables below.
+# Binaries that are built separately call each other through these positions: a row that moves breaks them
+# without any message.
 # Usage: slots.sh SOURCE_ROOT COMPILER [-I...]
 set -euo pipefail
 root=$1 compiler=$2
@@ -11,10 +12,11 @@ trap 'rm -rf "$work"' EXIT
 "$compiler" -std=c++20 -fPIC -I"$root" -I"$root/host" "$@" -fdump-lang-class="$work/classes" \
     -c "$root/tests/abi/slots.cpp" -o "$work/slots.o"
 
-# slots CLASS: one "owner::operation" a line, in table order. A dump's entry is
+# slots CLASS: prints "owner::operation" lines in table order. An entry of a dump is
 #   16    (int (*)(...))Vorlen::Tool::~Tool
-# Before the operations come the offset and the typeinfo. Of an abstract class the dump names neither the destructors nor
-# the pure operations: they read "abstract" here, and the classes derived from it show their order.
+# The offset and the typeinfo come before the operations. For an abstract class the dump names neither the
+# destructors nor the pure operations: here they are "abstract", and the classes derived from it show their
+# order.
 slots() {
     awk -v title="Vtable for $1" '
         $0 == title { inside = 1; next }
@@ -28,7 +30,7 @@ slots() {
 }
 
 failures=0
-# expect CLASS: the table on standard input, one row per slot.
+# expect CLASS: standard input is the table, one row per slot.
 expect() {
     local expected actual
     expected=$(cat)

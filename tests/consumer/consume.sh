@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds and runs the small program beside this file against an installed tree.
+# Builds and runs the small program in this folder against an installed tree.
 # Usage: consume.sh cmake|pkg-config PREFIX TOOL COMPILER
 set -euo pipefail
 how=$1 prefix=$2 tool=$3 compiler=$4

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs a build into a fresh prefix, by way of another one: an installed tree can be moved.
+# Installs a build into a prefix, and moves the tree to another one: an installed tree can be moved.
 # Usage: install.sh CMAKE BUILD_DIR PREFIX
 set -euo pipefail
 cmake=$1 build=$2 prefix=$3

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Misuse of the public headers that the compiler refuses, each row with what it says first and with the right use of the
-# same thing. All misuses are compiled in one call, each in a function of its own; so are all right uses, and those must
-# pass: what is refused is the misuse, and not the row.
+# Misuses of the public headers that the compiler rejects. Each row has the first diagnostic and the right use
+# of the same thing. All misuses are compiled in one call, each in its own function; so are all right uses,
+# which must compile: this shows that the compiler rejects the misuse, not the rest of the row.
 # Usage: refused.sh SOURCE_ROOT COMPILER [-I...]
 set -euo pipefail
 root=$1 compiler=$2
@@ -12,7 +12,7 @@ export LC_ALL=C # plain quotes in diagnostics
 
 whats=() expected=()
 
-# refuse WHAT MISUSE RIGHT_USE DIAGNOSTIC: snippets are statements, with what `Given` has at hand.
+# refuse WHAT MISUSE RIGHT_USE DIAGNOSTIC: the snippets are statements that can use the members of `Given`.
 refuse() {
     local row=${#whats[@]}
     whats+=("$1")
