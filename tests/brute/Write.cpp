@@ -297,7 +297,7 @@ const char* text(Direction direction) {
 
 std::string quoted(const std::string& name) { return "\"" + name + "\""; }
 
-// The net's wires are joined, but each port keeps its own bit, so two ports on one net are one bit.
+// The bit of a pin or port in the netlist; empty if it has no net. Two ports on one net have the same bit.
 std::string bit(const Design& d, int pin) {
     constexpr int firstBit = 2;
     const int net = d.pins[at(pin)].net;

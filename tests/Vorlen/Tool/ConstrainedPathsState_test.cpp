@@ -92,7 +92,7 @@ TEST_F(ConstrainedPathsState, PolesOnTheLoopStackClosePaths) {
     EXPECT_EQ(namesOf(tool_->getLoopPoles()), Names{});
 }
 
-// Poles on the loop stack belong to the current path, so a find marks them too: here a bridge without
+// Poles on the loop stack belong to the current path, so a find hits them too: here a bridge without
 // fan-out.
 TEST_F(ConstrainedPathsState, PolesOnTheLoopStackAreHit) {
     for (const bool pushed : {false, true}) {
