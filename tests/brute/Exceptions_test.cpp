@@ -1,5 +1,6 @@
 // The reference itself, on exceptions timed by hand: which of them governs. See Bench.h for the design.
 #include "Bench.h"
+#include "tests/support/Rows.h"
 
 #include <gtest/gtest.h>
 
@@ -37,6 +38,7 @@ TEST(Multicycle, MovesTheEdges) {
         {10000, 15000, {{2, true, implied}}, 20000, 15000},
     };
     for (const auto& r : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, r));
         Bench bench(r.periodA, r.periodB);
         for (const Command& c : r.commands)
             bench.except(multicycle, c.count, {bench.cell("r0")}, {}, {}, c.setup, c.start);
@@ -256,6 +258,7 @@ TEST(Precedence, ACellAndItsPinAreDifferentObjects) {
     };
     for (const auto& [one, other] : different)
         for (const bool turned : {false, true}) {
+            SCOPED_TRACE(turned);
             Bench bench;
             const Points &first = turned ? other : one, &second = turned ? one : other;
             bench.except(Kind::maximumDelay, 2000, first.first, {}, first.second);
@@ -297,6 +300,7 @@ TEST(Exceptions, AClocksSourceOnARegister) {
 
 TEST(Precedence, EqualRankTheTightest) {
     for (bool turned : {false, true}) {
+        SCOPED_TRACE(turned);
         Bench bench;
         bench.except(Kind::maximumDelay, turned ? 3000 : 2000, {}, {{bench.pin("g/Z")}}, {});
         bench.except(Kind::maximumDelay, turned ? 2000 : 3000, {}, {{bench.pin("h/Z")}}, {});

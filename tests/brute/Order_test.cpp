@@ -8,6 +8,7 @@
 
 #include "cli/Session.h"
 #include "report/Json.h"
+#include "tests/support/Sdf.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -166,16 +167,12 @@ std::string twoWays(const std::vector<std::string>& gates) {
     for (std::size_t i = 0; i < gates.size(); ++i) {
         wires += "(INTERCONNECT a/Q " + gates[i] + "/A (5))(INTERCONNECT " + gates[i] + "/Z m/" + gates[i] +
                  " (5))";
-        cells += "(CELL (CELLTYPE \"G\") (INSTANCE " + gates[i] + ") (DELAY (ABSOLUTE (IOPATH A Z (7)))))\n";
-        cells += "(CELL (CELLTYPE \"M\") (INSTANCE m) (DELAY (ABSOLUTE (IOPATH " + gates[i] + " Z (7)))))\n";
+        cells += Support::cell("G", gates[i], "(IOPATH A Z (7))");
+        cells += Support::cell("M", "m", "(IOPATH " + gates[i] + " Z (7))");
     }
     for (const char* name : {"b", "a"})
-        cells +=
-            "(CELL (CELLTYPE \"R\") (INSTANCE " + std::string(name) +
-            ") (DELAY (ABSOLUTE (IOPATH (posedge C) Q (100)))) (TIMINGCHECK (SETUPHOLD D (posedge C) (5) "
-            "(5))))\n";
-    return "(DELAYFILE (SDFVERSION \"3.0\") (DIVIDER /) (TIMESCALE 1ps)\n" + cells +
-           "(CELL (CELLTYPE \"top\") (INSTANCE) (DELAY (ABSOLUTE " + wires + "))))\n";
+        cells += Support::flipFlop(name, {.type = "R"});
+    return Support::sdf(cells + Support::wires(wires));
 }
 
 // The gates that the setup paths pass, in the order of the report.

@@ -1,5 +1,6 @@
 // The reference itself, on cases timed by hand: clocks, latencies, ports. See Bench.h for the design.
 #include "Bench.h"
+#include "tests/support/Rows.h"
 
 #include <gtest/gtest.h>
 
@@ -101,6 +102,7 @@ TEST(Plain, ValuesOfTriplesAndLists) {
         {DelayMode::maximum, 10000 - 1100 - 15, 1090 + 25},
     };
     for (const auto& r : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, r));
         bench.options.delays = r.mode;
         EXPECT_EQ(bench.setup("r1/D"), r.setup);
         EXPECT_EQ(bench.hold("r1/D"), r.hold);
@@ -129,6 +131,7 @@ TEST(Plain, ClockPathsAreIntervalsAndNothingIsGivenBack) {
 
 TEST(Latencies, EarlyAndLateSourceLatencyEvenOnOneClock) {
     for (bool propagated : {true, false}) {
+        SCOPED_TRACE(propagated);
         Bench bench;
         bench.options.propagated = propagated;
         bench.d.clocks[0].targets.push_back(bench.at("clkB"));
@@ -304,6 +307,7 @@ TEST(GeneratedClock, Waveforms) {
         {0, 5000, moved(0, 90), 20000, 5000, 15000},
     };
     for (const auto& r : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, r));
         Bench bench;
         bench.d.clocks[0].rise = r.masterRise, bench.d.clocks[0].fall = r.masterFall;
         bench.addGenerated("gen", "r0/CLK", "r0/Q", r.g);

@@ -63,18 +63,10 @@ std::map<std::string, Slacks> Outcome::slacks() const {
 Runner::Runner() {
     if (const char* keep = std::getenv("VORLEN_KEEP")) {
         folder_ = keep;
-        keep_ = true;
         fs::create_directories(folder_);
         return;
     }
-    folder_ = (fs::temp_directory_path() / "vorlen-metamorphic.XXXXXX").string();
-    if (!mkdtemp(folder_.data()))
-        throw std::runtime_error("cannot make " + folder_);
-}
-
-Runner::~Runner() {
-    if (!keep_)
-        fs::remove_all(folder_);
+    folder_ = own_.emplace().path().string();
 }
 
 std::string Runner::put(const std::string& name, const std::string& text, bool gzipped) const {

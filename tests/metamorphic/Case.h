@@ -9,6 +9,7 @@
 #include "Random.h"
 
 #include "cli/Options.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <nlohmann/json.hpp>
 
@@ -73,17 +74,14 @@ struct Outcome {
 class Runner {
 public:
     Runner();
-    ~Runner();
-    Runner(const Runner&) = delete;
-    Runner& operator=(const Runner&) = delete;
 
     Outcome run(const Files& files, Cli::Options options) const;
 
 private:
     std::string put(const std::string& name, const std::string& text, bool gzipped) const;
 
+    std::optional<Support::TemporaryFolder> own_; // none if the folder is to stay
     std::string folder_;
-    bool keep_ = false;
 };
 
 } // namespace Metamorphic

@@ -1,6 +1,7 @@
 // The reference itself, on values worked out by hand: slacks of arcs and ports, path searches, rejected
 // calls.
 #include "ReferenceSweepBench.h"
+#include "tests/support/Rows.h"
 
 #include <gtest/gtest.h>
 
@@ -162,6 +163,7 @@ TEST(ReferenceSweepSlacks, TaggedSlacksAndDutyCycles) {
         {rise, fall, true, 40, maximum, 100, 79, 40},
     };
     for (const Row& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         Bench bench;
         analyzer->setDutyRatio(bench.clk, row.duty);
         const Fork fork(bench, row.sameRoot ? bench.clk : bench.clk2, row.launch, bench.clk, row.latch);
@@ -391,6 +393,7 @@ TEST(ReferenceSweepSearch, WhatAPathIsGiven) {
         {subdomain->getShortestPaths().getFirst(), 1, 13, 9, 1 - 3 - (13 + 4) + 9},
     };
     for (const Row& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         ASSERT_TRUE(row.path);
         EXPECT_EQ(int(row.path->getLaunchDelay()), row.launch);
         EXPECT_EQ(int(row.path->getLatchDelay()), row.latch);

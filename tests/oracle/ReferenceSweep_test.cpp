@@ -3,6 +3,7 @@
 #include "ReferenceSweepBench.h"
 
 #include "Recorder.h"
+#include "tests/support/Rows.h"
 
 #include <gtest/gtest.h>
 
@@ -173,6 +174,7 @@ TEST(ReferenceSweepMaps, DivideCycleCountBetweenClocks) {
           "warning: second is not available for clk:rising -> clk2:rising"}},
     };
     for (const Row& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         Bench bench;
         MPath::create({{}, {}}, 2)->setAlias("first");
         MPath::create({{}, {}}, 3)->setAlias("second");

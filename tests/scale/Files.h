@@ -4,6 +4,7 @@
 #pragma once
 
 #include "cli/Session.h"
+#include "tests/support/Sdf.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <map>
@@ -22,28 +23,22 @@ public:
     }
     void flipFlop(const std::string& name) {
         arcs_ += 2;
-        cells_ += "(CELL (CELLTYPE \"DFF\") (INSTANCE " + name +
-                  ") (DELAY (ABSOLUTE (IOPATH (posedge C) Q (" + std::to_string(clockToOutput) +
-                  ")))) (TIMINGCHECK (SETUPHOLD D (posedge C) (" + std::to_string(setup) + ") (" +
-                  std::to_string(hold) + "))))\n";
+        cells_ += Support::flipFlop(name, {.clockToOutput = clockToOutput, .setup = setup, .hold = hold});
     }
     // A cell with arcs from each input to Z.
     void gate(const std::string& name, const std::vector<std::string>& inputs, long delay) {
         arcs_ += inputs.size();
-        cells_ += "(CELL (CELLTYPE \"GATE\") (INSTANCE " + name + ") (DELAY (ABSOLUTE\n";
+        std::string delays;
         for (const std::string& input : inputs)
-            cells_ += "(IOPATH " + input + " Z (" + std::to_string(delay) + "))\n";
-        cells_ += ")))\n";
+            delays += "\n(IOPATH " + input + " Z (" + std::to_string(delay) + "))";
+        cells_ += Support::cell("GATE", name, delays);
     }
     void constrain(const std::string& command) { constraints_ += command + "\n"; }
 
     // Writes the files, and clears the description.
     Cli::Options write() {
         Cli::Options options;
-        options.sdf =
-            folder_.write("d.sdf", "(DELAYFILE (SDFVERSION \"3.0\") (DESIGN \"top\") (DIVIDER /) (TIMESCALE "
-                                   "1ps)\n(CELL (CELLTYPE \"top\") (INSTANCE) (DELAY (ABSOLUTE\n" +
-                                       wires_ + ")))\n" + cells_ + ")\n");
+        options.sdf = folder_.write("d.sdf", Support::sdf(Support::wires(wires_) + cells_));
         options.sdc = {folder_.write("d.sdc", constraints_)};
         wires_ = cells_ = constraints_ = {};
         return options;

@@ -10,8 +10,8 @@
 #include <unistd.h>
 
 namespace fs = std::filesystem;
-using Support::Folder;
 using Support::Row;
+using Support::TemporaryFolder;
 
 namespace {
 
@@ -153,14 +153,14 @@ TEST(SdcErrors, AreTwentyAtMost) {
     }
     EXPECT_EQ(Support::run(script).allMessages(),
               expected + "x.sdc: note: 20 errors: the rest of the file is not read\n");
-    const Folder folder;
+    const TemporaryFolder folder;
     folder.write("inner.sdc", script);
     EXPECT_EQ(Support::runIn(folder, "foo\nsource inner.sdc\nputs on").messages.back().substr(0, 30),
               "x.sdc:1: error: unknown comman");
 }
 
 TEST(SdcErrors, OfAllFilesAreTold) {
-    const Folder folder;
+    const TemporaryFolder folder;
     folder.write("inner.sdc", "foo\nputs on\nbar\n");
     EXPECT_EQ(Support::runIn(folder, "source inner.sdc\nbaz").allMessages(),
               "inner.sdc:2: note: puts: on\ninner.sdc:1: error: unknown command 'foo'\n"
@@ -259,7 +259,7 @@ TEST(SdcScripts, PrintOnlySoMuch) {
 // --- source ---------------------------------------------------------------------------------------------------------
 
 TEST(SdcSource, ReadsFilesBesideAndBelow) {
-    const Folder folder;
+    const TemporaryFolder folder;
     folder.write("clocks.sdc", "set period 4\nproc cut {to} {\n\n  set_false_path -to $to\n}\n");
     folder.write("sub/io.sdc", "\nset_input_delay 1 -clock c rst\nsource more.sdc\n");
     folder.write("sub/more.sdc", "get_ports zz\nreturn\nfoo\n");
@@ -287,7 +287,7 @@ TEST(SdcSource, ReadsFilesBesideAndBelow) {
 }
 
 TEST(SdcSource, PlacesErrorsInTheInnerFile) {
-    const Folder folder;
+    const TemporaryFolder folder;
     folder.write("inner.sdc", "set a 1\n\nif 1 {\n  set b $c\n}\n");
     folder.write("foo.sdc", "\nfoo\n");
     EXPECT_EQ(Support::runIn(folder, "\nsource inner.sdc").allMessages(),
@@ -299,7 +299,7 @@ TEST(SdcSource, PlacesErrorsInTheInnerFile) {
 }
 
 TEST(SdcSource, FollowsLinksAndStepsThatStayInTheFolder) {
-    const Folder folder;
+    const TemporaryFolder folder;
     folder.write("sub/inner.sdc", "source ../other.sdc\nsource ./link.sdc\n");
     fs::create_symlink("../other.sdc", folder.write("sub/link.sdc", "") + "2");
     fs::rename(folder.write("sub/link.sdc", "") + "2", folder.write("sub/link.sdc", ""));
@@ -310,7 +310,7 @@ TEST(SdcSource, FollowsLinksAndStepsThatStayInTheFolder) {
 
 // Of what is refused not a word is shown, and nothing is waited for.
 TEST(SdcSource, RefusesWhatIsNoFileOfTheFolder) {
-    const Folder folder, outside;
+    const TemporaryFolder folder, outside;
     const std::string secret = outside.write("secret.sdc", "word\n");
     const std::string base = fs::path(folder.write("x.sdc", "")).parent_path();
     fs::create_symlink(secret, base + "/absolute.sdc");
@@ -333,9 +333,11 @@ TEST(SdcSource, RefusesWhatIsNoFileOfTheFolder) {
         {"sub/none", "cannot open: No such file or directory"},
         {"x.sdc/none", "cannot open: Not a directory"},
     };
-    for (const auto& [name, reason] : rows)
+    for (const auto& [name, reason] : rows) {
+        SCOPED_TRACE(name);
         EXPECT_EQ(Support::runIn(folder, "source " + name).allMessages(),
                   "x.sdc:1: error: source: '" + name + "': " + reason + "\n");
+    }
     Base::Diagnostics diagnostics;
     Readers::Sdc::Reader reader(Support::smallDesign(), diagnostics);
     Base::Source device("/dev/x.sdc", "source zero");
@@ -348,7 +350,7 @@ TEST(SdcSource, RefusesWhatIsNoFileOfTheFolder) {
 }
 
 TEST(SdcSource, RefusesLinksWhereTheKernelCannotFollowThemSafely) {
-    const Folder folder;
+    const TemporaryFolder folder;
     const std::string base = fs::path(folder.write("sub/inner.sdc", "x")).parent_path().parent_path();
     fs::create_symlink("sub/inner.sdc", base + "/link.sdc");
     fs::create_symlink("sub", base + "/link");
@@ -370,7 +372,7 @@ TEST(SdcSource, RefusesLinksWhereTheKernelCannotFollowThemSafely) {
 }
 
 TEST(SdcSource, RefusesTextsThatAreTooLong) {
-    const Folder folder;
+    const TemporaryFolder folder;
     const Readers::Sdc::Limits limits{.text = 1};
     const std::string comment = "# " + std::string(std::size_t{1} << 20, 'x');
     folder.write("inner.sdc", comment);
@@ -383,7 +385,7 @@ TEST(SdcSource, RefusesTextsThatAreTooLong) {
 }
 
 TEST(SdcSource, RefusesOtherPlaces) {
-    const Folder folder;
+    const TemporaryFolder folder;
     folder.write("a.sdc", "source b.sdc\n");
     folder.write("b.sdc", "\nsource a.sdc\n");
     const Row rows[] = {

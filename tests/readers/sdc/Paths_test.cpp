@@ -192,6 +192,7 @@ TEST(SdcExceptions, KeepTheirText) {
          "set_false_path -to out -comment {" + longName + " " + longName.substr(0, 26) + " ..."},
     };
     for (const auto& [script, text] : rows) {
+        SCOPED_TRACE(script);
         const Support::Outcome outcome = Support::run(script);
         ASSERT_EQ(outcome.result.exceptions.size(), 1U) << outcome.allMessages();
         EXPECT_EQ(outcome.result.exceptions[0].text, text);

@@ -52,7 +52,7 @@ const Support::Row endless[] = {
 INSTANTIATE_TEST_SUITE_P(Endless, SdcWatchDeathTest, testing::ValuesIn(endless));
 
 TEST(SdcWatchDeathTest, NamesTheInnerFileAndThenTheOuterOneAgain) {
-    const Support::Folder folder;
+    const Support::TemporaryFolder folder;
     const std::string inner = folder.write("inner.sdc", "set x 1\nif {$slow} { expr {10 ** 100000000} }\n");
     const auto readFile = [&](const std::string& script) {
         const std::string path = folder.write("x.sdc", script);
@@ -151,7 +151,7 @@ TEST(SdcWatch, LeavesAShortScriptAlone) {
 // --- Limits that count what the script itself takes -----------------------------------------------------------------
 
 TEST(SdcLimits, DoNotCountTheWaitForTheFile) {
-    const Support::Folder folder;
+    const Support::TemporaryFolder folder;
     const std::string path = folder.write("x.sdc", "");
     fs::remove(path);
     ASSERT_EQ(mkfifo(path.c_str(), S_IRUSR | S_IWUSR), 0);

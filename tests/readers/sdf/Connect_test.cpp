@@ -1,4 +1,5 @@
 // How a design is connected: with a netlist and without, pads, ports, directions, and what is a register.
+#include "tests/support/Rows.h"
 #include "tests/support/command/Annotated.h"
 
 #include <gtest/gtest.h>
@@ -326,6 +327,7 @@ TEST(Connect, TellsInstancesApartThatDifferInDividersAlone) {
     const char* const netlist = "u/a/b:B(A< Y>) u/a.b:B(A< Y>) u.a/b:B(A< Y>)";
     for (const std::string& text : {delay("u.a.b", "1") + delay("u.a\\.b", "2") + delay("u\\.a.b", "3"),
                                     delay("u\\.a.b", "3") + delay("u.a\\.b", "2") + delay("u.a.b", "1")}) {
+        SCOPED_TRACE(text);
         const Annotated read(head + text + ")", netlist);
         const std::string arcs = read.arcs();
         for (const char* line :
@@ -381,6 +383,7 @@ TEST(Connect, KnowsPinsByTheDelaysAlone) {
         {"k<n1 d<n2 r:R(C?n1 D?n2)", "r/C rise > r/Q 1 1\nr/C rise > r/QN 2 2\nk ~ r/C ?\nd ~ r/D ?\n"},
     };
     for (const auto& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         const Annotated read(cell("R", "r", delays, checks), row.netlist);
         EXPECT_EQ(read.arcs(), row.arcs) << row.netlist;
         EXPECT_EQ(read.messages(), "") << row.netlist;

@@ -3,6 +3,7 @@
 
 #include "Parsed.h"
 #include "ProjectFiles.h"
+#include "tests/support/Rows.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -80,6 +81,7 @@ TEST(Parser, TimeScale) {
 
 TEST(Parser, NotesAMissingTimeScale) {
     for (const bool given : {true, false}) {
+        SCOPED_TRACE(given);
         const InputFile file(fileOf(given ? scale : "", ""));
         Source source(file.path());
         Diagnostics diagnostics;
@@ -208,6 +210,7 @@ TEST(Parser, PortsAreSplitAtTheLastDivider) {
         {".", longName + "." + longName, "{" + longName + "}" + longName},
     };
     for (const auto& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         const std::string header = "(DIVIDER " + row.divider + ")";
         EXPECT_EQ(inside(delayOf("(PORT " + row.name + " (1))", header)),
                   Lines{"port " + row.expected + " (1 1 1)"});

@@ -53,10 +53,7 @@ void annotate(const InputFile& file, Design::RoutedDesign& design, const Design:
 }
 
 std::string fileOf(std::string_view cells) {
-    if (cells.starts_with("(DELAYFILE"))
-        return std::string(cells);
-    return "(DELAYFILE (SDFVERSION \"3.0\") (DESIGN \"top\") (DIVIDER /) (TIMESCALE 1ps)\n" +
-           std::string(cells) + ")";
+    return cells.starts_with("(DELAYFILE") ? std::string(cells) : sdf(cells);
 }
 
 } // namespace
@@ -193,19 +190,6 @@ std::string Annotated::messages() const {
                                                   std::to_string(diagnostic.place.column) + ": ") +
                 std::string(Base::toString(diagnostic.severity)) + ": " + diagnostic.text + "\n";
     return text;
-}
-
-std::string wires(std::string_view entries) { return cell("top", "", entries); }
-
-std::string cell(std::string_view type, std::string_view instance, std::string_view delays,
-                 std::string_view checks, std::string_view how) {
-    std::string text =
-        "(CELL (CELLTYPE \"" + std::string(type) + "\") (INSTANCE " + std::string(instance) + ")";
-    if (!delays.empty())
-        text += " (DELAY (" + std::string(how) + " " + std::string(delays) + "))";
-    if (!checks.empty())
-        text += " (TIMINGCHECK " + std::string(checks) + ")";
-    return text + ")\n";
 }
 
 } // namespace Support

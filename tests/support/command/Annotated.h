@@ -6,6 +6,7 @@
 #pragma once
 
 #include "readers/sdf/Annotate.h"
+#include "tests/support/Sdf.h"
 
 #include <memory>
 #include <optional>
@@ -47,10 +48,5 @@ public:
 // The same for what cannot be read: the error without the file's name.
 std::string errorOf(std::string_view cells, std::optional<std::string_view> netlist = {},
                     const Readers::AnnotateOptions& options = {});
-
-// CELLs: the top's wires, and a cell's delays and checks.
-std::string wires(std::string_view entries);
-std::string cell(std::string_view type, std::string_view instance, std::string_view delays,
-                 std::string_view checks = {}, std::string_view how = "ABSOLUTE");
 
 } // namespace Support

@@ -1,7 +1,5 @@
 #include "tests/support/command/Script.h"
 
-#include <cstdlib>
-#include <fstream>
 #include <map>
 
 namespace Support {
@@ -156,13 +154,7 @@ std::string toText(const Design::Constraints& all, const Design::ClockGroups& gr
     return line + "\n";
 }
 
-std::string without(std::string text, const std::string& part) {
-    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at))
-        text.erase(at, part.size());
-    return text;
-}
-
-Outcome readFiles(const Folder& folder, const std::vector<std::string>& paths, const Limits& limits,
+Outcome readFiles(const TemporaryFolder& folder, const std::vector<std::string>& paths, const Limits& limits,
                   const Design::RoutedDesign& design) {
     Base::Diagnostics diagnostics;
     Outcome outcome;
@@ -227,24 +219,9 @@ std::string Outcome::allMessages() const {
     return lines;
 }
 
-Folder::Folder() : path_((std::filesystem::temp_directory_path() / "sdc_test.XXXXXX").string()) {
-    EXPECT_NE(mkdtemp(path_.data()), nullptr) << path_;
-}
-
-std::string Folder::write(const std::string& name, std::string_view text) const {
-    const std::filesystem::path path = std::filesystem::path(path_) / name;
-    std::filesystem::create_directories(path.parent_path());
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
-    file << text;
-    EXPECT_TRUE(file.flush().good()) << path;
-    return path.string();
-}
-
-std::string Folder::relative(std::string text) const { return without(std::move(text), path_ + "/"); }
-
 Outcome run(const std::vector<std::string>& scripts, const Limits& limits,
             const Design::RoutedDesign& design) {
-    const Folder folder;
+    const TemporaryFolder folder;
     std::vector<std::string> paths;
     for (const std::string& script : scripts)
         paths.push_back(
@@ -254,7 +231,7 @@ Outcome run(const std::vector<std::string>& scripts, const Limits& limits,
 
 Outcome run(const std::string& script, const Limits& limits) { return run(std::vector{script}, limits); }
 
-Outcome runIn(const Folder& folder, const std::string& script, const Limits& limits) {
+Outcome runIn(const TemporaryFolder& folder, const std::string& script, const Limits& limits) {
     return readFiles(folder, {folder.write("x.sdc", script)}, limits, smallDesign());
 }
 

@@ -9,10 +9,10 @@
 #include "design/Constraints.h"
 #include "design/RoutedDesign.h"
 #include "readers/sdc/Reader.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,23 +20,6 @@
 namespace Support {
 
 const Design::RoutedDesign& smallDesign();
-
-// A folder for files that scripts source; it goes with its object.
-class Folder {
-public:
-    Folder();
-    ~Folder() { std::filesystem::remove_all(path_); }
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-
-    // Writes a file, making folders as its name says, and tells its path.
-    std::string write(const std::string& name, std::string_view text) const;
-    // The text without the folder's own path.
-    std::string relative(std::string text) const;
-
-private:
-    std::string path_;
-};
 
 struct Outcome {
     std::string constraints; // as described by toText()
@@ -52,7 +35,8 @@ Outcome run(const std::vector<std::string>& scripts, const Readers::Sdc::Limits&
             const Design::RoutedDesign& design = smallDesign());
 Outcome run(const std::string& script, const Readers::Sdc::Limits& limits = {});
 // Reads x.sdc of the folder.
-Outcome runIn(const Folder& folder, const std::string& script, const Readers::Sdc::Limits& limits = {});
+Outcome runIn(const TemporaryFolder& folder, const std::string& script,
+              const Readers::Sdc::Limits& limits = {});
 
 std::string toText(const Design::RoutedDesign& design, const Design::Constraints& constraints);
 
