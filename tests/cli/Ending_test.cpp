@@ -3,6 +3,8 @@
 
 #include "cli/Output.h"
 #include "readers/sdc/Reader.h"
+#include "tests/support/Rows.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -23,23 +25,18 @@ constexpr int badInput = 2;
 
 class EndingDeathTest : public testing::Test {
 protected:
-    EndingDeathTest() : folder_(testing::TempDir() + "/vorlen_ending_XXXXXX") {
-        EXPECT_NE(mkdtemp(folder_.data()), nullptr);
-    }
-    ~EndingDeathTest() override { fs::remove_all(folder_); }
-
     // Handles signals and has a file begun.
     template <class Act>
     void whileWriting(Act act) const {
         Cli::handleSignals();
-        Cli::Output output(folder_ + "/report.json");
+        Cli::Output output(folder_.at("report.json"));
         output.stream() << "half" << std::flush;
         act();
     }
-    bool isEmpty() const { return fs::is_empty(folder_); }
+    bool isEmpty() const { return fs::is_empty(folder_.path()); }
 
 private:
-    std::string folder_;
+    Support::TemporaryFolder folder_;
 };
 
 void readScript(std::string_view script) {
@@ -70,6 +67,7 @@ TEST_F(EndingDeathTest, ofAScriptThatNestsTooDeep) {
          "x.sdc:1: error: the script is given up: it nests too deep\n"},
     };
     for (const Row& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         EXPECT_EXIT(whileWriting([&] { readScript(row.script); }), ExitedWithCode(badInput),
                     testing::Eq(row.expected))
             << row.script;
@@ -102,6 +100,7 @@ TEST_F(EndingDeathTest, aStatusThatStands) {
     using Cli::conclude;
     const auto raiseIn = [](int signal) { return [signal] { raise(signal); }; };
     for (const int signal : {SIGINT, SIGTERM, SIGPIPE}) {
+        SCOPED_TRACE(signal);
         EXPECT_EXIT(whileWriting([&] { conclude(Cli::timingViolated, raiseIn(signal)); }), ExitedWithCode(1),
                     testing::Eq(""));
         const auto after = [&] {

@@ -1,6 +1,7 @@
 // The command line: what it gives, and what it refuses with which words.
 #include "ProjectFiles.h"
 #include "cli/Options.h"
+#include "tests/support/Rows.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -162,6 +163,7 @@ TEST(Options, usageErrors) {
         {{"analyze", "analyze"}, "unexpected argument 'analyze'"},
     };
     for (const Row& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         const Result result = parsed(row.arguments);
         EXPECT_EQ(result.invocation.exit, badInput) << row.error;
         EXPECT_EQ(result.err, "vorlen: error: " + std::string(row.error) + " (see vorlen analyze --help)\n");
@@ -189,6 +191,7 @@ TEST(Options, anInputIsNeverOverwritten) {
         {{"analyze", "--sdf", "-", "--json", "-"}, ""},
     };
     for (const Row& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         const Result result = parsed(row.arguments);
         EXPECT_EQ(result.err, row.error.empty() ? ""
                                                 : "vorlen: error: --json: would overwrite the input '" +

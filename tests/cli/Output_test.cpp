@@ -1,5 +1,7 @@
 // Output files: whole or not at all, and what is no regular file is written directly.
 #include "cli/Output.h"
+#include "tests/support/Rows.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -39,23 +41,16 @@ void write(const std::string& path, const std::string& content) {
 
 class OutputTest : public testing::Test {
 protected:
-    void SetUp() override {
-        std::string pattern = testing::TempDir() + "/vorlen_output_XXXXXX";
-        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-        folder_ = pattern;
-    }
-    void TearDown() override { fs::remove_all(folder_); }
-
-    std::string at(const std::string& name) const { return (folder_ / name).string(); }
+    std::string at(const std::string& name) const { return folder_.at(name); }
     std::vector<std::string> names() const {
         std::vector<std::string> names;
-        for (const auto& entry : fs::directory_iterator(folder_))
+        for (const auto& entry : fs::directory_iterator(folder_.path()))
             names.push_back(entry.path().filename());
         std::ranges::sort(names);
         return names;
     }
 
-    fs::path folder_;
+    Support::TemporaryFolder folder_;
 };
 
 // Runs with another descriptor in the place of a standard one.
@@ -195,7 +190,7 @@ TEST_F(OutputTest, followsLinks) {
 
 TEST_F(OutputTest, inTheCurrentFolder) {
     const fs::path before = fs::current_path();
-    fs::current_path(folder_);
+    fs::current_path(folder_.path());
     write("plain", "text");
     write("standard output", "a name like any other");
     fs::current_path(before);
@@ -223,13 +218,15 @@ TEST_F(OutputTest, placesThatCannotBeWritten) {
     const Row rows[] = {
         {at("missing/r.json"), "No such file or directory"},
         {at("file/r.json"), "Not a directory"},
-        {folder_.string(), "Is a directory"},
+        {folder_.path().string(), "Is a directory"},
         {at("circle"), "Too many levels of symbolic links"},
         {at(std::string(300, 'n')), "File name too long"},
     };
-    for (const Row& row : rows)
+    for (const Row& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         EXPECT_THAT([&] { Output output(row.path); },
                     ThrowsMessage<CannotWrite>(row.path + ": error: cannot write: " + row.reason));
+    }
     EXPECT_THAT(names(), ElementsAre("circle", "file"));
 }
 
@@ -239,10 +236,10 @@ TEST_F(OutputTest, placesThatMayNotBeWritten) {
     std::ofstream(at("fixed")) << "old";
     ASSERT_EQ(chmod(at("fixed").c_str(), 0444), 0);
     ASSERT_EQ(chmod(at("closed").c_str(), 0555), 0);
-    ASSERT_EQ(chmod(folder_.c_str(), 0755), 0);
+    ASSERT_EQ(chmod(folder_.path().c_str(), 0755), 0);
     const bool privileged = geteuid() == 0; // who may write anywhere
     if (privileged) {
-        ASSERT_EQ(chown(folder_.c_str(), nobody, static_cast<gid_t>(-1)), 0);
+        ASSERT_EQ(chown(folder_.path().c_str(), nobody, static_cast<gid_t>(-1)), 0);
         ASSERT_EQ(setresuid(nobody, nobody, 0), 0);
     }
     for (const char* name : {"closed/new", "closed/old", "fixed"})
@@ -267,6 +264,7 @@ TEST_F(OutputTest, fullWhileWriting) {
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
     std::ofstream(at("old")) << "old";
     for (const std::string name : {"new", "old"}) {
+        SCOPED_TRACE(name);
         Output output(at(name));
         for (int i = 0; i < 1000; ++i)
             output.stream() << std::string(1000, 'x');
@@ -342,6 +340,7 @@ TEST_F(OutputTest, aPipeThatNobodyReads) {
 // However it is called, it is written in its turn and stays the same file.
 TEST_F(OutputTest, standardOutput) {
     for (const std::string name : {"-", "/dev/stdout", "/dev/fd/1", "/proc/self/fd/1", "itself"}) {
+        SCOPED_TRACE(name);
         const int file = open(at("out").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
         ASSERT_GE(file, 0);
         {

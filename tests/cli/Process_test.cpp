@@ -1,6 +1,9 @@
 // The command as a process: what it leaves behind, and its status, if an output fails or a signal comes.
 // Every wait has a deadline.
 #include "ProjectFiles.h"
+#include "tests/support/Rows.h"
+#include "tests/support/Sdf.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -46,16 +49,12 @@ using Ending = std::string;
 
 class ProcessTest : public testing::Test {
 protected:
-    ProcessTest() : folder_((fs::temp_directory_path() / "vorlen-process.XXXXXX").string()) {
-        EXPECT_NE(mkdtemp(folder_.data()), nullptr);
-        fs::copy(fs::path(VORLEN_GOLDEN_DIR) / "common" / "pair.sdf", folder_);
-    }
+    ProcessTest() { fs::copy(fs::path(VORLEN_GOLDEN_DIR) / "common" / "pair.sdf", folder_.path()); }
     ~ProcessTest() override {
         if (child_ > 0) {
             kill(child_, SIGKILL);
             waitpid(child_, nullptr, 0);
         }
-        fs::remove_all(folder_);
     }
 
     struct How {
@@ -111,13 +110,13 @@ protected:
         close(held_);
     }
 
-    std::string at(const std::string& name) const { return folder_ + "/" + name; }
+    std::string at(const std::string& name) const { return folder_.at(name); }
     void write(const std::string& name, const std::string& text) const { std::ofstream(at(name)) << text; }
     std::string errors() const { return textOf(at("err")); }
     // Without the streams.
     std::vector<std::string> names() const {
         std::vector<std::string> names;
-        for (const auto& entry : fs::directory_iterator(folder_))
+        for (const auto& entry : fs::directory_iterator(folder_.path()))
             if (const std::string name = entry.path().filename(); name != "out" && name != "err")
                 names.push_back(name);
         return names;
@@ -133,7 +132,7 @@ private:
         sigemptyset(&none);
         sigprocmask(SIG_SETMASK, &none, nullptr);
         int ends[2] = {-1, -1};
-        if (chdir(folder_.c_str()) != 0 || pipe(ends) != 0)
+        if (chdir(folder_.path().c_str()) != 0 || pipe(ends) != 0)
             _exit(127);
         close(ends[0]);
         constexpr mode_t mode = S_IRUSR | S_IWUSR;
@@ -145,7 +144,7 @@ private:
         _exit(127);
     }
 
-    std::string folder_;
+    Support::TemporaryFolder folder_;
     pid_t child_ = -1;
     int held_ = -1;
 };
@@ -171,6 +170,7 @@ TEST_F(ProcessTest, AFileThatConstraintsSourceIsNoOutput) {
         {"-", "pins.tcl", "--json"},
     };
     for (const Row& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         std::vector<std::string> args = {"--sdf", "pair.sdf", "--sdc", "top.sdc"};
         if (row.json)
             args.insert(args.end(), {"--json", row.json});
@@ -207,6 +207,7 @@ TEST_F(ProcessTest, WithoutTheTextThereIsNoFile) {
         {{"", {}}, "signal 13", ""}, // as of any program whose reader has had enough
     };
     for (const Row& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         EXPECT_EQ(run(args, row.how), row.ending);
         EXPECT_THAT(errors(), testing::EndsWith(row.error));
         EXPECT_EQ(textOf(at("report.json")), "as it was");
@@ -272,18 +273,12 @@ std::string ladder(std::size_t stages) {
         const std::string name = "g" + std::to_string(i);
         for (const char* pin : {"/A", "/B"})
             wires += "(INTERCONNECT " + before + " " + name + pin + " (1))";
-        cells += "(CELL (CELLTYPE \"G\") (INSTANCE " + name +
-                 ") (DELAY (ABSOLUTE (IOPATH A Z (1)) (IOPATH B Z (1)))))\n";
+        cells += Support::cell("G", name, "(IOPATH A Z (1)) (IOPATH B Z (1))");
         before = name + "/Z";
     }
     for (const char* name : {"a", "b"})
-        cells +=
-            "(CELL (CELLTYPE \"R\") (INSTANCE " + std::string(name) +
-            ") (DELAY (ABSOLUTE (IOPATH (posedge C) Q (100)))) (TIMINGCHECK (SETUPHOLD D (posedge C) (5) "
-            "(5))))\n";
-    return "(DELAYFILE (SDFVERSION \"3.0\") (DIVIDER /) (TIMESCALE 1ps)\n(CELL (CELLTYPE \"top\") (INSTANCE) "
-           "(DELAY (ABSOLUTE " +
-           wires + "(INTERCONNECT " + before + " b/D (1)))))\n" + cells + ")\n";
+        cells += Support::flipFlop(name, {.type = "R"});
+    return Support::sdf(Support::wires(wires + "(INTERCONNECT " + before + " b/D (1))") + cells);
 }
 
 TEST_F(ProcessTest, OneCtrlCEndsALongPathSearch) {
@@ -337,6 +332,7 @@ TEST_F(ProcessTest, NamesDoNotSteerTheTerminal) {
          "vorlen: error: unexpected argument '\\x1B]0;title\\x07' (see vorlen analyze --help)\n"},
     };
     for (const Row& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         EXPECT_EQ(run(row.args), "exit 2");
         EXPECT_EQ(errors(), row.expected);
     }

@@ -2,6 +2,7 @@
 #include "cli/Progress.h"
 
 #include "cli/Terminal.h"
+#include "tests/support/Rows.h"
 
 #include <gtest/gtest.h>
 
@@ -109,6 +110,7 @@ TEST(Progress, line) {
         {"a\x1b[31m\nb", 0, 0, 80, R"(|a\x1B[31m\x0Ab ...)"},
     };
     for (const Row& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         Terminal terminal(row.columns);
         Progress progress(terminal.descriptor(), true);
         progress.show(row.step, row.done, row.total);

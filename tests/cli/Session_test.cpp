@@ -6,6 +6,8 @@
 
 #include "Pelko/Domain.h"
 #include "ProjectFiles.h"
+#include "tests/support/Sdf.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -21,25 +23,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-class Folder {
-public:
-    Folder() : path_((fs::temp_directory_path() / "vorlen-session.XXXXXX").string()) {
-        EXPECT_NE(mkdtemp(path_.data()), nullptr);
-    }
-    ~Folder() { fs::remove_all(path_); }
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-
-    std::string write(const char* name, std::string_view text) const {
-        const fs::path file = fs::path(path_) / name;
-        std::ofstream(file, std::ios::binary) << text;
-        return file.string();
-    }
-
-private:
-    std::string path_;
-};
 
 std::string textOf(const fs::path& file) {
     std::ifstream in(file, std::ios::binary);
@@ -90,7 +73,7 @@ std::size_t refusals(const Cli::Options& options, const std::string& path, const
 }
 
 TEST(Session, RefusesAnSdfThatIsCutAtAnyByte) {
-    const Folder folder;
+    const Support::TemporaryFolder folder;
     const std::string sdf = example("two_regs.sdf");
     Cli::Options options;
     options.sdf = folder.write("d.sdf", sdf);
@@ -102,7 +85,7 @@ TEST(Session, RefusesAnSdfThatIsCutAtAnyByte) {
 }
 
 TEST(Session, RefusesANetlistThatIsCutAtAnyByte) {
-    const Folder folder;
+    const Support::TemporaryFolder folder;
     // Of the netlist what the readers look at; the rest is attributes.
     const std::string netlist = R"({"modules": {"top": {"attributes": {"top": "1"}, "ports": {
  "clk": {"direction": "input", "bits": [2]}, "q": {"direction": "output", "bits": [5]}},
@@ -120,7 +103,7 @@ TEST(Session, RefusesANetlistThatIsCutAtAnyByte) {
 }
 
 TEST(Session, GivesTheSameReportAgain) {
-    const Folder folder;
+    const Support::TemporaryFolder folder;
     Cli::Options options;
     options.sdf = folder.write("d.sdf", example("two_regs.sdf"));
     options.sdc = {folder.write("d.sdc", example("two_regs.sdc"))};
@@ -151,7 +134,7 @@ TEST(Session, ThrowsWhereTheEngineGivesUp) {
                 throw Ruvex::Exception("no room");
         }
     };
-    const Folder folder;
+    const Support::TemporaryFolder folder;
     Cli::Options options;
     options.sdf = folder.write("d.sdf", smallSdf);
     const std::string expected = whole(options);
@@ -165,7 +148,7 @@ TEST(Session, ThrowsWhereTheEngineGivesUp) {
 
 // In a process of its own: a stop is for good. It exits as the command would where one stage had begun.
 TEST(Session, AStopEndsTheNextStage) {
-    const Folder folder;
+    const Support::TemporaryFolder folder;
     Cli::Options options;
     options.sdf = folder.write("d.sdf", smallSdf);
     const auto stopAtTheFirstStage = [&] {
@@ -187,7 +170,7 @@ TEST(Session, AStopEndsTheNextStage) {
 }
 
 TEST(Session, NamesTheFirstPairsWithoutAShortCommonPeriod) {
-    const Folder folder;
+    const Support::TemporaryFolder folder;
     Cli::Options options;
     options.sdf = folder.write("d.sdf", smallSdf);
     options.sdc = {folder.write("d.sdc", "foreach p {10.007 10.009 10.037 10.039 10.061 10.067 10.069} {\n"
@@ -201,7 +184,7 @@ TEST(Session, NamesTheFirstPairsWithoutAShortCommonPeriod) {
 }
 
 TEST(Session, AClockWithoutAPeriodHasNoPulses) {
-    const Folder folder;
+    const Support::TemporaryFolder folder;
     Cli::Options options;
     options.sdf = folder.write("d.sdf", smallSdf);
     EXPECT_EQ(Cli::Session().run(options).pulseChecks.size(), 0U);
@@ -213,7 +196,7 @@ TEST(Session, AClockWithoutAPeriodHasNoPulses) {
 
 // Of one edge and of any edge: one arc with the delays of both.
 TEST(Session, TwoArcsFromAClockToAnOutput) {
-    const Folder folder;
+    const Support::TemporaryFolder folder;
     std::string sdf(smallSdf);
     const std::string arc = "(IOPATH (posedge C) Q (400))";
     sdf.insert(sdf.find(arc) + arc.size(), " (IOPATH C Q (300:350:600))");
@@ -232,15 +215,11 @@ TEST(Session, NamesTheFirstRootsWithoutAClock) {
     for (int i = 0; i < 22; ++i) {
         const std::string number = std::to_string(i);
         wires += "(INTERCONNECT p" + number + " r" + number + "/C (0))";
-        cells += "(CELL (CELLTYPE \"R\") (INSTANCE r" + number +
-                 ") (DELAY (ABSOLUTE (IOPATH (posedge C) Q (1)))))\n";
+        cells += Support::cell("R", "r" + number, "(IOPATH (posedge C) Q (1))");
     }
-    const Folder folder;
+    const Support::TemporaryFolder folder;
     Cli::Options options;
-    options.sdf =
-        folder.write("d.sdf", "(DELAYFILE (SDFVERSION \"3.0\") (TIMESCALE 1ps) (CELL (CELLTYPE \"top\") "
-                              "(INSTANCE) (DELAY (ABSOLUTE " +
-                                  wires + ")))\n" + cells + ")");
+    options.sdf = folder.write("d.sdf", Support::sdf(Support::wires(wires) + cells));
     options.sdc = {folder.write("d.sdc", "create_clock -name v -period 10\n")};
     const std::vector<Base::Diagnostic> said = Cli::Session().run(options).diagnostics;
     ASSERT_EQ(said.size(), 21U);
@@ -249,7 +228,7 @@ TEST(Session, NamesTheFirstRootsWithoutAClock) {
 }
 
 TEST(Session, TellsItsStages) {
-    const Folder folder;
+    const Support::TemporaryFolder folder;
     Cli::Options options;
     options.sdf = folder.write("d.sdf", example("two_regs.sdf"));
     options.sdc = {folder.write("d.sdc", "create_clock -period 10\n")};
