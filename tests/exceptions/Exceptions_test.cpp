@@ -5,32 +5,27 @@
 // r0, r1 and s are clocked by a (period 10), t by b (period 10) and by c, a clock on no register of its own.
 // From Q to D it takes 3 ns, from din and to dout 1 ns; checks take nothing.
 #include "cli/Session.h"
+#include "tests/support/Rows.h"
+#include "tests/support/Sdf.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
-#include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
-
-#include <unistd.h>
 
 namespace {
 
 std::string cell(const std::string& type, const std::string& name) {
-    if (type == "BUF")
-        return "(CELL (CELLTYPE \"BUF\") (INSTANCE " + name + ") (DELAY (ABSOLUTE (IOPATH A Z (1)))))\n";
-    return "(CELL (CELLTYPE \"DFF\") (INSTANCE " + name +
-           ") (DELAY (ABSOLUTE (IOPATH (posedge CLK) Q (1)))) (TIMINGCHECK (SETUPHOLD D (posedge CLK) (0) "
-           "(0))))\n";
+    return type == "BUF"
+               ? Support::cell("BUF", name, "(IOPATH A Z (1))")
+               : Support::flipFlop(name, {.clock = "CLK", .clockToOutput = 1, .setup = 0, .hold = 0});
 }
 
 std::string sdfOf(const std::string& wires, const std::string& cells) {
-    return "(DELAYFILE (SDFVERSION \"3.0\") (DESIGN \"top\") (DIVIDER /) (TIMESCALE 1ns)\n"
-           "(CELL (CELLTYPE \"top\") (INSTANCE) (DELAY (ABSOLUTE\n" +
-           wires + ")))\n" + cells + ")\n";
+    return Support::sdf(Support::wires(wires) + cells, "1ns");
 }
 
 const std::string& smallSdf() {
@@ -47,23 +42,17 @@ constexpr const char* clocks = "create_clock -period 10 a; create_clock -period 
 
 class Exceptions : public testing::Test {
 protected:
-    Exceptions()
-        : folder_(std::filesystem::temp_directory_path() / ("exceptions-" + std::to_string(getpid()))) {
-        std::filesystem::create_directories(folder_);
-    }
-    ~Exceptions() override { std::filesystem::remove_all(folder_); }
-
     // The lines after that of the clocks, from line 2 on.
     Report::Report run(const std::string& lines, const std::string& sdf = smallSdf(),
                        const std::string& json = "") {
-        std::ofstream(folder_ / "d.sdf") << sdf;
-        std::ofstream(folder_ / "d.sdc") << clocks << lines << "\n";
+        folder_.write("d.sdf", sdf);
+        folder_.write("d.sdc", clocks + lines + "\n");
         Cli::Options options;
-        options.sdf = (folder_ / "d.sdf").string();
-        options.sdc = {(folder_ / "d.sdc").string()};
+        options.sdf = folder_.at("d.sdf");
+        options.sdc = {folder_.at("d.sdc")};
         if (!json.empty()) {
-            std::ofstream(folder_ / "d.json") << json;
-            options.netlist = (folder_ / "d.json").string();
+            folder_.write("d.json", json);
+            options.netlist = folder_.at("d.json");
         }
         return Cli::Session().run(options);
     }
@@ -85,7 +74,7 @@ protected:
     }
 
 private:
-    std::filesystem::path folder_;
+    Support::TemporaryFolder folder_;
 };
 
 std::string table(const Report::Report& report) {
@@ -575,6 +564,7 @@ TEST_F(Exceptions, AchievedPeriods) {
         {"set_multicycle_path 0 -to r1", 1000},
     };
     for (const Case& row : cases) {
+        SCOPED_TRACE(Support::rowOf(cases, row));
         const Report::Report report = run(row.lines);
         const auto clock = std::ranges::find(report.clocks, "a", &Report::Clock::name);
         ASSERT_NE(clock, report.clocks.end());

@@ -4,22 +4,19 @@
 //
 // Both clocks rise at 0 and 10, the data takes 3 ns, checks take nothing: setup slack 7, hold slack 3.
 #include "cli/Session.h"
+#include "tests/support/Sdf.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
-#include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
-#include <unistd.h>
-
 namespace {
 
-constexpr const char* sdf = R"((DELAYFILE (SDFVERSION "3.0") (DESIGN "top") (DIVIDER /) (TIMESCALE 1ns)
-(CELL (CELLTYPE "top") (INSTANCE) (DELAY (ABSOLUTE
+const std::string sdf = Support::sdf(R"((CELL (CELLTYPE "top") (INSTANCE) (DELAY (ABSOLUTE
   (INTERCONNECT a r0/CLK (0)) (INTERCONNECT b r1/CLK (0)) (INTERCONNECT r0/Q g/A (0.5))
   (INTERCONNECT g/Z h/A (0)) (INTERCONNECT h/Z r1/D (0)))))
 (CELL (CELLTYPE "DFF") (INSTANCE r0) (DELAY (ABSOLUTE (IOPATH (posedge CLK) Q (0.5))))
@@ -28,8 +25,8 @@ constexpr const char* sdf = R"((DELAYFILE (SDFVERSION "3.0") (DESIGN "top") (DIV
   (TIMINGCHECK (SETUPHOLD D (posedge CLK) (0) (0))))
 (CELL (CELLTYPE "BUF") (INSTANCE g) (DELAY (ABSOLUTE (IOPATH A Z (1)))))
 (CELL (CELLTYPE "BUF") (INSTANCE h) (DELAY (ABSOLUTE (IOPATH A Z (1)))))
-)
-)";
+)",
+                                     "1ns");
 
 // The slack of a side in ps and the line of the exception that governs it; "none" without a slack.
 struct Outcome {
@@ -48,21 +45,15 @@ std::string shown(Report::Time slack, unsigned line) {
 
 class Precedence : public testing::Test {
 protected:
-    Precedence()
-        : folder_(std::filesystem::temp_directory_path() / ("precedence-" + std::to_string(getpid()))) {
-        std::filesystem::create_directories(folder_);
-        std::ofstream(folder_ / "d.sdf") << sdf;
-    }
-    ~Precedence() override { std::filesystem::remove_all(folder_); }
+    Precedence() { folder_.write("d.sdf", sdf); }
 
     // Two lines after that of the clocks.
     Outcome run(const std::string& first, const std::string& second) const {
-        std::ofstream(folder_ / "d.sdc") << "create_clock -period 10 a; create_clock -period 10 b\n"
-                                         << first << "\n"
-                                         << second << "\n";
+        folder_.write("d.sdc", "create_clock -period 10 a; create_clock -period 10 b\n" + first + "\n" +
+                                   second + "\n");
         Cli::Options options;
-        options.sdf = (folder_ / "d.sdf").string();
-        options.sdc = {(folder_ / "d.sdc").string()};
+        options.sdf = folder_.at("d.sdf");
+        options.sdc = {folder_.at("d.sdc")};
         options.paths = 0;
         for (const Report::Endpoint& endpoint : Cli::Session().run(options).endpoints)
             if (endpoint.pin == "r1/D")
@@ -77,7 +68,7 @@ private:
         return slack ? shown(*slack, exception ? exception->line : 0) : "none";
     }
 
-    std::filesystem::path folder_;
+    Support::TemporaryFolder folder_;
 };
 
 // All forms, the more specific first: the start point weighs most, then the end point, then points between,
