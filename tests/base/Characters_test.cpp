@@ -2,6 +2,7 @@
 #include "base/Characters.h"
 
 #include "base/Diagnostics.h"
+#include "tests/support/Rows.h"
 
 #include <gtest/gtest.h>
 
@@ -26,6 +27,7 @@ TEST(Characters, EscapesControlCharacters) {
         {"\xC2\x9B\x9B\xC2\xA0", "\\xC2\\x9B\\x9B\xC2\xA0", "\\xC2\\x9B\\x9B\xC2\xA0"},
     };
     for (const auto& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         EXPECT_EQ(printable(row.text), row.expected);
         EXPECT_EQ(printableLines(row.text), row.lines);
     }

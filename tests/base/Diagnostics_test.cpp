@@ -1,5 +1,6 @@
 // The texts of diagnostics, and what is kept of a run.
 #include "base/Diagnostics.h"
+#include "tests/support/Rows.h"
 
 #include <gtest/gtest.h>
 
@@ -25,6 +26,7 @@ TEST(Diagnostics, AreWrittenWithThePlaceAsFarAsItIsKnown) {
         {{Severity::error, {"", 3, 14}, "bad"}, "error: bad"},
     };
     for (const auto& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         EXPECT_EQ(toString(row.diagnostic), row.expected);
         const BadInput thrown(row.diagnostic);
         EXPECT_STREQ(thrown.what(), row.expected);

@@ -1,5 +1,6 @@
 // Interned names: each text once, by number, for ever at the same place.
 #include "base/Names.h"
+#include "tests/support/Rows.h"
 
 #include <gtest/gtest.h>
 
@@ -25,6 +26,7 @@ TEST(Names, NumbersTextsInTheOrderTheyCome) {
         {"d", 3, 4},   {"D\0"sv, 4, 5}, {"in[3]", 5, 6}, {"D", 1, 6},
     };
     for (const auto& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         EXPECT_EQ(names.add(row.text), Name{row.number}) << row.text;
         EXPECT_EQ(names.size(), row.size) << row.text;
         EXPECT_EQ(names[Name{row.number}], row.text);
@@ -47,6 +49,7 @@ TEST(Names, KeepsTextsOfAnyLength) {
     Names names;
     std::string text;
     for (const std::size_t size : {1U, 65'535U, 65'536U, 65'537U, 1'000'000U, 3U}) {
+        SCOPED_TRACE(size);
         text.assign(size, static_cast<char>('a' + size % 26));
         const Name name = names.add(text);
         EXPECT_TRUE(names[name] == text) << size;

@@ -2,6 +2,7 @@
 #include "base/Source.h"
 
 #include "base/Diagnostics.h"
+#include "tests/support/Rows.h"
 #include "tests/support/command/InputFile.h"
 
 #include <gtest/gtest.h>
@@ -168,6 +169,7 @@ TEST(Source, RefusesWhatCannotBeOpened) {
         {"", "cannot open: No such file or directory"},
     };
     for (const auto& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         try {
             const Source source(row.path);
             ADD_FAILURE() << row.path;
@@ -225,6 +227,7 @@ TEST(Source, SumsADamagedStreamToo) {
 // Bytes in memory are read, summed and refused like those of a file.
 TEST(Source, TakesBytesInMemoryForAFile) {
     for (const std::string_view bytes : {text, member, std::string_view()}) {
+        SCOPED_TRACE(bytes);
         const InputFile file(bytes);
         Source fromFile(file.path()), fromMemory("no/such/file", bytes);
         EXPECT_EQ(fromMemory.readAll(), fromFile.readAll());
