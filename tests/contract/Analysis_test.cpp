@@ -3,6 +3,7 @@
 #include "CollectionChecks.h"
 #include "Design.h"
 #include "Thrown.h"
+#include "tests/support/Rows.h"
 
 #include <gmock/gmock.h>
 
@@ -88,6 +89,7 @@ TEST_F(Analysis, ConstrainedPathsByKindAndMask) {
         {~0b111111UL, {}},
     };
     for (const auto& [mask, paths] : rows) {
+        SCOPED_TRACE(mask);
         EXPECT_EQ(walk(analyzer->getCPaths(PseudoMask(mask))), paths) << mask;
         EXPECT_EQ(analyzer->getCPaths(PseudoMask(mask)).getCount(), paths.size());
         EXPECT_EQ(analyzer->getCPaths(PseudoMask(mask)).getFirst(), paths.empty() ? nullptr : paths.front());
@@ -118,6 +120,7 @@ TEST_F(Analysis, ExceptionsHoldPolesValidationAndWorstSlack) {
         int longest, shortest, worstLongest, worstShortest;
     } const rows[] = {{5, U, 5, U}, {9, 7, 5, 7}, {U, 8, 5, 7}, {-1, -2, -1, -2}, {INT_MAX, INT_MAX, -1, -2}};
     for (const auto& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         path->mergeLongestSlack(Delay(row.longest));
         path->mergeShortestSlack(Delay(row.shortest));
         EXPECT_EQ(int(path->getLongestSlack()), row.worstLongest);
@@ -281,6 +284,7 @@ TEST_F(Analysis, ClocksByRoot) {
         {nullptr, INT_MIN, INT_MIN, INT_MIN, INT_MIN, 50},
     };
     for (const auto& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         EXPECT_EQ(int(analyzer->getRequiredPeriod(row.root)), row.period);
         EXPECT_EQ(int(analyzer->getShift(row.root)), row.shift);
         EXPECT_EQ(int(analyzer->getHighWidth(row.root)), row.high);
@@ -343,6 +347,7 @@ TEST_F(Analysis, PortSlacksKeepTheWorst) {
     } const rows[] = {
         {INT_MAX, U, INT_MAX, U}, {9, 4, 9, 4}, {U, 6, 9, 4}, {-2, -3, -2, -3}, {INT_MAX, 0, -2, -3}};
     for (const auto& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         analyzer->mergeIODelayLongestSlack(in, Delay(row.longest));
         analyzer->mergeIODelayShortestSlack(in, Delay(row.shortest));
         EXPECT_EQ(int(analyzer->getIODelayLongestSlack(in)), row.worstLongest);

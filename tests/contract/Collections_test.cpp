@@ -142,6 +142,7 @@ TEST(Collections, MemoryWithHoles) {
         {{a, b}, {a, b}},
     };
     for (const auto& [array, expected] : rows) {
+        SCOPED_TRACE(expected.size());
         const Collection<Shape*> holed =
             MemoryCollection<Shape*>(array.data(), array.data() + array.size(), expected.size());
         const Row tail(expected.empty() ? expected.end() : expected.begin() + 1, expected.end());
@@ -206,6 +207,7 @@ TEST(Collections, RandomHoldsTheSameElements) {
         Numbers sortedElements;
     } const rows[] = {{{}, {}}, {c.list(0), {}}, {c.list(1), {7}}, {c.list(3), {10, 20, 30}}};
     for (const auto& [whole, elements] : rows) {
+        SCOPED_TRACE(elements.size());
         const Collection<int> random = RandomCollection<int>(whole);
         EXPECT_EQ(random.getCount(), elements.size());
         EXPECT_EQ(random.isEmpty(), elements.empty());

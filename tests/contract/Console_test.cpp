@@ -3,6 +3,7 @@
 
 #include "Ruvex/Console.h"
 #include "Ruvex/Exception.h"
+#include "tests/support/Rows.h"
 
 #include <gtest/gtest.h>
 
@@ -89,6 +90,7 @@ const Row rows[] = {
 TEST(Console, Lines) {
     Written written;
     for (const Row& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         console.setIndentation(row.indentation);
         tell(row.level, row.text, row.label);
         EXPECT_EQ(written.take(), row.line);
@@ -100,6 +102,7 @@ TEST(Console, RecorderSeesMessages) {
     std::vector<Console::Message> messages;
     console.setRecorder([&messages](const Console::Message& message) { messages.push_back(message); });
     for (const Row& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         console.setIndentation(row.indentation);
         tell(row.level, row.text, row.label);
         ASSERT_FALSE(messages.empty());
@@ -278,6 +281,7 @@ TEST(Recorder, ReadsAsWritten) {
     Support::Lines expected;
     Support::Recorder recorder;
     for (const Row& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         console.setIndentation(row.indentation);
         tell(row.level, row.text, row.label);
         expected.push_back(std::string(row.line).substr(0, std::string(row.line).size() - 1));

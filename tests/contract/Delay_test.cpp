@@ -1,6 +1,7 @@
 // Delays: arithmetic and order over all pairs of special values and bounds of the ordinary range, against a
 // plain reference that computes in 64 bits.
 #include "Pelko/Delay.h"
+#include "tests/support/Rows.h"
 
 #include <gtest/gtest.h>
 
@@ -107,6 +108,7 @@ TEST(Delay, Specials) {
         {Delay(1500), 1500, true, true, "1500"},
     };
     for (const auto& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         EXPECT_EQ(int(row.delay), row.raw);
         EXPECT_EQ(row.delay.isDefined(), row.defined) << row.label;
         EXPECT_EQ(row.delay.isOrdinary(), row.ordinary) << row.label;
@@ -165,8 +167,10 @@ TEST(Delay, Negation) {
     struct {
         int raw, negated;
     } const rows[] = {{0, 0}, {5, -5}, {-5, 5}, {U, U}, {m, M}, {M, m}, {m + 1, M - 1}, {M - 1, m + 1}};
-    for (const auto& row : rows)
+    for (const auto& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         EXPECT_EQ(int(-Delay(row.raw)), row.negated);
+    }
 }
 
 TEST(Delay, AllPairs) {

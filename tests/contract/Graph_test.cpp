@@ -1,6 +1,7 @@
 // The graph as an analysis reads it: poles and their kinds, arcs and their attributes, marks, pins, PLLs.
 #include "CollectionChecks.h"
 #include "Design.h"
+#include "tests/support/Rows.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -51,6 +52,7 @@ TEST_F(Graph, KindsOfPoles) {
         {design_->addCheck(clock, "r1/D"), "r1/D", " terminal check", ClockMode::None},
     };
     for (const auto& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         EXPECT_EQ(row.pole->getName(), row.name);
         EXPECT_EQ(kindsOf(row.pole), row.kinds) << row.name;
         EXPECT_EQ(row.pole->getClockMode().getCode(), row.mode) << row.name;
@@ -105,6 +107,7 @@ TEST_F(Graph, ArcsInOrderOfCreation) {
         std::vector<Edge*> incoming, outgoing;
     } const rows[] = {{a, {}, {ab, ac}}, {b, {cb, ab}, {}}, {c, {ac}, {cb}}};
     for (const auto& [pole, incoming, outgoing] : rows) {
+        SCOPED_TRACE(pole->getName());
         EXPECT_EQ(walk(pole->getIncomingEdges()), incoming);
         EXPECT_EQ(walk(pole->getOutgoingEdges()), outgoing);
     }

@@ -51,6 +51,7 @@ TEST_F(Iteration, TheCounterCountsProgramAndLibrary) {
 TEST_F(Iteration, OverArcsAllocatesNothing) {
     for (const int arcs : {0, 1, 2, 3, 16, 17, 1000})
         for (const bool holes : {false, true}) {
+            SCOPED_TRACE(holes);
             Pole* hub = addHub(arcs, holes);
             unsigned long incoming = 0, outgoing = 0;
             std::int64_t sum = 0;

@@ -1,6 +1,7 @@
 // The life of a database object: creation and destruction in their order, stamps, and the order by stamp.
 #include "Design.h"
 #include "Thrown.h"
+#include "tests/support/Rows.h"
 
 #include <map>
 #include <set>
@@ -148,8 +149,10 @@ TEST(Stamps, NullComesFirst) {
         {a, b, true},
         {b, a, false},
     };
-    for (const auto& row : rows)
+    for (const auto& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         EXPECT_EQ(less(row.left, row.right), row.expected);
+    }
 
     const std::set<Pole*, Object::StampLess> set{b, nullptr, a, b};
     EXPECT_EQ(std::vector<Pole*>(set.begin(), set.end()), (std::vector<Pole*>{nullptr, a, b}));

@@ -49,6 +49,7 @@ TEST(Slots, NameOwnerHeader) {
         {slotOf(ClockMode(ClockMode::Rising)), false, "rising", "n: rising"},
     };
     for (const auto& [slot, header, bare, named] : rows) {
+        SCOPED_TRACE(named);
         EXPECT_EQ(slot->isHeader(), header) << named;
         EXPECT_EQ(slot->_getLabel(), bare);
         EXPECT_TRUE(slot->isTerminal());
@@ -116,8 +117,10 @@ TEST(Maps, LabelsInAndOutOfDebugMode) {
         {1234, "{1234 elements}", "map:{1234 elements}"},
     };
     for (const auto& [count, label, debugLabel] : rows) {
+        SCOPED_TRACE(label);
         const auto slot = slotOf(mapOf(count));
         for (const bool debug : {false, true}) {
+            SCOPED_TRACE(debug);
             const DebugMode mode(debug);
             EXPECT_EQ(slot->getDataLabel(), debug ? debugLabel : label);
             EXPECT_EQ(slot->isTerminal(), !debug || count == 0);
@@ -202,6 +205,7 @@ TEST(Records, SlotsOfObjects) {
     const ObjectSlot<Pelko::Pole> slot(pole);
     const ObjectSlot<Pelko::Pole> null(nullptr);
     for (const bool debug : {false, true}) {
+        SCOPED_TRACE(debug);
         const DebugMode mode(debug);
         EXPECT_EQ(slot.getDataLabel(), "Pole u1/A");
         EXPECT_EQ(slot.isTerminal(), !debug);

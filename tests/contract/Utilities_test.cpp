@@ -3,6 +3,7 @@
 
 #include "Ruvex/Random.h"
 #include "Ruvex/Status.h"
+#include "tests/support/Rows.h"
 
 #include <gtest/gtest.h>
 
@@ -29,6 +30,7 @@ TEST(Status, Labels) {
     };
     Status assigned(Status::Unknown);
     for (const auto& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         EXPECT_EQ(row.status.getCode(), row.code);
         EXPECT_EQ(row.status._getLabel(), row.label);
         assigned = row.status;
@@ -86,8 +88,10 @@ TEST(Text, Lowered) {
         {"\xC3\x84 \xC3\xA4", "\xC3\x84 \xC3\xA4"}, // letters outside ASCII are not changed
         {"A\tB\nC", "a\tb\nc"},
     };
-    for (const auto& [text, lowered] : rows)
+    for (const auto& [text, lowered] : rows) {
+        SCOPED_TRACE(text);
         EXPECT_EQ(getLowered(text), lowered);
+    }
     EXPECT_EQ(getLowered(std::string("A\0B", 3)), std::string("a\0b", 3));
 }
 

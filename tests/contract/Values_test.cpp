@@ -4,6 +4,7 @@
 #include "Pelko/AnalysisMode.h"
 #include "Pelko/IOConstraint.h"
 #include "Pelko/PseudoMask.h"
+#include "tests/support/Rows.h"
 
 #include <type_traits>
 
@@ -47,6 +48,7 @@ TEST(PseudoMask, Labels) {
         {PseudoMask(top), false, "{64}"}, {PseudoMask(top | 6), false, "{2 3 64}"},
     };
     for (const auto& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         EXPECT_EQ(row.mask.isEmpty(), row.empty);
         EXPECT_EQ(row.mask._getLabel(), row.label);
         EXPECT_TRUE(PseudoMask(row.mask.getBits()) == row.mask);
@@ -91,6 +93,7 @@ TEST(PseudoMask, Refusals) {
     };
     PseudoMask::reset(3);
     for (const auto& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         Support::expectThrown(
             {"of three classes", row.action, typeid(Ruvex::InvalidRequest), row.message, row.place});
         EXPECT_EQ(PseudoMask::getClassCount(), 3u);
@@ -119,6 +122,7 @@ TEST(ClockMode, Codes) {
         {ClockMode(static_cast<ClockMode::Code>(2)), 2, "rising"},
     };
     for (const auto& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         EXPECT_EQ(row.mode.getCode(), row.code);
         EXPECT_EQ(row.mode._getLabel(), row.label);
         ClockMode assigned;
@@ -140,6 +144,7 @@ TEST(AnalysisMode, Codes) {
         {AnalysisMode(AnalysisMode::Exhaustive), 3, 3, "Exhaustive"},
     };
     for (const auto& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         EXPECT_EQ(row.mode.getCode(), row.code);
         EXPECT_EQ(row.mode.getEffective().getCode(), row.effective);
         EXPECT_EQ(row.mode._getLabel(), row.label);
