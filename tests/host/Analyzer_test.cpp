@@ -56,6 +56,7 @@ TEST_F(AnalyzerTest, Settings) {
         EXPECT_EQ(analyzer->getPathCount(), count);
     }
     for (int limit : {lowest, -5, 0, highest - 1, highest}) {
+        SCOPED_TRACE(limit);
         analyzer->setPathLimit(Delay(limit));
         EXPECT_EQ(int(analyzer->getPathLimit()), limit);
     }
@@ -156,6 +157,7 @@ TEST_F(AnalyzerTest, DutyRatioOfAWaveform) {
         {1, 1, 50},  {highest - 2, 1, 99}, {1, highest - 2, 1}, {1073741823, 1073741823, 50},
     };
     for (const auto& [high, low, ratio] : rows) {
+        SCOPED_TRACE(ratio);
         analyzer->setClock(a_, Delay(high + low), Delay(-3), Delay(high), Delay(low));
         EXPECT_EQ(analyzer->getDutyRatio(a_), ratio) << high << " " << low;
         EXPECT_EQ(int(analyzer->getRequiredPeriod(a_)), high + low);

@@ -5,6 +5,7 @@
 #include "Refused.h"
 
 #include "Ruvex/Record.h"
+#include "tests/support/Rows.h"
 
 #include <memory>
 #include <sstream>
@@ -281,8 +282,10 @@ TEST_F(CPathTest, AnApplicationAdjustsItself) {
         bool longest;
         int adjustment;
     } const rows[] = {{here, true, highest}, {here, false, -3}, {elsewhere, true, 0}, {elsewhere, false, 0}};
-    for (const auto& row : rows)
+    for (const auto& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         EXPECT_EQ(int(path->getSlackAdjustment(row.subdomain, row.longest)), row.adjustment);
+    }
     path->clearResults(); // the adjuster is a constraint, so it stays
     EXPECT_EQ(int(path->getSlackAdjustment(here, false)), -3);
     path->setAdjuster({});

@@ -1,6 +1,7 @@
 // The cell: dense indices, holes left by destroyed objects, the order of iteration, names.
 #include "ModelTest.h"
 #include "Refused.h"
+#include "tests/support/Rows.h"
 
 #include <random>
 
@@ -130,6 +131,7 @@ TEST_F(CellTest, Names) {
         {Pole::create(cell, netted, "own"), "own", "n1"},
     };
     for (const auto& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         EXPECT_EQ(row.pole->getName(), row.name);
         EXPECT_EQ(row.pole->getAlias(), row.name);
         EXPECT_EQ(row.pole->getNetUserName(), row.netUserName);

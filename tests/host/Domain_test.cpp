@@ -144,8 +144,10 @@ TEST_F(DomainTest, Aliases) {
         {Domain::create(nullptr, b_), "none -> b"},
         {Domain::create(nullptr, nullptr), "none -> none"},
     };
-    for (const auto& [domain, alias] : rows)
+    for (const auto& [domain, alias] : rows) {
+        SCOPED_TRACE(alias);
         EXPECT_EQ(domain->getAlias(), alias);
+    }
 }
 
 TEST_F(DomainTest, PathsOfAllSubdomains) {

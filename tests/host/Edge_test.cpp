@@ -57,6 +57,7 @@ TEST_F(EdgeTest, Refusals) {
 TEST_F(EdgeTest, ValuesKeepTheirRange) {
     Edge* edge = connect(addPole(), addPole());
     for (int raw : {U, lowest, lowest + 1, -1, 0, 1, highest - 1, highest}) {
+        SCOPED_TRACE(raw);
         edge->setMinDelay(Delay(raw));
         EXPECT_EQ(int(edge->getMinDelay()), raw);
         edge->setMaxDelay(Delay(raw));

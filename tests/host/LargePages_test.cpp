@@ -56,14 +56,17 @@ std::size_t countZerosAfterResize(std::size_t count) {
 }
 
 TEST(LargePages, ResizeFillsWithZeros) {
-    for (const std::size_t count : {small, large})
+    for (const std::size_t count : {small, large}) {
+        SCOPED_TRACE(count);
         EXPECT_EQ((countZerosAfterResize<std::vector<std::uint32_t, LargePages<std::uint32_t>>>(count)),
                   count);
+    }
 }
 
 TEST(UnfilledLargePages, ResizeWritesNothingWithoutAValue) {
     using Table = std::vector<std::uint32_t, UnfilledLargePages<std::uint32_t>>;
     for (const std::size_t count : {small, large}) {
+        SCOPED_TRACE(count);
         EXPECT_EQ(countZerosAfterResize<Table>(count), 0U);
         Table table;
         table.resize(count, 3);

@@ -2,6 +2,7 @@
 // nets.
 #include "ModelTest.h"
 #include "Refused.h"
+#include "tests/support/Rows.h"
 
 namespace HostTest {
 
@@ -87,6 +88,7 @@ TEST_F(ModuleTest, ByName) {
     } const rows[] = {
         {"u1", u1, net}, {"wfg", wfg, nullptr}, {"U1", nullptr, nullptr}, {"", nullptr, nullptr}};
     for (const auto& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         EXPECT_EQ(module_->getInstance(row.name), row.instance);
         EXPECT_EQ(module_->getNet(row.name), row.net);
     }

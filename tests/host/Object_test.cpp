@@ -55,6 +55,7 @@ TEST_F(ObjectTest, ClassesAndLabels) {
         {Path::createLongest(subdomain, {}, Delay(0), Delay(0), Delay(0)), "Path", "clk:rising -> none"},
     };
     for (const auto& [object, className, alias] : rows) {
+        SCOPED_TRACE(alias);
         EXPECT_EQ(object->getClass(), className);
         EXPECT_EQ(object->getAlias(), alias);
         EXPECT_EQ(object->getReprLabel(), alias);

@@ -5,6 +5,7 @@
 #include "Refused.h"
 
 #include "Ruvex/Record.h"
+#include "tests/support/Rows.h"
 
 #include <algorithm>
 #include <list>
@@ -66,6 +67,7 @@ TEST_F(PathTest, HoldsWhatItIsGiven) {
         int latch, launch, adjust;
     } const rows[] = {{longest, true, 1, 2, 3}, {shortest, false, 4, 5, 6}};
     for (const auto& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         EXPECT_EQ(row.path->getSubdomain(), subdomain);
         EXPECT_EQ(row.path->isLongest(), row.longest);
         EXPECT_EQ(int(row.path->getLatchDelay()), row.latch);

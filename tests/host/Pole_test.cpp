@@ -5,6 +5,7 @@
 
 #include "Pelko/Issue.h"
 #include "Ruvex/Record.h"
+#include "tests/support/Rows.h"
 
 #include <memory>
 #include <sstream>
@@ -80,6 +81,7 @@ TEST_F(PoleTest, KindsAreSetOneByOne) {
     for (const auto& kind : kinds)
         EXPECT_TRUE((pole->*kind.is)());
     for (ClockMode::Code mode : {ClockMode::Falling, ClockMode::Rising, ClockMode::None}) {
+        SCOPED_TRACE(mode);
         pole->setClockMode(mode);
         EXPECT_EQ(pole->getClockMode().getCode(), mode);
     }
@@ -339,6 +341,7 @@ TEST_F(PoleTest, Consistency) {
         {orphan, {"check pole without a clock pole"}},
     };
     for (const auto& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         Issue issue;
         row.pole->check(issue);
         std::vector<std::string> findings;

@@ -2,6 +2,7 @@
 // keeps.
 #include "ModelTest.h"
 #include "Refused.h"
+#include "tests/support/Rows.h"
 
 #include <algorithm>
 #include <random>
@@ -50,6 +51,7 @@ TEST_F(SubdomainTest, NamesAndPureClocks) {
         {nullptr, nullptr, Rising, None, false, "none:rising -> none"},
     };
     for (const auto& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         const Subdomain* subdomain = addSubdomain(row.launch, row.latch, row.launchMode, row.latchMode);
         EXPECT_EQ(subdomain->isPureClock(), row.pure) << row.name;
         EXPECT_EQ(subdomain->getName(), row.name);
@@ -175,6 +177,7 @@ TEST_F(SubdomainTest, OrderOfKeptPaths) {
     subdomain->setHoldRelation(Delay(0));
     const int slacks[] = {3, 0, highest, -7, 3, U, 0, lowest, -7, 12, U, 3};
     for (const bool longest : {true, false}) {
+        SCOPED_TRACE(longest);
         std::vector<Path*> made;
         for (int slack : slacks) {
             made.push_back(longest ? Path::createLongest(subdomain, {}, Delay(0), Delay(0), Delay(slack))
