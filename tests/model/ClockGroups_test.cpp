@@ -1,6 +1,7 @@
 // Clock groups: which pairs they separate, also when clocks are in several groups, as told by the groups'
 // definition and as the host is told.
 #include "model/ClockGroups.h"
+#include "tests/support/Rows.h"
 
 #include <gtest/gtest.h>
 
@@ -85,6 +86,7 @@ TEST(ClockGroups, SeparateClocksThatShareNone) {
         {{{0, 1, 2, 3, 4}}, "af bf cf df ef"},
     };
     for (const auto& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         const ClockGroups groups(stated({row.groups}), clocks);
         EXPECT_EQ(pairs([&](auto a, auto b) { return groups.separating(a, b).has_value(); }), row.expected);
         EXPECT_EQ(pairsOf(ClockGroups::disjoint(row.groups)), row.expected);
