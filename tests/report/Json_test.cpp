@@ -4,6 +4,7 @@
 #include "ProjectFiles.h"
 #include "Sample.h"
 #include "SchemaValidator.h"
+#include "tests/support/Rows.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -215,6 +216,7 @@ TEST(Json, strings) {
         {"\xF0\x8F\xBF\xBF", "\"\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\""},
     };
     for (const Row& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         Whole report;
         report.unconstrained = {row.name};
         const std::string text = jsonOf(report);
@@ -235,6 +237,7 @@ TEST(Json, valuesOfExceptions) {
         {"path_group", "10", "\"10\""}, {"max_delay", "$x", "\"$x\""}, {"path_group", "", "null"},
     };
     for (const Row& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         Whole report;
         report.paths = {ReportTests::setupPath()};
         report.paths[0].exception = {{"x.sdc", 3, row.kind, row.value}};
@@ -342,6 +345,7 @@ TEST(JsonSchema, wrongValuesAreFound) {
     const Json document = Json::parse(jsonOf(ReportTests::sample()));
     const SchemaValidator validator(publishedSchema());
     for (const Row& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         Json wrong = document;
         wrong.at(Json::json_pointer(row.at)) = row.value;
         EXPECT_THAT(validator.validate(wrong), ElementsAre(std::string(row.at) + row.error));
@@ -365,9 +369,11 @@ TEST(SchemaValidator, refusesWhatItDoesNotKnow) {
         {{{"type", "text"}}, "unknown type 'text'"},
         {{{"$ref", "other.json"}}, "a reference outside the schema: other.json"},
     };
-    for (const Row& row : rows)
+    for (const Row& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         EXPECT_THAT([&] { SchemaValidator(row.schema).validate(1); },
                     testing::ThrowsMessage<std::invalid_argument>(row.error));
+    }
 }
 
 TEST(SchemaValidator, keywordsThatNoReportBreaks) {

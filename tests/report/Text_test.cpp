@@ -3,6 +3,7 @@
 
 #include "Sample.h"
 #include "report/Table.h"
+#include "tests/support/Rows.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -507,6 +508,7 @@ TEST(Table, namesCannotSteerATerminal) {
         {"\xC2\x9B\x9B\xC2\xA0", "\\xC2\\x9B\\x9B\xC2\xA0"},
     };
     for (const Row& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         EXPECT_EQ(::Report::printable(row.name), row.expected);
         Whole report;
         report.design = row.name;
