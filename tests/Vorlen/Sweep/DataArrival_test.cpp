@@ -5,6 +5,7 @@
 #include "Thrown.h"
 
 #include "Vorlen/Sweep.h"
+#include "tests/support/Rows.h"
 
 #include <gtest/gtest.h>
 
@@ -418,6 +419,7 @@ TEST(DataArrival, EitherCheckBitMakesACheck) {
                 {false, true, {{0, {9, 23}}}},
                 {true, true, {{0, {9, 23}}}}};
     for (const auto& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         Bench bench(false, false);
         Pole* d = bench.add("d", bench.add("in", bench.addInput("start"), 10, 20), 1, 3);
         d->setSetupCheck(row.setup);

@@ -435,6 +435,7 @@ TEST(DataRequired, OneStepAtAnEndPointReplaces) {
 
 TEST(DataRequired, RefusesALaunchLeafThatIsNoPort) {
     for (const bool hasArrival : {false, true}) {
+        SCOPED_TRACE(hasArrival);
         Bench bench(false, true);
         bench.addOutput("out", bench.addInput("in"), 10, 20);
         Pole* pin = bench.addLaunch("pin");

@@ -7,6 +7,7 @@
 #include "Pelko/Path.h"
 #include "Ruvex/Record.h"
 #include "Vorlen/Sweep.h"
+#include "tests/support/Rows.h"
 
 #include <gtest/gtest.h>
 
@@ -120,6 +121,7 @@ private:
 TEST(SweepObject, AListenerMayRefuseItsCreation) {
     const TwoRegisters bench;
     for (const bool refusesEnd : {false, true}) {
+        SCOPED_TRACE(refusesEnd);
         // The listener before it is called for the creation and, since the sweep is destroyed again, for the
         // destruction.
         Listener listener;
@@ -134,6 +136,7 @@ TEST(SweepObject, AListenerMayRefuseItsCreation) {
 TEST(SweepObject, AnAbandonedSweepGoesWhateverListenersSay) {
     const TwoRegisters bench;
     for (const bool refusesEnd : {false, true}) {
+        SCOPED_TRACE(refusesEnd);
         Listener listener;
         const Refuser refuser(false, refusesEnd);
         Sweep::abandon(Sweep::create(bench.subdomain));
@@ -210,6 +213,7 @@ TEST(SweepObject, IsNamedAfterItsSubdomain) {
         {nullptr, nullptr, none, none, "SWEEP[none -> none]"},
     };
     for (const auto& row : rows) {
+        SCOPED_TRACE(Support::rowOf(rows, row));
         const SweepPointer sweep(
             Sweep::create(design.addSubdomain(row.launch, row.latch, row.launchMode, row.latchMode)));
         EXPECT_EQ(sweep->getAlias(), row.alias);

@@ -385,6 +385,7 @@ TEST_F(DataStem, StemOfATargetWithoutEntry) {
     Pole* target = design_.addPole("target");
     Pelko::Edge* edge = design_.connect(source, target);
     for (const bool isMarked : {false, true}) {
+        SCOPED_TRACE(isMarked);
         if (isMarked)
             target->mark();
         Vorlen::StemPoleSetMap work;

@@ -92,6 +92,7 @@ TEST_F(Period, OneSubdomain) {
 // Arrivals that ask for no period.
 TEST_F(Period, NoArrival) {
     for (const int arrival : {undefined, minimum}) {
+        SCOPED_TRACE(arrival);
         const Pelko::Subdomain* same = add(clk_, clk_, rising, rising, arrival);
         const Pelko::Subdomain* opposite = add(clk_, clk_, rising, falling, arrival);
         EXPECT_EQ(tool_->calculatePeriod(clk_), Delay::getUndefined());
