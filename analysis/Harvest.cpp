@@ -138,13 +138,13 @@ void Harvest::readEnd(const Context& context, Pelko::Pole* pole, const Vorlen::T
     Vorlen::TimingMap arrivals;
     if (!end || !context.sweep->hasArrivalTimingMap(pole, arrivals))
         return;
-    const Exceptions::Exceptions::ClockEdges edges{context.launch, context.capture, context.launchRise,
-                                                   context.captureRise};
+    const Exceptions::ClockEdges edges{context.launch, context.capture, context.launchRise,
+                                       context.captureRise};
     for (const auto& [classes, timing] : arrivals) {
         Arrival arrival;
         arrival.end = end;
         arrival.classes = classes;
-        arrival.requirement = &exceptions_.requirement(edges, end->pin, classes);
+        arrival.requirement = &exceptions_.requirement(edges, end->pin, Exceptions::ClassSet(classes));
         arrival.setup = true;
         readSide(context, arrival, timing.getMaximumDelay(), latch.getMinimumDelay());
         arrival.setup = false;
@@ -170,19 +170,20 @@ void Harvest::readSide(const Context& context, Arrival arrival, Delay data, Dela
                                                   end.isPort() ? end.pin : end.clockPin, setup);
 
     const Requirement& requirement = *arrival.requirement;
-    const std::optional<Time>& delay = setup ? requirement.maxDelay : requirement.minDelay;
+    const Base::Side side = sideOf(setup);
+    const std::optional<Time>& delay = requirement.delay[side];
     if (!delay && !context.relation)
         return; // an unconstrained path, which nothing governs
     noteGoverning(arrival);
-    if (setup ? requirement.falseSetup : requirement.falseHold)
+    if (requirement.isFalse[side])
         return;
     if (delay) {
         arrival.relation = *delay;
-        if (setup ? requirement.maxIgnoresLatency : requirement.minIgnoresLatency)
+        if (requirement.ignoresLatency[side])
             ignoreLatencies(context, arrival);
     } else {
-        arrival.relation = setup ? context.relation->setup + requirement.setupShift
-                                 : context.relation->hold + requirement.holdShift;
+        arrival.relation =
+            (setup ? context.relation->setup : context.relation->hold) + requirement.shift[side];
     }
     const Time limit = arrival.relation + arrival.captureLatency;
     arrival.slack = setup ? limit - arrival.uncertainty - arrival.arrival
@@ -209,7 +210,7 @@ std::optional<Time> Harvest::commonLaunchLatency(const Context& context, std::ui
     std::optional<Time> common;
     for (Pelko::Pole* leaf : context.sweep->getSubdomain()->getLaunchLeaves()) {
         const Start* start = model_.startAt(leaf);
-        if (!start || !exceptions_.mayStart(*start, classes))
+        if (!start || !exceptions_.mayStart(*start, Exceptions::ClassSet(classes)))
             continue;
         const Time latency = launchLatency(context, *start, late);
         if (common && *common != latency)
@@ -222,8 +223,7 @@ std::optional<Time> Harvest::commonLaunchLatency(const Context& context, std::ui
 void Harvest::ignoreLatencies(const Context& context, Arrival& arrival) {
     const std::optional<Time> latency = commonLaunchLatency(context, arrival.classes, arrival.setup);
     if (!latency) {
-        const std::uint32_t exception =
-            arrival.setup ? arrival.requirement->setupException : arrival.requirement->holdException;
+        const std::uint32_t exception = arrival.requirement->exception[sideOf(arrival.setup)];
         throw Base::BadInput(constraints_.place(constraints_.exceptions[exception].origin),
                              "-ignore_clock_latency: the clock reaches the start points at different times; "
                              "expected -from with registers or ports, or an ideal clock");
@@ -246,8 +246,8 @@ void Harvest::noteGoverning(const Arrival& arrival) {
         if (exception != none)
             governed_[arrival.setup].emplace(exception, arrival.end->pin);
     };
-    note(arrival.setup ? requirement.setupException : requirement.holdException);
-    if (!(arrival.setup ? requirement.falseSetup : requirement.falseHold))
+    note(requirement.exception[sideOf(arrival.setup)]);
+    if (!requirement.isFalse[sideOf(arrival.setup)])
         note(requirement.group);
 }
 
@@ -274,7 +274,7 @@ void Harvest::record(const Context& context, const Arrival& arrival) {
 
 // The relation is a fixed part of the period: with another period it grows with it.
 void Harvest::achieve(const Context& context, const Arrival& arrival) {
-    if (context.launch != context.capture || context.launch == none || arrival.requirement->maxDelay ||
+    if (context.launch != context.capture || context.launch == none || arrival.requirement->delay.setup ||
         arrival.relation <= 0)
         return;
     const Time needed =

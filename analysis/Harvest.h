@@ -53,6 +53,8 @@ struct EndResult {
 Report::Exception describe(const Design::Constraints& constraints, std::uint32_t exception);
 Report::Exception describe(const Design::Constraints& constraints, const Design::Exception& exception);
 
+inline Base::Side sideOf(bool setup) { return setup ? Base::Side::setup : Base::Side::hold; }
+
 // A value of the engine that is a time; nothing for undefined and the other specials.
 std::optional<Time> ordinary(const Pelko::Delay& delay);
 

@@ -86,7 +86,7 @@ Standing Harvest::standingOf(const Context& context, const Arrival& arrival) con
             context.capture,
             context.launchRise,
             context.captureRise,
-            arrival.setup ? requirement.setupException : requirement.holdException,
+            requirement.exception[sideOf(arrival.setup)],
             arrival.end};
 }
 
@@ -334,7 +334,7 @@ Report::Path Harvest::pathOf(const Context& context, const Arrival& arrival, con
     path.captureEdge = path.launchEdge + arrival.relation;
     path.uncertainty = arrival.uncertainty;
 
-    const bool ignores = setup ? requirement.maxIgnoresLatency : requirement.minIgnoresLatency;
+    const bool ignores = requirement.ignoresLatency[sideOf(setup)];
     path.launchClockDelay = ignores ? 0 : launchLatency(context, start, setup);
     path.captureClockDelay = arrival.captureLatency;
     path.startsAtPort = start.kind == Start::Kind::port;
@@ -373,7 +373,7 @@ Report::Path Harvest::pathOf(const Context& context, const Arrival& arrival, con
     const Time harder = path.uncertainty + path.check.value_or(0);
     path.required = setup ? limit - harder : limit + harder;
     path.slack = arrival.slack;
-    const std::uint32_t exception = setup ? requirement.setupException : requirement.holdException;
+    const std::uint32_t exception = requirement.exception[sideOf(setup)];
     if (exception != none)
         path.exception = describe(constraints_, exception);
     return path;

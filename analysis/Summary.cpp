@@ -134,8 +134,7 @@ Report::ExceptionUse skipped(const Design::Constraints& constraints, const Desig
 }
 
 // The lines that overrule an exception everywhere.
-std::vector<unsigned> overruling(const Design::Constraints& constraints,
-                                 const Exceptions::Exceptions::Use& use) {
+std::vector<unsigned> overruling(const Design::Constraints& constraints, const Exceptions::Use& use) {
     std::set<unsigned> lines;
     for (const std::uint32_t other : use.overruledBy)
         lines.insert(constraints.exceptions[other].origin.line);
@@ -160,7 +159,7 @@ void fillExceptions(const Results& results, Report::Report& report) {
     };
     for (std::uint32_t number = 0; number < constraints.exceptions.size(); ++number) {
         addSkipped(number);
-        const Exceptions::Exceptions::Use& use = results.exceptions.uses()[number];
+        const Exceptions::Use& use = results.exceptions.uses()[number];
         Report::ExceptionUse& filled = report.exceptions.emplace_back();
         filled.exception = describe(constraints, number);
         filled.text = constraints.exceptions[number].text;

@@ -1,17 +1,20 @@
 // How the through points of exceptions share classes.
 //
-// A layer is a set of points that no path passes two of. Its points are numbered in binary, a class a digit.
-// Two points of a layer have one number where no end point has to tell them apart: where neither is of
-// interest at an end point that paths through both arrive at. So what is needed grows with how many points
-// meet at one end point, and with how many follow one another, but not with their number.
+// A layer is a set of points of which no path passes two. Its points are numbered in binary, one class for
+// each digit. Two points of a layer have the same number if no end point has to tell them apart, that is, if
+// neither of them is of interest at any end point that paths through both arrive at. So the classes needed
+// grow with how many points meet at one end point, and with how many follow one another, but not with the
+// number of points.
 //
-// A point's layer is the longest chain of points that leads to it, which makes as few layers as can be. A
-// point's nodes are all of one level (the longest way to them), so that chains never close.
+// A point's layer is the longest chain of points that leads to it, which makes as few layers as possible. All
+// nodes of a point have the same level (Levels.h), so that chains never close.
 //
-// It costs one walk forwards from every point. Where these would pass more arcs than the limit, the layers
-// are the levels and every point of one has a number of its own.
+// It costs one walk forwards from every point. If these walks would pass more arcs than the limit, the layers
+// are the levels instead, and each point of a layer has a number of its own.
 #pragma once
 
+#include "exceptions/Ids.h"
+#include "exceptions/Levels.h"
 #include "model/Network.h"
 
 #include <cstdint>
@@ -20,56 +23,45 @@
 
 namespace Exceptions {
 
+// A point's number in its layer, never 0: on paths that pass none of the layer's points the classes spell 0.
+using Code = std::uint64_t;
+
 class ThroughLayers {
 public:
     struct Point {
-        std::vector<std::uint32_t> nodes;
+        Nodes nodes; // of one level
         // The end points of interest: those that the exceptions through the point name, or all.
         bool anyEnd = false;
-        std::vector<std::uint32_t> endPins; // sorted
+        std::vector<Design::PinId> endPins; // sorted
 
-        bool isOfInterestAt(std::uint32_t endPin) const;
+        bool isOfInterestAt(Design::PinId endPin) const;
     };
+    using Points = Base::IndexVector<AtomId, Point>;
     struct Layer {
-        std::vector<std::uint32_t> points;
+        std::vector<AtomId> points;
         unsigned classes = 0;
     };
     static constexpr std::uint64_t usualWalkLimit = 200'000'000; // arcs
 
-    ThroughLayers(const Design::RoutedDesign& design, const Model::Network& network,
-                  const std::vector<std::uint32_t>& level, const std::vector<Point>& points,
-                  std::uint64_t walkLimit = usualWalkLimit);
+    ThroughLayers(const Design::RoutedDesign& design, const Model::Network& network, const Levels& levels,
+                  const Points& points, std::uint64_t walkLimit = usualWalkLimit);
 
     const std::vector<Layer>& layers() const { return layers_; }
-    // By point, its number in its layer; never 0.
-    const std::vector<std::uint64_t>& codes() const { return codes_; }
+    Code code(AtomId point) const { return codes_[point]; }
     // Whether points share numbers, so that only an end point knows which of them a number stands for.
     bool isShared() const { return shared_; }
-    // The points of interest that paths to an end point may pass; none where numbers are not shared.
-    const std::vector<std::uint32_t>& pointsAt(std::uint32_t endPin) const;
-    // The end pin of the most such points; none where numbers are not shared.
-    std::uint32_t busiestEnd() const;
+    // The points of interest that paths to an end point may pass, sorted; none if numbers are not shared.
+    const std::vector<AtomId>& pointsAt(Design::PinId endPin) const;
+    // The end pin with the most such points; none if numbers are not shared.
+    Design::PinId busiestEnd() const;
 
 private:
-    struct Reach {
-        std::vector<std::uint32_t> ends, points; // end pins, and other points
-    };
+    class Builder;
 
-    bool walk(std::uint64_t limit);
-    bool isEnd(std::uint32_t node) const;
-    void layByChains();
-    void layByLevels();
-    void number(Layer& layer);
-
-    const Design::RoutedDesign& design_;
-    const Model::Network& network_;
-    const std::vector<std::uint32_t>& level_;
-    const std::vector<Point>& points_;
-    std::vector<Reach> reach_; // by point
     std::vector<Layer> layers_;
-    std::vector<std::uint64_t> codes_;
+    Base::IndexVector<AtomId, Code> codes_;
     bool shared_ = false;
-    std::unordered_map<std::uint32_t, std::vector<std::uint32_t>> pointsAt_;
+    std::unordered_map<Design::PinId, std::vector<AtomId>> pointsAt_;
 };
 
 } // namespace Exceptions

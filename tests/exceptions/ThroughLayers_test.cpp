@@ -8,11 +8,11 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <sstream>
 
 namespace {
 
+using Exceptions::AtomId;
 using Exceptions::ThroughLayers;
 using Support::Built;
 using Support::cell;
@@ -33,20 +33,14 @@ std::string cells() {
 
 class Layers {
 public:
-    explicit Layers(const Built& built) : built_(built) {
-        const auto& network = *built.network;
-        level_.assign(network.size(), 0);
-        for (const std::uint32_t node : network.order())
-            for (const std::uint32_t number : network.out(node))
-                if (const auto& arc = network.arcs()[number]; arc.kind == Model::ArcKind::through)
-                    level_[arc.to] = std::max(level_[arc.to], level_[node] + 1);
-    }
+    explicit Layers(const Built& built) : built_(built), levels_(*built.network) {}
 
-    // Points as "x/Z" or "m/Z+n/Z", with "@r1/D" behind where only that end point is of interest. Gives the
-    // layers ("x/Z=1 y/Z=1 | ...", or "levels: ..." where numbers are not shared) and the classes.
+    // Takes points as "x/Z" or "m/Z+n/Z", followed by "@r1/D" if only that end point is of interest. Returns
+    // the layers ("x/Z=1 y/Z=1 | ...", with "levels: " before if numbers are not shared) and the number of
+    // classes.
     std::string of(const std::string& points, std::uint64_t walkLimit = ThroughLayers::usualWalkLimit) const {
-        std::vector<ThroughLayers::Point> list;
-        std::vector<std::string> names;
+        ThroughLayers::Points list;
+        Base::IndexVector<AtomId, std::string> names;
         std::istringstream in(points);
         for (std::string word; in >> word;) {
             ThroughLayers::Point& point = list.emplace_back();
@@ -56,29 +50,29 @@ public:
                 point.endPins = {pin(word.substr(word.find('@') + 1))};
             std::istringstream nodes(names.back());
             for (std::string node; std::getline(nodes, node, '+');)
-                point.nodes.push_back(built_.network->sourceOf(pin(node)));
+                point.nodes.emplace_back(built_.network->sourceOf(pin(node)));
         }
-        const ThroughLayers layers(built_.annotated.design, *built_.network, level_, list, walkLimit);
+        const ThroughLayers layers(built_.annotated.design, *built_.network, levels_, list, walkLimit);
         std::string text = layers.isShared() ? "" : "levels: ";
         unsigned classes = 0;
         for (const ThroughLayers::Layer& layer : layers.layers()) {
             text += classes == 0 ? "" : "| ";
-            for (const std::uint32_t point : layer.points)
-                text += names[point] + "=" + std::to_string(layers.codes()[point]) + " ";
+            for (const AtomId point : layer.points)
+                text += names[point] + "=" + std::to_string(layers.code(point)) + " ";
             classes += layer.classes;
         }
         return text + "in " + std::to_string(classes);
     }
 
 private:
-    std::uint32_t pin(const std::string& name) const {
+    Design::PinId pin(const std::string& name) const {
         const auto& design = built_.annotated.design;
         const std::size_t slash = name.find('/');
         return design.findPin(design.findCell(name.substr(0, slash)), name.substr(slash + 1));
     }
 
     const Built& built_;
-    std::vector<std::uint32_t> level_;
+    const Exceptions::Levels levels_;
 };
 
 TEST(ThroughLayers, Numbers) {
@@ -91,11 +85,11 @@ TEST(ThroughLayers, Numbers) {
         {"x/Z", "x/Z=1 in 1"},
         // Paths through either arrive at r3/D.
         {"x/Z y/Z", "x/Z=1 y/Z=2 in 2"},
-        // Nothing that both lead to.
+        // Both lead to no common end point.
         {"m/Z n/Z", "m/Z=1 n/Z=1 in 1"},
-        // r3/D need not tell them apart where it is of no interest to either.
+        // r3/D need not tell them apart, because it is of interest to neither.
         {"x/Z@r1/D y/Z@r2/D", "x/Z=1 y/Z=1 in 1"},
-        // To one of them it is.
+        // It is of interest to one of them.
         {"x/Z@r3/D y/Z@r2/D", "x/Z=1 y/Z=2 in 2"},
         {"x/Z@r1/D y/Z@r3/D", "x/Z=1 y/Z=2 in 2"},
         // One behind the other.
@@ -111,7 +105,7 @@ TEST(ThroughLayers, Numbers) {
         EXPECT_EQ(layers.of(row.points), row.expected) << row.points;
 }
 
-TEST(ThroughLayers, LevelsWhereTheWalksWouldBeTooLong) {
+TEST(ThroughLayers, LevelsIfTheWalksWouldBeTooLong) {
     const Built built(cells(), "");
     EXPECT_EQ(Layers(built).of("x/Z y/Z m/Z n/Z w/Z", 0), "levels: x/Z=1 y/Z=2 | m/Z=1 n/Z=2 w/Z=3 in 4");
 }
