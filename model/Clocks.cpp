@@ -15,12 +15,6 @@ constexpr int nanosecond = -9;
 // Leaves room for sums in the engine's 32 bits.
 constexpr Time largestTime = (Time{1} << 30) - 1;
 
-// a / b to the nearest, halves upwards; b > 0.
-Time divided(Time a, Time b) {
-    const Time twice = 2 * a + b;
-    return twice >= 0 ? twice / (2 * b) : -((-twice + 2 * b - 1) / (2 * b));
-}
-
 Latency latencyOf(const Design::EarlyLate& latency, int scale, const Base::Place& place) {
     return {latency.early ? toUnits(*latency.early, scale, place) : 0,
             latency.late ? toUnits(*latency.late, scale, place) : 0};
@@ -355,19 +349,19 @@ void Clocks::shapeGenerated(Clock& clock, const Clock& master, const Design::Gen
         requireFit(clock.period, "period");
     } else {
         const bool divide = generated.kind == Design::GeneratedClock::Kind::divide;
-        clock.period = divide ? master.period * factor : divided(master.period, factor);
+        clock.period = divide ? master.period * factor : nearestOf(master.period, factor);
         requireFit(clock.period, "period");
         clock.rise = master.rise;
         if (divide && factor > 1)
             clock.fall =
-                clock.rise + (factor % 2 == 0 ? factor / 2 * master.period : divided(clock.period, 2));
+                clock.rise + (factor % 2 == 0 ? factor / 2 * master.period : nearestOf(clock.period, 2));
         else
-            clock.fall = clock.rise + divided(master.high(), factor);
+            clock.fall = clock.rise + nearestOf(master.high(), factor);
         if (!divide && clock.period * factor != master.period)
             diagnostics_.note(place, "the period of '" + clock.name + "' is rounded to a whole unit");
         if (generated.dutyCycle)
             if (const std::optional<std::int64_t> duty = generated.dutyCycle->scaled(6))
-                clock.fall = clock.rise + divided(clock.period * *duty, 100'000'000);
+                clock.fall = clock.rise + nearestOf(clock.period * *duty, 100'000'000);
     }
     if (generated.invert) {
         const Time rise = clock.fall;
@@ -376,7 +370,7 @@ void Clocks::shapeGenerated(Clock& clock, const Clock& master, const Design::Gen
     }
     Time shift = units(generated.offset, place);
     if (const std::optional<std::int64_t> phase = generated.phase.scaled(6))
-        shift += divided(clock.period * *phase, 360'000'000);
+        shift += nearestOf(clock.period * *phase, 360'000'000);
     clock.rise += shift;
     clock.fall += shift;
     requireFit(clock.rise, "waveform");

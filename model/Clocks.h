@@ -7,6 +7,7 @@
 #pragma once
 
 #include "model/Network.h"
+#include "model/Phase.h"
 
 #include <cstdint>
 #include <optional>
@@ -16,8 +17,6 @@
 #include <vector>
 
 namespace Model {
-
-using Time = std::int64_t;
 
 struct Latency {
     Time early = 0, late = 0;

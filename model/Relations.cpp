@@ -2,6 +2,8 @@
 // common divisor of the periods: the two that are wanted need no search.
 #include "model/Relations.h"
 
+#include "model/Phase.h"
+
 #include <algorithm>
 #include <limits>
 #include <numeric>
@@ -10,18 +12,11 @@ namespace Model {
 
 namespace {
 
-Time modulo(Time a, Time b) {
-    const Time rest = a % b;
-    return rest < 0 ? rest + b : rest;
-}
-
-Time floorDivide(Time a, Time b) { return (a - modulo(a, b)) / b; }
-
 // The first launch edge, from the first period on, that a capture edge follows (or precedes) by the
 // difference.
 Time launchWith(Time difference, Time launchEdge, Time launchPeriod, Time captureEdge, Time capturePeriod) {
     for (Time launch = launchEdge;; launch += launchPeriod)
-        if (modulo(launch + difference - captureEdge, capturePeriod) == 0)
+        if (phaseOf(launch + difference - captureEdge, capturePeriod) == 0)
             return launch;
 }
 
@@ -30,7 +25,7 @@ Relation search(Time launchEdge, Time launchPeriod, Time captureEdge, Time captu
     const Time end = edgeLimit * std::min(launchPeriod, capturePeriod);
     for (Time launch = launchEdge; launch < launchEdge + end; launch += launchPeriod) {
         const Time before =
-            captureEdge + floorDivide(launch - captureEdge, capturePeriod) * capturePeriod - launch;
+            captureEdge + floorOf(launch - captureEdge, capturePeriod) * capturePeriod - launch;
         const Time after = before + capturePeriod;
         if (after < found.setup) {
             found.setup = after;
@@ -52,7 +47,7 @@ Relation relate(const Clock& launch, bool launchRise, const Clock& capture, bool
     if (std::max(launch.period, capture.period) / step > edgeLimit)
         return search(from, launch.period, to, capture.period);
     Relation relation;
-    relation.hold = modulo(to - from, step) - step;
+    relation.hold = phaseOf(to - from, step) - step;
     if (relation.hold == -step)
         relation.hold = 0;
     relation.setup = relation.hold + step;
