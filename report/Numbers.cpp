@@ -1,9 +1,12 @@
 // Times as text: exact decimals, three digits, and the frequency of a period.
 #include "report/Numbers.h"
 
+#include "base/Decimal.h"
+
 #include <fmt/format.h>
 
 #include <cstdint>
+#include <string>
 
 namespace Report {
 
@@ -13,7 +16,7 @@ constexpr int nsScale = -9;
 constexpr int psScale = -12;
 constexpr int mhzOfSeconds = -6; // 1 MHz is the frequency of 10^-6 s
 constexpr std::size_t shownDigits = 3;
-constexpr std::size_t significantDigits = 6;
+constexpr int significantDigits = 6;
 
 std::uint64_t powerOfTen(int exponent) {
     std::uint64_t power = 1;
@@ -35,33 +38,9 @@ std::string withPoint(Time value, std::size_t places) {
     return value < 0 ? "-" + digits : digits;
 }
 
-void dropZerosAtEnd(std::string& decimal) {
-    if (decimal.find('.') == std::string::npos)
-        return;
-    decimal.erase(decimal.find_last_not_of('0') + 1);
-    if (decimal.back() == '.')
-        decimal.pop_back();
-}
-
-// Digits of a number below the point that is to the right of them all, rounded up by one unit of the last
-// one.
-void roundUp(std::string& digits) {
-    std::size_t at = digits.size();
-    while (at > 0 && digits[at - 1] == '9')
-        digits[--at] = '0';
-    if (at == 0)
-        digits.insert(0, "1");
-    else
-        ++digits[at - 1];
-}
-
 } // namespace
 
-std::string exactNs(Time value, int scale) {
-    std::string text = withPoint(value, static_cast<std::size_t>(nsScale - scale));
-    dropZerosAtEnd(text);
-    return text;
-}
+std::string exactNs(Time value, int scale) { return Base::Decimal{value, scale - nsScale}.toString(); }
 
 Time shownPs(Time value, int scale) {
     const std::uint64_t unit = powerOfTen(psScale - scale);
@@ -77,33 +56,28 @@ Time shownSlackPs(Time slack, int scale) {
 
 std::string threeDigits(Time ps) { return withPoint(ps, shownDigits); }
 
-// A division by hand: the whole part, then digit by digit until six of them are significant.
+// A division by hand, digit by digit until six of them are significant. Halves are rounded up.
 std::string fmaxMhz(Time period, int scale) {
     const std::uint64_t divisor = magnitude(period);
     const std::uint64_t dividend = powerOfTen(mhzOfSeconds - scale);
-    const std::uint64_t whole = dividend / divisor;
+    std::uint64_t digits = dividend / divisor;
     std::uint64_t rest = dividend % divisor;
 
-    std::string digits = std::to_string(whole);
-    if (whole != 0 && digits.size() > significantDigits) {
-        const std::uint64_t unit = powerOfTen(static_cast<int>(digits.size() - significantDigits));
-        return std::to_string((whole + unit / 2) / unit * unit);
+    if (const std::uint64_t most = powerOfTen(significantDigits); digits >= most) {
+        std::uint64_t unit = 10;
+        while (digits / unit >= most)
+            unit *= 10;
+        return std::to_string((digits + unit / 2) / unit * unit);
     }
-    std::size_t places = 0;
-    std::size_t significant = whole == 0 ? 0 : digits.size();
-    for (; significant < significantDigits; ++places) {
+    int places = 0;
+    for (; digits < powerOfTen(significantDigits - 1); ++places) {
         rest *= 10;
-        const auto digit = static_cast<char>('0' + rest / divisor);
+        digits = digits * 10 + rest / divisor;
         rest %= divisor;
-        digits += digit;
-        if (significant != 0 || digit != '0')
-            ++significant;
     }
     if (rest >= divisor - rest)
-        roundUp(digits);
-    digits.insert(digits.size() - places, ".");
-    dropZerosAtEnd(digits);
-    return digits;
+        ++digits;
+    return Base::Decimal{static_cast<std::int64_t>(digits), -places}.toString();
 }
 
 } // namespace Report
