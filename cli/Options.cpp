@@ -2,6 +2,7 @@
 #include "cli/Options.h"
 
 #include "base/Characters.h"
+#include "base/Version.h"
 #include "cli/Output.h"
 
 #include <CLI/CLI.hpp>
@@ -20,7 +21,6 @@ namespace Cli {
 
 namespace {
 
-constexpr std::string_view version = "vorlen 4.0";
 constexpr std::size_t helpColumn = 36;
 constexpr std::string_view exitStatusHelp =
     "Exit status: 0 timing met or nothing constrained, 1 timing violated, 2 bad input or usage,\n"
@@ -57,7 +57,7 @@ public:
         outputs();
     }
 
-    // What concerns more than one option.
+    // Checks what concerns more than one option.
     void finish() {
         if (options_.sdf.empty())
             throw CLI::RequiredError("--sdf");
@@ -239,7 +239,7 @@ Invocation parse(int argc, const char* const* argv, std::ostream& out, std::ostr
     Invocation invocation;
     CLI::App app("Static timing analysis of a routed design.", "vorlen");
     app.set_help_flag("--help", "print this help and exit");
-    app.set_version_flag("--version", std::string(version), "print the version and exit");
+    app.set_version_flag("--version", "vorlen " + std::string(Base::version), "print the version and exit");
     app.require_subcommand(0, 1);
     app.allow_extras();
     app.get_formatter()->column_width(helpColumn);
@@ -255,7 +255,7 @@ Invocation parse(int argc, const char* const* argv, std::ostream& out, std::ostr
         out << (analyze->parsed() ? analyze->help("vorlen") : app.help());
         invocation.exit = timingMet;
     } catch (const CLI::CallForVersion&) {
-        out << version << '\n';
+        out << "vorlen " << Base::version << '\n';
         invocation.exit = timingMet;
     } catch (const CLI::ArgumentMismatch& error) { // none given twice comes here, so a value is missing
         const std::string text = error.what();

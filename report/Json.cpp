@@ -2,6 +2,7 @@
 #include "report/Json.h"
 
 #include "base/Decimal.h"
+#include "base/Version.h"
 #include "report/JsonWriter.h"
 #include "report/Numbers.h"
 
@@ -14,7 +15,6 @@ namespace {
 constexpr std::string_view schemaName = "vorlen.report";
 constexpr std::uint64_t schemaVersion = 1;
 constexpr std::string_view toolName = "vorlen";
-constexpr std::string_view toolVersion = "4.0";
 constexpr bool block = true;
 
 std::string_view kindOf(PointKind kind) {
@@ -82,7 +82,7 @@ private:
         count("schema_version", schemaVersion);
         json_.key("tool").beginObject();
         text("name", toolName);
-        text("version", toolVersion);
+        text("version", Base::version);
         json_.endObject();
         json_.key("inputs").beginArray(block);
         for (const Input& input : report_.inputs) {
@@ -242,7 +242,7 @@ private:
         json_.endObject();
     }
 
-    // The value of a path group is its name; of anything else a number, where there is one.
+    // The value of a path group is its name; that of any other exception is a number, if it has one.
     void exception(const Exception& exception) {
         text("file", exception.file);
         count("line", exception.line);
