@@ -1,8 +1,8 @@
 // The stages of a run, in order.
 #include "cli/Session.h"
 
+#include "analysis/AchieveApart.h"
 #include "analysis/Harvest.h"
-#include "analysis/OwnPaths.h"
 #include "analysis/Roots.h"
 #include "analysis/Summary.h"
 #include "base/Source.h"
