@@ -11,8 +11,8 @@ namespace {
 
 using Parts = std::array<std::string_view, 3>;
 
-// "instance", "/", "pin"; of a port its name alone.
-Parts partsOf(const Design::RoutedDesign& design, std::uint32_t pin) {
+// "instance", "/" and "pin", or the name of a port.
+Parts partsOf(const Design::RoutedDesign& design, Design::PinId pin) {
     const Design::Pin& of = design.pins[pin];
     const std::string_view name = design.names[of.name];
     if (of.cell == Base::none)
@@ -28,7 +28,7 @@ constexpr std::uint64_t mixed(std::uint64_t value) {
 
 } // namespace
 
-bool isNamedBefore(const Design::RoutedDesign& design, std::uint32_t a, std::uint32_t b) {
+bool isNamedBefore(const Design::RoutedDesign& design, Design::PinId a, Design::PinId b) {
     Parts first = partsOf(design, a), second = partsOf(design, b);
     for (std::size_t i = 0, j = 0;;) {
         while (i < first.size() && first[i].empty())
@@ -47,19 +47,20 @@ bool isNamedBefore(const Design::RoutedDesign& design, std::uint32_t a, std::uin
     }
 }
 
-std::uint32_t Sequences::append(std::uint32_t sequence, std::uint32_t pin) {
+SequenceId Sequences::append(SequenceId sequence, Design::PinId pin) {
     const Node& last = nodes_[sequence];
     if (last.pin == pin && sequence != empty)
         return sequence;
     const Node& behind = nodes_[last.jump];
     const bool far = last.length - behind.length == behind.length - nodes_[behind.jump].length;
-    const Node node{mixed(last.hash + mixed(std::uint64_t{pin} + 1)), sequence, far ? behind.jump : sequence,
-                    last.length + 1, pin};
+    const Node node{mixed(last.hash + mixed(std::uint64_t{pin.number()} + 1)), sequence,
+                    far ? behind.jump : sequence, last.length + 1, pin};
+    const SequenceId appended = nodes_.next();
     nodes_.push_back(node);
-    return static_cast<std::uint32_t>(nodes_.size() - 1);
+    return appended;
 }
 
-std::uint32_t Sequences::beginning(std::uint32_t sequence, std::uint32_t length) const {
+SequenceId Sequences::beginning(SequenceId sequence, std::uint32_t length) const {
     while (nodes_[sequence].length > length) {
         const Node& node = nodes_[sequence];
         sequence = nodes_[node.jump].length >= length ? node.jump : node.shorter;
@@ -67,14 +68,14 @@ std::uint32_t Sequences::beginning(std::uint32_t sequence, std::uint32_t length)
     return sequence;
 }
 
-bool Sequences::isBefore(std::uint32_t a, std::uint32_t b) const {
+bool Sequences::isBefore(SequenceId a, SequenceId b) const {
     const std::uint32_t length = std::min(nodes_[a].length, nodes_[b].length);
     const bool isShorter = nodes_[a].length < nodes_[b].length;
     a = beginning(a, length);
     b = beginning(b, length);
     if (nodes_[a].hash == nodes_[b].hash)
         return isShorter;
-    const auto differ = [this](std::uint32_t x, std::uint32_t y) { return nodes_[x].hash != nodes_[y].hash; };
+    const auto differ = [this](SequenceId x, SequenceId y) { return nodes_[x].hash != nodes_[y].hash; };
     while (differ(nodes_[a].shorter, nodes_[b].shorter)) {
         const bool far = differ(nodes_[a].jump, nodes_[b].jump);
         a = far ? nodes_[a].jump : nodes_[a].shorter;

@@ -1,42 +1,47 @@
-// The order of pins by their names, and of sequences of pins by the names in them: what decides between equal
+// The order of pins by their names, and of sequences of pins by the names in them. It decides between equal
 // slacks, so that no choice depends on the order in which a file lists its cells.
 #pragma once
 
+#include "design/Ids.h"
 #include "design/RoutedDesign.h"
 
 #include <cstdint>
-#include <vector>
 
 namespace Analysis {
 
 // Whether Design::pinName(a) comes before Design::pinName(b) in byte order. Makes no strings.
-bool isNamedBefore(const Design::RoutedDesign& design, std::uint32_t a, std::uint32_t b);
+bool isNamedBefore(const Design::RoutedDesign& design, Design::PinId a, Design::PinId b);
 
-// Sequences of pins that share their beginnings, as the paths of a search do. Each is a number; the empty one
-// is Sequences::empty. To append is one step; to compare takes the logarithm of the common length.
+using SequenceId = Base::Index<struct SequenceTag>;
+
+// Sequences of pins that share their beginnings, as the paths of a search do. To append a pin costs one step;
+// to compare two sequences costs the logarithm of their common length.
 class Sequences {
 public:
-    static constexpr std::uint32_t empty = 0;
+    // The sequence without pins.
+    static constexpr SequenceId empty{std::uint32_t{0}};
 
     explicit Sequences(const Design::RoutedDesign& design) : design_(design), nodes_(1) {}
 
-    // The sequence with the pin behind its last one. A pin that is the last one already adds nothing.
-    std::uint32_t append(std::uint32_t sequence, std::uint32_t pin);
-    // Lexicographically, by names; a sequence comes before those that it begins.
-    bool isBefore(std::uint32_t a, std::uint32_t b) const;
+    // Returns the sequence with the pin added at its end. If the pin is the last one already, it is the same
+    // sequence.
+    SequenceId append(SequenceId sequence, Design::PinId pin);
+    // Lexicographic, by names; a sequence comes before those that it begins.
+    bool isBefore(SequenceId a, SequenceId b) const;
 
 private:
     // Sequences of one length have their jumps at one length too, so that two can be followed together.
     struct Node {
         std::uint64_t hash = 0; // equal sequences have equal hashes
-        std::uint32_t shorter = 0, jump = 0;
-        std::uint32_t length = 0, pin = Base::none;
+        SequenceId shorter = empty, jump = empty;
+        std::uint32_t length = 0;
+        Design::PinId pin;
     };
 
-    std::uint32_t beginning(std::uint32_t sequence, std::uint32_t length) const;
+    SequenceId beginning(SequenceId sequence, std::uint32_t length) const;
 
     const Design::RoutedDesign& design_;
-    std::vector<Node> nodes_;
+    Base::IndexVector<SequenceId, Node> nodes_;
 };
 
 } // namespace Analysis

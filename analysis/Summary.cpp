@@ -1,6 +1,9 @@
 // Sums and counts of a run, and the names behind its numbers.
 #include "analysis/Summary.h"
 
+#include "analysis/Describe.h"
+#include "analysis/EngineTimes.h"
+
 #include <algorithm>
 #include <map>
 #include <set>
@@ -8,6 +11,7 @@
 namespace Analysis {
 
 using Base::none;
+using Report::MaybeTime;
 
 namespace {
 
@@ -22,24 +26,30 @@ void add(Report::Summary& summary, Time slack) {
 }
 
 // By the clock that captures, in one pass over the end points.
-struct ClockSums {
-    Report::Summary setup, hold;
-};
-std::vector<ClockSums> sumByClock(const Results& results) {
-    std::vector<ClockSums> sums(results.clocks.size());
-    for (const auto& [pin, result] : results.harvest.endpoints()) {
-        if (result.setup && result.setup->capture != none)
-            add(sums[result.setup->capture].setup, result.setup->slack);
-        if (result.hold && result.hold->capture != none)
-            add(sums[result.hold->capture].hold, result.hold->slack);
-    }
+using ClockSums = Base::IndexVector<Design::ClockId, PerSide<Report::Summary>>;
+ClockSums sumByClock(const AnalyzedDesign& of, const EndpointResults& endpoints) {
+    ClockSums sums(of.clocks.size());
+    for (const auto& [pin, result] : endpoints.worst)
+        for (const Side side : Base::bothSides)
+            if (const std::optional<Worst>& worst = result[side]; worst && worst->edges.capture != none)
+                add(sums[worst->edges.capture][side], worst->slack);
     return sums;
 }
 
-void fillClocks(const Results& results, Report::Report& report) {
-    const std::vector<ClockSums> sums = sumByClock(results);
-    for (std::uint32_t number = 0; number < results.clocks.size(); ++number) {
-        const Model::Clock& clock = results.clocks[number];
+// The period that a clock achieves by its own paths; nothing if it has none.
+MaybeTime achievedPeriod(const AnalyzedDesign& of, const EndpointResults& endpoints, Design::ClockId clock) {
+    MaybeTime achieved;
+    if (of.clocks[clock].period == 0)
+        achieved = ordinary(of.model.host().getAnalyzer()->getPeriod(of.model.root(clock)));
+    else if (const auto own = endpoints.achievedPeriods.find(clock); own != endpoints.achievedPeriods.end())
+        achieved = own->second;
+    return achieved && *achieved > 0 ? achieved : std::nullopt;
+}
+
+void fillClocks(const AnalyzedDesign& of, const EndpointResults& endpoints, Report::Report& report) {
+    const ClockSums sums = sumByClock(of, endpoints);
+    for (const Design::ClockId number : sums.ids()) {
+        const Model::Clock& clock = of.clocks[number];
         if (clock.removed)
             continue;
         Report::Clock& filled = report.clocks.emplace_back();
@@ -48,55 +58,54 @@ void fillClocks(const Results& results, Report::Report& report) {
             filled.period = clock.period;
             filled.waveform = {clock.rise, clock.fall};
         }
-        for (const std::uint32_t target : clock.targets)
-            filled.sources.push_back(results.network.nameOf(target));
+        for (const Model::NodeId target : clock.targets)
+            filled.sources.push_back(of.network.nameOf(target));
         std::ranges::sort(filled.sources);
         filled.propagated = clock.propagated;
         if (clock.master)
-            filled.generatedFrom = results.clocks[*clock.master].name;
-        std::optional<Time> achieved = results.harvest.achievedPeriod(number);
-        if (clock.period == 0)
-            achieved = ordinary(results.model.host().getAnalyzer()->getPeriod(results.model.root(number)));
-        if (achieved && *achieved > 0)
-            filled.achievedPeriod = achieved;
+            filled.generatedFrom = of.clocks[*clock.master].name;
+        filled.achievedPeriod = achievedPeriod(of, endpoints, number);
         filled.setup = sums[number].setup;
         filled.hold = sums[number].hold;
     }
 }
 
-void fillEndpoints(const Results& results, Report::Report& report) {
-    const auto nameOf = [&](std::uint32_t clock) {
-        return clock == none ? std::string() : results.clocks[clock].name;
+// One side of an end point, into the members of the report's end point that hold that side.
+void fillSide(const AnalyzedDesign& of, const Worst& worst, MaybeTime& slack, std::string (&clocks)[2],
+              std::optional<Report::Exception>& exception) {
+    const auto nameOf = [&](Design::ClockId clock) {
+        return clock == none ? std::string() : of.clocks[clock].name;
     };
-    for (const auto& [pin, result] : results.harvest.endpoints()) {
+    slack = worst.slack;
+    clocks[0] = nameOf(worst.edges.launch);
+    clocks[1] = nameOf(worst.edges.capture);
+    if (worst.exception != none)
+        exception = describe(of.constraints, worst.exception);
+}
+
+void fillEndpoints(const AnalyzedDesign& of, const EndpointResults& endpoints, Report::Report& report) {
+    for (const auto& [pin, result] : endpoints.worst) {
         Report::Endpoint& endpoint = report.endpoints.emplace_back();
-        endpoint.pin = results.design.pinName(pin);
+        endpoint.pin = of.design.pinName(pin);
         if (result.setup) {
-            endpoint.setupSlack = result.setup->slack;
-            endpoint.setupClocks[0] = nameOf(result.setup->launch);
-            endpoint.setupClocks[1] = nameOf(result.setup->capture);
-            if (result.setup->exception != none)
-                endpoint.setupException = describe(results.constraints, result.setup->exception);
+            fillSide(of, *result.setup, endpoint.setupSlack, endpoint.setupClocks, endpoint.setupException);
             add(report.setup, result.setup->slack);
         }
         if (result.hold) {
-            endpoint.holdSlack = result.hold->slack;
-            endpoint.holdClocks[0] = nameOf(result.hold->launch);
-            endpoint.holdClocks[1] = nameOf(result.hold->capture);
-            if (result.hold->exception != none)
-                endpoint.holdException = describe(results.constraints, result.hold->exception);
+            fillSide(of, *result.hold, endpoint.holdSlack, endpoint.holdClocks, endpoint.holdException);
             add(report.hold, result.hold->slack);
         }
     }
     std::ranges::sort(report.endpoints, {}, &Report::Endpoint::pin);
 }
 
-// What could be an end point and has no slack.
-void fillUnconstrained(const Results& results, bool list, Report::Report& report) {
-    const Design::RoutedDesign& design = results.design;
-    for (std::uint32_t pin = 0; pin < design.pins.size(); ++pin) {
+// Pins that could be end points and have no slack.
+void fillUnconstrained(const AnalyzedDesign& of, const EndpointResults& endpoints, bool list,
+                       Report::Report& report) {
+    const Design::RoutedDesign& design = of.design;
+    for (const Design::PinId pin : Base::firstIds<Design::PinId>(design.pins.size())) {
         const bool output = design.isPort(pin) && design.pins[pin].direction != Design::Direction::input;
-        if ((!output && !design.isDataPin(pin)) || results.harvest.endpoints().contains(pin))
+        if ((!output && !design.isDataPin(pin)) || endpoints.worst.contains(pin))
             continue;
         ++report.unconstrainedEndpoints;
         if (list)
@@ -105,10 +114,10 @@ void fillUnconstrained(const Results& results, bool list, Report::Report& report
     std::ranges::sort(report.unconstrained);
 }
 
-void fillPulseChecks(const Results& results, Report::Report& report) {
-    for (const Design::PulseCheck& check : results.design.pulseChecks)
-        for (const std::uint32_t number : results.model.clocksAt(check.pin)) {
-            const Model::Clock& clock = results.clocks[number];
+void fillPulseChecks(const AnalyzedDesign& of, Report::Report& report) {
+    for (const Design::PulseCheck& check : of.design.pulseChecks)
+        for (const Design::ClockId number : of.model.clocksAt(check.pin)) {
+            const Model::Clock& clock = of.clocks[number];
             if (clock.period == 0)
                 continue;
             const Time low = clock.period - clock.high();
@@ -116,7 +125,7 @@ void fillPulseChecks(const Results& results, Report::Report& report) {
                                : check.edge == Design::Transition::fall ? low
                                                                         : std::min(clock.high(), low);
             const Time actual = check.period ? clock.period : width;
-            report.pulseChecks.push_back({results.design.pinName(check.pin), check.period, clock.name,
+            report.pulseChecks.push_back({of.design.pinName(check.pin), check.period, clock.name,
                                           check.required, actual, actual - check.required});
         }
     std::ranges::sort(report.pulseChecks, {}, [](const Report::PulseCheck& check) {
@@ -124,7 +133,7 @@ void fillPulseChecks(const Results& results, Report::Report& report) {
     });
 }
 
-// An exception of which a list came out empty.
+// An exception one of whose lists is empty.
 Report::ExceptionUse skipped(const Design::Constraints& constraints, const Design::Exception& exception) {
     Report::ExceptionUse use;
     use.exception = describe(constraints, exception);
@@ -133,60 +142,71 @@ Report::ExceptionUse skipped(const Design::Constraints& constraints, const Desig
     return use;
 }
 
-// The lines that overrule an exception everywhere.
-std::vector<unsigned> overruling(const Design::Constraints& constraints, const Exceptions::Use& use) {
+// The lines of the commands that overrule an exception everywhere.
+template <class Use>
+std::vector<unsigned> overruling(const Design::Constraints& constraints, const Use& use) {
     std::set<unsigned> lines;
-    for (const std::uint32_t other : use.overruledBy)
+    for (const Design::ExceptionId other : use.overruledBy)
         lines.insert(constraints.exceptions[other].origin.line);
-    for (const std::uint32_t groups : use.cutByGroups)
+    for (const Design::ClockGroupsId groups : use.cutByGroups)
         lines.insert(constraints.clockGroups[groups].origin.line);
     return {lines.begin(), lines.end()};
 }
 
-void fillExceptions(const Results& results, Report::Report& report) {
-    const Design::Constraints& constraints = results.constraints;
-    const std::vector<std::uint64_t> setups = results.harvest.governed(true),
-                                     holds = results.harvest.governed(false);
-    std::map<std::pair<std::string, unsigned>, std::uint64_t> paths;
-    for (const Report::Path& path : report.paths)
+// The number of reported paths that each command governs, by its file and line.
+using PathCounts = std::map<std::pair<std::string, unsigned>, std::uint64_t>;
+PathCounts countPaths(const std::vector<Report::Path>& paths) {
+    PathCounts counts;
+    for (const Report::Path& path : paths)
         for (const auto& by : {path.exception, path.groupedBy})
             if (by)
-                ++paths[{by->file, by->line}];
+                ++counts[{by->file, by->line}];
+    return counts;
+}
+
+Report::ExceptionUse useOf(const AnalyzedDesign& of, const EndpointResults& endpoints,
+                           const PathCounts& paths, Design::ExceptionId number) {
+    Report::ExceptionUse use;
+    use.exception = describe(of.constraints, number);
+    use.text = of.constraints.exceptions[number].text;
+    use.setupEndpoints = endpoints.governed.setup[number];
+    use.holdEndpoints = endpoints.governed.hold[number];
+    if (const auto own = paths.find({use.exception.file, use.exception.line}); own != paths.end())
+        use.paths = own->second;
+    const bool governs = use.setupEndpoints + use.holdEndpoints != 0;
+    if (!governs)
+        use.overruledBy = overruling(of.constraints, of.exceptions.uses()[number]);
+    use.status = governs ? "governs" : use.overruledBy.empty() ? "matches no path" : "always overruled";
+    return use;
+}
+
+// In the order of the commands, those that were skipped included.
+void fillExceptions(const AnalyzedDesign& of, const EndpointResults& endpoints, Report::Report& report) {
+    const Design::Constraints& constraints = of.constraints;
+    const PathCounts paths = countPaths(report.paths);
     auto next = constraints.skippedExceptions.begin();
     const auto addSkipped = [&](std::size_t position) {
         for (; next != constraints.skippedExceptions.end() && next->position <= position; ++next)
             report.exceptions.push_back(skipped(constraints, next->exception));
     };
-    for (std::uint32_t number = 0; number < constraints.exceptions.size(); ++number) {
-        addSkipped(number);
-        const Exceptions::Use& use = results.exceptions.uses()[number];
-        Report::ExceptionUse& filled = report.exceptions.emplace_back();
-        filled.exception = describe(constraints, number);
-        filled.text = constraints.exceptions[number].text;
-        filled.setupEndpoints = setups[number];
-        filled.holdEndpoints = holds[number];
-        if (const auto own = paths.find({filled.exception.file, filled.exception.line}); own != paths.end())
-            filled.paths = own->second;
-        const bool governs = setups[number] + holds[number] != 0;
-        if (!governs)
-            filled.overruledBy = overruling(constraints, use);
-        filled.status = governs                      ? "governs"
-                        : filled.overruledBy.empty() ? "matches no path"
-                                                     : "always overruled";
+    for (const Design::ExceptionId number :
+         Base::firstIds<Design::ExceptionId>(constraints.exceptions.size())) {
+        addSkipped(number.number());
+        report.exceptions.push_back(useOf(of, endpoints, paths, number));
     }
     addSkipped(constraints.exceptions.size());
 }
 
 } // namespace
 
-void fillReport(const Results& results, bool listUnconstrained, Report::Report& report) {
-    report.design = results.design.name;
-    fillEndpoints(results, report);
-    fillClocks(results, report);
-    report.paths = results.harvest.takePaths();
-    fillUnconstrained(results, listUnconstrained, report);
-    fillPulseChecks(results, report);
-    fillExceptions(results, report);
+void fillReport(const AnalyzedDesign& of, Harvested results, bool listUnconstrained, Report::Report& report) {
+    report.design = of.design.name;
+    fillEndpoints(of, results.endpoints, report);
+    fillClocks(of, results.endpoints, report);
+    report.paths = std::move(results.paths);
+    fillUnconstrained(of, results.endpoints, listUnconstrained, report);
+    fillPulseChecks(of, report);
+    fillExceptions(of, results.endpoints, report);
 }
 
 } // namespace Analysis

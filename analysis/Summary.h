@@ -5,17 +5,9 @@
 
 namespace Analysis {
 
-struct Results {
-    const Design::RoutedDesign& design;
-    const Model::Network& network;
-    const Model::Clocks& clocks;
-    const Design::Constraints& constraints;
-    Model::TimingModel& model;
-    const Exceptions::Exceptions& exceptions;
-    Harvest& harvest; // hands its paths over
-};
-
-// listUnconstrained: with the names of the end points that nothing constrains, not only their number.
-void fillReport(const Results& results, bool listUnconstrained, Report::Report& report);
+// Fills everything of the report that follows from the results. listUnconstrained: adds the names of the end
+// points that no constraint times, in addition to their number.
+void fillReport(const AnalyzedDesign& analyzed, Harvested results, bool listUnconstrained,
+                Report::Report& report);
 
 } // namespace Analysis

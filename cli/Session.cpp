@@ -24,8 +24,6 @@
 
 namespace Cli {
 
-using Base::none;
-
 namespace {
 
 std::atomic<Pelko::Application*> running = nullptr;
@@ -73,7 +71,9 @@ private:
     void readConstraints();
     void build();
     void launch();
-    void noteCutOffs();
+    Analysis::AnalyzedDesign analyzed() const {
+        return {design_, *network_, *clocks_, constraints_, *model_, *exceptions_};
+    }
     void report();
 
     Session& session_;
@@ -213,15 +213,19 @@ private:
 
 class Listening {
 public:
-    explicit Listening(Pelko::ObjectListener* listener) : listener_(listener) {
+    explicit Listening(Analysis::Harvest* listener) : listener_(listener) {
         Pelko::Object::addListener(listener_);
+        Pelko::Object::addSweepListener(listener_);
     }
     Listening(const Listening&) = delete;
     Listening& operator=(const Listening&) = delete;
-    ~Listening() { Pelko::Object::removeListener(listener_); }
+    ~Listening() {
+        Pelko::Object::removeSweepListener(listener_);
+        Pelko::Object::removeListener(listener_);
+    }
 
 private:
-    Pelko::ObjectListener* const listener_;
+    Analysis::Harvest* const listener_;
 };
 
 // A sweep is read as it goes; the engine's own searches and tags are not needed. Clocks that were found are
@@ -238,9 +242,8 @@ void Run::launch() {
     Pelko::Analyzer::_muted = !options_.verbose;
     Ruvex::console.setOutput(nullptr);
     harvest_ = std::make_unique<Analysis::Harvest>(
-        design_, *network_, *clocks_, constraints_, *model_, *exceptions_,
-        Analysis::HarvestOptions{options_.paths, options_.perEndpoint, options_.setupPaths,
-                                 options_.holdPaths});
+        analyzed(), Analysis::HarvestOptions{{options_.paths, options_.perEndpoint},
+                                             {options_.setupPaths, options_.holdPaths}});
     Engine engine(model_->host().getApplication(), [this](const Ruvex::Console::Message& message) {
         if (options_.verbose)
             session_.onEngineMessage(message);
@@ -255,30 +258,12 @@ void Run::launch() {
     Analysis::achieveApart(roots, [&engine] { engine.launch(); });
 }
 
-// The first pairs one by one.
-void Run::noteCutOffs() {
-    constexpr std::size_t namedPairs = 20;
-    const auto pairs = harvest_->cutOffPairs();
-    std::size_t named = 0;
-    for (const auto& [first, second] : pairs) {
-        if (named++ == namedPairs) {
-            session_.diagnostics.note({}, std::to_string(pairs.size() - namedPairs) +
-                                              " more pairs of clocks have no short common period");
-            return;
-        }
-        const Model::Clock &a = (*clocks_)[first], &b = (*clocks_)[second];
-        session_.diagnostics.note(b.place, "the common period of '" + a.name + "' and '" + b.name +
-                                               "' has more than " + std::to_string(Model::edgeLimit) +
-                                               " edges of the faster clock: only these are compared");
-    }
-}
-
 void Run::report() {
     begin("reporting");
-    noteCutOffs();
+    Analysis::Harvested results = harvest_->take();
+    Analysis::noteCutOffs(results.cutOffPairs, *clocks_, session_.diagnostics);
     exceptions_->findCut(*model_);
-    Analysis::fillReport({design_, *network_, *clocks_, constraints_, *model_, *exceptions_, *harvest_},
-                         options_.unconstrained, report_);
+    Analysis::fillReport(analyzed(), std::move(results), options_.unconstrained, report_);
     report_.scale = options_.scale;
     report_.diagnostics = session_.diagnostics.all();
 }

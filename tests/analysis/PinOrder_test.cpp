@@ -15,14 +15,15 @@ TEST(PinOrder, isThatOfTheNames) {
     Design::RoutedDesign design;
     const auto name = [&](const char* text) { return design.names.add(text); };
     for (const char* cell : {"a", "a/b", "a.", "b", "a!", "", "\xC3\xA4", "a/"}) {
-        const std::uint32_t number = design.addCell(name(cell), name("T"));
+        const Design::CellId number = design.addCell(name(cell), name("T"));
         for (const char* pin : {"a", "b", "b/a", "/", ""})
             design.addPin(number, name(pin));
     }
     for (const char* port : {"a", "a/a", "a/b", "clk", "clk[3]", "b/b/a"})
         design.addPin(none, name(port));
-    for (std::uint32_t a = 0; a < design.pins.size(); ++a)
-        for (std::uint32_t b = 0; b < design.pins.size(); ++b)
+    const auto pins = Base::firstIds<Design::PinId>(design.pins.size());
+    for (const Design::PinId a : pins)
+        for (const Design::PinId b : pins)
             EXPECT_EQ(Analysis::isNamedBefore(design, a, b), design.pinName(a) < design.pinName(b))
                 << design.pinName(a) << " " << design.pinName(b);
 }
@@ -36,11 +37,11 @@ TEST(PinOrder, ofSequencesIsLexicographic) {
     for (const char* port : {"d", "b", "a", "c"}) // not in the order of their numbers
         design.addPin(none, design.names.add(port));
     Analysis::Sequences sequences(design);
-    std::vector<std::uint32_t> numbers = {Analysis::Sequences::empty};
+    std::vector<Analysis::SequenceId> numbers = {Analysis::Sequences::empty};
     std::vector<std::vector<std::string>> expected(1);
     for (int i = 0; i < 400; ++i) {
         const std::size_t from = i % 3 == 0 ? random() % numbers.size() : numbers.size() - 1;
-        const std::uint32_t pin = random() % 4;
+        const Design::PinId pin(static_cast<std::uint32_t>(random() % 4));
         numbers.push_back(sequences.append(numbers[from], pin));
         expected.push_back(expected[from]);
         if (expected[from].empty() || expected[from].back() != design.pinName(pin))
