@@ -5,7 +5,7 @@
 // The files are written to a temporary folder, from a fixed seed, before anything is measured.
 #include "Measure.h"
 
-#include "cli/Session.h"
+#include "analysis/Session.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -125,14 +125,14 @@ private:
     std::vector<std::size_t> inputs_, data_;
 };
 
-void measure(const char* title, const Cli::Options& options) {
+void measure(const char* title, const Analysis::SessionOptions& options) {
     const bench::PeakMemory peak;
     const bench::Stopwatch watch;
-    Cli::Session session;
+    Analysis::Session session;
     const Report::Report report = session.run(options);
     std::printf("%s: %.2f s, %.0f MB, %zu end points, %llu arcs\n", title, watch.seconds(),
                 peak.getRise() / 1e6, report.endpoints.size(), static_cast<unsigned long long>(report.arcs));
-    for (const Cli::Stage& stage : session.stages)
+    for (const Analysis::Stage& stage : session.stages)
         std::printf("  %-28s %8.3f s\n", std::string(stage.name).c_str(), stage.seconds);
     std::fflush(stdout);
 }
@@ -141,7 +141,7 @@ void measure(const char* title, const Cli::Options& options) {
 
 int main(int count, char** words) {
     const std::size_t pins = count > 1 ? std::strtoull(words[1], nullptr, 10) : defaultPins;
-    Cli::Options options;
+    Analysis::SessionOptions options;
     const std::string example = std::string(VORLEN_EXAMPLES_DIR) + "/uart_fir/uart_fir";
     options.sdf = example + ".sdf";
     options.sdc = {example + ".sdc"};

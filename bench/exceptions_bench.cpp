@@ -11,7 +11,7 @@
 // Every run has its own process, and so its own peak of memory. The first argument selects a kind, the second
 // one the number of exceptions.
 #include "Measure.h"
-#include "cli/Session.h"
+#include "analysis/Session.h"
 
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -162,14 +162,14 @@ void run(const Folder& folder, Kind kind, const char* name, unsigned count) {
     }
     const std::string sdc = folder / (std::string(name) + std::to_string(count) + ".sdc").c_str();
     writeSdc(sdc, kind, count);
-    Cli::Options options;
+    Analysis::SessionOptions options;
     options.sdf = folder / "d.sdf";
     options.sdc = {sdc};
-    Cli::Session session;
+    Analysis::Session session;
     try {
         const Report::Report report = session.run(options);
         std::printf("%-8s %6u exceptions:", name, count);
-        for (const Cli::Stage& stage : session.stages)
+        for (const Analysis::Stage& stage : session.stages)
             std::printf(" %.*s %.2f s,", static_cast<int>(stage.name.size()), stage.name.data(),
                         stage.seconds);
         rusage usage{};

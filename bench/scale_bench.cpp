@@ -30,8 +30,8 @@ void measure(const char* name, std::size_t arcs, Work work) {
 
 void runCommand(const char* name, Scale::Files& files) {
     const std::size_t arcs = files.getArcCount();
-    const Cli::Options options = files.write();
-    measure(name, arcs, [&options] { Cli::Session().run(options); });
+    const Analysis::SessionOptions options = files.write();
+    measure(name, arcs, [&options] { Analysis::Session().run(options); });
 }
 
 void runEngine(const Scale::EngineInput& input) {

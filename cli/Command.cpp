@@ -1,12 +1,12 @@
 // A run of the command, and the messages of its failures.
 #include "cli/Command.h"
 
+#include "analysis/Session.h"
 #include "base/Characters.h"
 #include "base/Stopping.h"
 #include "cli/Ending.h"
 #include "cli/Output.h"
 #include "cli/Progress.h"
-#include "cli/Session.h"
 #include "cli/Terminal.h"
 #include "report/Json.h"
 #include "report/Text.h"
@@ -25,7 +25,7 @@ namespace Cli {
 
 namespace {
 
-// Lines on standard error. Names in them cannot steer the terminal.
+// Prints lines on standard error. Names in them cannot steer the terminal.
 void say(std::string_view lines) { std::cerr << Base::printableLines(lines) << '\n'; }
 
 void print(const Base::Diagnostics& diagnostics, bool quiet) {
@@ -77,7 +77,7 @@ void writeText(const Report::Report& report, const Options& options) {
     text.finish();
 }
 
-ExitStatus analyze(const Options& options, Session& session) {
+ExitStatus analyze(const Options& options, Analysis::Session& session) {
     std::optional<Output> json;
     if (options.json)
         json.emplace(*options.json);
@@ -94,7 +94,7 @@ ExitStatus analyze(const Options& options, Session& session) {
     }();
     print(session.diagnostics, options.quiet);
     if (options.verbose)
-        for (const Stage& stage : session.stages)
+        for (const Analysis::Stage& stage : session.stages)
             std::cerr << "vorlen: " << stage.name << ": " << stage.seconds << " s\n";
     if (json) {
         writeJson(report, json->stream());
@@ -102,7 +102,7 @@ ExitStatus analyze(const Options& options, Session& session) {
     }
     if (options.json != "-")
         writeText(report, options);
-    // All outputs are complete: only now does the file take its place.
+    // Only now that all outputs are complete does the file take its place.
     const ExitStatus status = report.isViolated() && !options.allowViolations ? timingViolated : timingMet;
     conclude(status, [&] {
         if (json)
@@ -112,7 +112,7 @@ ExitStatus analyze(const Options& options, Session& session) {
 }
 
 ExitStatus analyzeOrRefuse(const Options& options) {
-    Session session;
+    Analysis::Session session;
     session.limits.giveUp = endBadScript;
     try {
         return analyze(options, session);
@@ -132,7 +132,7 @@ ExitStatus analyzeOrRefuse(const Options& options) {
     }
 }
 
-// What no input leads to.
+// A failure that no input leads to.
 ExitStatus giveUp() noexcept {
     try {
         throw;

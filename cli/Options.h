@@ -1,48 +1,37 @@
 // The command line, as data.
 //
-// Parsing has no effect but on the two streams that it is given: help and version go to the one, a usage
-// error to the other. Whether files exist is found out by who opens them.
+// Parsing only writes to the two streams that it is given. It does not look whether input files exist:
+// whoever opens them reports that.
 #pragma once
+
+#include "analysis/Session.h"
 
 #include <iosfwd>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace Cli {
 
+using Analysis::AnalysisMode;
+using Analysis::ClockDefault;
+using Analysis::Delays;
+
 enum ExitStatus : int {
-    timingMet = 0, // or nothing is constrained
+    timingMet = 0, // also if nothing is constrained
     timingViolated = 1,
-    badInput = 2, // or bad usage, or an output that cannot be written
+    badInput = 2, // also bad usage, and an output that cannot be written
     internalError = 3,
     interrupted = 130,
 };
 
-enum class Delays { min, typ, max, minmax };
-enum class ClockDefault { propagated, ideal };
-enum class AnalysisMode { exhaustive, critical };
 enum class ColorWhen { automatic, always, never };
 enum class ProgressWhen { automatic, never };
 
-struct Options {
-    std::string sdf;
-    std::vector<std::string> sdc; // in their order
-    std::optional<std::string> netlist;
-    std::optional<std::string> top;
-    Delays delays = Delays::minmax;
-    ClockDefault clocks = ClockDefault::propagated;
-    int scale = -12; // the unit of time is 10^scale s
-    unsigned paths = 10;
-    unsigned perEndpoint = 1;
-    bool setupPaths = true; // the sides of which paths are reported
-    bool holdPaths = true;
-    bool unconstrained = false;
-    bool exceptions = false;
-    AnalysisMode mode = AnalysisMode::exhaustive;
+// What the session is asked for, and what only the command knows.
+struct Options : Analysis::SessionOptions {
+    bool exceptions = false;         // whether the text lists the exceptions
     std::optional<std::string> json; // "-": standard output
     bool quiet = false;
-    bool verbose = false;
     ColorWhen color = ColorWhen::automatic;
     ProgressWhen progress = ProgressWhen::automatic;
     bool allowViolations = false;
@@ -50,12 +39,14 @@ struct Options {
 
 struct Invocation {
     Options options;
-    std::optional<ExitStatus> exit; // set: all is said, and the command ends with it
+    // Set if everything has been printed: the command ends with this status.
+    std::optional<ExitStatus> exit;
 };
 
-// The line on standard error that says what is wrong with the command line.
+// The line on standard error for a fault of the command line.
 std::string usageError(const std::string& text);
 
+// Writes help and the version to `out`, and a usage error to `err`.
 Invocation parse(int argc, const char* const* argv, std::ostream& out, std::ostream& err);
 
 } // namespace Cli

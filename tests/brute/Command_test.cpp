@@ -7,8 +7,7 @@
 #include "Generate.h"
 #include "Write.h"
 
-#include "cli/Session.h"
-#include "tests/support/TemporaryFolder.h"
+#include "analysis/Session.h"
 
 #include <gtest/gtest.h>
 
@@ -74,14 +73,15 @@ struct Inputs {
     Brute::Design design;
     std::string sdc, netlist;
     Brute::Options options;
-    Cli::Options command;
+    Analysis::SessionOptions command;
 };
 
 Inputs inputsOf(const TemporaryFolder& folder, std::uint64_t seed, Brute::Shape shape) {
     const std::array delays = {Brute::DelayMode::minmax, Brute::DelayMode::minimum, Brute::DelayMode::typical,
                                Brute::DelayMode::maximum};
-    const std::array named = {Cli::Delays::minmax, Cli::Delays::min, Cli::Delays::typ, Cli::Delays::max};
-    // Mostly the default, but every way to read the delays occurs.
+    const std::array named = {Analysis::Delays::minmax, Analysis::Delays::min, Analysis::Delays::typ,
+                              Analysis::Delays::max};
+    // Mostly the default; every way to read the delays comes up.
     const std::size_t which = seed % 8 < 4 ? 0 : seed % 4;
     Inputs inputs;
     auto& [design, sdc, netlist, options, command] = inputs;
@@ -101,21 +101,20 @@ Inputs inputsOf(const TemporaryFolder& folder, std::uint64_t seed, Brute::Shape 
     if (netlist == "verilog")
         command.netlist = folder.write("d.v", Brute::writeVerilog(design));
     command.delays = named[which];
-    command.clocks = options.propagated ? Cli::ClockDefault::propagated : Cli::ClockDefault::ideal;
+    command.clocks = options.propagated ? Analysis::ClockDefault::propagated : Analysis::ClockDefault::ideal;
     return inputs;
 }
 
-Report::Report runOf(const TemporaryFolder& folder, const Inputs& inputs,
-                     const Model::LoopLimits& loopLimits = {}) {
-    Cli::Session session;
+Report::Report runOf(const Folder& folder, const Inputs& inputs, const Model::LoopLimits& loopLimits = {}) {
+    Analysis::Session session;
     session.loopLimits = loopLimits;
     Report::Report report = session.run(inputs.command);
     // Without a netlist a port that no delay names does not exist, and a constraint on it is lost.
     if (inputs.command.netlist || report.constraintsUnmatched == 0)
         return report;
-    Cli::Options command = inputs.command;
+    Analysis::SessionOptions command = inputs.command;
     command.netlist = folder.write("d.json", Brute::writeJson(inputs.design));
-    Cli::Session again;
+    Analysis::Session again;
     again.loopLimits = loopLimits;
     return again.run(command);
 }

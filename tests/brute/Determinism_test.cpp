@@ -5,7 +5,7 @@
 #include "Write.h"
 
 #include "ProjectFiles.h"
-#include "cli/Session.h"
+#include "analysis/Session.h"
 #include "report/Json.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -33,17 +33,25 @@ namespace fs = std::filesystem;
 // The files of some designs. They are deleted with this object.
 class Designs {
 public:
-    Cli::Options add(std::uint64_t seed, Brute::ExceptionMode mode = Brute::ExceptionMode::overlapping,
-                     int loopPercent = 0) const {
+    Designs() : folder_((fs::temp_directory_path() / "vorlen-same.XXXXXX").string()) {
+        EXPECT_NE(mkdtemp(folder_.data()), nullptr) << folder_;
+    }
+    ~Designs() { fs::remove_all(folder_); }
+    Designs(const Designs&) = delete;
+    Designs& operator=(const Designs&) = delete;
+
+    Analysis::SessionOptions add(std::uint64_t seed,
+                                 Brute::ExceptionMode mode = Brute::ExceptionMode::overlapping,
+                                 int loopPercent = 0) const {
         Brute::Shape shape;
         shape.exceptions = mode;
         shape.loopPercent = loopPercent;
         const Brute::Design design = Brute::generate(seed, shape);
-        Cli::Options options;
+        Analysis::SessionOptions options;
         options.sdf = write(seed, "sdf", Brute::writeSdf(design));
         options.sdc = {write(seed, "sdc", Brute::writeSdc(design))};
         options.netlist = write(seed, "json", Brute::writeJson(design));
-        options.exceptions = options.unconstrained = true;
+        options.unconstrained = true;
         options.perEndpoint = 3;
         return options;
     }
@@ -59,9 +67,9 @@ private:
     Support::TemporaryFolder folder_;
 };
 
-std::string jsonOf(const Cli::Options& options) {
+std::string jsonOf(const Analysis::SessionOptions& options) {
     std::ostringstream json;
-    Report::writeJson(Cli::Session().run(options), json);
+    Report::writeJson(Analysis::Session().run(options), json);
     return json.str();
 }
 
@@ -87,7 +95,7 @@ constexpr std::array<std::uint64_t, 8> seeds{1, 2, 3, 5, 8, 13, 21, 34};
 TEST(Determinism, ASecondRunGivesTheSameBytes) {
     const Designs designs;
     for (const std::uint64_t seed : seeds) {
-        const Cli::Options options = designs.add(seed);
+        const Analysis::SessionOptions options = designs.add(seed);
         const std::string json = jsonOf(options);
         EXPECT_NE(json.find("\"endpoints\""), std::string::npos);
         EXPECT_EQ(jsonOf(options), json) << "seed " << seed;
@@ -97,7 +105,7 @@ TEST(Determinism, ASecondRunGivesTheSameBytes) {
 TEST(Determinism, OtherAddressesGiveTheSameBytes) {
     const Designs designs;
     for (const std::uint64_t seed : seeds) {
-        const Cli::Options options = designs.add(seed);
+        const Analysis::SessionOptions options = designs.add(seed);
         const std::string json = jsonOf(options);
         for (unsigned order = 1; order <= 5; ++order) {
             const Litter litter(order);
@@ -108,7 +116,7 @@ TEST(Determinism, OtherAddressesGiveTheSameBytes) {
 
 TEST(Determinism, TheHundredAndFirstRunGivesTheSameBytes) {
     const Designs designs;
-    const Cli::Options first = designs.add(seeds[0]);
+    const Analysis::SessionOptions first = designs.add(seeds[0]);
     const std::string json = jsonOf(first);
     constexpr std::uint64_t others = 99;
     for (std::uint64_t seed = 100; seed < 100 + others; ++seed)
@@ -120,7 +128,7 @@ TEST(Determinism, TheHundredAndFirstRunGivesTheSameBytes) {
 TEST(Determinism, TheProgramGivesTheSameBytes) {
     const Designs designs;
     for (const std::uint64_t seed : seeds) {
-        const Cli::Options options = designs.add(seed);
+        const Analysis::SessionOptions options = designs.add(seed);
         for (const char* name : {"first.json", "second.json"}) {
             const std::string json = designs.path(name);
             const std::string command =

@@ -6,7 +6,7 @@
 #include "Random.h"
 #include "Write.h"
 
-#include "cli/Session.h"
+#include "analysis/Session.h"
 #include "report/Json.h"
 #include "tests/support/Sdf.h"
 #include "tests/support/TemporaryFolder.h"
@@ -94,7 +94,7 @@ enum class Netlist { none, json, verilog };
 // what is said of the files that differ.
 std::string reportOf(const TemporaryFolder& folder, const Brute::Design& design, const std::string& sdc,
                      Netlist netlist, std::size_t& ties) {
-    Cli::Options options;
+    Analysis::SessionOptions options;
     options.sdf = folder.write("d.sdf", writeSdf(design));
     if (!sdc.empty())
         options.sdc = {folder.write("d.sdc", sdc)};
@@ -102,10 +102,10 @@ std::string reportOf(const TemporaryFolder& folder, const Brute::Design& design,
         options.netlist = folder.write("d.json", writeJson(design));
     else if (netlist == Netlist::verilog)
         options.netlist = folder.write("d.v", writeVerilog(design));
-    options.exceptions = options.unconstrained = true;
+    options.unconstrained = true;
     options.paths = 20;
     options.perEndpoint = 4;
-    Report::Report report = Cli::Session().run(options);
+    Report::Report report = Analysis::Session().run(options);
     report.inputs.clear();
     for (std::size_t path = 1; path < report.paths.size(); ++path)
         ties += report.paths[path - 1].slack == report.paths[path].slack ? 1U : 0U;
@@ -190,14 +190,14 @@ TEST(Order, EqualPathsAreInTheOrderOfNames) {
         {{"g10", "g9", "g1"}, 3, {"g1/A", "g10/A", "g9/A"}}, // in byte order
     };
     for (const Row& row : rows) {
-        const TemporaryFolder folder;
-        Cli::Options options;
+        const Folder folder;
+        Analysis::SessionOptions options;
         options.sdf = folder.write("d.sdf", twoWays(row.gates));
         options.sdc = {folder.write("d.sdc", "create_clock -period 10 [get_ports clk]\n")};
         options.perEndpoint = row.perEndpoint;
         options.holdPaths = false;
         std::vector<std::string> found;
-        for (const Report::Path& path : Cli::Session().run(options).paths)
+        for (const Report::Path& path : Analysis::Session().run(options).paths)
             for (const Report::Point& point : path.points)
                 if (point.pin.ends_with("/A"))
                     found.push_back(point.pin);

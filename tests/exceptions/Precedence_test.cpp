@@ -3,9 +3,7 @@
 //   a -> r0/CLK   r0/Q -> g/A  g/Z -> h/A  h/Z -> r1/D   b -> r1/CLK
 //
 // Both clocks rise at 0 and 10, the data takes 3 ns, checks take nothing: setup slack 7, hold slack 3.
-#include "cli/Session.h"
-#include "tests/support/Sdf.h"
-#include "tests/support/TemporaryFolder.h"
+#include "analysis/Session.h"
 
 #include <gtest/gtest.h>
 
@@ -49,13 +47,14 @@ protected:
 
     // Two lines after that of the clocks.
     Outcome run(const std::string& first, const std::string& second) const {
-        folder_.write("d.sdc", "create_clock -period 10 a; create_clock -period 10 b\n" + first + "\n" +
-                                   second + "\n");
-        Cli::Options options;
-        options.sdf = folder_.at("d.sdf");
-        options.sdc = {folder_.at("d.sdc")};
+        std::ofstream(folder_ / "d.sdc") << "create_clock -period 10 a; create_clock -period 10 b\n"
+                                         << first << "\n"
+                                         << second << "\n";
+        Analysis::SessionOptions options;
+        options.sdf = (folder_ / "d.sdf").string();
+        options.sdc = {(folder_ / "d.sdc").string()};
         options.paths = 0;
-        for (const Report::Endpoint& endpoint : Cli::Session().run(options).endpoints)
+        for (const Report::Endpoint& endpoint : Analysis::Session().run(options).endpoints)
             if (endpoint.pin == "r1/D")
                 return {side(endpoint.setupSlack, endpoint.setupException),
                         side(endpoint.holdSlack, endpoint.holdException)};

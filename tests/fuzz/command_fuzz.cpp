@@ -4,7 +4,7 @@
 // The first byte chooses options. The files follow, with a line "====" between them: constraints, delays (if
 // missing, those of a small design), a netlist (if missing, none).
 #include "Netlists.h"
-#include "cli/Session.h"
+#include "analysis/Session.h"
 #include "report/Json.h"
 #include "report/Text.h"
 #include "tests/support/TemporaryFolder.h"
@@ -56,22 +56,22 @@ std::array<std::string_view, 3> split(std::string_view bytes) {
     return parts;
 }
 
-Cli::Options optionsOf(const Support::TemporaryFolder& folder, std::string_view bytes) {
+Analysis::SessionOptions optionsOf(const Folder& folder, std::string_view bytes) {
     const unsigned choice = bytes.empty() ? 0 : static_cast<unsigned char>(bytes.front());
     const auto [sdc, sdf, netlist] = split(bytes.empty() ? bytes : bytes.substr(1));
-    Cli::Options options;
+    Analysis::SessionOptions options;
     options.sdc = {folder.write("d.sdc", sdc)};
     options.sdf = folder.write("d.sdf", sdf.empty() ? smallSdf : sdf);
     if (!netlist.empty())
         options.netlist = folder.write(netlist.front() == '{' ? "d.json" : "d.v", netlist);
-    constexpr std::array delays = {Cli::Delays::minmax, Cli::Delays::min, Cli::Delays::typ, Cli::Delays::max};
+    constexpr std::array delays = {Analysis::Delays::minmax, Analysis::Delays::min, Analysis::Delays::typ,
+                                   Analysis::Delays::max};
     options.delays = delays[choice & 3];
-    options.clocks = choice & 4 ? Cli::ClockDefault::ideal : Cli::ClockDefault::propagated;
-    options.mode = choice & 8 ? Cli::AnalysisMode::critical : Cli::AnalysisMode::exhaustive;
+    options.clocks = choice & 4 ? Analysis::ClockDefault::ideal : Analysis::ClockDefault::propagated;
+    options.mode = choice & 8 ? Analysis::AnalysisMode::critical : Analysis::AnalysisMode::exhaustive;
     options.perEndpoint = choice & 16 ? 3 : 1;
     options.paths = 1000;
     options.unconstrained = true;
-    options.exceptions = true;
     return options;
 }
 
@@ -154,8 +154,8 @@ void checkPath(const Report::Path& path) {
     require(path.captureEdge - path.launchEdge == path.relation, "a relation is that of its edges");
 }
 
-// Every slack has its path, which is the first path of its end point.
-void checkPaths(const Report::Report& report, const Cli::Options& options) {
+// Every slack has its path, which comes first of its end point's.
+void checkPaths(const Report::Report& report, const Analysis::SessionOptions& options) {
     std::map<std::pair<bool, std::string>, std::vector<Report::Time>> slacks;
     bool setup = true;
     for (const Report::Path& path : report.paths) {
@@ -178,8 +178,8 @@ void checkPaths(const Report::Report& report, const Cli::Options& options) {
 }
 
 // The report as JSON, but for what the inputs' sums are; or the refusal.
-std::string outcome(const Cli::Options& options, const Support::TemporaryFolder& folder) {
-    Cli::Session session;
+std::string outcome(const Analysis::SessionOptions& options, const Folder& folder) {
+    Analysis::Session session;
     session.limits = limits;
     try {
         Report::Report report = session.run(options);
@@ -211,9 +211,8 @@ bool isOverLimit(const std::string& outcome) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    // For as long as the program runs.
-    static const Support::TemporaryFolder folder;
-    const Cli::Options options =
+    static const Folder folder;
+    const Analysis::SessionOptions options =
         optionsOf(folder, std::string_view(reinterpret_cast<const char*>(data), size));
     const std::string first = outcome(options, folder), second = outcome(options, folder);
     require(first == second || isOverLimit(first) || isOverLimit(second), "the same again");

@@ -2,7 +2,7 @@
 
 #include "Write.h"
 
-#include "cli/Session.h"
+#include "analysis/Session.h"
 #include "report/Json.h"
 
 #include <zlib.h>
@@ -32,11 +32,12 @@ std::optional<std::int64_t> time(const nlohmann::json& value) {
 
 Case::Case(std::uint64_t seed, const Brute::Shape& shape)
     : design(Brute::generate(seed, shape)), random(seed ^ 0x6d6574616d6f7270u) {
-    // Mostly the default, but every way to read the delays occurs.
-    constexpr std::array delays = {Cli::Delays::minmax, Cli::Delays::minmax, Cli::Delays::minmax,
-                                   Cli::Delays::min,    Cli::Delays::typ,    Cli::Delays::max};
+    // Mostly the default; every way to read the delays comes up.
+    constexpr std::array delays = {Analysis::Delays::minmax, Analysis::Delays::minmax,
+                                   Analysis::Delays::minmax, Analysis::Delays::min,
+                                   Analysis::Delays::typ,    Analysis::Delays::max};
     options.delays = delays[seed % delays.size()];
-    options.clocks = seed % 5 != 0 ? Cli::ClockDefault::propagated : Cli::ClockDefault::ideal;
+    options.clocks = seed % 5 != 0 ? Analysis::ClockDefault::propagated : Analysis::ClockDefault::ideal;
 }
 
 Files write(const Case& from) {
@@ -96,7 +97,7 @@ Outcome Runner::run(const Files& files, Cli::Options options) const {
     Outcome outcome;
     try {
         std::ostringstream json;
-        Report::writeJson(Cli::Session().run(options), json);
+        Report::writeJson(Analysis::Session().run(options), json);
         outcome.report = nlohmann::json::parse(json.str());
     } catch (const std::exception& refused) {
         outcome.refused = refused.what();

@@ -14,7 +14,7 @@ using Brute::Values;
 std::size_t at(int index) { return static_cast<std::size_t>(index); }
 
 bool withMinmax(Case& c) {
-    c.options.delays = Cli::Delays::minmax;
+    c.options.delays = Analysis::Delays::minmax;
     return true;
 }
 

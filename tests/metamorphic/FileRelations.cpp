@@ -162,18 +162,19 @@ void dividerDot(Files& files, Random& random) {
 
 // --- Values ---
 
-std::size_t used(Cli::Delays delays) {
-    return delays == Cli::Delays::min ? 0 : delays == Cli::Delays::typ ? 1 : 2;
+std::size_t used(Analysis::Delays delays) {
+    return delays == Analysis::Delays::min ? 0 : delays == Analysis::Delays::typ ? 1 : 2;
 }
 
 bool withOneMember(Case& c) {
-    c.options.delays = c.random.of(std::vector{Cli::Delays::min, Cli::Delays::typ, Cli::Delays::max});
+    c.options.delays =
+        c.random.of(std::vector{Analysis::Delays::min, Analysis::Delays::typ, Analysis::Delays::max});
     c.amount = static_cast<int>(used(c.options.delays));
     return true;
 }
 
 bool withMinmax(Case& c) {
-    c.options.delays = Cli::Delays::minmax;
+    c.options.delays = Analysis::Delays::minmax;
     return true;
 }
 
@@ -190,8 +191,8 @@ bool onlyTheChosenMember(Case& c) {
         for (std::optional<Brute::Triple>* t : {&check.setup, &check.hold})
             if (*t)
                 narrow(**t);
-    c.options.delays =
-        c.random.of(std::vector{Cli::Delays::min, Cli::Delays::typ, Cli::Delays::max, Cli::Delays::minmax});
+    c.options.delays = c.random.of(std::vector{Analysis::Delays::min, Analysis::Delays::typ,
+                                               Analysis::Delays::max, Analysis::Delays::minmax});
     return true;
 }
 

@@ -132,7 +132,7 @@ Preparation all(std::vector<Preparation> steps) {
 }
 
 bool withoutNetworkLatency(Case& c) {
-    c.options.clocks = Cli::ClockDefault::propagated;
+    c.options.clocks = Analysis::ClockDefault::propagated;
     std::erase_if(c.design.latencies,
                   [](const Brute::Latency& l) { return l.kind != Brute::Latency::Kind::source; });
     // An ideal generated clock may have had a latency of its own.
@@ -143,7 +143,7 @@ bool withoutNetworkLatency(Case& c) {
 }
 
 bool allPropagated(Case& c) {
-    c.options.clocks = Cli::ClockDefault::propagated;
+    c.options.clocks = Analysis::ClockDefault::propagated;
     c.design.latencies.clear();
     return true;
 }

@@ -3,9 +3,7 @@
 // All delays are in ps. Registers are of type DFF (C, D, Q): 100 from a rising C to Q, setup 50, hold 20.
 #pragma once
 
-#include "cli/Session.h"
-#include "tests/support/Sdf.h"
-#include "tests/support/TemporaryFolder.h"
+#include "analysis/Session.h"
 
 #include <map>
 #include <string>
@@ -35,11 +33,14 @@ public:
     }
     void constrain(const std::string& command) { constraints_ += command + "\n"; }
 
-    // Writes the files, and clears the description.
-    Cli::Options write() {
-        Cli::Options options;
-        options.sdf = folder_.write("d.sdf", Support::sdf(Support::wires(wires_) + cells_));
-        options.sdc = {folder_.write("d.sdc", constraints_)};
+    // Writes them; what was told is forgotten.
+    Analysis::SessionOptions write() {
+        Analysis::SessionOptions options;
+        options.sdf =
+            write("d.sdf", "(DELAYFILE (SDFVERSION \"3.0\") (DESIGN \"top\") (DIVIDER /) (TIMESCALE "
+                           "1ps)\n(CELL (CELLTYPE \"top\") (INSTANCE) (DELAY (ABSOLUTE\n" +
+                               wires_ + ")))\n" + cells_ + ")\n");
+        options.sdc = {write("d.sdc", constraints_)};
         wires_ = cells_ = constraints_ = {};
         return options;
     }

@@ -1,7 +1,8 @@
 // The stages of a run, in order.
-#include "cli/Session.h"
+#include "analysis/Session.h"
 
 #include "analysis/AchieveApart.h"
+#include "analysis/EngineRun.h"
 #include "analysis/Harvest.h"
 #include "analysis/Roots.h"
 #include "analysis/Summary.h"
@@ -13,24 +14,17 @@
 #include "readers/sdf/Annotate.h"
 #include "readers/sdf/Parser.h"
 
-#include "Vorlen/Tool.h"
-
-#include <atomic>
 #include <chrono>
 #include <csignal>
-#include <functional>
-#include <iostream>
 #include <memory>
+#include <utility>
 
-namespace Cli {
+namespace Analysis {
 
 namespace {
 
-std::atomic<Pelko::Application*> running = nullptr;
-static_assert(std::atomic<Pelko::Application*>::is_always_lock_free);
-
 // Tcl ignores SIGPIPE for the whole process when it makes its first interpreter. While this lives, that has
-// no effect: a run with constraints ends as one without, if nobody reads its report.
+// no effect, so that a run with constraints ends like one without if nobody reads its report.
 class PipeSignalKept {
 public:
     PipeSignalKept() { sigaction(SIGPIPE, nullptr, &before_); }
@@ -56,10 +50,10 @@ Readers::Corner cornerOf(Delays delays) {
     return Readers::Corner::minmax;
 }
 
-// Everything that a run holds, in the order in which it comes about.
+// Everything that a run holds, in the order in which it is made.
 class Run {
 public:
-    Run(Session& session, const Options& options) : session_(session), options_(options) {}
+    Run(Session& session, const SessionOptions& options) : session_(session), options_(options) {}
 
     Report::Report run();
 
@@ -71,13 +65,13 @@ private:
     void readConstraints();
     void build();
     void launch();
-    Analysis::AnalyzedDesign analyzed() const {
+    void report();
+    AnalyzedDesign analyzed() const {
         return {design_, *network_, *clocks_, constraints_, *model_, *exceptions_};
     }
-    void report();
 
     Session& session_;
-    const Options& options_;
+    const SessionOptions& options_;
     Report::Report report_;
     std::optional<Design::Netlist> netlist_;
     Design::RoutedDesign design_;
@@ -87,7 +81,7 @@ private:
     std::unique_ptr<Model::Clocks> clocks_;
     std::unique_ptr<Exceptions::Exceptions> exceptions_;
     std::unique_ptr<Model::TimingModel> model_;
-    std::unique_ptr<Analysis::Harvest> harvest_;
+    std::unique_ptr<Harvest> harvest_;
     std::string_view stage_;
     std::chrono::steady_clock::time_point started_;
 };
@@ -156,8 +150,8 @@ void Run::build() {
     begin("building the timing graph");
     rounding_.report(options_.scale, session_.diagnostics);
     if (options_.sdc.empty())
-        constraints_ = Analysis::clocksAtRoots(design_, session_.diagnostics);
-    std::vector<std::uint32_t> sources;
+        constraints_ = clocksAtRoots(design_, session_.diagnostics);
+    decltype(Design::Clock::targets) sources;
     for (const Design::Clock& clock : constraints_.clocks)
         if (!clock.removed)
             sources.insert(sources.end(), clock.targets.begin(), clock.targets.end());
@@ -172,64 +166,10 @@ void Run::build() {
     model_ = std::make_unique<Model::TimingModel>(design_, *network_, *clocks_, constraints_,
                                                   exceptions_->timedPorts(), options_.scale, diagnostics);
     exceptions_->makeClasses(*model_);
-    Analysis::warnOfUnclocked(design_, *network_, *model_, diagnostics);
+    warnOfUnclocked(design_, *network_, *model_, diagnostics);
 }
 
-// The engine's tool, and what is set for its launches. All of it is put back.
-class Engine {
-public:
-    // hear: each message of the console.
-    Engine(Pelko::Application* application, std::function<void(const Ruvex::Console::Message&)> hear)
-        : application_(application), tool_(Vorlen::Tool::create()) {
-        Ruvex::console.setRecorder([this, hear = std::move(hear)](const Ruvex::Console::Message& message) {
-            if (message.level == Ruvex::Console::Level::Error)
-                lastError_ = message.text;
-            hear(message);
-        });
-    }
-    Engine(const Engine&) = delete;
-    Engine& operator=(const Engine&) = delete;
-    ~Engine() {
-        running = nullptr;
-        tool_->destroy();
-        Ruvex::console.setRecorder({});
-        Ruvex::console.setErrorOutput();
-    }
-
-    void launch() {
-        running = application_;
-        const bool completed = tool_->launch();
-        running = nullptr;
-        Base::throwIfStopped();
-        if (!completed)
-            throw std::logic_error("the analysis was given up: " + lastError_);
-    }
-
-private:
-    Pelko::Application* const application_;
-    Vorlen::Tool* const tool_;
-    std::string lastError_;
-};
-
-class Listening {
-public:
-    explicit Listening(Analysis::Harvest* listener) : listener_(listener) {
-        Pelko::Object::addListener(listener_);
-        Pelko::Object::addSweepListener(listener_);
-    }
-    Listening(const Listening&) = delete;
-    Listening& operator=(const Listening&) = delete;
-    ~Listening() {
-        Pelko::Object::removeSweepListener(listener_);
-        Pelko::Object::removeListener(listener_);
-    }
-
-private:
-    Analysis::Harvest* const listener_;
-};
-
-// A sweep is read as it goes; the engine's own searches and tags are not needed. Clocks that were found are
-// not related to each other.
+// Each sweep is read before it is destroyed; the engine's own searches and tags are not needed.
 void Run::launch() {
     begin("analysing");
     Pelko::Analyzer* analyzer = model_->host().getAnalyzer();
@@ -239,31 +179,25 @@ void Run::launch() {
     analyzer->setSlackTagging(false);
     analyzer->setAnalysisMode(options_.mode == AnalysisMode::critical ? Pelko::AnalysisMode::Critical
                                                                       : Pelko::AnalysisMode::Exhaustive);
-    Pelko::Analyzer::_muted = !options_.verbose;
-    Ruvex::console.setOutput(nullptr);
-    harvest_ = std::make_unique<Analysis::Harvest>(
-        analyzed(), Analysis::HarvestOptions{{options_.paths, options_.perEndpoint},
-                                             {options_.setupPaths, options_.holdPaths}});
-    Engine engine(model_->host().getApplication(), [this](const Ruvex::Console::Message& message) {
-        if (options_.verbose)
-            session_.onEngineMessage(message);
-    });
-    if (!options_.sdc.empty() || clocks_->size() <= 1) {
-        const Listening listening(harvest_.get());
-        return engine.launch();
-    }
+    harvest_ =
+        std::make_unique<Harvest>(analyzed(), HarvestOptions{{options_.paths, options_.perEndpoint},
+                                                             {options_.setupPaths, options_.holdPaths}});
+    EngineRun engine(*model_->host().getApplication(), options_.verbose, session_.onEngineMessage);
+    // Clocks that were found, instead of stated, are not related to each other.
+    if (!options_.sdc.empty() || clocks_->size() <= 1)
+        return engine.launch(*harvest_);
     std::vector<Pelko::Pole*> roots;
-    for (std::uint32_t clock = 0; clock < clocks_->size(); ++clock)
+    for (const Design::ClockId clock : Base::firstIds<Design::ClockId>(clocks_->size()))
         roots.push_back(model_->root(clock));
-    Analysis::achieveApart(roots, [&engine] { engine.launch(); });
+    achieveApart(roots, [&engine] { engine.launch(); });
 }
 
 void Run::report() {
     begin("reporting");
-    Analysis::Harvested results = harvest_->take();
-    Analysis::noteCutOffs(results.cutOffPairs, *clocks_, session_.diagnostics);
+    Harvested results = harvest_->take();
+    noteCutOffs(results.cutOffPairs, *clocks_, session_.diagnostics);
     exceptions_->findCut(*model_);
-    Analysis::fillReport(analyzed(), std::move(results), options_.unconstrained, report_);
+    fillReport(analyzed(), std::move(results), options_.unconstrained, report_);
     report_.scale = options_.scale;
     report_.diagnostics = session_.diagnostics.all();
 }
@@ -281,14 +215,6 @@ Report::Report Run::run() {
 
 } // namespace
 
-Report::Report Session::run(const Options& options) { return Run(*this, options).run(); }
+Report::Report Session::run(const SessionOptions& options) { return Run(*this, options).run(); }
 
-bool requestStop() noexcept {
-    Base::askToStop();
-    Pelko::Application* application = running;
-    if (application)
-        application->requestStop();
-    return application != nullptr;
-}
-
-} // namespace Cli
+} // namespace Analysis

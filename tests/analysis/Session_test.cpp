@@ -1,6 +1,7 @@
-// The whole command in process: what becomes of inputs that are cut off, and of runs one after the other.
+// Whole sessions in one process: inputs that are cut off, failures, and one session after another.
+#include "analysis/EngineRun.h"
+#include "analysis/Session.h"
 #include "base/Stopping.h"
-#include "cli/Session.h"
 
 #include "report/Json.h"
 
@@ -31,9 +32,9 @@ std::string textOf(const fs::path& file) {
 
 std::string example(const char* name) { return textOf(fs::path(VORLEN_EXAMPLES_DIR) / "two_regs" / name); }
 
-// The report as JSON, but for what the inputs' sums are; nothing where an input is refused.
-std::optional<std::string> reportOf(const Cli::Options& options, std::string& error) {
-    Cli::Session session;
+// The report as JSON without the inputs' checksums; nothing if an input is refused.
+std::optional<std::string> reportOf(const Analysis::SessionOptions& options, std::string& error) {
+    Analysis::Session session;
     try {
         Report::Report report = session.run(options);
         report.inputs.clear();
@@ -46,7 +47,7 @@ std::optional<std::string> reportOf(const Cli::Options& options, std::string& er
     }
 }
 
-std::string whole(const Cli::Options& options) {
+std::string whole(const Analysis::SessionOptions& options) {
     std::string error;
     const std::optional<std::string> report = reportOf(options, error);
     EXPECT_TRUE(report) << error;
@@ -55,7 +56,8 @@ std::string whole(const Cli::Options& options) {
 
 // One of the files cut at every byte: refused with a place, or, where only white space is missing, nothing
 // else. Says how often it was refused.
-std::size_t refusals(const Cli::Options& options, const std::string& path, const std::string& text) {
+std::size_t refusals(const Analysis::SessionOptions& options, const std::string& path,
+                     const std::string& text) {
     const std::string expected = whole(options);
     std::size_t refused = 0;
     for (std::size_t size = 0; size < text.size(); ++size) {
@@ -75,7 +77,7 @@ std::size_t refusals(const Cli::Options& options, const std::string& path, const
 TEST(Session, RefusesAnSdfThatIsCutAtAnyByte) {
     const Support::TemporaryFolder folder;
     const std::string sdf = example("two_regs.sdf");
-    Cli::Options options;
+    Analysis::SessionOptions options;
     options.sdf = folder.write("d.sdf", sdf);
     options.sdc = {folder.write("d.sdc", example("two_regs.sdc"))};
     options.netlist = folder.write("d.json", example("two_regs.routed.json"));
@@ -92,7 +94,7 @@ TEST(Session, RefusesANetlistThatIsCutAtAnyByte) {
  "cells": {"r": {"type": "R", "port_directions": {"C": "input", "D": "input", "Q": "output"},
   "connections": {"C": [2], "D": ["0"], "Q": [5]}}}, "netnames": {"clk": {"bits": [2]}}}}}
 )";
-    Cli::Options options;
+    Analysis::SessionOptions options;
     options.sdf = folder.write("d.sdf", R"((DELAYFILE (SDFVERSION "3.0") (DIVIDER /) (TIMESCALE 1ps)
  (CELL (CELLTYPE "R") (INSTANCE r) (DELAY (ABSOLUTE (IOPATH (posedge C) Q (400)))))))");
     options.sdc = {folder.write("d.sdc", "create_clock -period 10 [get_ports clk]\n"
@@ -102,14 +104,14 @@ TEST(Session, RefusesANetlistThatIsCutAtAnyByte) {
     EXPECT_EQ(refusals(options, *options.netlist, netlist), end);
 }
 
-TEST(Session, GivesTheSameReportAgain) {
-    const Support::TemporaryFolder folder;
-    Cli::Options options;
+TEST(Session, ReturnsTheSameReportAgain) {
+    const Folder folder;
+    Analysis::SessionOptions options;
     options.sdf = folder.write("d.sdf", example("two_regs.sdf"));
     options.sdc = {folder.write("d.sdc", example("two_regs.sdc"))};
     options.netlist = folder.write("d.json", example("two_regs.routed.json"));
     const std::string first = whole(options);
-    Cli::Options other = options;
+    Analysis::SessionOptions other = options;
     other.sdc.clear();
     other.netlist.reset();
     EXPECT_NE(whole(other), first);
@@ -125,7 +127,7 @@ constexpr std::string_view smallSdf = R"((DELAYFILE (SDFVERSION "3.0") (DIVIDER 
  (CELL (CELLTYPE "R") (INSTANCE s) (DELAY (ABSOLUTE (IOPATH (posedge C) Q (400))))
   (TIMINGCHECK (SETUPHOLD D (posedge C) (5) (5))))))";
 
-TEST(Session, ThrowsWhereTheEngineGivesUp) {
+TEST(Session, ThrowsIfTheEngineGivesUp) {
     struct Refusing : Pelko::ObjectListener {
         Refusing() { Pelko::Object::addListener(this); }
         ~Refusing() override { Pelko::Object::removeListener(this); }
@@ -134,48 +136,49 @@ TEST(Session, ThrowsWhereTheEngineGivesUp) {
                 throw Ruvex::Exception("no room");
         }
     };
-    const Support::TemporaryFolder folder;
-    Cli::Options options;
+    const Folder folder;
+    Analysis::SessionOptions options;
     options.sdf = folder.write("d.sdf", smallSdf);
     const std::string expected = whole(options);
     {
         const Refusing refusing;
-        EXPECT_THAT([&] { Cli::Session().run(options); },
+        EXPECT_THAT([&] { Analysis::Session().run(options); },
                     testing::ThrowsMessage<std::logic_error>("the analysis was given up: no room"));
     }
     EXPECT_EQ(whole(options), expected);
 }
 
-// In a process of its own: a stop is for good. It exits as the command would where one stage had begun.
+// In a process of its own, since a stop cannot be taken back.
 TEST(Session, AStopEndsTheNextStage) {
-    const Support::TemporaryFolder folder;
-    Cli::Options options;
+    const Folder folder;
+    Analysis::SessionOptions options;
     options.sdf = folder.write("d.sdf", smallSdf);
+    constexpr int interrupted = 130;
     const auto stopAtTheFirstStage = [&] {
-        Cli::Session session;
+        Analysis::Session session;
         int stages = 0;
         session.onStage = [&stages](std::string_view) {
             ++stages;
-            if (Cli::requestStop()) // nothing hears it while inputs are read
-                std::exit(Cli::internalError);
+            if (Analysis::requestStop()) // nothing hears it while inputs are read
+                std::exit(1);
         };
         try {
             session.run(options);
         } catch (const Base::Interrupted&) {
-            std::exit(stages == 1 ? Cli::interrupted : Cli::internalError);
+            std::exit(stages == 1 ? interrupted : 1);
         }
-        std::exit(Cli::timingMet);
+        std::exit(0);
     };
-    EXPECT_EXIT(stopAtTheFirstStage(), testing::ExitedWithCode(Cli::interrupted), "");
+    EXPECT_EXIT(stopAtTheFirstStage(), testing::ExitedWithCode(interrupted), "");
 }
 
 TEST(Session, NamesTheFirstPairsWithoutAShortCommonPeriod) {
-    const Support::TemporaryFolder folder;
-    Cli::Options options;
+    const Folder folder;
+    Analysis::SessionOptions options;
     options.sdf = folder.write("d.sdf", smallSdf);
     options.sdc = {folder.write("d.sdc", "foreach p {10.007 10.009 10.037 10.039 10.061 10.067 10.069} {\n"
                                          "  create_clock -add -name c$p -period $p [get_ports clk]\n}\n")};
-    const std::vector<Base::Diagnostic> said = Cli::Session().run(options).diagnostics;
+    const std::vector<Base::Diagnostic> said = Analysis::Session().run(options).diagnostics;
     ASSERT_EQ(said.size(), 21U);
     EXPECT_EQ(toString(said.front()), options.sdc[0] +
                                           ":2: note: the common period of 'c10.007' and 'c10.009' has more "
@@ -184,12 +187,12 @@ TEST(Session, NamesTheFirstPairsWithoutAShortCommonPeriod) {
 }
 
 TEST(Session, AClockWithoutAPeriodHasNoPulses) {
-    const Support::TemporaryFolder folder;
-    Cli::Options options;
+    const Folder folder;
+    Analysis::SessionOptions options;
     options.sdf = folder.write("d.sdf", smallSdf);
-    EXPECT_EQ(Cli::Session().run(options).pulseChecks.size(), 0U);
+    EXPECT_EQ(Analysis::Session().run(options).pulseChecks.size(), 0U);
     options.sdc = {folder.write("d.sdc", "create_clock -period 1 -waveform {0 0.3} [get_ports clk]\n")};
-    const Report::Report report = Cli::Session().run(options);
+    const Report::Report report = Analysis::Session().run(options);
     ASSERT_EQ(report.pulseChecks.size(), 1U);
     EXPECT_EQ(report.pulseChecks[0].slack, 200);
 }
@@ -200,10 +203,10 @@ TEST(Session, TwoArcsFromAClockToAnOutput) {
     std::string sdf(smallSdf);
     const std::string arc = "(IOPATH (posedge C) Q (400))";
     sdf.insert(sdf.find(arc) + arc.size(), " (IOPATH C Q (300:350:600))");
-    Cli::Options options;
+    Analysis::SessionOptions options;
     options.sdf = folder.write("d.sdf", sdf);
     options.sdc = {folder.write("d.sdc", "create_clock -period 10 [get_ports clk]\n")};
-    const Report::Report report = Cli::Session().run(options);
+    const Report::Report report = Analysis::Session().run(options);
     ASSERT_EQ(report.endpoints.size(), 1U);
     EXPECT_EQ(report.endpoints[0].pin, "s/D");
     EXPECT_EQ(report.endpoints[0].setupSlack, 10000 - 600 - 10 - 5);
@@ -217,22 +220,25 @@ TEST(Session, NamesTheFirstRootsWithoutAClock) {
         wires += "(INTERCONNECT p" + number + " r" + number + "/C (0))";
         cells += Support::cell("R", "r" + number, "(IOPATH (posedge C) Q (1))");
     }
-    const Support::TemporaryFolder folder;
-    Cli::Options options;
-    options.sdf = folder.write("d.sdf", Support::sdf(Support::wires(wires) + cells));
+    const Folder folder;
+    Analysis::SessionOptions options;
+    options.sdf =
+        folder.write("d.sdf", "(DELAYFILE (SDFVERSION \"3.0\") (TIMESCALE 1ps) (CELL (CELLTYPE \"top\") "
+                              "(INSTANCE) (DELAY (ABSOLUTE " +
+                                  wires + ")))\n" + cells + ")");
     options.sdc = {folder.write("d.sdc", "create_clock -name v -period 10\n")};
-    const std::vector<Base::Diagnostic> said = Cli::Session().run(options).diagnostics;
+    const std::vector<Base::Diagnostic> said = Analysis::Session().run(options).diagnostics;
     ASSERT_EQ(said.size(), 21U);
     EXPECT_EQ(toString(said.front()), "warning: no clock reaches 1 clock pin behind 'p0'");
     EXPECT_EQ(toString(said.back()), "warning: 2 more roots of clock pins have no clock");
 }
 
-TEST(Session, TellsItsStages) {
-    const Support::TemporaryFolder folder;
-    Cli::Options options;
+TEST(Session, ReportsItsStages) {
+    const Folder folder;
+    Analysis::SessionOptions options;
     options.sdf = folder.write("d.sdf", example("two_regs.sdf"));
     options.sdc = {folder.write("d.sdc", "create_clock -period 10\n")};
-    Cli::Session session;
+    Analysis::Session session;
     std::string stages;
     session.onStage = [&](std::string_view stage) { stages.append(stage).append("; "); };
     EXPECT_THROW(session.run(options), Base::BadInput);
