@@ -1,17 +1,16 @@
-// The command, once its options are known: a run, its report to where it is wanted, and what is said of
-// failures.
+// The command after its options are known: it runs a session, writes the report, and prints why it failed.
 #pragma once
 
 #include "cli/Options.h"
 
 namespace Cli {
 
-// Lets nothing out, a lack of memory included: every failure is one line on standard error, and no output
-// file is begun after it.
+// Returns the status of the process. No exception leaves it, not even if memory runs out: every failure is
+// one line on standard error, and no output file is begun after it.
 ExitStatus runCommand(const Options& options) noexcept;
 
-// Help or the version, on standard output: the status, or that of an output that cannot be written. A usage
-// error leaves nothing to print there, and no need of standard output.
+// Prints help or the version on standard output, and returns the status, or `badInput` if the text cannot be
+// written. An empty answer, as after a usage error, does not touch standard output.
 ExitStatus printAnswer(const std::string& answer, ExitStatus status) noexcept;
 
 } // namespace Cli

@@ -1,4 +1,4 @@
-// Signals, no memory, and the end in the middle of a script.
+// Handlers of signals and of failed allocations, and the end in the middle of a script.
 #include "cli/Ending.h"
 
 #include "base/Characters.h"
@@ -21,7 +21,7 @@ namespace {
 
 struct sigaction beforeFault {};
 
-// The status of a run whose outputs are in their places; before that, none.
+// The status of a run whose outputs are in their places; `none` before that.
 constexpr int none = -1;
 std::atomic<int> concluded = none;
 static_assert(std::atomic<int>::is_always_lock_free);
@@ -30,7 +30,7 @@ void write(std::string_view bytes) noexcept {
     [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, bytes.data(), bytes.size());
 }
 
-// As Base::printable(), without memory: piece by piece.
+// The same as Base::printable(), piece by piece, since it must not allocate.
 void writeShown(std::string_view line) noexcept {
     constexpr std::string_view digits = "0123456789ABCDEF";
     while (!line.empty()) {
@@ -59,7 +59,8 @@ bool isFault(int signal) {
     return signal == SIGBUS || signal == SIGFPE || signal == SIGILL || signal == SIGSYS || signal == SIGTRAP;
 }
 
-// What the program did itself happens again when the handler is left, and then ends it as ever.
+// A fault of the program itself happens again when the handler returns, and then ends the process as if it
+// were not handled.
 void onEnd(int signal, siginfo_t* info, void*) {
     if (const int status = concluded; status != none && !isFault(signal) && signal != SIGABRT)
         _exit(status);
@@ -80,7 +81,7 @@ void onFault(int signal, siginfo_t* info, void*) {
         std::raise(signal);
 }
 
-// Whether it ends a process that does nothing about it.
+// Whether the signal ends a process that does not handle it.
 bool isEnding(int signal) {
     for (const int other : {SIGCHLD, SIGCONT, SIGKILL, SIGSTOP, SIGTSTP, SIGTTIN, SIGTTOU, SIGURG, SIGWINCH})
         if (signal == other)
@@ -88,7 +89,7 @@ bool isEnding(int signal) {
     return true;
 }
 
-// On a stack of its own: that of the program may be at its end.
+// The handler has a stack of its own, since that of the program may be exhausted.
 void handleFaults() {
     static std::array<char, std::size_t{1} << 16> stack;
     stack_t own{};
@@ -103,10 +104,10 @@ void handleFaults() {
 
 } // namespace
 
-// Handlers that others have installed, to profile or to check the program, stay too.
+// Handlers that others have installed, to profile or to check the program, stay.
 void handleSignals() {
     handleFaults();
-    std::signal(SIGXFSZ, SIG_IGN); // a limit of the files' size is told as any other failure to write
+    std::signal(SIGXFSZ, SIG_IGN); // a limit of file sizes is reported like any other failure to write
     struct sigaction action {};
     action.sa_sigaction = onEnd;
     action.sa_flags = SA_SIGINFO | SA_ONSTACK | SA_RESTART;

@@ -1,7 +1,7 @@
-// Ends of the process that do not come back to main: by a signal, for lack of memory, and by a script that
-// cannot be left.
+// Ends of the process that do not return to main: by a signal, if memory runs out, and by a script that does
+// not end.
 //
-// An output file that was begun is removed, and so is the progress line; nothing else is put away.
+// An output file that was begun is removed, and so is the progress line. Nothing else is cleaned up.
 #pragma once
 
 #include "cli/Options.h"
@@ -11,20 +11,22 @@
 
 namespace Cli {
 
-// From now on every signal that ends a process leaves no begun file behind. SIGINT ends with a line and
-// status 130, any other one as if it were not handled. A signal that the process was started with as ignored
+// From now on no signal that ends the process leaves a begun file behind. SIGINT ends it with a line and
+// status 130, any other signal as if it were not handled. A signal that was ignored when the process started
 // (nohup, a job in the background) stays ignored, and SIGXFSZ becomes an error of writing.
 void handleSignals();
 
-// Puts the outputs in their places, by the call, and fixes the status of the process: signals wait for the
-// end of the call, and after it they end the process with this status. If the call throws, nothing is fixed.
+// Calls `putInPlace`, which puts the outputs in their places, and fixes the status of the process. Signals
+// wait until the call returns; after that they end the process with this status. If the call throws, the
+// status is not fixed.
 void conclude(ExitStatus status, const std::function<void()>& putInPlace);
 
-// An allocation that fails ends the process, wherever it is: what is on the way up could not go on without
-// memory either, and the engine takes it for a fault of its own.
+// From now on an allocation that fails ends the process at once. Its callers could not go on without memory
+// either, and the engine would report it as a fault of its own.
 void handleLackOfMemory();
 
-// The last line, and the status for a bad input. Safe on any thread, and in a signal handler.
+// Prints the line and ends the process with the status for a bad input. Safe on any thread and in a signal
+// handler.
 [[noreturn]] void endBadScript(std::string_view line) noexcept;
 
 } // namespace Cli

@@ -1,4 +1,4 @@
-// Output files: where they are written, and how they come to their place.
+// Output files: under which name they are written, and how they are put in their place.
 #include "cli/Output.h"
 
 #include "cli/SignalsHeld.h"
@@ -40,7 +40,7 @@ int standardStream(const struct stat& file) {
     return -1;
 }
 
-// Where the file that a link means stands, or will stand.
+// The path of the file that a link points to, whether it exists or not.
 std::string resolved(const std::string& path) {
     std::filesystem::path at = path;
     std::error_code unknown; // of what is no link

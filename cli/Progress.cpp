@@ -20,14 +20,14 @@ constexpr std::string_view erase = "\r\x1b[K";
 constexpr std::string_view ellipsis = "...";
 constexpr unsigned all = 100;
 
-// Where a line is shown, for abandon(); or none.
+// The descriptor on which a line is shown, for abandon(); or `none`.
 constexpr int none = -1;
 std::atomic<int> shownOn = none;
 static_assert(std::atomic<int>::is_always_lock_free);
 
 bool continuesCodePoint(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
 
-// At most that many bytes: the middle goes, at boundaries of code points.
+// The text in at most that many bytes. Its middle is left out, at boundaries of code points.
 std::string fitted(const std::string& text, std::size_t width) {
     if (text.size() <= width)
         return text;
@@ -43,7 +43,7 @@ std::string fitted(const std::string& text, std::size_t width) {
     return text.substr(0, head) + std::string(ellipsis) + text.substr(tail);
 }
 
-// 100 only when all is done, whatever the total.
+// 100 only if everything is done, for any total.
 unsigned percentOf(std::uint64_t done, std::uint64_t total) {
     if (total == 0 || done >= total)
         return all;
@@ -91,7 +91,7 @@ void Progress::draw(const std::string& line) {
     visible_ = true;
 }
 
-// A terminal that is gone is no reason to end a run: the line is just not wanted any more.
+// A terminal that was closed is no reason to end a run: the line is just not wanted any more.
 void Progress::write(std::string_view bytes) {
     while (!bytes.empty()) {
         const ssize_t written = ::write(descriptor_, bytes.data(), bytes.size());

@@ -1,8 +1,8 @@
-// A line on a terminal that says what goes on: "reading x.sdf ... 42%". It is gone at the end, and before
-// anything else is written there.
+// A line on a terminal that shows the current step: "reading x.sdf ... 42%". It is removed at the end, and
+// before anything else is written to the terminal.
 //
-// Where it is not wanted, nothing is ever written. A call that changes nothing on the line costs a
-// comparison, and the same step is redrawn at most ten times a second.
+// If it is not wanted, nothing is written. A call that does not change the line costs a comparison, and the
+// same step is redrawn at most ten times a second.
 #pragma once
 
 #include <chrono>
@@ -22,13 +22,13 @@ public:
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    // The step that goes on, and how much of it is done; without a total no percentage.
+    // Shows the step, and how much of it is done. Without a total there is no percentage.
     void show(std::string_view step, std::uint64_t done = 0, std::uint64_t total = 0);
 
-    // Takes the line away; the next show() brings it back. To be called before other output to the terminal.
+    // Removes the line until the next show(). Call it before other output to the terminal.
     void clear();
 
-    // Takes away the line that is shown last, for a process that ends at once. Safe in a signal handler.
+    // Removes the line that was shown last, for a process that ends at once. Safe in a signal handler.
     static void abandon() noexcept;
 
 private:

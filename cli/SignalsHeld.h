@@ -1,11 +1,11 @@
-// A stretch of the program that no signal interrupts.
+// A part of the program that no signal interrupts.
 #pragma once
 
 #include <csignal>
 
 namespace Cli {
 
-// While it lives, signals of other programs and of the terminal wait for this thread. Faults of the program
+// While it lives, signals of other programs and of the terminal wait in this thread. Faults of the program
 // itself do not wait.
 class SignalsHeld {
 public:

@@ -1,4 +1,4 @@
-// What a terminal takes: colour, a progress line, how wide it is.
+// Properties of a terminal: colour, whether a progress line is shown, the width.
 #pragma once
 
 #include "cli/Options.h"
@@ -7,15 +7,15 @@
 
 namespace Cli {
 
-// A terminal that understands more than plain text.
+// Whether it is a terminal that understands more than plain text.
 bool isCapableTerminal(int descriptor);
 
-// 'auto' is colour on such a terminal, unless the environment has NO_COLOR.
+// 'auto' means colour on a capable terminal, unless the environment has NO_COLOR.
 bool wantsColor(ColorWhen when, int descriptor);
 
 bool wantsProgress(ProgressWhen when, int descriptor);
 
-// Its columns; otherwise where it is none, or does not say.
+// The number of its columns; `otherwise` if it is no terminal, or does not report it.
 std::size_t columnsOf(int descriptor, std::size_t otherwise);
 
 } // namespace Cli

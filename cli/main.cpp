@@ -1,4 +1,4 @@
-// The command `vorlen`: options in, a report out, and the exit status that says how it went.
+// The command `vorlen`: reads options, writes a report, and returns an exit status.
 #include "cli/Command.h"
 #include "cli/Ending.h"
 
@@ -10,8 +10,8 @@
 
 namespace {
 
-// A file that is opened must not take the place of a standard stream that was closed: what is meant for that
-// would go into the file. In its place stands one that refuses to be written.
+// A file that is opened must not get the number of a standard stream that was closed, since the stream's
+// output would go into the file. Closed streams are replaced by one that cannot be written.
 void keepStandardStreams() {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
         if (fcntl(stream, F_GETFD) < 0)

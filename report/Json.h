@@ -1,7 +1,7 @@
 // The JSON report: one document, described by docs/report.schema.json and docs/json.md.
 //
-// It is written as it goes, so memory is a block of text whatever the number of end points. The same report
-// gives the same bytes. Whether the stream took them is for the caller to ask.
+// It is written piece by piece, so that memory is a block of text for any number of end points. The same
+// report always becomes the same bytes. The caller checks the stream for failures.
 #pragma once
 
 #include "report/Report.h"

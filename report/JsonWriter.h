@@ -1,7 +1,7 @@
 // JSON text as a stream of values. A block container puts each element on a line of its own, an inline one
-// all on one line; the writer sets commas, lines and indentation.
+// puts all of them on one line. The writer adds commas, line ends and indentation.
 //
-// Strings become valid JSON whatever their bytes: what is not UTF-8 is replaced by U+FFFD, byte by byte.
+// Every string becomes valid JSON: each byte that is not part of UTF-8 is replaced by U+FFFD.
 #pragma once
 
 #include <fmt/format.h>
@@ -17,19 +17,21 @@ class JsonWriter {
 public:
     explicit JsonWriter(std::ostream& out) : out_(out) {}
 
-    JsonWriter& key(std::string_view name); // of the value that comes next
+    // The key of the next value.
+    JsonWriter& key(std::string_view name);
     void beginObject(bool block = false) { begin('{', block); }
     void endObject() { end('}'); }
     void beginArray(bool block = false) { begin('[', block); }
     void endArray() { end(']'); }
 
     void string(std::string_view text);
-    void number(std::string_view digits); // as they are
+    // The digits are written unchanged.
+    void number(std::string_view digits);
     void number(std::uint64_t value);
     void boolean(bool value);
     void null();
 
-    // Ends the document: a line end, and all text goes to the stream.
+    // Ends the document with a line end, and writes all text to the stream.
     void finish();
 
 private:
@@ -40,7 +42,7 @@ private:
 
     void begin(char bracket, bool block);
     void end(char bracket);
-    void element(); // what stands before an element: comma, line, indentation
+    void element(); // writes what comes before an element: comma, line end, indentation
     void newLine();
     void put(std::string_view text);
     void quoted(std::string_view text);

@@ -15,7 +15,7 @@ std::string exactNs(Time value, int scale);
 // The value as printed with three digits: in whole ps, halves away from zero.
 Time shownPs(Time value, int scale);
 
-// The same for a slack: what is negative stays negative.
+// The same for a slack. A negative slack stays negative.
 Time shownSlackPs(Time slack, int scale);
 
 // Whole ps in ns with three digits: "3.537", "10.000", "-0.001", never "-0.000".

@@ -1,9 +1,9 @@
-// One path as text: how its data arrives, when it must, and the slack.
+// One path as text: its data's arrival, the required time, and the slack.
 //
-// Delays are the differences of the times as shown, so both columns always add up. The times are those of the
-// path rounded to ps, but for the required time: it is the shown arrival plus (setup) or minus (hold) the
-// shown slack. That differs from its own rounding by at most 1 ps, and only where the run's unit is finer
-// than that.
+// Delays are the differences of the times as shown, so that both columns always add up. All times are those
+// of the path rounded to ps, except the required time: it is the shown arrival plus (setup) or minus (hold)
+// the shown slack. It differs from its own rounding by at most 1 ps, and only if the run's unit is finer than
+// that.
 #include "report/Numbers.h"
 #include "report/Table.h"
 #include "report/Text.h"
@@ -47,7 +47,7 @@ bool isDelayException(const std::optional<Exception>& exception) {
     return exception && (exception->kind == "max_delay" || exception->kind == "min_delay");
 }
 
-// Times on their way up, in units; each step becomes a line.
+// A column of times, in units, to which delays are added; each step becomes a line.
 class Column {
 public:
     explicit Column(int scale) : scale_(scale) {}
@@ -142,7 +142,7 @@ private:
         return column;
     }
 
-    // What is taken from what: setup has the required time above, hold the arrival.
+    // Setup subtracts the arrival from the required time, hold the required time from the arrival.
     std::vector<Line> balance(Time arrival, Time required, Time slack) const {
         std::vector<Line> lines;
         lines.push_back({{}, required, ' ', "data required time"});

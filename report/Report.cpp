@@ -1,4 +1,4 @@
-// What a report says as a whole.
+// Properties of a report as a whole.
 #include "report/Report.h"
 
 #include <algorithm>

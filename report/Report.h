@@ -1,7 +1,7 @@
-// The result of a run as plain data: what the printers print, and nothing that they would have to compute.
+// The result of a run as plain data. It has everything that the printers print, so that they compute nothing.
 //
-// Times are integers in units of 10^scale s, as the engine has them; printers turn them into ns exactly. A
-// slack or a time that does not exist is nothing.
+// Times are integers in units of 10^scale s, as in the engine; printers convert them to ns exactly. A slack
+// or a time that does not exist is an empty optional.
 #pragma once
 
 #include "base/Diagnostics.h"
@@ -24,9 +24,9 @@ struct Input {
 
 // Of all end points with a slack on that side.
 struct Summary {
-    Time worst = 0;       // 0 where nothing fails
-    Time total = 0;       // of the failing ones; 0 where nothing fails
-    MaybeTime worstSlack; // also where it is met; nothing where there is no end point
+    Time worst = 0;       // 0 if none fails
+    Time total = 0;       // of the failing ones
+    MaybeTime worstSlack; // also if it is met; nothing if there is no end point
     std::uint64_t failing = 0;
     std::uint64_t endpoints = 0;
 };
@@ -53,7 +53,7 @@ struct Exception {
 struct Endpoint {
     std::string pin;
     MaybeTime setupSlack, holdSlack;
-    std::string setupClocks[2], holdClocks[2]; // launch and capture, of the worst; empty where there is none
+    std::string setupClocks[2], holdClocks[2]; // launch and capture, of the worst; empty if there is none
     std::optional<Exception> setupException, holdException; // that govern the worst
 };
 
@@ -65,7 +65,7 @@ struct Point {
     Time delay = 0;   // from the point before
     Time arrival = 0; // since the launch edge
     PointKind kind = PointKind::cell;
-    char edge = 0;    // '^', 'v', or 0 where it is not known
+    char edge = 0;    // '^', 'v', or 0 if it is not known
     std::string cell; // the cell's type, or empty
 };
 
@@ -73,8 +73,8 @@ struct Point {
 // launchClockDelay (and inputDelay); every other one's is that of the point before plus its delay; the last
 // one's is the path's arrival. Setup: required = relation + captureClockDelay - uncertainty - check -
 // outputDelay, slack = required - arrival. Hold: required = relation + captureClockDelay + uncertainty +
-// check - outputDelay, slack = arrival - required. What does not add up so is shown as an adjustment of its
-// own.
+// check - outputDelay, slack = arrival - required. If a slack does not follow from these, printers
+// show the difference as an adjustment.
 struct Path {
     bool setup = true;
     std::string group; // path group
@@ -86,7 +86,7 @@ struct Path {
     Time launchEdge = 0, captureEdge = 0;             // captureEdge - launchEdge = relation
     Time launchClockDelay = 0, captureClockDelay = 0; // network and source latency together
     bool sourcePropagated = true, targetPropagated = true;
-    Time inputDelay = 0; // external, where it starts at a port
+    Time inputDelay = 0; // external, if it starts at a port
     bool startsAtPort = false;
     Time outputDelay = 0;
     bool endsAtPort = false;
@@ -106,7 +106,7 @@ struct ExceptionUse {
     std::uint64_t setupEndpoints = 0, holdEndpoints = 0; // that it governs
     std::uint64_t paths = 0;                             // reported ones that it governs
     std::string status;                // "governs", "matches nothing", "matches no path", "always overruled"
-    std::vector<unsigned> overruledBy; // lines, where it is always overruled
+    std::vector<unsigned> overruledBy; // lines, if it is always overruled
 };
 
 struct PulseCheck {
@@ -125,7 +125,7 @@ struct Report {
     std::vector<Endpoint> endpoints; // by name, in byte order
     std::vector<Path> paths;         // setup paths first, each kind worst first
     std::uint64_t unconstrainedEndpoints = 0;
-    std::vector<std::string> unconstrained; // their names, where they were asked for
+    std::vector<std::string> unconstrained; // their names, if they were asked for
     std::vector<PulseCheck> pulseChecks;
     std::vector<ExceptionUse> exceptions;
     std::uint64_t arcs = 0, arcsWithoutDelay = 0, constraintsUnmatched = 0;

@@ -1,7 +1,7 @@
-// Text in columns: each as wide as its widest cell. Nothing is ever cut.
+// Text in columns, each as wide as its widest cell. No cell is ever cut.
 //
-// Widths are counted in code points. Colour is put around a cell after it has its width, so it moves nothing.
-// Control characters in names are shown as \xNN: a report cannot steer a terminal.
+// Widths are counted in code points. Colour is put around a cell after the cell has its width, so that it
+// moves nothing. Control characters in names are shown as \xNN, so that a report cannot steer a terminal.
 #pragma once
 
 #include "base/Characters.h"
@@ -19,7 +19,7 @@ namespace Report {
 
 enum class Ink : std::uint8_t { plain, title, good, bad };
 
-// The text in that colour, or as it is where colour is off or the ink plain.
+// The text in that colour; unchanged if colour is off or the ink is plain.
 std::string paint(std::string_view text, Ink ink, bool color);
 
 using Base::printable;
@@ -41,10 +41,10 @@ public:
 
     explicit Table(std::vector<Column> columns) : columns_(std::move(columns)) {}
 
-    // As many cells as there are columns.
+    // Adds a row. REQUIRES: as many cells as there are columns.
     void add(std::vector<Cell> row) { rows_.push_back(std::move(row)); }
     bool empty() const { return rows_.empty(); }
-    // Titles, a rule and the rows; without titles the rows alone.
+    // Prints the titles, a rule and the rows; only the rows if no column has a title.
     void print(std::ostream& out, bool color) const;
 
 private:

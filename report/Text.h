@@ -1,7 +1,7 @@
-// The text report: tables first, then the paths, then what else was asked for.
+// The text report: tables first, then the paths, then everything else that was asked for.
 //
-// Times in ns with three digits. Where the run's unit is finer than 1 ps, they are rounded so that every sum
-// that is shown adds up, and a violation never looks met: docs/command.md says how.
+// Times are printed in ns with three digits. If the run's unit is finer than 1 ps, they are rounded so that
+// every sum that is shown adds up, and a violation never looks met; docs/command.md describes how.
 #pragma once
 
 #include "report/Report.h"
@@ -13,15 +13,15 @@ namespace Report {
 
 struct TextOptions {
     bool color = false;
-    bool quiet = false;             // only what fails
-    bool listUnconstrained = false; // their names, not only their number
-    bool listExceptions = false;    // the table of them, not only counts
-    std::size_t width = 100;        // where commands in the table of exceptions wrap; names are never cut
+    bool quiet = false;             // only violations are printed
+    bool listUnconstrained = false; // the names of unconstrained end points, in addition to their number
+    bool listExceptions = false;    // the table of exceptions, in addition to their counts
+    std::size_t width = 100;        // the column at which commands in that table wrap; names are never cut
 };
 
 void writeText(const Report& report, const TextOptions& options, std::ostream& out);
 
-// One path alone, as in the report.
+// Writes a single path, as it is in the report.
 void writePath(const Path& path, int scale, bool color, std::ostream& out);
 
 } // namespace Report

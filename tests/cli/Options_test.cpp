@@ -1,4 +1,4 @@
-// The command line: what it gives, and what it refuses with which words.
+// The command line: the options that it sets, and the messages of what it refuses.
 #include "ProjectFiles.h"
 #include "cli/Options.h"
 #include "tests/support/Rows.h"
@@ -230,7 +230,7 @@ TEST(Options, help) {
     EXPECT_EQ(help.err, "");
 }
 
-// --- What else tells users of the options ----------------------------------------------------------------------------
+// --- Other places that list the options ----------------------------------------------------------------------------
 
 std::string contentOf(const std::string& path) {
     std::ifstream file(path);

@@ -286,7 +286,7 @@ TEST(JsonSchema, reportsFitIt) {
         EXPECT_THAT(validator.validate(Json::parse(jsonOf(report))), IsEmpty());
 }
 
-// The schema says something of every key, and asks for each.
+// The schema describes every key, and requires each.
 TEST(JsonSchema, everyKeyIsRequired) {
     const Json document = Json::parse(jsonOf(ReportTests::sample()));
     const SchemaValidator validator(publishedSchema());
