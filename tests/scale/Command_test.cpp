@@ -41,14 +41,14 @@ void expectSlacks(const Report::Report& report, const SlacksByEnd& expected) {
 
 struct Analysis {
     explicit Analysis(Files& files, bool isConstrained = true) : arcs(files.getArcCount()) {
-        Analysis::SessionOptions options = files.write();
+        ::Analysis::SessionOptions options = files.write();
         if (!isConstrained)
             options.sdc.clear();
         const std::size_t before = Faults::liveBytes();
         Faults::startPeak();
         const std::uint64_t visitsBefore = Vorlen::detail::visitedArcs;
         const std::uint64_t entriesBefore = Vorlen::detail::clearedEntries;
-        report = Analysis::Session().run(options);
+        report = ::Analysis::Session().run(options);
         visits = Vorlen::detail::visitedArcs - visitsBefore;
         entries = Vorlen::detail::clearedEntries - entriesBefore;
         peak = Faults::peakBytes() - before;
@@ -207,10 +207,10 @@ TEST(Scale, PathsOfAMillionArcs) {
     constexpr std::size_t gates = 500'000;
     Files files;
     const SlacksByEnd expected = writeLongPath(files, gates);
-    Analysis::SessionOptions options = files.write();
+    ::Analysis::SessionOptions options = files.write();
     options.perEndpoint = 5;
     options.holdPaths = false;
-    const Report::Report report = Analysis::Session().run(options);
+    const Report::Report report = ::Analysis::Session().run(options);
     expectSlacks(report, expected);
     ASSERT_EQ(report.paths.size(), 5U);
     for (const Report::Path& path : report.paths) {
