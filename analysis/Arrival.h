@@ -7,27 +7,9 @@
 #include "exceptions/ClassSet.h"
 #include "exceptions/Exceptions.h"
 
-#include <optional>
-
 namespace Analysis {
 
 using Exceptions::ClassSet;
-
-// One side of a requirement.
-struct SideRequirement {
-    bool isFalse = false;
-    std::optional<Time> delay; // in place of the clocks' relation
-    bool ignoresLatency = false;
-    Time shift = 0;                // added to the clocks' relation
-    Design::ExceptionId exception; // that governs; none: no exception does
-};
-inline SideRequirement onSide(const Exceptions::Requirement& requirement, Side side) {
-    if (side == Side::setup)
-        return {requirement.falseSetup, requirement.maxDelay, requirement.maxIgnoresLatency,
-                requirement.setupShift, requirement.setupException};
-    return {requirement.falseHold, requirement.minDelay, requirement.minIgnoresLatency, requirement.holdShift,
-            requirement.holdException};
-}
 
 struct Arrival {
     const Model::End* end = nullptr;
@@ -50,7 +32,7 @@ struct Standing {
 };
 
 inline Standing standingOf(const ClockEdges& edges, const Arrival& arrival) {
-    return {edges, onSide(*arrival.requirement, arrival.side).exception, arrival.end};
+    return {edges, arrival.requirement->exception[arrival.side], arrival.end};
 }
 
 } // namespace Analysis

@@ -3,11 +3,11 @@
 #pragma once
 
 #include "base/Side.h"
+#include "model/ClockEdges.h"
 #include "model/Ids.h"
 #include "model/Relations.h"
 #include "model/TimingModel.h"
 
-#include <compare>
 #include <map>
 #include <set>
 #include <utility>
@@ -18,13 +18,7 @@ class Subdomain;
 
 namespace Analysis {
 
-// The edges that launch and capture a path.
-struct ClockEdges {
-    Design::ClockId launch, capture; // none: without a clock
-    bool launchRise = true, captureRise = true;
-
-    auto operator<=>(const ClockEdges&) const = default;
-};
+using Model::ClockEdges;
 
 // Pairs of clocks, the one of the smaller index first.
 using ClockPairs = std::set<std::pair<Design::ClockId, Design::ClockId>>;

@@ -37,10 +37,9 @@ void EndpointReader::readEnd(const SweepView& view, Pelko::Pole* pole, const Vor
     Vorlen::TimingMap arrivals;
     if (!end || !view.sweep.hasArrivalTimingMap(pole, arrivals))
         return;
-    const Exceptions::Exceptions::ClockEdges edges{view.edges.launch, view.edges.capture,
-                                                   view.edges.launchRise, view.edges.captureRise};
     for (const auto& [classes, data] : arrivals) {
-        const Exceptions::Requirement& requirement = of_.exceptions.requirement(edges, end->pin, classes);
+        const Exceptions::Requirement& requirement =
+            of_.exceptions.requirement(view.edges, end->pin, ClassSet(classes));
         for (const Side side : Base::bothSides) {
             Arrival arrival{end, ClassSet(classes), &requirement, side};
             if (readSide(view, data, latch, arrival))
@@ -54,22 +53,24 @@ bool EndpointReader::readSide(const SweepView& view, const Vorlen::Timing& data,
                               Arrival& arrival) const {
     if (!findTerms(view, data, latch, arrival))
         return false;
-    const SideRequirement requirement = onSide(*arrival.requirement, arrival.side);
-    if (!requirement.delay && !view.relation)
+    const Side side = arrival.side;
+    const Exceptions::Requirement& requirement = *arrival.requirement;
+    const std::optional<Time>& delay = requirement.delay[side];
+    if (!delay && !view.relation)
         return false; // an unconstrained path, which no exception governs
-    arrival.isFalse = requirement.isFalse;
+    arrival.isFalse = requirement.isFalse[side];
     if (arrival.isFalse)
         return true;
-    if (requirement.delay) {
-        arrival.terms.relation = *requirement.delay;
-        if (requirement.ignoresLatency)
+    if (delay) {
+        arrival.terms.relation = *delay;
+        if (requirement.ignoresLatency[side])
             ignoreLatencies(view, arrival);
     } else {
         const Model::Relation& relation = *view.relation;
         arrival.terms.relation =
-            (arrival.side == Side::setup ? relation.setup : relation.hold) + requirement.shift;
+            (side == Side::setup ? relation.setup : relation.hold) + requirement.shift[side];
     }
-    arrival.slack = slackOf(arrival.side, arrival.terms);
+    arrival.slack = slackOf(side, arrival.terms);
     return true;
 }
 
@@ -105,7 +106,7 @@ std::optional<Time> EndpointReader::commonLaunchLatency(const SweepView& view, C
     std::optional<Time> common;
     for (Pelko::Pole* leaf : view.sweep.getSubdomain()->getLaunchLeaves()) {
         const Model::Start* start = of_.model.startAt(leaf);
-        if (!start || !of_.exceptions.mayStart(*start, classes.bits()))
+        if (!start || !of_.exceptions.mayStart(*start, classes))
             continue;
         const Time latency = launchLatency(view, of_.model, *start, side);
         if (common && *common != latency)
@@ -118,7 +119,7 @@ std::optional<Time> EndpointReader::commonLaunchLatency(const SweepView& view, C
 void EndpointReader::ignoreLatencies(const SweepView& view, Arrival& arrival) const {
     const std::optional<Time> latency = commonLaunchLatency(view, arrival.classes, arrival.side);
     if (!latency) {
-        const Design::ExceptionId exception = onSide(*arrival.requirement, arrival.side).exception;
+        const Design::ExceptionId exception = arrival.requirement->exception[arrival.side];
         throw Base::BadInput(of_.constraints.place(of_.constraints.exceptions[exception].origin),
                              "-ignore_clock_latency: the clock reaches the start points at different times; "
                              "expected -from with registers or ports, or an ideal clock");

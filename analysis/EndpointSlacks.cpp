@@ -27,7 +27,7 @@ void EndpointSlacks::noteGoverning(const Arrival& arrival) {
         if (exception != none)
             governed_[arrival.side].emplace(exception, arrival.end->pin);
     };
-    note(onSide(*arrival.requirement, arrival.side).exception);
+    note(arrival.requirement->exception[arrival.side]);
     if (!arrival.isFalse)
         note(arrival.requirement->group);
 }
@@ -35,8 +35,8 @@ void EndpointSlacks::noteGoverning(const Arrival& arrival) {
 // A relation between edges of one clock is a fixed part of the clock's period, so it grows with the period.
 void EndpointSlacks::achieve(const ClockEdges& edges, const Arrival& arrival) {
     const Time relation = arrival.terms.relation;
-    if (edges.launch != edges.capture || edges.launch == none ||
-        onSide(*arrival.requirement, Side::setup).delay || relation <= 0)
+    if (edges.launch != edges.capture || edges.launch == none || arrival.requirement->delay[Side::setup] ||
+        relation <= 0)
         return;
     const Time used = relation - arrival.slack;
     const Time needed = Model::ceilingOf(clocks_[edges.launch].period * used, relation);

@@ -12,8 +12,7 @@ namespace {
 class Tracing {
 public:
     Tracing(const AnalyzedDesign& analyzed, const SweepView& view, const Arrival& arrival)
-        : of_(analyzed), view_(view), arrival_(arrival), side_(arrival.side),
-          requirement_(onSide(*arrival.requirement, arrival.side)) {}
+        : of_(analyzed), view_(view), arrival_(arrival), side_(arrival.side) {}
 
     Report::Path path(const Step& step, const std::vector<Pelko::Edge*>& edges);
 
@@ -32,7 +31,6 @@ private:
     const SweepView& view_;
     const Arrival& arrival_;
     const Side side_;
-    const SideRequirement requirement_;
     Report::Path path_;
 };
 
@@ -43,8 +41,9 @@ void Tracing::fillGovernors() {
                                               : path_.targetClock;
     if (group != none)
         path_.groupedBy = describe(of_.constraints, group);
-    if (requirement_.exception != none)
-        path_.exception = describe(of_.constraints, requirement_.exception);
+    const Design::ExceptionId exception = arrival_.requirement->exception[side_];
+    if (exception != none)
+        path_.exception = describe(of_.constraints, exception);
 }
 
 void Tracing::fillClocks() {
@@ -78,7 +77,7 @@ void Tracing::fillEnd() {
         const Time capture = captureSide(of_.model.latencyAt(end.delay), side_);
         const Pelko::IOConstraint constraint = of_.model.host().getAnalyzer()->getOutputConstraint(end.pole);
         path_.outputDelay = int(boundOf(constraint, side_)) + capture;
-        path_.captureClockDelay = requirement_.ignoresLatency ? 0 : capture;
+        path_.captureClockDelay = arrival_.requirement->ignoresLatency[side_] ? 0 : capture;
     }
     const std::optional<std::int32_t>& check = side_ == Side::setup ? end.setup : end.hold;
     if (!end.isPort() && check)
@@ -90,7 +89,7 @@ void Tracing::fillStart(const Step& step, const Pelko::Edge& first) {
     const Time latency = launchLatency(view_, of_.model, start, side_);
     path_.startpoint = of_.design.pinName(start.pin);
     path_.startDescription = describe(start, path_.sourceClock);
-    path_.launchClockDelay = requirement_.ignoresLatency ? 0 : latency;
+    path_.launchClockDelay = arrival_.requirement->ignoresLatency[side_] ? 0 : latency;
     path_.startsAtPort = start.kind == Model::Start::Kind::port;
     if (path_.startsAtPort) { // a delay without a clock is on the first arc
         Vorlen::TimingMap arrivals;

@@ -4,19 +4,14 @@
 #include "design/Ids.h"
 #include "exceptions/ClassSet.h"
 #include "exceptions/Ids.h"
+#include "model/ClockEdges.h"
 
 #include <cstddef>
 #include <cstdint>
 
 namespace Exceptions {
 
-// The clock edges that launch and capture a path; no clock at an end without one.
-struct ClockEdges {
-    Design::ClockId launch, capture;
-    bool launchRise = true, captureRise = true;
-
-    bool operator==(const ClockEdges&) const = default;
-};
+using Model::ClockEdges;
 
 struct Key {
     ClockEdges edges;
