@@ -3,7 +3,7 @@
 //
 //   set_false_path -through {g/Z h/Z}
 //   set_multicycle_path 2 -through {h/Z k/Z}
-//     three atoms: g/Z, h/Z and k/Z. With the first line alone g/Z and h/Z are one atom.
+//     three atoms: g/Z, h/Z and k/Z. With only the first line g/Z and h/Z are one atom.
 //
 // Nodes are one atom only if no path passes two of them and if their order does not matter. Their order
 // matters if they are named by an exception with several -through lists. The copies that a loop has of one

@@ -11,7 +11,7 @@
 // the classes of an arrival, with its clock edges and its end point, say which exceptions cover its paths.
 //
 // Invariant: no path passes two atoms of one layer, so the classes of a layer spell the code of the one atom
-// that the path passed, or 0. If atoms share codes, the end point tells which of them is meant.
+// that the path passed, or 0. If atoms share codes, the end point decides which of them is meant.
 //
 // It costs what its parts cost; after that reading a class set costs a look at each layer.
 #pragma once

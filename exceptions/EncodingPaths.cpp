@@ -61,8 +61,8 @@ void Encoding::makeStartPaths(Model::TimingModel& model) const {
     }
 }
 
-// A digit of a layer's codes: paths from where its variants may start, through the atoms whose code has it,
-// to where the variants may end.
+// A digit of a layer's codes: paths from the start points of its variants, through the atoms whose code has
+// it, to the end points of its variants.
 void Encoding::makeLayerPaths(Model::TimingModel& model, LayerId number) const {
     const Layer& layer = layers_[number];
     const auto isOfLayer = [&](const ThroughPoint& point) { return layerOf_[point.atom] == number; };

@@ -14,8 +14,8 @@ using Model::Time;
 
 namespace {
 
-// The objects of a match, one for each place. The path itself says which pin or cell an object is, except for
-// the output that names a register.
+// The objects of a match, one for each place. The path itself shows which pin or cell an object is, except
+// for the output that names a register.
 struct Objects {
     BySet from;
     Design::PinId fromOutput;
@@ -70,7 +70,7 @@ std::pair<unsigned, bool> Governing::standingOf(const Match& match) const {
     return {match.variant->rank(), exception.kind == Kind::multicycle && exception.flagged};
 }
 
-// The matches of a kind that are for a side, and of these the ones that stand highest.
+// The matches of a kind that are for a side, and of these the ones that come first.
 std::vector<const Match*> Governing::best(Kind kind, Side side) const {
     std::vector<const Match*> best;
     std::pair<unsigned, bool> highest;

@@ -1,4 +1,4 @@
-// How deep the nodes of a network lie: a node's level is the number of through arcs on the longest way to it.
+// How deep the nodes of a network are: a node's level is the number of through arcs on the longest way to it.
 // No path leads from a node to another one of the same level.
 //
 // It costs one walk over the network, and a number for each node.

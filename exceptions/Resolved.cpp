@@ -256,8 +256,9 @@ void Resolver::addPinNodes(Design::PinId pin, By by, Mentions& list) const {
 
 // --- Ports that a delay times ---
 
-// A maximum or minimum delay times what it covers by itself: the ports of a list, or all of them if there is
-// no list at that end. A list of clocks names no port that only the delay times, because no clock is there.
+// A maximum or minimum delay times what it covers, without any other delay: the ports of a list, or all of
+// them if there is no list at that end. A list of clocks names no port that only the delay times, because no
+// clock is there.
 Model::TimedPorts Resolver::timedPorts(const Variants& variants) const {
     Model::TimedPorts timed;
     bool allInputs = false, allOutputs = false;

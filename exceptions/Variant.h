@@ -7,7 +7,7 @@
 //     variant 0: from the clock a, to the end points of the register r1
 //     variant 1: from the start points of the register r0, to the end points of r1
 //
-// The variants of one exception may differ in how specific they are, so each of them is judged by itself.
+// The variants of one exception may differ in how specific they are, so each of them is judged separately.
 //
 // Several objects can name one point: a register's start point has the name of its cell and of its clock pin,
 // a node those of its pin, its cell and its net. These are different objects, and a later command replaces an

@@ -60,7 +60,7 @@ TEST(EncodingPaths, Table) {
         {"set_false_path -from {r0 r1} -to r1; set_multicycle_path 2 -from {r1 r2} -to r2;"
          "set_multicycle_path 3 -from r2 -to r1",
          "r0/C r2/C >  > r1/D r2/D\nr1/C r2/C >  > r1/D r2/D\n"},
-        // Through points: from where the exceptions through them start to where they end.
+        // Through points: from the start points of the exceptions through them to their end points.
         {"set_false_path -through g/Z", "all > g/Z > all\n"},
         {"set_false_path -through {g/Z w/B} -to r2", "all > g/Z w/B > r2/D\n"},
         {"set_false_path -from r0 -through g/Z -through h/Z -to r2",

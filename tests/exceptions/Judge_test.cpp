@@ -27,7 +27,7 @@ TEST(Judge, Example) {
         EXPECT_EQ(small.text(of.judge.requirement(path.key)), path.requirement) << path.name;
 }
 
-// A key is judged once, so a requirement stays where it is.
+// A key is judged once, so a requirement keeps its address.
 TEST(Judge, KnownKeys) {
     const Small small(Support::exampleScript);
     JudgeOf of(small);

@@ -36,7 +36,7 @@ TEST_F(ManyClasses, MoreThanThereAreClassesFor) {
         "-to");
 }
 
-// Gates side by side are told apart by seven classes, also where all lead to one end point; every second one
+// Gates side by side are distinguished by seven classes, also if all lead to one end point; every second one
 // has a cycle more.
 TEST_F(ManyClasses, ManyThroughPointsShareClasses) {
     constexpr int gates = 100;

@@ -1,4 +1,4 @@
-// The variants that exceptions have on a small design (Small.h), and what is said of their objects.
+// The variants that exceptions have on a small design (Small.h), and the warnings about their objects.
 #include "tests/exceptions/Small.h"
 
 #include <gtest/gtest.h>
@@ -118,7 +118,7 @@ TEST(Resolved, DelaysWithinPathsAreRefused) {
         }
 }
 
-// The ports that a delay times by itself: those of its list, or all if it has none on that side.
+// The ports that only a delay times: those of its list, or all if it has none on that side.
 TEST(Resolved, TimedPorts) {
     struct Row {
         const char* script;
