@@ -1,10 +1,6 @@
-// What the report says of exceptions, what is refused, and what multicycles make of achieved periods.
-//
-//   din -> r0/D   r0/Q -> g/A  g/Z -> r1/D   r1/Q -> dout   s/Q -> t/D
-//
-// r0, r1 and s are clocked by a (period 10), t by b (period 10) and by c, a clock on no register of its own.
-// From Q to D it takes 3 ns, from din and to dout 1 ns; checks take nothing.
-#include "analysis/Session.h"
+// What the report contains of exceptions, what is refused, and what multicycles make of achieved periods,
+// over whole runs (Runs.h).
+#include "tests/exceptions/Runs.h"
 
 #include <string>
 #include <utility>
@@ -14,91 +10,7 @@ namespace {
 
 using namespace Support::Runs;
 
-std::string sdfOf(const std::string& wires, const std::string& cells) {
-    return "(DELAYFILE (SDFVERSION \"3.0\") (DESIGN \"top\") (DIVIDER /) (TIMESCALE 1ns)\n"
-           "(CELL (CELLTYPE \"top\") (INSTANCE) (DELAY (ABSOLUTE\n" +
-           wires + ")))\n" + cells + ")\n";
-}
-
-const std::string& smallSdf() {
-    static const std::string text =
-        sdfOf("(INTERCONNECT a r0/CLK (0)) (INTERCONNECT a r1/CLK (0)) (INTERCONNECT a s/CLK (0))\n"
-              "(INTERCONNECT b t/CLK (0)) (INTERCONNECT din r0/D (1)) (INTERCONNECT r0/Q g/A (1))\n"
-              "(INTERCONNECT g/Z r1/D (0)) (INTERCONNECT r1/Q dout (0)) (INTERCONNECT s/Q t/D (2))\n",
-              cell("DFF", "r0") + cell("DFF", "r1") + cell("DFF", "s") + cell("DFF", "t") + cell("BUF", "g"));
-    return text;
-}
-
-constexpr const char* clocks = "create_clock -period 10 a; create_clock -period 10 b; "
-                               "set_input_delay 0 -clock a din; set_output_delay 0 -clock a dout\n";
-
-class Exceptions : public testing::Test {
-protected:
-    Exceptions()
-        : folder_(std::filesystem::temp_directory_path() / ("exceptions-" + std::to_string(getpid()))) {
-        std::filesystem::create_directories(folder_);
-    }
-    ~Exceptions() override { std::filesystem::remove_all(folder_); }
-
-    // The lines after that of the clocks, from line 2 on.
-    Report::Report run(const std::string& lines, const std::string& sdf = smallSdf(),
-                       const std::string& json = "") {
-        std::ofstream(folder_ / "d.sdf") << sdf;
-        std::ofstream(folder_ / "d.sdc") << clocks << lines << "\n";
-        Analysis::SessionOptions options;
-        options.sdf = (folder_ / "d.sdf").string();
-        options.sdc = {(folder_ / "d.sdc").string()};
-        if (!json.empty()) {
-            std::ofstream(folder_ / "d.json") << json;
-            options.netlist = (folder_ / "d.json").string();
-        }
-        return Analysis::Session().run(options);
-    }
-    // What is said of the constraints: warnings and notes by line, and at last what ends the run.
-    std::string messages(const std::string& lines, const std::string& sdf = smallSdf()) {
-        std::string text;
-        const auto add = [&](const Base::Place& place, const std::string& message) {
-            text += (text.empty() ? "" : "\n") + std::to_string(place.line) + ": " + message;
-        };
-        try {
-            for (const Base::Diagnostic& diagnostic : run(lines, sdf).diagnostics)
-                add(diagnostic.place,
-                    std::string(Base::toString(diagnostic.severity)) + ": " + diagnostic.text);
-        } catch (const Base::BadInput& error) {
-            const std::string whole = error.what();
-            text += (text.empty() ? "" : "\n") + whole.substr(whole.find("d.sdc:") + 6);
-        }
-        return text;
-    }
-
-private:
-    std::filesystem::path folder_;
-};
-
-std::string table(const Report::Report& report) {
-    std::string text;
-    for (const Report::ExceptionUse& use : report.exceptions) {
-        text += (text.empty() ? "" : "; ") + std::to_string(use.exception.line) + " " + use.exception.kind +
-                " " + std::to_string(use.setupEndpoints) + " " + std::to_string(use.holdEndpoints) + " " +
-                std::to_string(use.paths) + " " + use.status;
-        for (const unsigned line : use.overruledBy)
-            text += " " + std::to_string(line);
-    }
-    return text;
-}
-
-// Setup and hold slack of an end point; "-" for none.
-std::string slacksAt(const Report::Report& report, const std::string& pin) {
-    const auto shown = [](const Report::MaybeTime& slack) {
-        return slack ? std::to_string(*slack) : std::string("-");
-    };
-    const auto end = std::ranges::find(report.endpoints, pin, &Report::Endpoint::pin);
-    return end == report.endpoints.end() ? "- -" : shown(end->setupSlack) + " " + shown(end->holdSlack);
-}
-
-struct Row {
-    const char *lines, *expected;
-};
+class Exceptions : public ExceptionRuns {};
 
 // By line: kind, end points of setup and of hold, reported paths, status, overruling lines.
 TEST_F(Exceptions, Table) {
@@ -257,6 +169,7 @@ TEST_F(Exceptions, AchievedPeriods) {
         {"set_multicycle_path 0 -to r1", 1000},
     };
     for (const Case& row : cases) {
+        SCOPED_TRACE(Support::rowOf(cases, row));
         const Report::Report report = run(row.lines);
         const auto clock = std::ranges::find(report.clocks, "a", &Report::Clock::name);
         ASSERT_NE(clock, report.clocks.end());

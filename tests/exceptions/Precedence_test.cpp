@@ -4,6 +4,8 @@
 //
 // Both clocks rise at 0 and 10, the data takes 3 ns, checks take nothing: setup slack 7, hold slack 3.
 #include "analysis/Session.h"
+#include "tests/support/Sdf.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -47,12 +49,11 @@ protected:
 
     // Two lines after that of the clocks.
     Outcome run(const std::string& first, const std::string& second) const {
-        std::ofstream(folder_ / "d.sdc") << "create_clock -period 10 a; create_clock -period 10 b\n"
-                                         << first << "\n"
-                                         << second << "\n";
+        folder_.write("d.sdc", "create_clock -period 10 a; create_clock -period 10 b\n" + first + "\n" +
+                                   second + "\n");
         Analysis::SessionOptions options;
-        options.sdf = (folder_ / "d.sdf").string();
-        options.sdc = {(folder_ / "d.sdc").string()};
+        options.sdf = folder_.at("d.sdf");
+        options.sdc = {folder_.at("d.sdc")};
         options.paths = 0;
         for (const Report::Endpoint& endpoint : Analysis::Session().run(options).endpoints)
             if (endpoint.pin == "r1/D")

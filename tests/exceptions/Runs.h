@@ -6,31 +6,26 @@
 // dout 1 ns; checks take nothing.
 #pragma once
 
-#include "cli/Session.h"
+#include "analysis/Session.h"
+#include "tests/support/Rows.h"
+#include "tests/support/Sdf.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <string>
-
-#include <unistd.h>
 
 namespace Support::Runs {
 
 inline std::string cell(const std::string& type, const std::string& name) {
-    if (type == "BUF")
-        return "(CELL (CELLTYPE \"BUF\") (INSTANCE " + name + ") (DELAY (ABSOLUTE (IOPATH A Z (1)))))\n";
-    return "(CELL (CELLTYPE \"DFF\") (INSTANCE " + name +
-           ") (DELAY (ABSOLUTE (IOPATH (posedge CLK) Q (1)))) (TIMINGCHECK (SETUPHOLD D (posedge CLK) (0) "
-           "(0))))\n";
+    return type == "BUF"
+               ? Support::cell("BUF", name, "(IOPATH A Z (1))")
+               : Support::flipFlop(name, {.clock = "CLK", .clockToOutput = 1, .setup = 0, .hold = 0});
 }
 
 inline std::string sdfOf(const std::string& wires, const std::string& cells) {
-    return "(DELAYFILE (SDFVERSION \"3.0\") (DESIGN \"top\") (DIVIDER /) (TIMESCALE 1ns)\n"
-           "(CELL (CELLTYPE \"top\") (INSTANCE) (DELAY (ABSOLUTE\n" +
-           wires + ")))\n" + cells + ")\n";
+    return Support::sdf(Support::wires(wires) + cells, "1ns");
 }
 
 inline const std::string& smallSdf() {
@@ -47,25 +42,19 @@ inline constexpr const char* clocks = "create_clock -period 10 a; create_clock -
 
 class ExceptionRuns : public testing::Test {
 protected:
-    ExceptionRuns()
-        : folder_(std::filesystem::temp_directory_path() / ("exceptions-" + std::to_string(getpid()))) {
-        std::filesystem::create_directories(folder_);
-    }
-    ~ExceptionRuns() override { std::filesystem::remove_all(folder_); }
-
     // Runs under the clocks, which are line 1, and then these lines.
     Report::Report run(const std::string& lines, const std::string& sdf = smallSdf(),
                        const std::string& json = "") {
-        std::ofstream(folder_ / "d.sdf") << sdf;
-        std::ofstream(folder_ / "d.sdc") << clocks << lines << "\n";
-        Cli::Options options;
-        options.sdf = (folder_ / "d.sdf").string();
-        options.sdc = {(folder_ / "d.sdc").string()};
+        folder_.write("d.sdf", sdf);
+        folder_.write("d.sdc", clocks + lines + "\n");
+        Analysis::SessionOptions options;
+        options.sdf = folder_.at("d.sdf");
+        options.sdc = {folder_.at("d.sdc")};
         if (!json.empty()) {
-            std::ofstream(folder_ / "d.json") << json;
-            options.netlist = (folder_ / "d.json").string();
+            folder_.write("d.json", json);
+            options.netlist = folder_.at("d.json");
         }
-        return Cli::Session().run(options);
+        return Analysis::Session().run(options);
     }
     // What is reported of the constraints: warnings and notes with their lines, and the error that ends the
     // run.
@@ -86,7 +75,7 @@ protected:
     }
 
 private:
-    std::filesystem::path folder_;
+    Support::TemporaryFolder folder_;
 };
 
 // Of each exception: its line, kind, end points of setup and of hold, reported paths, status, overruling
