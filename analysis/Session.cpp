@@ -140,7 +140,7 @@ void Run::readConstraints() {
     constraints_ = reader.take();
     for (const std::string& file : constraints_.files)
         session_.onInput(file);
-    for (std::size_t file = 0; file < constraints_.files.size(); ++file)
+    for (const Design::FileId file : constraints_.files.ids())
         report_.inputs.push_back({constraints_.files[file], "sdc", constraints_.fileHashes[file]});
     report_.constraintsUnmatched = constraints_.unmatched;
     Model::lookAtTimes(constraints_, options_.scale, rounding_);
@@ -151,7 +151,7 @@ void Run::build() {
     rounding_.report(options_.scale, session_.diagnostics);
     if (options_.sdc.empty())
         constraints_ = clocksAtRoots(design_, session_.diagnostics);
-    decltype(Design::Clock::targets) sources;
+    std::vector<Design::PinId> sources;
     for (const Design::Clock& clock : constraints_.clocks)
         if (!clock.removed)
             sources.insert(sources.end(), clock.targets.begin(), clock.targets.end());

@@ -13,12 +13,13 @@ struct Decimal {
     std::int64_t mantissa = 0;
     std::int32_t exponent = 0;
 
-    // Reads "1", "-1.2e+03", ".5", "5."; nothing where the text is anything else, empty included, and for an
-    // exponent beyond 999 on either side. Digits beyond the eighteenth significant one only round.
+    // Reads "1", "-1.2e+03", ".5", "5.". Returns nothing for any other text, and if the exponent is above 999
+    // or below -999. Digits beyond the eighteenth significant one only round.
     static std::optional<Decimal> parse(std::string_view text);
     static Decimal of(std::int64_t value) { return {value, 0}; }
 
-    // this * 10^shift as the nearest integer, halves away from zero; nothing where it does not fit 62 bits.
+    // Returns this * 10^shift as the nearest integer, halves away from zero; nothing if that needs more than
+    // 62 bits.
     std::optional<std::int64_t> scaled(int shift) const;
 
     // The power of ten of the last digit that is not 0: -2 for 1.250, 3 for 5000. 0 for 0.

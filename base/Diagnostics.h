@@ -1,7 +1,7 @@
-// What the readers tell the user: where in which file, how bad, and what.
+// What the readers report to the user: the place in a file, the severity, and a text.
 //
 // A reader adds a diagnostic for everything that it passes over or guesses (a note or a warning) and throws a
-// BadInput for what it cannot read: nothing is analysed after that. A reader that can go on behind an error
+// BadInput for what it cannot read: nothing is analysed after that. A reader that can go on after an error
 // collects its errors in an ErrorList, so that the user sees them in one run.
 #pragma once
 
@@ -16,13 +16,21 @@ namespace Base {
 
 enum class Severity : std::uint8_t { note, warning, error };
 
-// A place in an input. Line and column count from 1; 0 where there is none (a whole file, no file).
+// A place in an input. Line and column count from 1; they are 0 if the place is a whole file, or no file.
 struct Place {
     std::string file;
     unsigned line = 0;
     unsigned column = 0;
 
     bool operator==(const Place&) const = default;
+};
+
+// A place within a file that the holder knows: 8 bytes, for tables with millions of places.
+struct Position {
+    std::uint32_t line = 0, column = 0; // as in a Place
+
+    Place in(const std::string& file) const { return {file, line, column}; }
+    bool operator==(const Position&) const = default;
 };
 
 struct Diagnostic {
@@ -33,8 +41,8 @@ struct Diagnostic {
     bool operator==(const Diagnostic&) const = default;
 };
 
-// "file:line:column: severity: text", without the parts that are not there. Control characters are escaped,
-// except newlines of the text.
+// Returns "file:line:column: severity: text", without the parts that are missing. Control characters are
+// escaped, except newlines of the text.
 std::string toString(const Diagnostic& diagnostic);
 std::string_view toString(Severity severity);
 
@@ -53,11 +61,11 @@ private:
     Diagnostic diagnostic_;
 };
 
-// Several errors of one input. diagnostic() is the first; what() has a line for each, without a newline at
-// its end.
+// Several errors of one input. diagnostic() is the first; what() has a line for each, without a final
+// newline.
 class BadInputs : public BadInput {
 public:
-    // REQUIRES: there is one at least.
+    // REQUIRES: at least one.
     explicit BadInputs(std::vector<Diagnostic> all);
 
     const std::vector<Diagnostic>& all() const { return all_; }
@@ -66,7 +74,7 @@ private:
     std::vector<Diagnostic> all_;
 };
 
-// Keeps the errors of an input for a reader that goes on behind an error:
+// Keeps the errors of an input for a reader that goes on after an error:
 //
 //   ErrorList errors;
 //   for (...)
@@ -76,8 +84,8 @@ class ErrorList {
 public:
     static constexpr std::size_t most = 20;
 
-    // Keeps the error, or those of a BadInputs. With the last of the most that are kept it throws them all,
-    // with a note that the rest of the file is not read.
+    // Keeps the error, or those of a BadInputs. When there are `most` errors it throws them all, with a note
+    // that the rest of the file is not read.
     void add(const BadInput& error);
     void add(Place place, std::string text) { add(BadInput(std::move(place), std::move(text))); }
     bool empty() const { return all_.empty(); }

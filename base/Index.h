@@ -1,5 +1,5 @@
-// Strong indices: what is known by its place in a table gets a type of its own, so that a pin is never taken for a
-// cell. An index costs what a std::uint32_t costs.
+// Strong indices: each table has an index type of its own, so that the index of a pin cannot be used for a
+// cell. An index costs the same as a std::uint32_t.
 //
 //     struct PinTag;
 //     using PinId = Base::Index<PinTag>;
@@ -10,10 +10,15 @@
 //     PinId found;               // none
 //     if (found == Base::none) ...
 //
-// The order of indices is that of the table. `none` comes behind all others.
+// The order of indices is that of the table. `none` comes after all others.
+//
+// For now an index also converts to and from a plain number, for code that does not use index types yet. With
+// VORLEN_EXPLICIT_INDICES defined both conversions are explicit: code that has been changed over compiles
+// either way.
 #pragma once
 
 #include <compare>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -22,10 +27,11 @@
 
 namespace Base {
 
-// The one way to say that there is none; compares with every index and converts to it.
+// The one way to write "none". It compares with every index and converts to it.
 struct None {
-    // While some tables are still indexed by plain numbers.
+#ifndef VORLEN_EXPLICIT_INDICES
     constexpr operator std::uint32_t() const { return ~std::uint32_t{0}; }
+#endif
 };
 inline constexpr None none;
 
@@ -37,10 +43,24 @@ public:
     constexpr Index() = default; // none
     constexpr Index(None) {}
     // The number must be below that of `none`, 2^32 - 1.
+#ifdef VORLEN_EXPLICIT_INDICES
+    template <std::same_as<Number> N> // so that other integers are not converted silently
+    constexpr explicit Index(N number) : number_(number) {}
+
+    friend constexpr bool operator==(Index, Index) = default;
+    friend constexpr auto operator<=>(Index, Index) = default;
+    friend constexpr bool operator==(Index index, None) { return index == Index(); }
+#else
     constexpr Index(Number number) : number_(number) {}
 
-    // The place in the table.
     constexpr operator Number() const { return number_; }
+    // For code that still takes an index that may be none for a std::optional.
+    constexpr explicit operator bool() const { return number_ != ~Number{0}; }
+    constexpr Index operator*() const { return *this; }
+    constexpr Index value_or(Index other) const { return *this ? *this : other; }
+#endif
+
+    // The place in the table.
     constexpr Number number() const { return number_; }
 
     constexpr Index& operator++() {
@@ -64,7 +84,7 @@ auto firstIds(std::size_t count) {
            std::views::transform([](typename Id::Number number) { return Id(number); });
 }
 
-// A table whose entries are known by their index: a std::vector, but for the type that it is asked by.
+// A std::vector whose operator[] takes an index instead of a number.
 template <class Id, class T, class Allocator = std::allocator<T>>
 class IndexVector : public std::vector<T, Allocator> {
     using Vector = std::vector<T, Allocator>;
@@ -79,6 +99,20 @@ public:
     Id next() const { return Id(static_cast<typename Id::Number>(this->size())); }
     auto ids() const { return firstIds<Id>(this->size()); }
 };
+
+// Two indices as one key of a hash table, and back.
+template <class First, class Second>
+constexpr std::uint64_t pairKey(Index<First> first, Index<Second> second) {
+    return std::uint64_t{first.number()} << 32 | second.number();
+}
+template <class Id>
+constexpr Id firstOf(std::uint64_t pair) {
+    return Id(static_cast<typename Id::Number>(pair >> 32));
+}
+template <class Id>
+constexpr Id secondOf(std::uint64_t pair) {
+    return Id(static_cast<typename Id::Number>(pair));
+}
 
 } // namespace Base
 

@@ -1,4 +1,4 @@
-// Interned names: each different text is kept once and is known by a number.
+// Interned names: each different text is stored once, and a number stands for it.
 #pragma once
 
 #include "base/LargeTables.h"
@@ -17,17 +17,17 @@ class Names {
 public:
     Names();
 
-    // The number of the text, new or known.
+    // Returns the number of the text, which is added if it is new.
     Name add(std::string_view text);
     std::optional<Name> find(std::string_view text) const;
-    // Valid as long as the Names live.
+    // The view is valid as long as the Names exist.
     std::string_view operator[](Name name) const { return texts_[static_cast<std::size_t>(name)]; }
     std::size_t size() const { return texts_.size(); }
 
 private:
-    // A text's place in the table. Its hash comes before the text, which lies elsewhere.
+    // The hash is stored here, so that most comparisons need not read the text, which is elsewhere.
     struct Slot {
-        std::uint32_t number = 0; // and 1 more; 0: free
+        std::uint32_t number = 0; // of the text, plus 1; 0 if the slot is free
         std::uint32_t hash = 0;
     };
 
@@ -36,7 +36,7 @@ private:
     std::string_view keep(std::string_view text);
 
     LargeVector<std::string_view> texts_;
-    LargeVector<Slot> slots_; // a power of two of them
+    LargeVector<Slot> slots_; // their count is a power of two
     std::vector<std::unique_ptr<char[]>> blocks_;
     std::size_t left_ = 0;
     char* next_ = nullptr;

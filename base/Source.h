@@ -1,5 +1,5 @@
-// An input file as a stream of bytes: plain, or compressed by gzip (told by its first bytes, not by its
-// name). Bytes in memory can stand for a file.
+// An input file as a stream of bytes: plain, or compressed by gzip (recognised by its first bytes, not by
+// its name). Bytes in memory can stand for a file.
 //
 // The file is read once, in blocks, and its SHA-256 (of the bytes as they are on disk) is known at the end.
 // Memory is a few blocks, whatever the file's size.
@@ -15,11 +15,12 @@ namespace Base {
 
 class Source {
 public:
-    // Throws BadInput where the file cannot be opened ("cannot open: <reason>").
+    // Throws BadInput if the file cannot be opened ("cannot open: <reason>").
     explicit Source(std::string path);
-    // The bytes, which must outlive the source, as the content of a file of that name. None is looked for.
+    // Reads the bytes, which must outlive the source, as the content of a file of that name. No file is
+    // opened.
     Source(std::string path, std::string_view bytes);
-    // Takes over the open descriptor, as that of the file of the path.
+    // Takes over the open descriptor of the file of that path.
     Source(std::string path, int descriptor);
     ~Source();
     Source(const Source&) = delete;
@@ -31,11 +32,11 @@ public:
     // Throws BadInput for a read error and for a damaged or truncated gzip stream.
     std::size_t read(char* buffer, std::size_t size);
 
-    // The rest of the file as one string. Throws BadInput if it has more bytes than that, inflated; no more
-    // than about twice as many are held.
+    // Returns the rest of the file as one string. Throws BadInput if it has more than `most` bytes, inflated.
+    // Holds at most about twice as many.
     std::string readAll(std::size_t most = std::string::npos);
 
-    // Lower-case hexadecimal SHA-256 of the whole file; reads what was not read yet.
+    // Returns the SHA-256 of the whole file in lower-case hexadecimal. Reads what has not been read yet.
     std::string sha256();
 
 private:

@@ -17,14 +17,13 @@ namespace Design {
 
 namespace {
 
-std::uint64_t pairOf(std::uint32_t a, std::uint32_t b) { return (std::uint64_t{a} << 32) | b; }
-std::uint32_t firstOf(std::uint64_t pair) { return static_cast<std::uint32_t>(pair >> 32); }
-std::uint32_t secondOf(std::uint64_t pair) { return static_cast<std::uint32_t>(pair); }
+// Into TypeRoles::pins_: a pin of a type.
+using TypePinId = Base::Index<struct TypePinTag>;
 
 class TypeRoles {
 public:
     explicit TypeRoles(const RoutedDesign& design)
-        : design_(design), numbers_(design.pins.size(), Base::none), edges_(design.pins.size()) {
+        : design_(design), numbers_(design.pins.size()), edges_(design.pins.size()) {
         for (const Check& check : design.checks)
             take(check);
         for (const PulseCheck& check : design.pulseChecks)
@@ -33,7 +32,7 @@ public:
         for (const Arc& arc : design.arcs)
             if (!arc.wire)
                 take(arc);
-        for (std::uint32_t pin = 0; pin < edges_.size(); ++pin)
+        for (const PinId pin : edges_.ids())
             if (edges_[pin] != 0)
                 takeEdges(pins_[numbers_[pin]], edges_[pin]);
         findCheckedClocks();
@@ -41,14 +40,12 @@ public:
     }
 
     // Pins of the design, of which there is an arc or a check.
-    bool isClock(std::uint32_t pin) const {
-        return numbers_[pin] != Base::none && pins_[numbers_[pin]].isClock;
-    }
+    bool isClock(PinId pin) const { return numbers_[pin] != Base::none && pins_[numbers_[pin]].isClock; }
     bool isReset(const Arc& arc) const {
         const TypePin& from = pins_[numbers_[arc.from]];
         if (from.isClock)
             return false;
-        const std::uint64_t way = pairOf(numbers_[arc.from], numbers_[arc.to]);
+        const std::uint64_t way = Base::pairKey(numbers_[arc.from], numbers_[arc.to]);
         return from.isAsynchronous || from.isOneEdge() ||
                (ways_.at(way).isHalf() && claims_.contains(numbers_[arc.to]));
     }
@@ -61,11 +58,11 @@ private:
         bool isChecked = false;      // setup and hold do
         bool hasPeriod = false;
         bool isClock = false;
-        bool hasWay = false;           // an arc to an output
-        bool hasWholeWay = false;      // one to both of its edges
-        bool hasOneEdge = false;       // a cell in which one edge alone sets off arcs
-        bool hasMoreEdges = false;     // a cell in which more do
-        std::vector<std::uint32_t> of; // what it checks, as the clock
+        bool hasWay = false;       // an arc to an output
+        bool hasWholeWay = false;  // one to both of its edges
+        bool hasOneEdge = false;   // a cell in which one edge alone sets off arcs
+        bool hasMoreEdges = false; // a cell in which more do
+        std::vector<TypePinId> of; // what it checks, as the clock
 
         bool isOneEdge() const { return hasOneEdge && !hasMoreEdges; }
         bool isHalf() const { return hasWay && !hasWholeWay; }
@@ -81,13 +78,13 @@ private:
         bool isHalf() const { return rises != falls; }
     };
 
-    std::uint32_t numberOf(std::uint32_t pin) {
+    TypePinId numberOf(PinId pin) {
         if (numbers_[pin] == Base::none) {
             const Pin& of = design_.pins[pin];
-            const std::uint32_t type =
-                of.cell == Base::none ? Base::none : static_cast<std::uint32_t>(design_.cells[of.cell].type);
+            const auto type = of.cell == Base::none ? ~std::uint32_t{0}
+                                                    : static_cast<std::uint32_t>(design_.cells[of.cell].type);
             const auto [place, isNew] = numberOf_.try_emplace(
-                pairOf(type, static_cast<std::uint32_t>(of.name)), static_cast<std::uint32_t>(pins_.size()));
+                (std::uint64_t{type} << 32) | static_cast<std::uint32_t>(of.name), pins_.next());
             if (isNew)
                 pins_.emplace_back();
             numbers_[pin] = place->second;
@@ -96,19 +93,19 @@ private:
     }
 
     void take(const Check& check) {
-        const std::uint32_t data = numberOf(check.data), clock = numberOf(check.clock);
+        const TypePinId data = numberOf(check.data), clock = numberOf(check.clock);
         (check.asynchronous ? pins_[data].isAsynchronous : pins_[data].isChecked) = true;
-        if (checks_.try_emplace(pairOf(clock, data), true).second)
+        if (checks_.try_emplace(Base::pairKey(clock, data), true).second)
             pins_[clock].of.push_back(data);
     }
 
     void take(const Arc& arc) {
-        const std::uint32_t from = numberOf(arc.from), to = numberOf(arc.to);
+        const TypePinId from = numberOf(arc.from), to = numberOf(arc.to);
         edges_[arc.from] |= arc.fromEdge == Transition::rise   ? rise
                             : arc.fromEdge == Transition::fall ? fall
                                                                : any;
         pins_[from].hasWay = true;
-        Way& way = ways_.try_emplace(pairOf(from, to)).first.value();
+        Way& way = ways_.try_emplace(Base::pairKey(from, to)).first.value();
         way.rises |= arc.rises;
         way.falls |= arc.falls;
         pins_[from].hasWholeWay |= way.rises && way.falls;
@@ -121,29 +118,29 @@ private:
         pin.hasMoreEdges |= !isOne && edges != any;
     }
 
-    bool checks(std::uint32_t clock, std::uint32_t data) const {
-        return checks_.contains(pairOf(clock, data));
+    bool checks(TypePinId clock, TypePinId data) const {
+        return checks_.contains(Base::pairKey(clock, data));
     }
 
     // Whether another pin checks this one and all that this one checks, as a clock does with a reset and what
     // is checked against the reset. Two clocks that check each other are none of it.
-    bool isUnderAnother(std::uint32_t pin) const {
-        const std::span<const std::uint32_t> own = pins_[pin].of;
-        return std::ranges::any_of(checkedBy_.at(pin), [&](std::uint32_t other) {
+    bool isUnderAnother(TypePinId pin) const {
+        const std::span<const TypePinId> own = pins_[pin].of;
+        return std::ranges::any_of(checkedBy_.at(pin), [&](TypePinId other) {
             return other != pin && !checks(pin, other) &&
-                   std::ranges::all_of(own, [&](std::uint32_t data) { return checks(other, data); });
+                   std::ranges::all_of(own, [&](TypePinId data) { return checks(other, data); });
         });
     }
 
     void findCheckedClocks() {
         for (const auto& [pair, unused] : checks_)
-            checkedBy_[secondOf(pair)].push_back(firstOf(pair));
-        for (std::uint32_t pin = 0; pin < pins_.size(); ++pin) {
+            checkedBy_[Base::secondOf<TypePinId>(pair)].push_back(Base::firstOf<TypePinId>(pair));
+        for (const TypePinId pin : pins_.ids()) {
             if (pins_[pin].of.empty() ||
                 (!pins_[pin].hasPeriod && checkedBy_.contains(pin) && isUnderAnother(pin)))
                 continue;
-            const bool resetsAlone = std::ranges::all_of(
-                pins_[pin].of, [&](std::uint32_t data) { return pins_[data].isLikeReset(); });
+            const bool resetsAlone =
+                std::ranges::all_of(pins_[pin].of, [&](TypePinId data) { return pins_[data].isLikeReset(); });
             pins_[pin].isClock = !(pins_[pin].isLikeReset() && resetsAlone);
         }
     }
@@ -159,28 +156,28 @@ private:
 
     void findOtherClocks() {
         for (const auto& [pair, way] : ways_)
-            if (const int claim = claimOf(pins_[firstOf(pair)], way); claim != 0) {
-                int& best = claims_.try_emplace(secondOf(pair), 0).first.value();
+            if (const int claim = claimOf(pins_[Base::firstOf<TypePinId>(pair)], way); claim != 0) {
+                int& best = claims_.try_emplace(Base::secondOf<TypePinId>(pair), 0).first.value();
                 best = std::max(best, claim);
             }
-        std::vector<std::uint32_t> found;
+        std::vector<TypePinId> found;
         for (const auto& [pair, way] : ways_)
-            if (const int claim = claimOf(pins_[firstOf(pair)], way);
-                claim != 0 && claim == claims_.at(secondOf(pair)))
-                found.push_back(firstOf(pair));
-        for (const std::uint32_t pin : found)
+            if (const int claim = claimOf(pins_[Base::firstOf<TypePinId>(pair)], way);
+                claim != 0 && claim == claims_.at(Base::secondOf<TypePinId>(pair)))
+                found.push_back(Base::firstOf<TypePinId>(pair));
+        for (const TypePinId pin : found)
             pins_[pin].isClock = true;
     }
 
     const RoutedDesign& design_;
-    std::vector<std::uint32_t> numbers_; // by pin of the design, into pins_
-    std::vector<std::uint8_t> edges_;    // by pin of the design: those that set off its arcs
-    Base::HashMap<std::uint64_t, std::uint32_t> numberOf_;
-    std::vector<TypePin> pins_;
+    Base::IndexVector<PinId, TypePinId> numbers_;
+    Base::IndexVector<PinId, std::uint8_t> edges_;     // those that set off the pin's arcs
+    Base::HashMap<std::uint64_t, TypePinId> numberOf_; // by type and name
+    Base::IndexVector<TypePinId, TypePin> pins_;
     Base::HashMap<std::uint64_t, bool> checks_; // clock and data
     Base::HashMap<std::uint64_t, Way> ways_;    // from and to
-    Base::HashMap<std::uint32_t, std::vector<std::uint32_t>> checkedBy_;
-    Base::HashMap<std::uint32_t, int> claims_; // the best one, by output
+    Base::HashMap<TypePinId, std::vector<TypePinId>> checkedBy_;
+    Base::HashMap<TypePinId, int> claims_; // the best one, by output
 };
 
 } // namespace

@@ -1,12 +1,13 @@
-// What the constraint files say, as plain data: the state after the last command.
+// The constraints as the files state them, as plain data: the state after the last command.
 //
-// Commands that replace or undo one another have done so here; what depends on the design's delays (the
-// master behind a generated clock, the start and end points behind a cell) has not been worked out yet. Times
+// Commands that replace or undo earlier ones have taken effect. What depends on the design's delays (the
+// master of a generated clock, the start and end points that a cell stands for) is not worked out here. Times
 // are decimals in ns.
 #pragma once
 
 #include "base/Decimal.h"
 #include "base/Diagnostics.h"
+#include "base/Side.h"
 #include "design/RoutedDesign.h"
 
 #include <cstdint>
@@ -16,32 +17,43 @@
 
 namespace Design {
 
-// Where a command stands.
+// The place of a command.
 struct Origin {
-    std::uint32_t file = 0; // into Constraints::files
+    FileId file = FileId(0U);
     std::uint32_t line = 0;
 };
 
-// A value for each side of an analysis. Late serves setup launch, early hold launch.
+// Early and late value of a latency. The launch of a setup check uses the late one, that of a hold check the
+// early one.
 struct EarlyLate {
     std::optional<Base::Decimal> early, late;
 };
-struct SetupHold {
-    std::optional<Base::Decimal> setup, hold;
-};
+using SetupHold = Base::PerSide<std::optional<Base::Decimal>>;
 
-// What a query gives: something of the design, or a clock.
+// What a query returns: a part of the design, or a clock.
 enum class ObjectKind : std::uint8_t { port, pin, cell, net, clock };
 struct Object {
     ObjectKind kind = ObjectKind::pin;
-    std::uint32_t index = 0; // into Design::pins (ports too), cells, nets, or Constraints::clocks
+    std::uint32_t index = 0; // into the table of the kind; the functions below return it with its type
+
+    Object() = default;
+    Object(ObjectKind theKind, std::uint32_t theIndex) : kind(theKind), index(theIndex) {}
+    Object(ObjectKind portOrPin, PinId pin) : kind(portOrPin), index(pin.number()) {}
+    explicit Object(CellId cell) : kind(ObjectKind::cell), index(cell.number()) {}
+    explicit Object(NetId net) : kind(ObjectKind::net), index(net.number()) {}
+    explicit Object(ClockId clock) : kind(ObjectKind::clock), index(clock.number()) {}
+
+    PinId pin() const { return PinId(index); } // also for a port
+    CellId cell() const { return CellId(index); }
+    NetId net() const { return NetId(index); }
+    ClockId clock() const { return ClockId(index); }
 
     auto operator<=>(const Object&) const = default;
 };
 
 struct GeneratedClock {
-    std::uint32_t source = Base::none;   // the pin (or port) of -source
-    std::optional<std::uint32_t> master; // -master_clock
+    PinId source = Base::none;   // the pin (or port) of -source
+    ClockId master = Base::none; // -master_clock
     enum class Kind : std::uint8_t { divide, multiply, edges } kind = Kind::divide;
     int factor = 1;                         // of divide and multiply
     std::vector<int> edges;                 // three, counted from 1
@@ -55,35 +67,39 @@ struct GeneratedClock {
 struct Clock {
     std::string name;
     Origin origin;
-    bool removed = false; // replaced by a later one: nothing refers to it
+    bool removed = false; // replaced by a later clock; nothing refers to it
     Base::Decimal period;
-    int timeExponent = 0;               // its file's unit was 10^timeExponent ns
-    Base::Decimal rise, fall;           // the waveform; a generated clock's is worked out from its master's
-    std::vector<std::uint32_t> targets; // pins and ports; empty for a virtual clock
+    int timeExponent = 0;       // its file's unit was 10^timeExponent ns
+    Base::Decimal rise, fall;   // the waveform; unused for a generated clock
+    std::vector<PinId> targets; // pins and ports; empty for a virtual clock
     std::optional<GeneratedClock> generated;
-    std::optional<bool>
-        propagated; // what was said last, set_propagated_clock or a network latency; nothing: neither
-    EarlyLate sourceLatency, networkLatency; // the latter empty once set_propagated_clock came after it
+    // True after set_propagated_clock, false after a network latency; the last one counts. Empty without
+    // either.
+    std::optional<bool> propagated;
+    EarlyLate sourceLatency;
+    EarlyLate networkLatency; // empty after set_propagated_clock
     SetupHold uncertainty;
 };
 
-// Network latency, propagation and uncertainty that name a pin or a port instead of a clock.
+using ClockTable = Base::IndexVector<ClockId, Clock>;
+
+// An uncertainty that was given for a pin or a port instead of a clock.
 struct PinUncertainty {
-    std::uint32_t pin = Base::none;
+    PinId pin = Base::none;
     SetupHold value;
     Origin origin;
 };
 struct ClockPairUncertainty {
-    std::uint32_t from = 0, to = 0; // clocks
+    ClockId from = Base::none, to = Base::none;
     SetupHold value;
     Origin origin;
 };
 
-// One entry of a port, of set_input_delay or set_output_delay: the values against one edge of one clock.
+// One entry of set_input_delay or set_output_delay: the values of a port against one edge of one clock.
 struct PortDelay {
-    std::uint32_t pin = Base::none;
+    PinId pin = Base::none;
     bool input = true;
-    std::optional<std::uint32_t> clock; // none: without a reference
+    ClockId clock = Base::none; // none: without a reference
     bool clockFall = false;
     bool sourceLatencyIncluded = false;
     bool networkLatencyIncluded = false;
@@ -93,12 +109,12 @@ struct PortDelay {
 
 struct ClockGroups {
     std::string name;
-    std::vector<std::vector<std::uint32_t>> groups; // of clocks; a single one stands against all other clocks
+    std::vector<std::vector<ClockId>> groups; // a single group is separate from all other clocks
     Origin origin;
 };
 
-// Objects of one option, and the transition that -rise_from and its like ask for. Clocks, ports, cells and
-// pins for from and to; ports, pins, cells and nets for through.
+// The objects of one option such as -from, and the transition that -rise_from or -fall_from asks for. Objects
+// are clocks, ports, cells and pins for from and to; ports, pins, cells and nets for through.
 struct Points {
     std::vector<Object> objects; // sorted, each once
     Transition transition = Transition::any;
@@ -112,9 +128,10 @@ struct Exception {
         minDelay,
         pathGroup
     } kind = Kind::falsePath;
-    bool setup = true; // the sides it was given for
-    bool hold = true;
-    bool flagged = false; // -setup or -hold was written; both: a multicycle's count is for each of them
+    bool setup = true; // whether it applies to setup
+    bool hold = true;  // and to hold
+    // Whether -setup or -hold was written. With both, the count of a multicycle applies to each of them.
+    bool flagged = false;
     int multiplier = 1;
     std::optional<bool> start; // -start true, -end false
     Base::Decimal value;
@@ -126,13 +143,13 @@ struct Exception {
     std::string text; // the command's words, shortened, for reports
 };
 
-// One of which a list came out empty, so that it holds for nothing.
+// An exception that applies to nothing, since one of its lists was empty.
 struct SkippedException {
-    std::size_t position = 0; // how many of the others stand before it
+    std::size_t position = 0; // how many of Constraints::exceptions come before it
     Exception exception;      // without its points
 };
 
-// Arcs to take out.
+// Arcs that are disabled.
 struct Disable {
     Object object;                       // cell, pin or port
     std::optional<std::string> from, to; // pin names of a cell
@@ -140,24 +157,24 @@ struct Disable {
 };
 
 struct CaseValue {
-    std::uint32_t pin = Base::none;
+    PinId pin = Base::none;
     bool value = false;
     Origin origin;
 };
 
 struct Constraints {
-    std::vector<std::string> files;      // as opened; those that others source included
-    std::vector<std::string> fileHashes; // SHA-256 of each
-    std::vector<Clock> clocks;
+    Base::IndexVector<FileId, std::string> files;      // as opened, including those that other files source
+    Base::IndexVector<FileId, std::string> fileHashes; // SHA-256 of each
+    ClockTable clocks;
     std::vector<PinUncertainty> pinUncertainties;
     std::vector<ClockPairUncertainty> pairUncertainties;
     std::vector<PortDelay> portDelays;
-    std::vector<ClockGroups> clockGroups;
-    std::vector<Exception> exceptions; // in the order of the commands
+    Base::IndexVector<ClockGroupsId, ClockGroups> clockGroups;
+    Base::IndexVector<ExceptionId, Exception> exceptions; // in the order of the commands
     std::vector<SkippedException> skippedExceptions;
     std::vector<Disable> disables;
     std::vector<CaseValue> caseValues;
-    std::vector<Origin> pllClocks; // each derive_pll_clocks
+    std::vector<Origin> pllClocks; // one for each derive_pll_clocks
     std::uint32_t unmatched = 0;   // queries and names that matched nothing
 
     Base::Place place(const Origin& origin) const { return {files[origin.file], origin.line, 0}; }

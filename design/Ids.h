@@ -13,7 +13,12 @@ using CellId = Base::Index<struct CellTag>;
 using NetId = Base::Index<struct NetTag>;
 // Into RoutedDesign::arcs.
 using ArcId = Base::Index<struct ArcTag>;
+// Into RoutedDesign::checks and pulseChecks.
+using CheckId = Base::Index<struct CheckTag>;
+using PulseCheckId = Base::Index<struct PulseCheckTag>;
 
+// Into Constraints::files.
+using FileId = Base::Index<struct FileTag>;
 // Into Constraints::clocks.
 using ClockId = Base::Index<struct ClockTag>;
 // Into Constraints::exceptions.

@@ -1,7 +1,7 @@
-// A routed netlist as the netlist readers give it: one flat module, bit by bit.
+// A routed netlist as the netlist readers return it: one flat module, bit by bit.
 //
-// Names are without escapes. A vector's bits are pins, ports and nets of their own ("led[3]"). Hierarchy is
-// gone: a cell in an instance is named by its path ("u1/u2/ff"). Only leaf cells stay.
+// Names have no escapes. Each bit of a vector is a pin, port or net of its own ("led[3]"). There is no
+// hierarchy: only leaf cells are left, and a cell in an instance is named by its path ("u1/u2/ff").
 #pragma once
 
 #include "base/Index.h"
@@ -16,36 +16,41 @@ namespace Design {
 enum class Direction : std::uint8_t { unknown, input, output, inout };
 
 struct Netlist {
+    using CellId = Base::Index<struct NetlistCellTag>; // into cells
+    using PinId = Base::Index<struct NetlistPinTag>;   // into pins
+    using NetId = Base::Index<struct NetlistNetTag>;   // into nets
+
     struct Port {
         Base::Name name;
         Direction direction = Direction::unknown;
-        std::uint32_t net = Base::none;
+        NetId net = Base::none;
     };
     struct Cell {
         Base::Name name;
         Base::Name type;
-        std::uint32_t firstPin = 0; // into pins
-        std::uint32_t pinCount = 0;
+        PinId firstPin = PinId(0U);
+        std::uint32_t pinCount = 0; // from firstPin on
     };
     struct Pin {
-        Base::Name name; // of the pin alone: "D", "RDATA[3]"
+        Base::Name name; // without its cell: "D", "RDATA[3]"
         Direction direction = Direction::unknown;
-        std::uint32_t net = Base::none; // none: not connected, or to a constant
+        NetId net = Base::none; // none if it is not connected, or connected to a constant
     };
 
     Base::Names names;
     std::string top; // the module that was taken
     std::vector<Port> ports;
-    std::vector<Cell> cells;
-    std::vector<Pin> pins; // a cell's pins stand together
-    // Pins that see the inverse of their net, ascending: their rising edges are the net's falling ones.
-    std::vector<std::uint32_t> invertedPins;
-    // Cells that stand for expressions of the netlist's text, ascending: without delays of their own, every
-    // input reaches every output at once.
-    std::vector<std::uint32_t> expressionCells;
-    // One name each: of those that the outermost module has for it the shortest, and of these the first in
-    // byte order. A net without a name is "$" and its number.
-    std::vector<Base::Name> nets;
+    Base::IndexVector<CellId, Cell> cells;
+    Base::IndexVector<PinId, Pin> pins; // those of a cell are adjacent
+    // Pins that have the inverse value of their net, ascending. A falling edge of the net is a rising edge
+    // there.
+    std::vector<PinId> invertedPins;
+    // Cells that represent expressions of the netlist's text, ascending. Every input reaches every output;
+    // the delay is zero unless the SDF has one.
+    std::vector<CellId> expressionCells;
+    // The name of each net: the shortest of those that the outermost module has for it, and of several such
+    // names the first in byte order. A net without a name is called "$" and its number.
+    Base::IndexVector<NetId, Base::Name> nets;
 };
 
 } // namespace Design

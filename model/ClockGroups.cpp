@@ -20,10 +20,10 @@ bool shareOne(const Numbers& a, const Numbers& b) {
 }
 
 // The groups of each clock.
-std::map<std::uint32_t, Numbers> groupsOfClocks(const ClockGroups::Groups& groups) {
-    std::map<std::uint32_t, Numbers> of;
+std::map<ClockId, Numbers> groupsOfClocks(const ClockGroups::Groups& groups) {
+    std::map<ClockId, Numbers> of;
     for (std::uint32_t number = 0; number < groups.size(); ++number)
-        for (const std::uint32_t clock : groups[number])
+        for (const ClockId clock : groups[number])
             if (Numbers& own = of[clock]; own.empty() || own.back() != number)
                 own.push_back(number);
     return of;
@@ -31,22 +31,23 @@ std::map<std::uint32_t, Numbers> groupsOfClocks(const ClockGroups::Groups& group
 
 } // namespace
 
-ClockGroups::ClockGroups(const std::vector<Design::ClockGroups>& statements, std::size_t clocks)
+ClockGroups::ClockGroups(const Base::IndexVector<ClockGroupsId, Design::ClockGroups>& statements,
+                         std::size_t clocks)
     : of_(clocks) {
-    for (std::uint32_t statement = 0; statement < statements.size(); ++statement) {
+    for (const ClockGroupsId statement : statements.ids()) {
         const auto& groups = statements[statement].groups;
         single_.push_back(groups.size() == 1);
         for (std::uint32_t group = 0; group < groups.size(); ++group)
-            for (const std::uint32_t clock : groups[group])
+            for (const ClockId clock : groups[group])
                 of_[clock].push_back({statement, group});
     }
 }
 
-std::optional<std::uint32_t> ClockGroups::separating(std::uint32_t a, std::uint32_t b) const {
+ClockGroupsId ClockGroups::separating(ClockId a, ClockId b) const {
     const std::vector<Membership>&first = of_[a], &second = of_[b];
     auto x = first.begin(), y = second.begin();
     while (x != first.end() || y != second.end()) {
-        const std::uint32_t statement = y == second.end() || (x != first.end() && x->statement < y->statement)
+        const ClockGroupsId statement = y == second.end() || (x != first.end() && x->statement < y->statement)
                                             ? x->statement
                                             : y->statement;
         const auto isLater = [statement](const Membership& member) { return member.statement > statement; };
@@ -61,7 +62,7 @@ std::optional<std::uint32_t> ClockGroups::separating(std::uint32_t a, std::uint3
         x = xEnd;
         y = yEnd;
     }
-    return std::nullopt;
+    return Base::none;
 }
 
 // The clocks of one group each are one statement. Those that are in the same several groups stand together

@@ -44,9 +44,9 @@ std::string faultOf(const Clock& clock, int scale) {
 // registers.
 class Insertion {
 public:
-    using Arrivals = std::vector<std::pair<std::uint32_t, Latency>>;
+    using Arrivals = std::vector<std::pair<NodeId, Latency>>;
 
-    Insertion(const Network& network, const Arrivals& from, std::uint32_t to) : network_(network), to_(to) {
+    Insertion(const Network& network, const Arrivals& from, NodeId to) : network_(network), to_(to) {
         for (const auto& [node, arrival] : from)
             arrivals_.try_emplace(node, arrival);
     }
@@ -64,7 +64,7 @@ public:
 
 private:
     struct Step {
-        std::uint32_t node;
+        NodeId node;
         std::size_t next;
         std::optional<Latency> arrival;
     };
@@ -76,17 +76,17 @@ private:
     // Backwards, how many registers lie between a node and the end, until a known node is found.
     bool layer() {
         bool found = false;
-        std::vector<std::uint32_t> layer = {to_}, next;
+        std::vector<NodeId> layer = {to_}, next;
         for (std::uint32_t number = 0; !layer.empty() && !found; ++number, layer.swap(next), next.clear())
             for (std::size_t at = 0; at < layer.size(); ++at) {
-                const std::uint32_t node = layer[at];
+                const NodeId node = layer[at];
                 if (!layers_.try_emplace(node, number).second)
                     continue;
                 if (arrivals_.contains(node)) {
                     found = true;
                     continue;
                 }
-                for (const std::uint32_t into : network_.in(node))
+                for (const ArcId into : network_.in(node))
                     if (const Arc& arc = network_.arcs()[into]; isOpen(arc) && !layers_.contains(arc.from))
                         (arc.launch ? next : layer).push_back(arc.from);
             }
@@ -102,7 +102,7 @@ private:
 
     void step() {
         Step& top = walk_.back();
-        const std::span<const std::uint32_t> arcs = network_.in(top.node);
+        const std::span<const ArcId> arcs = network_.in(top.node);
         if (top.next == arcs.size()) {
             arrivals_.try_emplace(top.node, top.arrival);
             walk_.pop_back();
@@ -129,9 +129,9 @@ private:
     }
 
     const Network& network_;
-    const std::uint32_t to_;
-    std::unordered_map<std::uint32_t, std::optional<Latency>> arrivals_;
-    std::unordered_map<std::uint32_t, std::uint32_t> layers_;
+    const NodeId to_;
+    std::unordered_map<NodeId, std::optional<Latency>> arrivals_;
+    std::unordered_map<NodeId, std::uint32_t> layers_;
     std::vector<Step> walk_;
 };
 
@@ -168,22 +168,21 @@ Clocks::Clocks(const Design::RoutedDesign& design, const Network& network,
     : design_(design), network_(network), scale_(options.scale), diagnostics_(diagnostics) {
     for (const Design::Clock& clock : constraints.clocks)
         take(clock, constraints, options);
-    std::vector<std::uint32_t> seenBy(network.size(), Base::none);
-    for (std::uint32_t number = 0; number < clocks_.size(); ++number)
+    Base::IndexVector<NodeId, ClockId> seenBy(network.size());
+    for (const ClockId number : clocks_.ids())
         if (!clocks_[number].removed)
             flood(number, seenBy);
     resolveGenerated(constraints);
     const auto put = [&](Uncertainty& own, const Design::SetupHold& value, const Design::Origin& origin) {
-        if (value.setup)
-            own.setup = units(*value.setup, constraints.place(origin));
-        if (value.hold)
-            own.hold = units(*value.hold, constraints.place(origin));
+        for (const Base::Side side : Base::bothSides)
+            if (value[side])
+                own[side] = units(*value[side], constraints.place(origin));
     };
     for (const Design::PinUncertainty& pin : constraints.pinUncertainties)
         put(pins_[pin.pin], pin.value, pin.origin);
     pairs_.reserve(constraints.pairUncertainties.size());
     for (const Design::ClockPairUncertainty& pair : constraints.pairUncertainties)
-        put(pairs_[pairOf(pair.from, pair.to)], pair.value, pair.origin);
+        put(pairs_[Base::pairKey(pair.from, pair.to)], pair.value, pair.origin);
 }
 
 Time Clocks::units(const Base::Decimal& time, const Base::Place& place) const {
@@ -202,15 +201,14 @@ void Clocks::take(const Design::Clock& from, const Design::Constraints& constrai
     if (!from.generated && !from.removed)
         checkShape(clock, from);
     clock.propagated = from.propagated.value_or(options.propagated);
-    for (const std::uint32_t pin : from.targets)
+    for (const PinId pin : from.targets)
         clock.targets.push_back(network_.sourceOf(pin));
     clock.insertion.resize(clock.targets.size());
     clock.source = latencyOf(from.sourceLatency, scale_, clock.place);
     clock.network = latencyOf(from.networkLatency, scale_, clock.place);
-    if (from.uncertainty.setup)
-        clock.setupUncertainty = units(*from.uncertainty.setup, clock.place);
-    if (from.uncertainty.hold)
-        clock.holdUncertainty = units(*from.uncertainty.hold, clock.place);
+    for (const Base::Side side : Base::bothSides)
+        if (from.uncertainty[side])
+            clock.uncertainty[side] = units(*from.uncertainty[side], clock.place);
     clocks_.push_back(std::move(clock));
 }
 
@@ -229,18 +227,18 @@ void Clocks::checkShape(const Clock& clock, const Design::Clock& from) const {
                                           "--resolution");
 }
 
-void Clocks::flood(std::uint32_t number, std::vector<std::uint32_t>& seenBy) {
+void Clocks::flood(ClockId number, Base::IndexVector<NodeId, ClockId>& seenBy) {
     Clock& clock = clocks_[number];
-    const auto reach = [&](std::uint32_t node) {
+    const auto reach = [&](NodeId node) {
         if (network_.isConstant(node) || seenBy[node] == number)
             return;
         seenBy[node] = number;
         clock.reached.push_back(node);
     };
-    for (const std::uint32_t target : clock.targets)
+    for (const NodeId target : clock.targets)
         reach(target);
     for (std::size_t next = 0; next < clock.reached.size(); ++next)
-        for (const std::uint32_t out : network_.out(clock.reached[next]))
+        for (const ArcId out : network_.out(clock.reached[next]))
             if (const Arc& arc = network_.arcs()[out]; arc.kind == ArcKind::through)
                 reach(arc.to);
 }
@@ -249,30 +247,30 @@ void Clocks::flood(std::uint32_t number, std::vector<std::uint32_t>& seenBy) {
 
 Clocks::Reaching Clocks::clocksAtSources(const Design::Constraints& constraints) const {
     Reaching reaching;
-    for (std::uint32_t number = 0; number < clocks_.size(); ++number) {
+    for (const ClockId number : clocks_.ids()) {
         const auto& generated = constraints.clocks[number].generated;
-        if (clocks_[number].removed || !generated || generated->master)
+        if (clocks_[number].removed || !generated || generated->master != Base::none)
             continue;
-        const auto add = [&](std::uint32_t node) { reaching[node]; };
+        const auto add = [&](NodeId node) { reaching[node]; };
         network_.eachCopy(network_.sinkOf(generated->source), add);
         network_.eachCopy(network_.sourceOf(generated->source), add);
     }
-    for (std::uint32_t number = 0; number < clocks_.size() && !reaching.empty(); ++number)
-        if (!clocks_[number].removed)
-            for (const std::uint32_t node : clocks_[number].reached)
+    for (const ClockId number : clocks_.ids())
+        if (!reaching.empty() && !clocks_[number].removed)
+            for (const NodeId node : clocks_[number].reached)
                 if (const auto known = reaching.find(node); known != reaching.end())
                     known->second.push_back(number);
     return reaching;
 }
 
 // The clock that is named, or the one that reaches the source pin.
-std::uint32_t Clocks::masterOf(std::uint32_t number, const Design::Constraints& constraints,
-                               const Reaching& reaching) const {
+ClockId Clocks::masterOf(ClockId number, const Design::Constraints& constraints,
+                         const Reaching& reaching) const {
     const Design::GeneratedClock& generated = *constraints.clocks[number].generated;
-    if (generated.master)
-        return *generated.master;
-    std::vector<std::uint32_t> masters;
-    const auto add = [&](std::uint32_t node) {
+    if (generated.master != Base::none)
+        return generated.master;
+    std::vector<ClockId> masters;
+    const auto add = [&](NodeId node) {
         masters.insert(masters.end(), reaching.at(node).begin(), reaching.at(node).end());
     };
     network_.eachCopy(network_.sinkOf(generated.source), add);
@@ -295,9 +293,9 @@ std::uint32_t Clocks::masterOf(std::uint32_t number, const Design::Constraints& 
 // Masters before what is made of them.
 void Clocks::resolveGenerated(const Design::Constraints& constraints) {
     const Reaching reaching = clocksAtSources(constraints);
-    std::vector<std::uint32_t> waiting;
-    std::vector<bool> done(clocks_.size(), true);
-    for (std::uint32_t number = 0; number < clocks_.size(); ++number)
+    std::vector<ClockId> waiting;
+    Base::IndexVector<ClockId, bool> done(clocks_.size(), true);
+    for (const ClockId number : clocks_.ids())
         if (!clocks_[number].removed && constraints.clocks[number].generated) {
             clocks_[number].master = masterOf(number, constraints, reaching);
             waiting.push_back(number);
@@ -305,10 +303,10 @@ void Clocks::resolveGenerated(const Design::Constraints& constraints) {
         }
     while (!waiting.empty()) {
         const std::size_t before = waiting.size();
-        std::erase_if(waiting, [&](std::uint32_t number) {
+        std::erase_if(waiting, [&](ClockId number) {
             Clock& clock = clocks_[number];
-            const Clock& master = clocks_[*clock.master];
-            if (!done[*clock.master])
+            const Clock& master = clocks_[clock.master];
+            if (!done[clock.master])
                 return false;
             const Design::Clock& stated = constraints.clocks[number];
             shapeGenerated(clock, master, *stated.generated, clock.place);
@@ -384,14 +382,14 @@ void Clocks::shapeGenerated(Clock& clock, const Clock& master, const Design::Gen
 }
 
 // From the master's targets by way of the source pin, where it lies on the way.
-void Clocks::insert(Clock& clock, const Clock& master, std::uint32_t source) const {
+void Clocks::insert(Clock& clock, const Clock& master, PinId source) const {
     clock.source = master.source;
     Insertion::Arrivals from;
     for (std::size_t target = 0; target < master.targets.size(); ++target)
         from.emplace_back(master.targets[target], master.insertion[target]);
     Insertion::Arrivals atSource;
-    for (const std::uint32_t side : {network_.sinkOf(source), network_.sourceOf(source)})
-        network_.eachCopy(side, [&](std::uint32_t node) {
+    for (const NodeId side : {network_.sinkOf(source), network_.sourceOf(source)})
+        network_.eachCopy(side, [&](NodeId node) {
             if (const std::optional<Latency> arrival = Insertion(network_, from, node).find())
                 atSource.emplace_back(node, *arrival);
         });
@@ -408,17 +406,14 @@ void Clocks::insert(Clock& clock, const Clock& master, std::uint32_t source) con
     }
 }
 
-Time Clocks::uncertainty(std::uint32_t launch, std::uint32_t capture, std::uint32_t pin, bool setup) const {
-    const auto side = [setup](const Uncertainty& own) -> const std::optional<Time>& {
-        return setup ? own.setup : own.hold;
-    };
-    if (const auto found = pairs_.find(pairOf(launch, capture)); found != pairs_.end())
-        if (const std::optional<Time>& own = side(found->second))
+Time Clocks::uncertainty(ClockId launch, ClockId capture, PinId pin, Base::Side side) const {
+    if (const auto found = pairs_.find(Base::pairKey(launch, capture)); found != pairs_.end())
+        if (const std::optional<Time>& own = found->second[side])
             return *own;
     if (const auto found = pins_.find(pin); found != pins_.end())
-        if (const std::optional<Time>& own = side(found->second))
+        if (const std::optional<Time>& own = found->second[side])
             return *own;
-    return setup ? clocks_[capture].setupUncertainty : clocks_[capture].holdUncertainty;
+    return clocks_[capture].uncertainty[side];
 }
 
 } // namespace Model

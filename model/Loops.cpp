@@ -3,7 +3,6 @@
 #include "model/Network.h"
 
 #include <algorithm>
-#include <numeric>
 #include <unordered_map>
 
 namespace Model {
@@ -12,16 +11,17 @@ namespace Model {
 
 struct Loops::Part {
     struct Out {
-        std::uint32_t to, arc;
+        PlaceId to;
+        ArcId arc;
     };
 
     std::uint32_t size = 0;
-    std::vector<std::uint32_t> entries;
-    std::vector<std::uint32_t> first; // into outs, by node
+    std::vector<PlaceId> entries;
+    std::vector<std::uint32_t> first; // into outs, by place, and the end
     std::vector<Out> outs;
 
-    std::span<const Out> out(std::uint32_t node) const {
-        return std::span(outs).subspan(first[node], first[node + 1] - first[node]);
+    std::span<const Out> out(PlaceId node) const {
+        return std::span(outs).subspan(first[node.number()], first[node.number() + 1] - first[node.number()]);
     }
 };
 
@@ -32,7 +32,8 @@ struct Loops::Part {
 class Loops::Exact {
 public:
     struct Move {
-        std::uint32_t from, to, arc;
+        CopyId from, to;
+        ArcId arc;
     };
 
     Exact(const Part& part, std::uint64_t nodeLimit, std::uint64_t arcLimit, std::uint64_t workLimit)
@@ -41,11 +42,11 @@ public:
 
     // False if a limit is met.
     bool build() {
-        for (const std::uint32_t entry : part_.entries) {
+        for (const PlaceId entry : part_.entries) {
             std::ranges::fill(allowed_, ~std::uint64_t{0});
             add(entry);
         }
-        for (std::uint32_t copy = 0; copy < nodeOf_.size(); ++copy)
+        for (CopyId copy(0U); copy < nodeOf_.next(); ++copy)
             for (const Part::Out& out : part_.out(nodeOf_[copy])) {
                 if (nodeOf_.size() > nodeLimit_ || moves_.size() > arcLimit_ || work_ > workLimit_)
                     return false;
@@ -59,33 +60,33 @@ public:
     }
 
     std::uint64_t work() const { return work_; }
-    const std::vector<std::uint32_t>& nodes() const { return nodeOf_; }
+    const Base::IndexVector<CopyId, PlaceId>& nodes() const { return nodeOf_; }
     const std::vector<Move>& moves() const { return moves_; }
 
 private:
     static constexpr std::uint32_t wordBits = 64;
 
-    static bool holds(std::span<const std::uint64_t> set, std::uint32_t node) {
-        return (set[node / wordBits] >> node % wordBits & 1U) != 0;
+    static bool holds(std::span<const std::uint64_t> set, PlaceId node) {
+        return (set[node.number() / wordBits] >> node.number() % wordBits & 1U) != 0;
     }
-    static void set(std::vector<std::uint64_t>& words, std::uint32_t node) {
-        words[node / wordBits] |= std::uint64_t{1} << node % wordBits;
+    static void set(std::vector<std::uint64_t>& words, PlaceId node) {
+        words[node.number() / wordBits] |= std::uint64_t{1} << node.number() % wordBits;
     }
-    std::span<const std::uint64_t> aheadOf(std::uint32_t copy) const {
-        return std::span(ahead_).subspan(std::size_t{copy} * words_, words_);
+    std::span<const std::uint64_t> aheadOf(CopyId copy) const {
+        return std::span(ahead_).subspan(std::size_t{copy.number()} * words_, words_);
     }
 
     // The copy of a node from which the allowed nodes may be passed.
-    std::uint32_t add(std::uint32_t node) {
+    CopyId add(PlaceId node) {
         reach(node);
-        std::uint64_t hash = node;
+        std::uint64_t hash = node.number();
         for (const std::uint64_t word : reached_)
             hash = (hash ^ word ^ hash >> 32) * 0x9E3779B97F4A7C15U;
         const auto [begin, end] = known_.equal_range(hash);
         for (auto known = begin; known != end; ++known)
             if (nodeOf_[known->second] == node && std::ranges::equal(aheadOf(known->second), reached_))
                 return known->second;
-        const auto copy = static_cast<std::uint32_t>(nodeOf_.size());
+        const CopyId copy = nodeOf_.next();
         known_.emplace(hash, copy);
         nodeOf_.push_back(node);
         ahead_.insert(ahead_.end(), reached_.begin(), reached_.end());
@@ -93,9 +94,9 @@ private:
     }
 
     // Those of the allowed nodes that the node leads to, without itself.
-    void reach(std::uint32_t node) {
+    void reach(PlaceId node) {
         std::ranges::fill(reached_, 0);
-        allowed_[node / wordBits] &= ~(std::uint64_t{1} << node % wordBits);
+        allowed_[node.number() / wordBits] &= ~(std::uint64_t{1} << node.number() % wordBits);
         open_ = {node};
         work_ += words_;
         while (!open_.empty()) {
@@ -114,12 +115,12 @@ private:
     const std::uint32_t words_;
     const std::uint64_t nodeLimit_, arcLimit_, workLimit_;
     std::uint64_t work_ = 0;
-    std::vector<std::uint32_t> nodeOf_; // by copy
-    std::vector<std::uint64_t> ahead_;  // by copy, the nodes that can be reached from it
-    std::unordered_multimap<std::uint64_t, std::uint32_t> known_;
+    Base::IndexVector<CopyId, PlaceId> nodeOf_;
+    std::vector<std::uint64_t> ahead_; // by copy, the nodes that can be reached from it
+    std::unordered_multimap<std::uint64_t, CopyId> known_;
     std::vector<Move> moves_;
     std::vector<std::uint64_t> allowed_, reached_;
-    std::vector<std::uint32_t> open_;
+    std::vector<PlaceId> open_;
 };
 
 // --- The layered form ---
@@ -128,9 +129,9 @@ private:
 class Loops::Walk {
 public:
     explicit Walk(const Part& part) : part_(part), states_(part.size), closes_(part.outs.size()) {
-        for (const std::uint32_t entry : part.entries)
+        for (const PlaceId entry : part.entries)
             from(entry);
-        from(0);
+        from(PlaceId(0U));
     }
 
     bool closes(const Part::Out& out) const {
@@ -140,9 +141,9 @@ public:
     // How many of these arcs a path that passes no node twice can use, at most: no two into one node, and no
     // two out of one.
     std::uint32_t mostOnAPath() const {
-        std::vector<bool> isHead(part_.size);
+        Base::IndexVector<PlaceId, bool> isHead(part_.size);
         std::uint32_t heads = 0, tails = 0;
-        for (std::uint32_t node = 0; node < part_.size; ++node) {
+        for (const PlaceId node : isHead.ids()) {
             bool isTail = false;
             for (const Part::Out& out : part_.out(node))
                 if (closes(out)) {
@@ -158,10 +159,11 @@ public:
 private:
     enum class State : std::uint8_t { unseen, open, done };
     struct Step {
-        std::uint32_t node, next;
+        PlaceId node;
+        std::uint32_t next; // of the arcs out of it
     };
 
-    void from(std::uint32_t start) {
+    void from(PlaceId start) {
         if (states_[start] != State::unseen)
             return;
         enter(start);
@@ -181,13 +183,13 @@ private:
         }
     }
 
-    void enter(std::uint32_t node) {
+    void enter(PlaceId node) {
         states_[node] = State::open;
         walk_.push_back({node, 0});
     }
 
     const Part& part_;
-    std::vector<State> states_;
+    Base::IndexVector<PlaceId, State> states_;
     std::vector<bool> closes_;
     std::vector<Step> walk_;
 };
@@ -198,19 +200,20 @@ public:
     using Move = Exact::Move;
 
     Layered(const Part& part, const Walk& walk, std::uint32_t layers) {
-        std::vector<std::uint32_t> copyOf(std::size_t{part.size} * layers, Base::none), layerOf;
-        const auto add = [&](std::uint32_t node, std::uint32_t layer) {
-            std::uint32_t& copy = copyOf[std::size_t{layer} * part.size + node];
+        std::vector<CopyId> copyOf(std::size_t{part.size} * layers);
+        Base::IndexVector<CopyId, std::uint32_t> layerOf;
+        const auto add = [&](PlaceId node, std::uint32_t layer) {
+            CopyId& copy = copyOf[std::size_t{layer} * part.size + node.number()];
             if (copy == Base::none) {
-                copy = static_cast<std::uint32_t>(nodeOf_.size());
+                copy = nodeOf_.next();
                 nodeOf_.push_back(node);
                 layerOf.push_back(layer);
             }
             return copy;
         };
-        for (const std::uint32_t entry : part.entries)
+        for (const PlaceId entry : part.entries)
             add(entry, 0);
-        for (std::uint32_t copy = 0; copy < nodeOf_.size(); ++copy)
+        for (CopyId copy(0U); copy < nodeOf_.next(); ++copy)
             for (const Part::Out& out : part.out(nodeOf_[copy])) {
                 const std::uint32_t layer = layerOf[copy] + (walk.closes(out) ? 1 : 0);
                 if (layer < layers)
@@ -218,28 +221,27 @@ public:
             }
     }
 
-    const std::vector<std::uint32_t>& nodes() const { return nodeOf_; }
+    const Base::IndexVector<CopyId, PlaceId>& nodes() const { return nodeOf_; }
     const std::vector<Move>& moves() const { return moves_; }
 
 private:
-    std::vector<std::uint32_t> nodeOf_; // by copy
+    Base::IndexVector<CopyId, PlaceId> nodeOf_;
     std::vector<Move> moves_;
 };
 
 // --- All loops ---
 
-Loops::Loops(std::uint32_t nodes, std::span<const Arc> arcs, const Out& out,
-             const std::function<bool(std::uint32_t)>& mayStart, const LoopLimits& limits)
-    : arcs_(arcs), out_(out), loopOf_(nodes, Base::none), placeInLoop_(nodes, Base::none), entry_(nodes),
-      taken_(nodes), nodeLimit_(limits.addedNodes + limits.timesDesign * nodes),
+Loops::Loops(std::size_t nodes, const Base::IndexVector<ArcId, Arc>& arcs, const Out& out,
+             const std::function<bool(NodeId)>& mayStart, const LoopLimits& limits)
+    : arcs_(arcs), out_(out), loopOf_(nodes), placeInLoop_(nodes), entry_(nodes), taken_(nodes),
+      nodeLimit_(limits.addedNodes + limits.timesDesign * nodes),
       arcLimit_(limits.addedArcs + limits.timesDesign * arcs.size()) {
     find();
     findEntries(mayStart);
     // The smallest first, so that they are exact.
-    std::vector<std::uint32_t> order(loops_.size());
-    std::iota(order.begin(), order.end(), 0U);
-    std::ranges::stable_sort(order, {}, [&](std::uint32_t loop) { return loops_[loop].nodes.size(); });
-    for (const std::uint32_t loop : order)
+    std::vector<LoopId> order(loops_.ids().begin(), loops_.ids().end());
+    std::ranges::stable_sort(order, {}, [&](LoopId loop) { return loops_[loop].nodes.size(); });
+    for (const LoopId loop : order)
         open(loops_[loop], limits);
     std::ranges::stable_sort(steps_, {}, &Step::arc);
     std::ranges::sort(cuts_);
@@ -249,20 +251,23 @@ Loops::Loops(std::uint32_t nodes, std::span<const Arc> arcs, const Out& out,
 // with the earliest open node that can be reached from it.
 void Loops::find() {
     struct Visit {
-        std::uint32_t node, next;
+        NodeId node;
+        std::uint32_t next; // of the arcs out of it
     };
-    const auto nodes = static_cast<std::uint32_t>(loopOf_.size());
-    std::vector<std::uint32_t> number(nodes, Base::none), lowest(nodes, Base::none), open;
-    std::vector<bool> isOpen(nodes), selfArc(nodes);
+    const std::size_t nodes = loopOf_.size();
+    constexpr std::uint32_t unseen = ~std::uint32_t{0};
+    Base::IndexVector<NodeId, std::uint32_t> number(nodes, unseen), lowest(nodes, unseen);
+    std::vector<NodeId> open;
+    Base::IndexVector<NodeId, bool> isOpen(nodes), selfArc(nodes);
     std::vector<Visit> walk;
     std::uint32_t count = 0;
-    const auto enter = [&](std::uint32_t node) {
+    const auto enter = [&](NodeId node) {
         number[node] = lowest[node] = count++;
         isOpen[node] = true;
         open.push_back(node);
         walk.push_back({node, 0});
     };
-    const auto close = [&](std::uint32_t node) {
+    const auto close = [&](NodeId node) {
         Loop loop;
         do {
             loop.nodes.push_back(open.back());
@@ -274,14 +279,14 @@ void Loops::find() {
         std::ranges::sort(loop.nodes);
         loops_.push_back(std::move(loop));
     };
-    for (std::uint32_t start = 0; start < nodes; ++start) {
-        if (number[start] != Base::none)
+    for (const NodeId start : loopOf_.ids()) {
+        if (number[start] != unseen)
             continue;
         enter(start);
         while (!walk.empty()) {
             Visit& visit = walk.back();
-            const std::uint32_t node = visit.node;
-            const std::span<const std::uint32_t> outs = out_(node);
+            const NodeId node = visit.node;
+            const std::span<const ArcId> outs = out_(node);
             if (visit.next == outs.size()) {
                 walk.pop_back();
                 if (!walk.empty())
@@ -294,27 +299,29 @@ void Loops::find() {
             if (arc.kind != ArcKind::through)
                 continue;
             selfArc[node] = selfArc[node] || arc.to == node;
-            if (number[arc.to] == Base::none)
+            if (number[arc.to] == unseen)
                 enter(arc.to);
             else if (isOpen[arc.to])
                 lowest[node] = std::min(lowest[node], number[arc.to]);
         }
     }
     std::ranges::sort(loops_, {}, [](const Loop& loop) { return loop.nodes.front(); });
-    for (std::uint32_t loop = 0; loop < loops_.size(); ++loop)
-        for (std::uint32_t place = 0; place < loops_[loop].nodes.size(); ++place) {
-            loopOf_[loops_[loop].nodes[place]] = loop;
-            placeInLoop_[loops_[loop].nodes[place]] = place;
+    for (const LoopId loop : loops_.ids()) {
+        PlaceId place(0U);
+        for (const NodeId node : loops_[loop].nodes) {
+            loopOf_[node] = loop;
+            placeInLoop_[node] = place++;
         }
+    }
 }
 
-void Loops::findEntries(const std::function<bool(std::uint32_t)>& mayStart) {
+void Loops::findEntries(const std::function<bool(NodeId)>& mayStart) {
     for (const Arc& arc : arcs_)
         if (loopOf_[arc.to] != Base::none &&
             (arc.kind != ArcKind::through || loopOf_[arc.from] != loopOf_[arc.to]))
             entry_[arc.to] = true;
     for (const Loop& loop : loops_)
-        for (const std::uint32_t node : loop.nodes)
+        for (const NodeId node : loop.nodes)
             if (mayStart(node))
                 entry_[node] = true;
 }
@@ -322,9 +329,9 @@ void Loops::findEntries(const std::function<bool(std::uint32_t)>& mayStart) {
 Loops::Part Loops::partOf(const Loop& loop) const {
     Part part;
     part.size = static_cast<std::uint32_t>(loop.nodes.size());
-    for (const std::uint32_t node : loop.nodes) {
+    for (const NodeId node : loop.nodes) {
         part.first.push_back(static_cast<std::uint32_t>(part.outs.size()));
-        for (const std::uint32_t number : out_(node))
+        for (const ArcId number : out_(node))
             if (const Arc& arc = arcs_[number];
                 arc.kind == ArcKind::through && loopOf_[arc.to] == loopOf_[node])
                 part.outs.push_back({placeInLoop_[arc.to], number});
@@ -371,13 +378,13 @@ void Loops::open(Loop& loop, const LoopLimits& limits) {
 // The first copy of a node takes the node's own number: that of an entry comes before all others.
 template <class Copies>
 void Loops::take(const Loop& loop, const Copies& copies) {
-    const auto nodes = static_cast<std::uint32_t>(loopOf_.size());
-    std::vector<std::uint32_t> numberOf;
+    NodeId next(static_cast<std::uint32_t>(loopOf_.size() + copied_.size()));
+    Base::IndexVector<CopyId, NodeId> numberOf;
     numberOf.reserve(copies.nodes().size());
-    for (const std::uint32_t place : copies.nodes()) {
-        const std::uint32_t node = loop.nodes[place];
+    for (const PlaceId place : copies.nodes()) {
+        const NodeId node = loop.nodes[place.number()];
         if (taken_[node]) {
-            numberOf.push_back(nodes + static_cast<std::uint32_t>(copied_.size()));
+            numberOf.push_back(next++);
             copied_.push_back(node);
         } else {
             taken_[node] = true;

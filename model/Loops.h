@@ -18,6 +18,8 @@
 // linear in the copies that they make.
 #pragma once
 
+#include "model/Ids.h"
+
 #include <cstdint>
 #include <functional>
 #include <span>
@@ -30,8 +32,8 @@ struct Arc;
 struct LoopLimits {
     std::uint32_t exactNodes = 10'000;     // in the exact form of one loop
     std::uint64_t exactWork = 200'000'000; // arcs and words passed in search of exact forms, in all loops
-    // What copies may add to the design: so much, and so many times what it has. Exact forms leave half of
-    // it.
+    // Copies may add these numbers of nodes and arcs and, in addition, timesDesign times those of the design.
+    // Exact forms use at most half of that.
     std::uint64_t addedNodes = 1'000'000;
     std::uint64_t addedArcs = 4'000'000;
     std::uint64_t timesDesign = 4;
@@ -41,54 +43,58 @@ class Loops {
 public:
     enum class Form : std::uint8_t { exact, layered, cut };
     struct Loop {
-        std::vector<std::uint32_t> nodes; // in order
+        std::vector<NodeId> nodes; // in order
         Form form = Form::cut;
         std::uint32_t layers = 0; // of the layered form
-        bool isEntered = false;   // else no path passes it, and its arcs are cut
+        bool isEntered = false;   // if not, no path passes it, and its arcs are cut
     };
     // A copy of an arc within a loop.
     struct Step {
-        std::uint32_t arc = 0;
-        std::uint32_t from = 0, to = 0; // nodes, copies counted on from the last node
+        ArcId arc;
+        NodeId from, to; // copies counted on from the last node
     };
     // The arcs out of a node.
-    using Out = std::function<std::span<const std::uint32_t>(std::uint32_t)>;
+    using Out = std::function<std::span<const ArcId>(NodeId)>;
 
-    // mayStart: whether paths may start at a node otherwise than by an arc into it.
-    Loops(std::uint32_t nodes, std::span<const Arc> arcs, const Out& out,
-          const std::function<bool(std::uint32_t)>& mayStart, const LoopLimits& limits);
+    // mayStart(node) returns whether paths may start at the node itself, not only come in by an arc.
+    Loops(std::size_t nodes, const Base::IndexVector<ArcId, Arc>& arcs, const Out& out,
+          const std::function<bool(NodeId)>& mayStart, const LoopLimits& limits);
 
-    // By their first node.
-    const std::vector<Loop>& all() const { return loops_; }
+    // In the order of their first nodes.
+    const Base::IndexVector<LoopId, Loop>& all() const { return loops_; }
     // The loop of a node; none if it has no loop.
-    std::uint32_t loopOf(std::uint32_t node) const { return loopOf_[node]; }
-    // Within loops that are copied, by arc.
+    LoopId loopOf(NodeId node) const { return loopOf_[node]; }
+    // Those within loops that are copied, in the order of their arcs.
     const std::vector<Step>& steps() const { return steps_; }
-    // The nodes that the copies stand for, copies in order.
-    const std::vector<std::uint32_t>& copied() const { return copied_; }
+    // The node that each copy stands for, in the order of the copies.
+    const std::vector<NodeId>& copied() const { return copied_; }
     // Arcs that are cut, in order.
-    const std::vector<std::uint32_t>& cuts() const { return cuts_; }
+    const std::vector<ArcId>& cuts() const { return cuts_; }
 
 private:
-    struct Part; // of the graph: one loop, its nodes counted from 0
+    struct Part;                                  // of the graph: one loop, its nodes counted from 0
+    using PlaceId = Base::Index<struct PlaceTag>; // a node of a Part
+    using CopyId = Base::Index<struct CopyTag>;   // a copy of one of them
     class Exact;
     class Layered;
     class Walk;
 
     void find();
-    void findEntries(const std::function<bool(std::uint32_t)>& mayStart);
+    void findEntries(const std::function<bool(NodeId)>& mayStart);
     Part partOf(const Loop& loop) const;
     void open(Loop& loop, const LoopLimits& limits);
     template <class Copies>
     void take(const Loop& loop, const Copies& copies);
 
-    const std::span<const Arc> arcs_;
+    const Base::IndexVector<ArcId, Arc>& arcs_;
     const Out& out_;
-    std::vector<std::uint32_t> loopOf_, placeInLoop_; // by node
-    std::vector<bool> entry_, taken_;                 // by node
-    std::vector<Loop> loops_;
+    Base::IndexVector<NodeId, LoopId> loopOf_;
+    Base::IndexVector<NodeId, PlaceId> placeInLoop_;
+    Base::IndexVector<NodeId, bool> entry_, taken_;
+    Base::IndexVector<LoopId, Loop> loops_;
     std::vector<Step> steps_;
-    std::vector<std::uint32_t> copied_, cuts_;
+    std::vector<NodeId> copied_;
+    std::vector<ArcId> cuts_;
     std::uint64_t work_ = 0, nodeLimit_ = 0, arcLimit_ = 0;
 };
 

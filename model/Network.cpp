@@ -8,26 +8,8 @@
 
 namespace Model {
 
-namespace {
-
-// Groups the arcs by one of their ends, in order.
-template <class EndOf>
-void group(const std::vector<Arc>& arcs, std::size_t nodes, EndOf endOf, std::vector<std::uint32_t>& first,
-           std::vector<std::uint32_t>& members) {
-    first.assign(nodes + 1, 0);
-    for (const Arc& arc : arcs)
-        ++first[endOf(arc) + 1];
-    std::partial_sum(first.begin(), first.end(), first.begin());
-    members.resize(arcs.size());
-    std::vector<std::uint32_t> next(first.begin(), first.end() - 1);
-    for (std::uint32_t number = 0; number < arcs.size(); ++number)
-        members[next[endOf(arcs[number])]++] = number;
-}
-
-} // namespace
-
 Network::Network(const Design::RoutedDesign& design, const Design::Constraints& constraints,
-                 const std::vector<std::uint32_t>& clockSources, Base::Diagnostics& diagnostics,
+                 const std::vector<PinId>& clockSources, Base::Diagnostics& diagnostics,
                  const LoopLimits& limits)
     : design_(design) {
     makeNodes();
@@ -40,9 +22,9 @@ Network::Network(const Design::RoutedDesign& design, const Design::Constraints& 
     for (const Design::CaseValue& value : constraints.caseValues)
         constant_[sinkOf(value.pin)] = constant_[sourceOf(value.pin)] = true;
     clockSource_.assign(size(), false);
-    for (const std::uint32_t pin : clockSources)
+    for (const PinId pin : clockSources)
         clockSource_[sourceOf(pin)] = true;
-    std::vector<bool> arcDisabled(design.arcs.size());
+    DisabledArcs arcDisabled(design.arcs.size());
     checkDisabled_.assign(design.checks.size(), false);
     disable(constraints, arcDisabled);
     makeArcs(arcDisabled);
@@ -52,29 +34,29 @@ Network::Network(const Design::RoutedDesign& design, const Design::Constraints& 
 }
 
 void Network::makeNodes() {
-    pinOfNode_.resize(design_.pins.size());
-    std::iota(pinOfNode_.begin(), pinOfNode_.end(), 0U);
-    driverOfPin_ = pinOfNode_;
-    for (std::uint32_t pin = 0; pin < design_.pins.size(); ++pin)
+    pinOfNode_.assign(design_.pins.ids().begin(), design_.pins.ids().end());
+    driverOfPin_.assign(pinOfNode_.ids().begin(), pinOfNode_.ids().end());
+    for (const PinId pin : design_.pins.ids())
         if (design_.pins[pin].direction == Design::Direction::inout) {
-            driverOfPin_[pin] = size();
+            driverOfPin_[pin] = pinOfNode_.next();
             pinOfNode_.push_back(pin);
         }
 }
 
 // A cell alone: all of it. With pins: arcs and checks from and to them. A pin or port: all that touches it.
-void Network::disable(const Design::Constraints& constraints, std::vector<bool>& arcDisabled) {
+void Network::disable(const Design::Constraints& constraints, DisabledArcs& arcDisabled) {
     struct Rule {
-        std::uint32_t from = Base::none, to = Base::none; // pins; none: any
-        bool both = true;                                 // else either end suffices
+        PinId from = Base::none, to = Base::none; // none: any
+        bool both = true;                         // else either end suffices
     };
-    std::unordered_map<std::uint32_t, std::vector<Rule>> ofCells, ofPins;
+    std::unordered_map<CellId, std::vector<Rule>> ofCells;
+    std::unordered_map<PinId, std::vector<Rule>> ofPins;
     for (const Design::Disable& disable : constraints.disables) {
         if (disable.object.kind != Design::ObjectKind::cell) {
-            ofPins[disable.object.index].push_back({});
+            ofPins[disable.object.pin()].push_back({});
             continue;
         }
-        const std::uint32_t cell = disable.object.index;
+        const CellId cell = disable.object.cell();
         Rule rule;
         if (disable.from)
             rule.from = design_.findPin(cell, *disable.from);
@@ -85,7 +67,7 @@ void Network::disable(const Design::Constraints& constraints, std::vector<bool>&
     }
     if (ofCells.empty() && ofPins.empty())
         return;
-    const auto isOff = [&](std::uint32_t from, std::uint32_t to, bool wire) {
+    const auto isOff = [&](PinId from, PinId to, bool wire) {
         if (ofPins.contains(from) || ofPins.contains(to))
             return true;
         const auto found = wire ? ofCells.end() : ofCells.find(design_.pins[from].cell);
@@ -94,11 +76,11 @@ void Network::disable(const Design::Constraints& constraints, std::vector<bool>&
                           (rule.to == Base::none || rule.to == to);
                });
     };
-    for (std::size_t number = 0; number < design_.arcs.size(); ++number) {
+    for (const Design::ArcId number : design_.arcs.ids()) {
         const Design::Arc& arc = design_.arcs[number];
         arcDisabled[number] = isOff(arc.from, arc.to, arc.wire);
     }
-    for (std::size_t number = 0; number < design_.checks.size(); ++number) {
+    for (const Design::CheckId number : design_.checks.ids()) {
         const Design::Check& check = design_.checks[number];
         checkDisabled_[number] =
             isOff(check.clock, check.data, false) || isOff(check.data, check.clock, false);
@@ -107,27 +89,26 @@ void Network::disable(const Design::Constraints& constraints, std::vector<bool>&
 
 void Network::addArc(const Design::Arc& arc) {
     const bool launch = design_.isClockToOutput(arc);
-    const std::uint32_t from = arc.wire ? sourceOf(arc.from) : sinkOf(arc.from);
-    const std::uint32_t to = arc.wire ? sinkOf(arc.to) : sourceOf(arc.to);
+    const NodeId from = arc.wire ? sourceOf(arc.from) : sinkOf(arc.from);
+    const NodeId to = arc.wire ? sinkOf(arc.to) : sourceOf(arc.to);
     if (constant_[from] || constant_[to])
         return;
     const ArcKind kind = clockSource_[to] ? ArcKind::hidden : launch ? ArcKind::launch : ArcKind::through;
     arcs_.push_back({from, to, arc.delay, kind, launch ? arc.fromEdge : Design::Transition::any, launch});
 }
 
-void Network::makeArcs(const std::vector<bool>& arcDisabled) {
-    for (std::size_t number = 0; number < design_.arcs.size(); ++number) {
+void Network::makeArcs(const DisabledArcs& arcDisabled) {
+    for (const Design::ArcId number : design_.arcs.ids()) {
         const Design::Arc& arc = design_.arcs[number];
         if (!arcDisabled[number] && !arc.disabled && !design_.isReset(arc))
             addArc(arc);
     }
     // Of arcs between the same nodes and on the same edge, the first takes the delays of all.
-    Base::HashMap<std::uint64_t, std::uint32_t> known;
+    Base::HashMap<std::uint64_t, ArcId> known;
     known.reserve(arcs_.size());
-    std::uint32_t kept = 0;
+    ArcId kept(0U);
     for (const Arc& arc : arcs_) {
-        const std::uint64_t key =
-            (std::uint64_t{arc.from} << 32 | arc.to) * 4 + static_cast<unsigned>(arc.edge);
+        const std::uint64_t key = Base::pairKey(arc.from, arc.to) * 4 + static_cast<unsigned>(arc.edge);
         const auto [place, isNew] = known.try_emplace(key, kept);
         if (isNew) {
             arcs_[kept++] = arc;
@@ -137,38 +118,36 @@ void Network::makeArcs(const std::vector<bool>& arcDisabled) {
         delay.early = std::min(delay.early, arc.delay.early);
         delay.late = std::max(delay.late, arc.delay.late);
     }
-    arcs_.resize(kept);
+    arcs_.resize(kept.number());
 }
 
 void Network::link() {
-    group(
-        arcs_, size(), [](const Arc& arc) { return arc.from; }, outFirst_, out_);
-    group(
-        arcs_, size(), [](const Arc& arc) { return arc.to; }, inFirst_, in_);
+    out_.assign(size(), arcs_.size(), [this](ArcId arc) { return arcs_[arc].from; });
+    in_.assign(size(), arcs_.size(), [this](ArcId arc) { return arcs_[arc].to; });
 }
 
 // False if there is no order, because of a loop.
 bool Network::putInOrder() {
     enum class State : std::uint8_t { unseen, open, done };
-    std::vector<State> states(size(), State::unseen);
+    Base::IndexVector<NodeId, State> states(size(), State::unseen);
     struct Step {
-        std::uint32_t node;
+        NodeId node;
         std::uint32_t next; // into out(node)
     };
     std::vector<Step> walk;
-    const auto enter = [&](std::uint32_t node) {
+    const auto enter = [&](NodeId node) {
         states[node] = State::open;
         walk.push_back({node, 0});
     };
     order_.clear();
     order_.reserve(size());
-    for (std::uint32_t start = 0; start < size(); ++start) {
+    for (const NodeId start : pinOfNode_.ids()) {
         if (states[start] != State::unseen)
             continue;
         enter(start);
         while (!walk.empty()) {
             Step& step = walk.back();
-            const std::span<const std::uint32_t> arcs = out(step.node);
+            const std::span<const ArcId> arcs = out(step.node);
             if (step.next == arcs.size()) {
                 states[step.node] = State::done;
                 order_.push_back(step.node);

@@ -1,11 +1,11 @@
-// The design as a network of arcs that timing goes through: what is left of it when disabled arcs, constants,
-// arcs that a clock's source hides and arcs that lead backwards are taken out.
+// The design as a network of arcs that timing follows: without disabled arcs, constants, and arcs that lead
+// backwards. Arcs into the source of a clock are marked as hidden.
 //
-// A node is a pin; a bidirectional pin is two, one that receives and one that drives, and nothing leads from
-// one to the other but what the cell does. Two arcs between the same nodes are one, with the wider delay.
+// A node is a pin. A bidirectional pin is two nodes, one that receives and one that drives; only arcs of its
+// cell lead from one to the other. Two arcs between the same nodes are merged into one with the wider delay.
 //
 // Every loop is opened before anything else sees the network: its nodes are copied, so that no arc leads
-// backwards and every path that passes no node twice is there (Loops.h). The node that a pin has without
+// backwards and every path that passes no node twice is kept (Loops.h). The node that a pin has without
 // loops is the one at which paths enter the loop or start in it; the others are its copies. If a loop is too
 // large to be copied, the arcs that close it are cut.
 #pragma once
@@ -30,70 +30,67 @@ enum class ArcKind : std::uint8_t {
 };
 
 struct Arc {
-    std::uint32_t from = Base::none, to = Base::none; // nodes
+    NodeId from = Base::none, to = Base::none;
     Design::Interval delay;
     ArcKind kind = ArcKind::through;
     Design::Transition edge = Design::Transition::any; // of a launch
-    bool launch = false;                               // also where it is hidden
+    bool launch = false;                               // also if it is hidden
 };
 
 class Network {
 public:
-    // Clock sources are the pins at which clocks are defined. Tells of loops.
+    // Clock sources are the pins at which clocks are defined. Loops are reported as diagnostics.
     Network(const Design::RoutedDesign& design, const Design::Constraints& constraints,
-            const std::vector<std::uint32_t>& clockSources, Base::Diagnostics& diagnostics,
+            const std::vector<PinId>& clockSources, Base::Diagnostics& diagnostics,
             const LoopLimits& limits = {});
 
     std::uint32_t size() const { return static_cast<std::uint32_t>(pinOfNode_.size()); }
-    std::uint32_t pinOf(std::uint32_t node) const { return pinOfNode_[node]; }
-    // The side of a pin that is driven from the net | that drives the net; the same node, but for
-    // bidirectional pins. Of a pin in a loop the node where paths enter the loop or start.
-    std::uint32_t sinkOf(std::uint32_t pin) const { return pin; }
-    std::uint32_t sourceOf(std::uint32_t pin) const { return driverOfPin_[pin]; }
-    std::string nameOf(std::uint32_t node) const { return design_.pinName(pinOf(node)); }
-    // The node that a copy stands for; the node itself if it is no copy.
-    std::uint32_t originalOf(std::uint32_t node) const {
-        return node < originals_ ? node : originalOfCopy_[node - originals_];
+    PinId pinOf(NodeId node) const { return pinOfNode_[node]; }
+    // The node of a pin that its net drives. For a pin in a loop: the node at which paths enter the loop or
+    // start.
+    NodeId sinkOf(PinId pin) const { return NodeId(pin.number()); }
+    // Likewise the node that drives the net. Differs from sinkOf() only for bidirectional pins.
+    NodeId sourceOf(PinId pin) const { return driverOfPin_[pin]; }
+    std::string nameOf(NodeId node) const { return design_.pinName(pinOf(node)); }
+    // Returns the node that a copy stands for; the node itself if it is not a copy.
+    NodeId originalOf(NodeId node) const {
+        return node.number() < originals_ ? node : originalOfCopy_[node.number() - originals_];
     }
-    // The other nodes of one that is no copy.
-    std::span<const std::uint32_t> copiesOf(std::uint32_t node) const {
-        return copyFirst_.empty() ? std::span<const std::uint32_t>() : slice(copies_, copyFirst_, node);
+    // Returns the copies of a node that is not a copy itself.
+    std::span<const NodeId> copiesOf(NodeId node) const {
+        return copies_.empty() ? std::span<const NodeId>() : copies_[node];
     }
+    // Calls use() for the node and then for its copies.
     template <class Use>
-    void eachCopy(std::uint32_t node, Use use) const { // the node first
+    void eachCopy(NodeId node, Use use) const {
         use(node);
         std::ranges::for_each(copiesOf(node), use);
     }
     // Whether a path may pass several copies of a node.
-    bool isRepeated(std::uint32_t node) const { return !repeated_.empty() && repeated_[originalOf(node)]; }
-    // The loop of a node; none if it has no loop.
-    std::uint32_t loopOf(std::uint32_t node) const {
-        return loopOf_.empty() ? Base::none : loopOf_[originalOf(node)];
-    }
+    bool isRepeated(NodeId node) const { return !repeated_.empty() && repeated_[originalOf(node)]; }
+    // Returns the loop of a node; none if it is in no loop.
+    LoopId loopOf(NodeId node) const { return loopOf_.empty() ? LoopId() : loopOf_[originalOf(node)]; }
 
-    std::span<const Arc> arcs() const { return arcs_; }
+    const Base::IndexVector<ArcId, Arc>& arcs() const { return arcs_; }
     // Arcs out of and into a node, in reading order.
-    std::span<const std::uint32_t> out(std::uint32_t node) const { return slice(out_, outFirst_, node); }
-    std::span<const std::uint32_t> in(std::uint32_t node) const { return slice(in_, inFirst_, node); }
+    std::span<const ArcId> out(NodeId node) const { return out_[node]; }
+    std::span<const ArcId> in(NodeId node) const { return in_[node]; }
     // All nodes, so that every through arc leads forwards.
-    const std::vector<std::uint32_t>& order() const { return order_; }
+    const std::vector<NodeId>& order() const { return order_; }
 
-    bool isConstant(std::uint32_t node) const { return constant_[node]; }
-    bool isClockSource(std::uint32_t node) const { return clockSource_[node]; }
+    bool isConstant(NodeId node) const { return constant_[node]; }
+    bool isClockSource(NodeId node) const { return clockSource_[node]; }
     bool isDisabled(const Design::Check& check) const { return checkDisabled_[indexOf(check)]; }
 
 private:
-    static std::span<const std::uint32_t> slice(const std::vector<std::uint32_t>& members,
-                                                const std::vector<std::uint32_t>& first, std::uint32_t node) {
-        return std::span(members).subspan(first[node], first[node + 1] - first[node]);
-    }
-    std::size_t indexOf(const Design::Check& check) const {
-        return static_cast<std::size_t>(&check - design_.checks.data());
+    Design::CheckId indexOf(const Design::Check& check) const {
+        return Design::CheckId(static_cast<std::uint32_t>(&check - design_.checks.data()));
     }
 
     void makeNodes();
-    void disable(const Design::Constraints& constraints, std::vector<bool>& arcDisabled);
-    void makeArcs(const std::vector<bool>& arcDisabled);
+    using DisabledArcs = Base::IndexVector<Design::ArcId, bool>;
+    void disable(const Design::Constraints& constraints, DisabledArcs& arcDisabled);
+    void makeArcs(const DisabledArcs& arcDisabled);
     void addArc(const Design::Arc& arc);
     void link();
     bool putInOrder();
@@ -103,17 +100,22 @@ private:
     void tellOfCopies(const Loops& loops, Base::Diagnostics& diagnostics) const;
     void warnOfCuts(const Loops& loops, Base::Diagnostics& diagnostics) const;
     std::string pinsOf(const Loops::Loop& loop) const;
-    std::vector<std::uint32_t> endsBehind(const std::vector<std::uint32_t>& arcs) const;
+    std::vector<PinId> endsBehind(const std::vector<ArcId>& arcs) const;
 
     const Design::RoutedDesign& design_;
-    std::vector<std::uint32_t> pinOfNode_, driverOfPin_;
-    std::vector<bool> constant_, clockSource_, checkDisabled_;
-    std::vector<Arc> arcs_;
-    std::vector<std::uint32_t> out_, outFirst_, in_, inFirst_, order_;
+    Base::IndexVector<NodeId, PinId> pinOfNode_;
+    Base::IndexVector<PinId, NodeId> driverOfPin_;
+    Base::IndexVector<NodeId, bool> constant_, clockSource_;
+    Base::IndexVector<Design::CheckId, bool> checkDisabled_;
+    Base::IndexVector<ArcId, Arc> arcs_;
+    Base::Groups<NodeId, ArcId> out_, in_;
+    std::vector<NodeId> order_;
     // Of loops; empty without any.
-    std::uint32_t originals_ = 0; // nodes that are no copies
-    std::vector<std::uint32_t> originalOfCopy_, copies_, copyFirst_, loopOf_;
-    std::vector<bool> repeated_;
+    std::uint32_t originals_ = 0; // how many nodes are not copies
+    std::vector<NodeId> originalOfCopy_;
+    Base::Groups<NodeId, NodeId> copies_;
+    Base::IndexVector<NodeId, LoopId> loopOf_;
+    Base::IndexVector<NodeId, bool> repeated_;
 };
 
 } // namespace Model

@@ -3,7 +3,6 @@
 #include "model/Network.h"
 
 #include <algorithm>
-#include <numeric>
 #include <stdexcept>
 
 namespace Model {
@@ -21,9 +20,9 @@ std::string counted(std::size_t count, const std::string& what) {
 
 void Network::openLoops(const LoopLimits& limits, Base::Diagnostics& diagnostics) {
     const Loops loops(
-        size(), arcs_, [this](std::uint32_t node) { return out(node); },
-        [this](std::uint32_t node) {
-            const std::uint32_t pin = pinOf(node);
+        size(), arcs_, [this](NodeId node) { return out(node); },
+        [this](NodeId node) {
+            const PinId pin = pinOf(node);
             return design_.isPort(pin) && node == sourceOf(pin);
         },
         limits);
@@ -38,22 +37,16 @@ void Network::openLoops(const LoopLimits& limits, Base::Diagnostics& diagnostics
 
 void Network::takeCopies(const Loops& loops) {
     originalOfCopy_ = loops.copied();
-    copyFirst_.assign(originals_ + 1, 0);
-    for (const std::uint32_t original : originalOfCopy_) {
-        ++copyFirst_[original + 1];
+    for (const NodeId original : originalOfCopy_)
         pinOfNode_.push_back(pinOf(original));
-    }
-    std::partial_sum(copyFirst_.begin(), copyFirst_.end(), copyFirst_.begin());
-    copies_.resize(originalOfCopy_.size());
-    std::vector<std::uint32_t> next(copyFirst_.begin(), copyFirst_.end() - 1);
-    for (std::uint32_t copy = 0; copy < originalOfCopy_.size(); ++copy)
-        copies_[next[originalOfCopy_[copy]]++] = originals_ + copy;
+    copies_.assign(originals_, size(),
+                   [this](NodeId node) { return node.number() < originals_ ? NodeId() : originalOf(node); });
     // Neither constants nor clock sources lie in a loop: no arc leads through them.
     constant_.resize(size());
     clockSource_.resize(size());
     loopOf_.resize(originals_);
     repeated_.resize(originals_);
-    for (std::uint32_t node = 0; node < originals_; ++node) {
+    for (const NodeId node : loopOf_.ids()) {
         loopOf_[node] = loops.loopOf(node);
         repeated_[node] =
             loopOf_[node] != Base::none && loops.all()[loopOf_[node]].form == Loops::Form::layered;
@@ -62,13 +55,13 @@ void Network::takeCopies(const Loops& loops) {
 
 // Arcs into a loop lead to where paths enter it, arcs out of it leave from every copy.
 void Network::copyArcs(const Loops& loops) {
-    std::vector<Arc> all;
+    Base::IndexVector<ArcId, Arc> all;
     all.reserve(arcs_.size() + loops.steps().size());
     auto step = loops.steps().begin();
     auto cut = loops.cuts().begin();
-    for (std::uint32_t number = 0; number < arcs_.size(); ++number) {
+    for (const ArcId number : arcs_.ids()) {
         Arc arc = arcs_[number];
-        const std::uint32_t loop = loops.loopOf(arc.from);
+        const LoopId loop = loops.loopOf(arc.from);
         if (loop == Base::none || loops.all()[loop].form == Loops::Form::cut) {
             if (cut != loops.cuts().end() && *cut == number) {
                 arc.kind = ArcKind::cut;
@@ -82,7 +75,7 @@ void Network::copyArcs(const Loops& loops) {
                 all.push_back(arc);
             }
         } else {
-            eachCopy(arcs_[number].from, [&](std::uint32_t from) {
+            eachCopy(arcs_[number].from, [&](NodeId from) {
                 arc.from = from;
                 all.push_back(arc);
             });
@@ -131,8 +124,8 @@ void Network::tellOfCopies(const Loops& loops, Base::Diagnostics& diagnostics) c
 
 void Network::warnOfCuts(const Loops& loops, Base::Diagnostics& diagnostics) const {
     std::size_t named = 0, count = 0;
-    std::vector<std::uint32_t> cuts;
-    for (std::uint32_t number = 0; number < arcs_.size(); ++number) {
+    std::vector<ArcId> cuts;
+    for (const ArcId number : arcs_.ids()) {
         const Arc& arc = arcs_[number];
         if (arc.kind != ArcKind::cut || !loops.all()[loops.loopOf(arc.from)].isEntered)
             continue;
@@ -148,7 +141,7 @@ void Network::warnOfCuts(const Loops& loops, Base::Diagnostics& diagnostics) con
     if (count > named)
         diagnostics.warning({}, counted(count - named, "more arc") + " of combinational loops " +
                                     (count - named == 1 ? "is" : "are") + " cut");
-    const std::vector<std::uint32_t> ends = endsBehind(cuts);
+    const std::vector<PinId> ends = endsBehind(cuts);
     if (ends.empty())
         return;
     std::string text;
@@ -164,28 +157,30 @@ void Network::warnOfCuts(const Loops& loops, Base::Diagnostics& diagnostics) con
 
 // The end points, by their pins, whose slack the arcs may have to do with: what they lead to, what they
 // clock, and, if the delay to a generated clock depends on them, what ports that name it lead to.
-std::vector<std::uint32_t> Network::endsBehind(const std::vector<std::uint32_t>& arcs) const {
-    std::vector<bool> reached(size()), isEnd(design_.pins.size());
-    std::vector<std::uint32_t> open;
+std::vector<PinId> Network::endsBehind(const std::vector<ArcId>& arcs) const {
+    Base::IndexVector<NodeId, bool> reached(size());
+    Base::IndexVector<PinId, bool> isEnd(design_.pins.size());
+    std::vector<NodeId> open;
     bool withPorts = false;
-    const auto reach = [&](std::uint32_t node) {
+    const auto reach = [&](NodeId node) {
         if (!reached[node])
             open.push_back(node);
         reached[node] = true;
     };
-    for (const std::uint32_t number : arcs)
+    for (const ArcId number : arcs)
         reach(arcs_[number].to);
     while (!open.empty()) {
-        const std::uint32_t node = open.back(), pin = pinOf(node);
+        const NodeId node = open.back();
+        const PinId pin = pinOf(node);
         open.pop_back();
         if (originalOf(node) == sinkOf(pin) &&
             (design_.isPort(pin) ? design_.pins[pin].direction != Design::Direction::input
                                  : design_.isDataPin(pin)))
             isEnd[pin] = true;
-        for (const std::uint32_t number : out(node)) {
+        for (const ArcId number : out(node)) {
             if (arcs_[number].kind == ArcKind::hidden && !withPorts) {
                 withPorts = true;
-                for (const std::uint32_t port : design_.ports()) {
+                for (const PinId port : design_.ports()) {
                     reach(sourceOf(port));
                     reach(sinkOf(port));
                 }
@@ -195,12 +190,12 @@ std::vector<std::uint32_t> Network::endsBehind(const std::vector<std::uint32_t>&
         }
     }
     for (const Design::Check& check : design_.checks)
-        eachCopy(sinkOf(check.clock), [&](std::uint32_t node) {
+        eachCopy(sinkOf(check.clock), [&](NodeId node) {
             if (reached[node])
                 isEnd[check.data] = true;
         });
-    std::vector<std::uint32_t> ends;
-    for (std::uint32_t pin = 0; pin < isEnd.size(); ++pin)
+    std::vector<PinId> ends;
+    for (const PinId pin : isEnd.ids())
         if (isEnd[pin])
             ends.push_back(pin);
     return ends;

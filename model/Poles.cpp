@@ -19,10 +19,10 @@ Delay delayOf(Time time) { return Delay(static_cast<int>(time)); }
 
 } // namespace
 
-Pole* TimingModel::note(Pole* pole, std::uint32_t node) {
-    nodeOfPole_.resize(std::max<std::size_t>(nodeOfPole_.size(), pole->getIndex() + 1), Base::none);
-    startOfPole_.resize(nodeOfPole_.size(), Base::none);
-    endOfPole_.resize(nodeOfPole_.size(), Base::none);
+Pole* TimingModel::note(Pole* pole, NodeId node) {
+    nodeOfPole_.resize(std::max<std::size_t>(nodeOfPole_.size(), pole->getIndex() + 1));
+    startOfPole_.resize(nodeOfPole_.size());
+    endOfPole_.resize(nodeOfPole_.size());
     nodeOfPole_[pole->getIndex()] = node;
     return pole;
 }
@@ -31,7 +31,7 @@ void TimingModel::connect(Pole* from, Pole* to, const Design::Interval& delay) {
     Edge::create(from, to, delayOf(delay.early), delayOf(delay.late));
 }
 
-Pelko::Instance* TimingModel::instanceOf(std::uint32_t cell) {
+Pelko::Instance* TimingModel::instanceOf(CellId cell) {
     Pelko::Instance*& instance = instances_[cell];
     if (!instance)
         instance = Pelko::Instance::create(
@@ -46,7 +46,7 @@ void TimingModel::makeRoots() {
     data_.assign(network_.size(), nullptr);
     roots_.assign(clocks_.size(), nullptr);
     Pelko::Analyzer* analyzer = host_.getAnalyzer();
-    for (std::uint32_t number = 0; number < clocks_.size(); ++number) {
+    for (const ClockId number : clocks_.ids()) {
         const Clock& clock = clocks_[number];
         if (clock.removed)
             continue;
@@ -62,15 +62,15 @@ void TimingModel::makeRoots() {
 }
 
 void TimingModel::makeClockPlane() {
-    for (const std::uint32_t node : network_.order()) {
+    for (const NodeId node : network_.order()) {
         if (!needsClock_[node])
             continue;
         clock_[node] = note(Pole::create(host_.getCell()), node);
-        for (const std::uint32_t number : network_.in(node))
+        for (const ArcId number : network_.in(node))
             if (const Arc& arc = network_.arcs()[number]; arc.kind == ArcKind::through && clock_[arc.from])
                 connect(clock_[arc.from], clock_[node], arc.delay);
     }
-    for (std::uint32_t number = 0; number < clocks_.size(); ++number) {
+    for (const ClockId number : clocks_.ids()) {
         const Clock& clock = clocks_[number];
         if (clock.removed || !clock.propagated)
             continue;
@@ -80,23 +80,23 @@ void TimingModel::makeClockPlane() {
                         {static_cast<std::int32_t>(clock.insertion[target].early),
                          static_cast<std::int32_t>(clock.insertion[target].late)});
     }
-    for (const std::uint32_t pin : clockPinOrder_)
+    for (const PinId pin : clockPinOrder_)
         makeClockPin(pin, clockPins_.at(pin));
 }
 
 // The pin's neutral pole, which all clocks reach, and one pole behind it for each working edge.
-void TimingModel::makeClockPin(std::uint32_t pin, ClockPin& clockPin) {
-    const std::uint32_t node = network_.sinkOf(pin);
+void TimingModel::makeClockPin(PinId pin, ClockPin& clockPin) {
+    const NodeId node = network_.sinkOf(pin);
     const bool isCopied = !network_.copiesOf(node).empty();
     Pole* neutral = isCopied ? nullptr : clock_[node];
     if (!neutral)
         neutral = note(Pole::create(host_.getCell()), node);
     if (isCopied) // of a loop
-        network_.eachCopy(node, [&](std::uint32_t copy) {
+        network_.eachCopy(node, [&](NodeId copy) {
             if (clock_[copy])
                 connect(clock_[copy], neutral, {});
         });
-    for (const std::uint32_t number : clocksAt_.at(pin)) {
+    for (const ClockId number : clocksAt_.at(pin)) {
         const Clock& clock = clocks_[number];
         if (!clock.propagated)
             connect(roots_[number], neutral,
@@ -110,12 +110,12 @@ void TimingModel::makeClockPin(std::uint32_t pin, ClockPin& clockPin) {
         clockPin.fall = makeEdge(pin, false, neutral);
 }
 
-Pole* TimingModel::makeEdge(std::uint32_t pin, bool rising, Pole* behind) {
+Pole* TimingModel::makeEdge(PinId pin, bool rising, Pole* behind) {
     const std::string name = std::string(design_.names[design_.pins[pin].name]) + (rising ? "" : "(fall)");
     Pelko::Pin* hostPin = Pelko::Pin::create(instanceOf(design_.pins[pin].cell), name);
     Pole* pole = note(Pole::createClock(host_.getCell(), hostPin, modeOf(rising)), network_.sinkOf(pin));
     connect(behind, pole, {});
-    startOfPole_[pole->getIndex()] = static_cast<std::uint32_t>(starts_.size());
+    startOfPole_[pole->getIndex()] = starts_.next();
     starts_.push_back({Start::Kind::reg, pin, rising, nullptr, pole});
     return pole;
 }
@@ -131,7 +131,7 @@ void TimingModel::separateGroups() {
             std::vector<std::vector<Pole*>> roots;
             for (const ClockGroups::Group& group : groups) {
                 std::vector<Pole*>& of = roots.emplace_back();
-                for (const std::uint32_t number : group)
+                for (const ClockId number : group)
                     if (roots_[number])
                         of.push_back(roots_[number]);
             }
@@ -149,15 +149,15 @@ Delay TimingModel::bound(const std::optional<Base::Decimal>& value, const Design
                  : Delay::getUndefined();
 }
 
-void TimingModel::makeInput(const Design::PortDelay* delay, std::uint32_t pin) {
-    const std::uint32_t node = network_.sourceOf(pin);
+void TimingModel::makeInput(const Design::PortDelay* delay, PinId pin) {
+    const NodeId node = network_.sourceOf(pin);
     Pole* pole = note(Pole::createInput(host_.getCell()), node);
-    startOfPole_[pole->getIndex()] = static_cast<std::uint32_t>(starts_.size());
+    startOfPole_[pole->getIndex()] = starts_.next();
     starts_.push_back({Start::Kind::port, pin, !delay || !delay->clockFall, delay, pole});
     Pelko::IOConstraint constraint(nullptr, ClockMode::None, Delay(0), Delay(0));
-    if (delay && delay->clock) {
+    if (delay && delay->clock != Base::none) {
         const Latency latency = latencyAt(delay);
-        constraint = Pelko::IOConstraint(roots_[*delay->clock], modeOf(!delay->clockFall),
+        constraint = Pelko::IOConstraint(roots_[delay->clock], modeOf(!delay->clockFall),
                                          bound(delay->min, *delay, latency.early),
                                          bound(delay->max, *delay, latency.late));
     }
@@ -165,7 +165,7 @@ void TimingModel::makeInput(const Design::PortDelay* delay, std::uint32_t pin) {
 }
 
 void TimingModel::makeInputs() {
-    std::unordered_set<std::uint32_t> delayed;
+    std::unordered_set<PinId> delayed;
     for (const Design::PortDelay& delay : constraints_.portDelays) {
         if (!delay.input)
             continue;
@@ -173,8 +173,8 @@ void TimingModel::makeInputs() {
         if (isTimed(delay) && needsData_[network_.sourceOf(delay.pin)])
             makeInput(&delay, delay.pin);
     }
-    for (const std::uint32_t pin : design_.ports()) {
-        const std::uint32_t node = network_.sourceOf(pin);
+    for (const PinId pin : design_.ports()) {
+        const NodeId node = network_.sourceOf(pin);
         if (timedPorts_.inputs.contains(pin) && !delayed.contains(pin) && needsData_[node] &&
             !network_.isConstant(node) && !network_.isClockSource(node))
             makeInput(nullptr, pin);
@@ -183,10 +183,10 @@ void TimingModel::makeInputs() {
 
 // A clock used as data starts at its source on both edges, an ideal one without its network latency.
 void TimingModel::makeSourceEdges() {
-    for (std::uint32_t number = 0; number < clocks_.size(); ++number) {
+    for (const ClockId number : clocks_.ids()) {
         const Clock& clock = clocks_[number];
         for (std::size_t target = 0; !clock.removed && target < clock.targets.size(); ++target) {
-            const std::uint32_t node = clock.targets[target];
+            const NodeId node = clock.targets[target];
             if (!needsData_[node] || network_.isConstant(node))
                 continue;
             Pelko::Instance* instance = Pelko::Instance::create(
@@ -197,7 +197,7 @@ void TimingModel::makeSourceEdges() {
                 connect(roots_[number], pole,
                         {static_cast<std::int32_t>(clock.insertion[target].early),
                          static_cast<std::int32_t>(clock.insertion[target].late)});
-                startOfPole_[pole->getIndex()] = static_cast<std::uint32_t>(starts_.size());
+                startOfPole_[pole->getIndex()] = starts_.next();
                 starts_.push_back({Start::Kind::clockSource, network_.pinOf(node), rising, nullptr, pole});
             }
         }
@@ -207,17 +207,17 @@ void TimingModel::makeSourceEdges() {
 // --- Between ---
 
 void TimingModel::makeDataPlane() {
-    for (const std::uint32_t node : network_.order())
+    for (const NodeId node : network_.order())
         if (needsData_[node])
             data_[node] = note(Pole::create(host_.getCell()), node);
-    for (const std::uint32_t node : network_.order()) {
+    for (const NodeId node : network_.order()) {
         if (!data_[node])
             continue;
-        for (const std::uint32_t number : network_.in(node))
+        for (const ArcId number : network_.in(node))
             if (const Arc& arc = network_.arcs()[number]; arc.kind == ArcKind::through && data_[arc.from])
                 connect(data_[arc.from], data_[node], arc.delay);
     }
-    for (const std::uint32_t pin : clockPinOrder_)
+    for (const PinId pin : clockPinOrder_)
         makeLaunches(pin, clockPins_.at(pin));
     for (const Start& start : starts_)
         if (start.kind != Start::Kind::reg)
@@ -228,7 +228,7 @@ void TimingModel::makeDataPlane() {
 // The engine takes a port's delay into account only if a clock launches there. A delay without a clock is on
 // the arc into the port.
 void TimingModel::makeEntry(const Start& start, Pole* port) {
-    if (start.delay && !start.delay->clock)
+    if (start.delay && start.delay->clock == Base::none)
         Edge::create(start.pole, port, bound(start.delay->min, *start.delay, 0),
                      bound(start.delay->max, *start.delay, 0));
     else
@@ -236,9 +236,9 @@ void TimingModel::makeEntry(const Start& start, Pole* port) {
 }
 
 // Clock-to-output arcs; two of one edge into one output are one.
-void TimingModel::makeLaunches(std::uint32_t pin, const ClockPin& clockPin) {
+void TimingModel::makeLaunches(PinId pin, const ClockPin& clockPin) {
     const Edges unnamed = clockPin.launchEdges();
-    for (const std::uint32_t number : network_.out(network_.sinkOf(pin))) {
+    for (const ArcId number : network_.out(network_.sinkOf(pin))) {
         const Arc& arc = network_.arcs()[number];
         if (arc.kind != ArcKind::launch || !data_[arc.to])
             continue;
@@ -270,35 +270,35 @@ void TimingModel::makeChecks() {
                 (check->clockEdge != Design::Transition::any || !(rising ? unnamed.rise : unnamed.fall)))
                 continue;
             Pole* pole = note(Pole::createCheck(clockPin.pole(rising)), network_.sinkOf(check->data));
-            network_.eachCopy(network_.sinkOf(check->data), [&](std::uint32_t node) {
+            network_.eachCopy(network_.sinkOf(check->data), [&](NodeId node) {
                 Edge::create(data_[node], pole, check->hold ? delayOf(*check->hold) : Delay::getUndefined(),
                              check->setup ? delayOf(*check->setup) : Delay::getUndefined());
             });
-            endOfPole_[pole->getIndex()] = static_cast<std::uint32_t>(ends_.size());
+            endOfPole_[pole->getIndex()] = ends_.next();
             ends_.push_back({check->data, check->clock, rising, check->setup, check->hold, nullptr, pole});
         }
     }
 }
 
-void TimingModel::makeOutput(const Design::PortDelay* delay, std::uint32_t pin) {
+void TimingModel::makeOutput(const Design::PortDelay* delay, PinId pin) {
     Pole* pole = note(Pole::createOutput(host_.getCell()), network_.sinkOf(pin));
-    endOfPole_[pole->getIndex()] = static_cast<std::uint32_t>(ends_.size());
+    endOfPole_[pole->getIndex()] = ends_.next();
     ends_.push_back({pin, Base::none, !delay || !delay->clockFall, std::nullopt, std::nullopt, delay, pole});
-    network_.eachCopy(network_.sinkOf(pin), [&](std::uint32_t node) { connect(data_[node], pole, {}); });
+    network_.eachCopy(network_.sinkOf(pin), [&](NodeId node) { connect(data_[node], pole, {}); });
     Pelko::IOConstraint constraint(nullptr, ClockMode::None, Delay(0), Delay(0));
     if (delay) {
         // A later capture leaves more time for setup and less for hold.
         const Latency latency = latencyAt(delay);
-        constraint = Pelko::IOConstraint(delay->clock ? roots_[*delay->clock] : nullptr,
-                                         delay->clock ? modeOf(!delay->clockFall) : ClockMode::None,
-                                         bound(delay->min, *delay, -latency.late),
-                                         bound(delay->max, *delay, -latency.early));
+        const bool hasClock = delay->clock != Base::none;
+        constraint = Pelko::IOConstraint(
+            hasClock ? roots_[delay->clock] : nullptr, hasClock ? modeOf(!delay->clockFall) : ClockMode::None,
+            bound(delay->min, *delay, -latency.late), bound(delay->max, *delay, -latency.early));
     }
     host_.getAnalyzer()->setOutputConstraint(pole, constraint);
 }
 
 void TimingModel::makeOutputs() {
-    std::unordered_set<std::uint32_t> delayed;
+    std::unordered_set<PinId> delayed;
     for (const Design::PortDelay& delay : constraints_.portDelays) {
         if (delay.input)
             continue;
@@ -306,7 +306,7 @@ void TimingModel::makeOutputs() {
         if (isTimed(delay))
             makeOutput(&delay, delay.pin);
     }
-    for (const std::uint32_t pin : design_.ports())
+    for (const PinId pin : design_.ports())
         if (timedPorts_.outputs.contains(pin) && !delayed.contains(pin) && data_[network_.sinkOf(pin)])
             makeOutput(nullptr, pin);
 }

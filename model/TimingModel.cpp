@@ -37,28 +37,28 @@ TimingModel::TimingModel(const Design::RoutedDesign& design, const Network& netw
 }
 
 const Start* TimingModel::startAt(const Pelko::Pole* pole) const {
-    const std::uint32_t start = startOfPole_[pole->getIndex()];
+    const StartId start = startOfPole_[pole->getIndex()];
     return start == Base::none ? nullptr : &starts_[start];
 }
 
 const End* TimingModel::endAt(const Pelko::Pole* pole) const {
-    const std::uint32_t end = endOfPole_[pole->getIndex()];
+    const EndId end = endOfPole_[pole->getIndex()];
     return end == Base::none ? nullptr : &ends_[end];
 }
 
-std::optional<std::uint32_t> TimingModel::clockOf(const Pelko::Pole* root) const {
+ClockId TimingModel::clockOf(const Pelko::Pole* root) const {
     const auto found = clockOfRoot_.find(root);
-    return found == clockOfRoot_.end() ? std::nullopt : std::optional(found->second);
+    return found == clockOfRoot_.end() ? ClockId() : found->second;
 }
 
 Latency TimingModel::latencyAt(const Design::PortDelay* delay) const {
-    if (!delay || !delay->clock)
+    if (!delay || delay->clock == Base::none)
         return {};
-    return clocks_[*delay->clock].atPorts(!delay->sourceLatencyIncluded, !delay->networkLatencyIncluded);
+    return clocks_[delay->clock].atPorts(!delay->sourceLatencyIncluded, !delay->networkLatencyIncluded);
 }
 
-const std::vector<std::uint32_t>& TimingModel::clocksAt(std::uint32_t pin) const {
-    static const std::vector<std::uint32_t> empty;
+const std::vector<ClockId>& TimingModel::clocksAt(PinId pin) const {
+    static const std::vector<ClockId> empty;
     const auto found = clocksAt_.find(pin);
     return found == clocksAt_.end() ? empty : found->second;
 }
@@ -73,11 +73,11 @@ void TimingModel::checkRange() const {
         return std::max(std::abs(Time{delay.early}), std::abs(Time{delay.late}));
     };
     const auto raise = [](Time& most, Time value) { most = std::max(most, value); };
-    std::vector<Time> longest(network_.size());
+    Base::IndexVector<NodeId, Time> longest(network_.size());
     Time along = 0, launch = 0, end = 0, clock = 0;
-    for (const std::uint32_t node : network_.order()) {
+    for (const NodeId node : network_.order()) {
         raise(along, longest[node]);
-        for (const std::uint32_t number : network_.out(node)) {
+        for (const ArcId number : network_.out(node)) {
             const Arc& arc = network_.arcs()[number];
             if (arc.kind == ArcKind::through)
                 raise(longest[arc.to], longest[node] + size(arc.delay));
@@ -107,20 +107,19 @@ void TimingModel::checkRange() const {
 // --- What is needed ---
 
 void TimingModel::findClockPins() {
-    std::unordered_set<std::uint32_t> pulsed;
+    std::unordered_set<PinId> pulsed;
     for (const Design::PulseCheck& check : design_.pulseChecks)
         pulsed.insert(check.pin);
-    for (std::uint32_t number = 0; number < clocks_.size(); ++number)
+    for (const ClockId number : clocks_.ids())
         if (!clocks_[number].removed)
-            for (const std::uint32_t node : clocks_[number].reached)
-                if (const std::uint32_t pin = network_.pinOf(node);
-                    design_.isClockPin(pin) || pulsed.contains(pin)) {
-                    std::vector<std::uint32_t>& at = clocksAt_[pin];
+            for (const NodeId node : clocks_[number].reached)
+                if (const PinId pin = network_.pinOf(node); design_.isClockPin(pin) || pulsed.contains(pin)) {
+                    std::vector<ClockId>& at = clocksAt_[pin];
                     if (at.empty() || at.back() != number) // by several copies of the pin
                         at.push_back(number);
                 }
-    for (const std::uint32_t node : network_.order()) {
-        const std::uint32_t pin = network_.pinOf(node);
+    for (const NodeId node : network_.order()) {
+        const PinId pin = network_.pinOf(node);
         if (node != network_.sinkOf(pin) || !design_.isClockPin(pin))
             continue;
         if (clocksAt_.contains(pin)) {
@@ -150,30 +149,31 @@ void TimingModel::findEnds() {
 bool TimingModel::isTimed(const Design::PortDelay& delay) const {
     if (!delay.min && !delay.max)
         return false;
-    if (delay.clock ? clocks_[*delay.clock].removed
-                    : !(delay.input ? timedPorts_.inputs : timedPorts_.outputs).contains(delay.pin))
+    if (delay.clock != Base::none
+            ? clocks_[delay.clock].removed
+            : !(delay.input ? timedPorts_.inputs : timedPorts_.outputs).contains(delay.pin))
         return false;
-    const std::uint32_t node = delay.input ? network_.sourceOf(delay.pin) : network_.sinkOf(delay.pin);
+    const NodeId node = delay.input ? network_.sourceOf(delay.pin) : network_.sinkOf(delay.pin);
     return !network_.isConstant(node) && !(delay.input && network_.isClockSource(node));
 }
 
 // Backwards from the end points, along through arcs.
 void TimingModel::pruneData() {
     needsData_.assign(network_.size(), false);
-    const auto isNeeded = [&](std::uint32_t pin) {
-        network_.eachCopy(network_.sinkOf(pin), [&](std::uint32_t node) { needsData_[node] = true; });
+    const auto isNeeded = [&](PinId pin) {
+        network_.eachCopy(network_.sinkOf(pin), [&](NodeId node) { needsData_[node] = true; });
     };
     for (const Design::Check* check : checks_)
         isNeeded(check->data);
     for (const Design::PortDelay& delay : constraints_.portDelays)
         if (!delay.input && isTimed(delay))
             isNeeded(delay.pin);
-    for (const std::uint32_t pin : timedPorts_.outputs)
+    for (const PinId pin : timedPorts_.outputs)
         isNeeded(pin);
     for (auto node = network_.order().rbegin(); node != network_.order().rend(); ++node) {
         if (needsData_[*node])
             continue;
-        for (const std::uint32_t number : network_.out(*node))
+        for (const ArcId number : network_.out(*node))
             if (const Arc& arc = network_.arcs()[number]; arc.kind == ArcKind::through && needsData_[arc.to])
                 needsData_[*node] = true;
     }
@@ -181,17 +181,17 @@ void TimingModel::pruneData() {
 
 // What propagated clocks reach and what leads to a clock pin.
 void TimingModel::pruneClocks() {
-    std::vector<bool> reached(network_.size());
+    Base::IndexVector<NodeId, bool> reached(network_.size());
     for (const Clock& clock : clocks_.all())
         if (!clock.removed && clock.propagated)
-            for (const std::uint32_t node : clock.reached)
+            for (const NodeId node : clock.reached)
                 reached[node] = true;
     needsClock_.assign(network_.size(), false);
     for (auto node = network_.order().rbegin(); node != network_.order().rend(); ++node) {
         if (!reached[*node])
             continue;
         bool needed = clockPins_.contains(network_.pinOf(*node));
-        for (const std::uint32_t number : network_.out(*node))
+        for (const ArcId number : network_.out(*node))
             if (const Arc& arc = network_.arcs()[number]; arc.kind == ArcKind::through && needsClock_[arc.to])
                 needed = true;
         needsClock_[*node] = needed;

@@ -1,16 +1,17 @@
 // The timing graph in the host database: the poles and arcs that the engine walks, made of a network and its
 // clocks.
 //
-// There are two planes. In the clock plane are the pins that propagated clocks reach; in the data plane those
-// that lead to an end point. A pin in both has a pole in each, so that data never enters the clock network
-// and a clock that is used as data starts anew at its source. Every clock is a root of its own:
+// There are two planes. The clock plane has the pins that propagated clocks reach, the data plane those that
+// lead to an end point. A pin in both has a pole in each, so that data never enters the clock network and a
+// clock that is used as data starts anew at its source. Every clock is a root of its own:
 //
 //   root ─► target ─► … ─► clock pin ─► working edge ─► output ─► … ─► data pin ─► check
 //   root ─► working edge                 (an ideal clock: its network latency on one arc)
 //   root ─► source edge ─► target        (a clock used as data: both edges)
 //   port entry ─► port                   (one pole for each reference edge of a delay)
 //
-// Poles are made sources first. A pin that no clock's path and no end point needs has no pole.
+// Poles are made in the order of the network, sources first. Pins that are needed neither for a clock nor for
+// an end point have no pole.
 #pragma once
 
 #include "Pelko/Model.h"
@@ -24,55 +25,57 @@
 
 namespace Model {
 
-// Where data paths start: a register's working edge, a port's reference edge, an edge at a clock's source.
+// The start of data paths: a register's working edge, a port's reference edge, an edge at a clock's source.
 struct Start {
     enum class Kind : std::uint8_t { reg, port, clockSource } kind = Kind::reg;
-    std::uint32_t pin = Base::none; // clock pin, port, or the source
+    PinId pin = Base::none; // clock pin, port, or the source
     bool rise = true;
-    const Design::PortDelay* delay = nullptr; // of a port; null: undelayed
+    const Design::PortDelay* delay = nullptr; // of a port; null if it has no delay
     Pelko::Pole* pole = nullptr;
 };
 
 // The ports that a maximum or minimum delay may time although they have no delay, or one without a clock.
 struct TimedPorts {
-    std::unordered_set<std::uint32_t> inputs, outputs; // ports that go both ways may be in both
+    std::unordered_set<PinId> inputs, outputs; // bidirectional ports may be in both
 };
 
-// Where data paths end: a check, or a port's reference edge.
+// The end of data paths: a check, or a port's reference edge.
 struct End {
-    std::uint32_t pin = Base::none; // data pin or port
-    std::uint32_t clockPin = Base::none;
+    PinId pin = Base::none; // data pin or port
+    PinId clockPin = Base::none;
     bool rise = true;
     std::optional<std::int32_t> setup, hold;  // of a check
-    const Design::PortDelay* delay = nullptr; // of a port; null: undelayed
+    const Design::PortDelay* delay = nullptr; // of a port; null if it has no delay
     Pelko::Pole* pole = nullptr;
     bool isPort() const { return clockPin == Base::none; }
 };
 
 class TimingModel {
 public:
-    // The ports that some exception times get poles too, if no clock refers to them.
+    // The ports of timedPorts get poles even if no clock refers to them.
     TimingModel(const Design::RoutedDesign& design, const Network& network, const Clocks& clocks,
                 const Design::Constraints& constraints, const TimedPorts& timedPorts, int scale,
                 Base::Diagnostics& diagnostics);
 
     Pelko::Model& host() { return host_; }
-    const std::vector<Start>& starts() const { return starts_; }
-    const std::vector<End>& ends() const { return ends_; }
-    // By the pole of a start or an end; null where it is none.
+    const Base::IndexVector<StartId, Start>& starts() const { return starts_; }
+    const Base::IndexVector<EndId, End>& ends() const { return ends_; }
+    // Returns the start or end that the pole belongs to; null if there is none.
     const Start* startAt(const Pelko::Pole* pole) const;
     const End* endAt(const Pelko::Pole* pole) const;
-    Pelko::Pole* root(std::uint32_t clock) const { return roots_[clock]; }
-    // What a port's clock is late by at the port; nothing if the port has no delay, or one without a clock.
+    Pelko::Pole* root(ClockId clock) const { return roots_[clock]; }
+    // Returns the latency of a port's clock at the port; zero if the port has no delay, or one without a
+    // clock.
     Latency latencyAt(const Design::PortDelay* delay) const;
-    // None for a null pole and for one that is no root.
-    std::optional<std::uint32_t> clockOf(const Pelko::Pole* root) const;
-    // The node that a pole stands for; none for roots and other auxiliary poles.
-    std::uint32_t nodeOf(const Pelko::Pole* pole) const { return nodeOfPole_[pole->getIndex()]; }
-    Pelko::Pole* dataPole(std::uint32_t node) const { return data_[node]; }
-    // The clocks that reach a clock pin, or a pin whose pulses are checked; the clock pins that none reaches.
-    const std::vector<std::uint32_t>& clocksAt(std::uint32_t pin) const;
-    const std::vector<std::uint32_t>& unclocked() const { return unclocked_; }
+    // Returns none for a null pole and for one that is not a root.
+    ClockId clockOf(const Pelko::Pole* root) const;
+    // Returns the node that a pole stands for; none for roots and other auxiliary poles.
+    NodeId nodeOf(const Pelko::Pole* pole) const { return nodeOfPole_[pole->getIndex()]; }
+    Pelko::Pole* dataPole(NodeId node) const { return data_[node]; }
+    // The clocks that reach a clock pin, or a pin whose pulses are checked.
+    const std::vector<ClockId>& clocksAt(PinId pin) const;
+    // The clock pins that no clock reaches.
+    const std::vector<PinId>& unclocked() const { return unclocked_; }
 
 private:
     struct Edges {
@@ -98,20 +101,20 @@ private:
     void pruneClocks();
     void makeRoots();
     void makeClockPlane();
-    void makeClockPin(std::uint32_t pin, ClockPin& clockPin);
-    Pelko::Pole* makeEdge(std::uint32_t pin, bool rising, Pelko::Pole* behind);
+    void makeClockPin(PinId pin, ClockPin& clockPin);
+    Pelko::Pole* makeEdge(PinId pin, bool rising, Pelko::Pole* behind);
     void makeInputs();
-    void makeInput(const Design::PortDelay* delay, std::uint32_t pin);
+    void makeInput(const Design::PortDelay* delay, PinId pin);
     void makeSourceEdges();
     void makeEntry(const Start& start, Pelko::Pole* port);
     void makeDataPlane();
-    void makeLaunches(std::uint32_t pin, const ClockPin& clockPin);
+    void makeLaunches(PinId pin, const ClockPin& clockPin);
     void makeChecks();
     void makeOutputs();
-    void makeOutput(const Design::PortDelay* delay, std::uint32_t pin);
+    void makeOutput(const Design::PortDelay* delay, PinId pin);
     void separateGroups();
-    Pelko::Instance* instanceOf(std::uint32_t cell);
-    Pelko::Pole* note(Pelko::Pole* pole, std::uint32_t node);
+    Pelko::Instance* instanceOf(CellId cell);
+    Pelko::Pole* note(Pelko::Pole* pole, NodeId node);
     void connect(Pelko::Pole* from, Pelko::Pole* to, const Design::Interval& delay);
     Pelko::Delay bound(const std::optional<Base::Decimal>& value, const Design::PortDelay& delay,
                        Time latency) const;
@@ -126,18 +129,20 @@ private:
     Base::Diagnostics& diagnostics_;
 
     Pelko::Model host_;
-    std::unordered_map<std::uint32_t, ClockPin> clockPins_; // those that a clock reaches
-    std::vector<std::uint32_t> clockPinOrder_, unclocked_;
-    std::unordered_map<std::uint32_t, std::vector<std::uint32_t>> clocksAt_;
+    std::unordered_map<PinId, ClockPin> clockPins_; // those that a clock reaches
+    std::vector<PinId> clockPinOrder_, unclocked_;
+    std::unordered_map<PinId, std::vector<ClockId>> clocksAt_;
     std::vector<const Design::Check*> checks_; // that are timed
-    std::vector<bool> needsData_, needsClock_;
-    std::vector<Pelko::Pole*> roots_, clock_, data_; // by clock | by node
-    std::vector<std::uint32_t> nodeOfPole_;
-    std::unordered_map<std::uint32_t, Pelko::Instance*> instances_;
-    std::vector<Start> starts_;
-    std::vector<End> ends_;
-    std::vector<std::uint32_t> startOfPole_, endOfPole_;
-    std::unordered_map<const Pelko::Pole*, std::uint32_t> clockOfRoot_;
+    Base::IndexVector<NodeId, bool> needsData_, needsClock_;
+    Base::IndexVector<ClockId, Pelko::Pole*> roots_;
+    Base::IndexVector<NodeId, Pelko::Pole*> clock_, data_; // of each plane
+    std::unordered_map<CellId, Pelko::Instance*> instances_;
+    Base::IndexVector<StartId, Start> starts_;
+    Base::IndexVector<EndId, End> ends_;
+    std::vector<NodeId> nodeOfPole_; // these three by the index of a pole
+    std::vector<StartId> startOfPole_;
+    std::vector<EndId> endOfPole_;
+    std::unordered_map<const Pelko::Pole*, ClockId> clockOfRoot_;
 };
 
 } // namespace Model

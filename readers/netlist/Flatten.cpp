@@ -17,21 +17,25 @@ namespace {
 
 constexpr std::size_t mostClashes = 10; // of which each is told
 
+// Into Flattener::parents_: a net of an instance.
+using EntryId = Base::Index<struct EntryTag>;
+constexpr EntryId constantEntry(0U);
+
 class Flattener {
 public:
     Flattener(Modules& modules, const Hierarchy& hierarchy, Base::Diagnostics& diagnostics)
         : modules_(modules), names_(modules.names), hierarchy_(hierarchy), diagnostics_(diagnostics),
           portTables_(modules.all.size()) {}
 
-    Design::Netlist run(std::uint32_t top);
+    Design::Netlist run(ModuleId top);
 
 private:
     // An instance that is being walked.
     struct Frame {
-        std::uint32_t module;
-        std::uint32_t cell = 0;          // the next one
-        std::size_t prefix = 0;          // how long the path is without it
-        std::vector<std::uint32_t> nets; // entries of the module's nets
+        ModuleId module;
+        ModuleCellId cell;      // the next one
+        std::size_t prefix = 0; // how long the path is without it
+        Base::IndexVector<ModuleNetId, EntryId> nets;
     };
     // The outermost module knows a net best; there the shortest name counts, and of those the first.
     struct NetName {
@@ -39,45 +43,54 @@ private:
         bool generated = false;
         std::uint32_t depth = 0;
     };
-    using PortTable = std::unordered_map<std::uint32_t, std::uint32_t>;
+    using PortTable = std::unordered_map<Base::Name, ModulePortId>;
 
     // --- The forest -----------------------------------------------------------------------------------------------
 
-    std::uint32_t addEntry() {
-        parents_.push_back(static_cast<std::uint32_t>(parents_.size()));
+    EntryId addEntry() {
+        parents_.push_back(parents_.next());
         best_.emplace_back();
         return parents_.back();
     }
-    std::uint32_t root(std::uint32_t entry) {
+    EntryId root(EntryId entry) {
         while (parents_[entry] != entry)
             entry = parents_[entry] = parents_[parents_[entry]];
         return entry;
     }
-    void join(std::uint32_t a, std::uint32_t b);
-    void offer(std::uint32_t entry, const Module::Net& net, std::size_t depth);
+    void join(EntryId a, EntryId b);
+    void offer(EntryId entry, const Module::Net& net, std::size_t depth);
     bool isBetter(const NetName& a, const NetName& b) const;
 
     // --- The walk -------------------------------------------------------------------------------------------------
 
-    void walk(std::uint32_t top);
-    void enter(const Frame& above, const Module::Cell& cell, std::uint32_t type);
+    void walk(ModuleId top);
+    Frame frameOf(ModuleId module) const {
+        return {module, ModuleCellId(0U), path_.size(),
+                Base::IndexVector<ModuleNetId, EntryId>(modules_.all[module].nets.size())};
+    }
+    void enter(const Frame& above, const Module::Cell& cell, ModuleId type);
     void bind(const Frame& above, const Module::Cell& cell, const Module::Connection& connection,
-              std::uint32_t type, std::uint32_t position, Frame& frame);
+              ModuleId type, std::uint32_t position, Frame& frame);
     void nameNets(Frame& frame, std::size_t depth);
     void addPorts(const Frame& frame);
-    void addCell(const Frame& frame, const Module::Cell& cell, std::uint32_t type);
+    void addCell(const Frame& frame, const Module::Cell& cell, ModuleId type);
     void addPins(const Frame& frame, const Module::Connection& connection, const Module::Port* port);
     void addPin(Base::Name name, Design::Direction direction, const Numbering& numbering, std::size_t bit,
-                std::uint32_t net);
+                Design::Netlist::NetId net);
 
+    // Until numberNets(), a net of the result is the number of its entry.
+    static Design::Netlist::NetId netAt(const Frame& frame, ModuleNetId net) {
+        return net == Base::none ? Design::Netlist::NetId()
+                                 : Design::Netlist::NetId(frame.nets[net].number());
+    }
     template <class Action>
     void tryTo(Action action);
     Base::Name full(Base::Name name);
-    Base::Place place(const Module::Cell& cell) const { return {modules_.file, cell.line, cell.column}; }
-    std::uint32_t findPort(std::uint32_t type, const Module::Cell& cell, const Module::Connection& connection,
-                           std::uint32_t position);
+    Base::Place place(const Module::Cell& cell) const { return cell.position.in(modules_.file); }
+    ModulePortId findPort(ModuleId type, const Module::Cell& cell, const Module::Connection& connection,
+                          std::uint32_t position);
     void checkWidth(const Module::Cell& cell, const Module::Connection& connection, const Module::Port& port);
-    const PortTable& portsOf(std::uint32_t module);
+    const PortTable& portsOf(ModuleId module);
 
     // --- The end --------------------------------------------------------------------------------------------------
 
@@ -92,9 +105,9 @@ private:
     const Hierarchy& hierarchy_;
     Base::Diagnostics& diagnostics_;
     Design::Netlist result_;
-    std::vector<std::uint32_t> parents_;
-    std::vector<NetName> best_; // of a root: its best name so far
-    std::vector<PortTable> portTables_;
+    Base::IndexVector<EntryId, EntryId> parents_;
+    Base::IndexVector<EntryId, NetName> best_; // of a root: its best name so far
+    Base::IndexVector<ModuleId, PortTable> portTables_;
     std::string path_; // of the instance at hand, with a '/' behind
     Base::ErrorList errors_;
     std::vector<Base::Diagnostic> errorsOfCells_; // each once, however often its module is instantiated
@@ -115,7 +128,7 @@ bool Flattener::isBetter(const NetName& a, const NetName& b) const {
     return a.depth != b.depth ? a.depth < b.depth : isBetterName(names_[a.name], names_[b.name]);
 }
 
-void Flattener::join(std::uint32_t a, std::uint32_t b) {
+void Flattener::join(EntryId a, EntryId b) {
     a = root(a);
     b = root(b);
     if (a == b)
@@ -127,10 +140,10 @@ void Flattener::join(std::uint32_t a, std::uint32_t b) {
 }
 
 // The name is put together with the path only where it can be the better one.
-void Flattener::offer(std::uint32_t entry, const Module::Net& net, std::size_t depth) {
+void Flattener::offer(EntryId entry, const Module::Net& net, std::size_t depth) {
     entry = root(entry);
     NetName& best = best_[entry];
-    if (entry == constantNet || (best.name != noName && net.generated && !best.generated))
+    if (entry == constantEntry || (best.name != noName && net.generated && !best.generated))
         return;
     if (best.name != noName && net.generated == best.generated && depth > best.depth)
         return;
@@ -148,7 +161,7 @@ Base::Name Flattener::full(Base::Name name) {
 
 // --- The walk -----------------------------------------------------------------------------------------------------
 
-Design::Netlist Flattener::run(std::uint32_t top) {
+Design::Netlist Flattener::run(ModuleId top) {
     result_.top = modules_.nameOf(modules_.all[top]);
     const HierarchySize size = hierarchy_.sizeOf(top);
     tellBehaviour();
@@ -167,29 +180,28 @@ Design::Netlist Flattener::run(std::uint32_t top) {
     return std::move(result_);
 }
 
-void Flattener::walk(std::uint32_t top) {
+void Flattener::walk(ModuleId top) {
     std::vector<Frame> frames;
-    frames.push_back({top, 0, 0, std::vector<std::uint32_t>(modules_.all[top].nets.size(), Base::none)});
+    frames.push_back(frameOf(top));
     nameNets(frames.back(), 0);
     addPorts(frames.back());
     while (!frames.empty()) {
         Frame& frame = frames.back();
         const Module& module = modules_.all[frame.module];
-        if (frame.cell == module.cells.size()) {
+        if (frame.cell == module.cells.next()) {
             path_.resize(frame.prefix);
             frames.pop_back();
             continue;
         }
         const Module::Cell& cell = module.cells[frame.cell++];
-        const std::uint32_t type = hierarchy_.typeOf(cell);
+        const ModuleId type = hierarchy_.typeOf(cell);
         if (hierarchy_.isLeaf(type)) {
             addCell(frame, cell, type);
             continue;
         }
-        Frame child{type, 0, path_.size(),
-                    std::vector<std::uint32_t>(modules_.all[type].nets.size(), Base::none)};
+        Frame child = frameOf(type);
         for (std::uint32_t i = 0; i < cell.connectionCount; ++i)
-            tryTo([&] { bind(frame, cell, module.connections[cell.firstConnection + i], type, i, child); });
+            tryTo([&] { bind(frame, cell, module.connections[cell.connection(i)], type, i, child); });
         path_.append(names_[cell.name]).append(1, '/');
         nameNets(child, frames.size());
         frames.push_back(std::move(child));
@@ -211,24 +223,24 @@ void Flattener::tryTo(Action action) {
 
 // The child's nets at the port become the parent's that are connected to it.
 void Flattener::bind(const Frame& above, const Module::Cell& cell, const Module::Connection& connection,
-                     std::uint32_t type, std::uint32_t position, Frame& frame) {
+                     ModuleId type, std::uint32_t position, Frame& frame) {
     const Module& parent = modules_.all[above.module];
     const Module& child = modules_.all[type];
-    const std::uint32_t found = findPort(type, cell, connection, position);
+    const ModulePortId found = findPort(type, cell, connection, position);
     const Module::Port& port = child.ports[found];
     checkWidth(cell, connection, port);
     for (std::uint32_t i = 0; i < std::min(connection.bits.count, port.bits.count); ++i) {
-        if (parent.isInverted(connection.bits.first + i) && lostInversions_++ == 0) {
+        if (parent.isInverted(connection.bits[i]) && lostInversions_++ == 0) {
             firstLost_ = path_ + std::string(names_[cell.name]) + "/" + std::string(names_[port.name]);
             firstLostPlace_ = place(cell);
         }
-        const std::uint32_t outer = parent.bits[connection.bits.first + i];
-        const std::uint32_t inner = child.bits[port.bits.first + i];
+        const ModuleNetId outer = parent.bits[connection.bits[i]];
+        const ModuleNetId inner = child.bits[port.bits[i]];
         if (outer == Base::none || inner == Base::none)
             continue;
-        std::uint32_t& entry = frame.nets[inner];
+        EntryId& entry = frame.nets[inner];
         if (inner == constantNet)
-            join(constantNet, above.nets[outer]);
+            join(constantEntry, above.nets[outer]);
         else if (entry == Base::none)
             entry = above.nets[outer];
         else
@@ -237,9 +249,11 @@ void Flattener::bind(const Frame& above, const Module::Cell& cell, const Module:
 }
 
 void Flattener::nameNets(Frame& frame, std::size_t depth) {
-    frame.nets[constantNet] = constantNet;
-    const std::vector<Module::Net>& nets = modules_.all[frame.module].nets;
-    for (std::size_t i = constantNet + 1; i < nets.size(); ++i) {
+    frame.nets[constantNet] = constantEntry;
+    const auto& nets = modules_.all[frame.module].nets;
+    for (const ModuleNetId i : nets.ids()) {
+        if (i == constantNet)
+            continue;
         if (frame.nets[i] == Base::none)
             frame.nets[i] = addEntry();
         offer(frame.nets[i], nets[i], depth);
@@ -252,22 +266,21 @@ void Flattener::addPorts(const Frame& frame) {
         if (port.bits.count == 0)
             result_.ports.push_back({port.name, port.direction, Base::none});
         for (std::uint32_t i = 0; i < port.bits.count; ++i) {
-            const std::uint32_t net = module.bits[port.bits.first + i];
             writeBitName(scratch_, names_[port.name], port.numbering, i);
             result_.ports.push_back(
-                {names_.add(scratch_), port.direction, net == Base::none ? Base::none : frame.nets[net]});
+                {names_.add(scratch_), port.direction, netAt(frame, module.bits[port.bits[i]])});
         }
     }
 }
 
-void Flattener::addCell(const Frame& frame, const Module::Cell& cell, std::uint32_t type) {
-    const auto first = static_cast<std::uint32_t>(result_.pins.size());
+void Flattener::addCell(const Frame& frame, const Module::Cell& cell, ModuleId type) {
+    const Design::Netlist::PinId first = result_.pins.next();
     const Module& module = modules_.all[frame.module];
     const std::size_t invertedBefore = result_.invertedPins.size();
     for (std::uint32_t i = 0; i < cell.connectionCount; ++i)
         tryTo([&] {
-            const Module::Connection& connection = module.connections[cell.firstConnection + i];
-            const std::uint32_t found = findPort(type, cell, connection, i);
+            const Module::Connection& connection = module.connections[cell.connection(i)];
+            const ModulePortId found = findPort(type, cell, connection, i);
             const Module::Port* port = found == Base::none ? nullptr : &modules_.all[type].ports[found];
             if (port)
                 checkWidth(cell, connection, *port);
@@ -280,10 +293,10 @@ void Flattener::addCell(const Frame& frame, const Module::Cell& cell, std::uint3
     }
     if ((type != Base::none && modules_.all[type].isComputed) ||
         std::ranges::binary_search(module.expressions,
-                                   static_cast<std::uint32_t>(&cell - module.cells.data())))
-        result_.expressionCells.push_back(static_cast<std::uint32_t>(result_.cells.size()));
+                                   ModuleCellId(static_cast<std::uint32_t>(&cell - module.cells.data()))))
+        result_.expressionCells.push_back(result_.cells.next());
     result_.cells.push_back(
-        {full(cell.name), cell.type, first, static_cast<std::uint32_t>(result_.pins.size()) - first});
+        {full(cell.name), cell.type, first, result_.pins.next().number() - first.number()});
 }
 
 // A pin is as wide as the port says where there is one, else as what it is connected to.
@@ -295,16 +308,16 @@ void Flattener::addPins(const Frame& frame, const Module::Connection& connection
     const Design::Direction direction =
         port && connection.direction == Design::Direction::unknown ? port->direction : connection.direction;
     for (std::uint32_t i = 0; i < width; ++i) {
-        const std::uint32_t net =
-            i < bits.count ? modules_.all[frame.module].bits[bits.first + i] : Base::none;
-        if (i < bits.count && modules_.all[frame.module].isInverted(bits.first + i))
-            result_.invertedPins.push_back(static_cast<std::uint32_t>(result_.pins.size()));
-        addPin(name, direction, numbering, i, net == Base::none ? Base::none : frame.nets[net]);
+        const Module& module = modules_.all[frame.module];
+        const ModuleNetId net = i < bits.count ? module.bits[bits[i]] : ModuleNetId();
+        if (i < bits.count && module.isInverted(bits[i]))
+            result_.invertedPins.push_back(result_.pins.next());
+        addPin(name, direction, numbering, i, netAt(frame, net));
     }
 }
 
 void Flattener::addPin(Base::Name name, Design::Direction direction, const Numbering& numbering,
-                       std::size_t bit, std::uint32_t net) {
+                       std::size_t bit, Design::Netlist::NetId net) {
     if (numbering.vector) {
         writeBitName(scratch_, names_[name], numbering, bit);
         name = names_.add(scratch_);
@@ -314,18 +327,18 @@ void Flattener::addPin(Base::Name name, Design::Direction direction, const Numbe
 
 // --- Ports of instances -------------------------------------------------------------------------------------------
 
-const Flattener::PortTable& Flattener::portsOf(std::uint32_t module) {
+const Flattener::PortTable& Flattener::portsOf(ModuleId module) {
     PortTable& table = portTables_[module];
-    const std::vector<Module::Port>& ports = modules_.all[module].ports;
+    const auto& ports = modules_.all[module].ports;
     if (table.empty())
-        for (std::uint32_t i = 0; i < ports.size(); ++i)
-            table.emplace(static_cast<std::uint32_t>(ports[i].name), i);
+        for (const ModulePortId port : ports.ids())
+            table.emplace(ports[port].name, port);
     return table;
 }
 
 // none for a pin of a cell whose type the file does not define.
-std::uint32_t Flattener::findPort(std::uint32_t type, const Module::Cell& cell,
-                                  const Module::Connection& connection, std::uint32_t position) {
+ModulePortId Flattener::findPort(ModuleId type, const Module::Cell& cell,
+                                 const Module::Connection& connection, std::uint32_t position) {
     const auto quoted = [&](Base::Name name) { return "'" + std::string(names_[name]) + "'"; };
     if (connection.name == noName) {
         if (type == Base::none)
@@ -336,12 +349,12 @@ std::uint32_t Flattener::findPort(std::uint32_t type, const Module::Cell& cell,
                                                   std::to_string(cell.connectionCount) +
                                                   " connections, module " + quoted(cell.type) + " has " +
                                                   std::to_string(modules_.all[type].ports.size()) + " ports");
-        return position;
+        return ModulePortId(position);
     }
     if (type == Base::none)
         return Base::none;
     const PortTable& ports = portsOf(type);
-    const auto found = ports.find(static_cast<std::uint32_t>(connection.name));
+    const auto found = ports.find(connection.name);
     if (found != ports.end())
         return found->second;
     throw Base::BadInput(place(cell), "cell " + quoted(cell.name) + " connects " + quoted(connection.name) +
@@ -362,15 +375,16 @@ void Flattener::checkWidth(const Module::Cell& cell, const Module::Connection& c
 
 // Roots become nets, in the order of the entries.
 void Flattener::numberNets() {
-    std::vector<std::uint32_t> numbers(parents_.size(), Base::none);
-    for (std::uint32_t entry = constantNet + 1; entry < parents_.size(); ++entry)
-        if (parents_[entry] == entry) {
-            numbers[entry] = static_cast<std::uint32_t>(result_.nets.size());
+    using NetId = Design::Netlist::NetId;
+    Base::IndexVector<EntryId, NetId> numbers(parents_.size());
+    for (const EntryId entry : parents_.ids())
+        if (entry != constantEntry && parents_[entry] == entry) {
+            numbers[entry] = result_.nets.next();
             result_.nets.push_back(best_[entry].name);
         }
     const auto number = [&](auto& item) {
         if (item.net != Base::none)
-            item.net = numbers[root(item.net)];
+            item.net = numbers[root(EntryId(item.net.number()))];
     };
     std::for_each(result_.ports.begin(), result_.ports.end(), number);
     std::for_each(result_.pins.begin(), result_.pins.end(), number);
@@ -384,10 +398,10 @@ Base::Name nameOf(const Item& item) {
 
 template <class Items>
 void Flattener::tellClashes(const Items& items, const char* what) {
-    Base::NameTable known;
+    Base::NameSet known;
     std::size_t clashes = 0;
     for (const auto& item : items)
-        if (!known.add(nameOf(item), 0) && ++clashes <= mostClashes)
+        if (!known.add(nameOf(item)) && ++clashes <= mostClashes)
             diagnostics_.warning({modules_.file, 0, 0}, std::string("more than one of the ") + what +
                                                             " is named '" +
                                                             std::string(names_[nameOf(item)]) + "'");
@@ -398,7 +412,7 @@ void Flattener::tellClashes(const Items& items, const char* what) {
 
 // What a module computes without structure cannot be timed. Beside cells it may be of no account.
 void Flattener::tellBehaviour() {
-    for (std::uint32_t i = 0; i < modules_.all.size(); ++i) {
+    for (const ModuleId i : modules_.all.ids()) {
         const Module& module = modules_.all[i];
         if (!module.behaviour || !hierarchy_.isNeeded(i))
             continue;
@@ -432,7 +446,7 @@ void Flattener::tellInversions() {
 } // namespace
 
 Design::Netlist flatten(Modules modules, const std::string& top, Base::Diagnostics& diagnostics) {
-    const std::uint32_t root = modules.findTop(top);
+    const ModuleId root = modules.findTop(top);
     const Hierarchy hierarchy(modules, root);
     return Flattener(modules, hierarchy, diagnostics).run(root);
 }

@@ -42,7 +42,7 @@ std::uint64_t HierarchySize::bytes() const {
     return sum;
 }
 
-Hierarchy::Hierarchy(const Modules& modules, std::uint32_t top)
+Hierarchy::Hierarchy(const Modules& modules, ModuleId top)
     : modules_(modules), byName_(modules.byName()), states_(modules.all.size()), sizes_(modules.all.size()) {
     for (const Module& module : modules.all)
         leaves_.push_back(module.isLeaf());
@@ -50,14 +50,14 @@ Hierarchy::Hierarchy(const Modules& modules, std::uint32_t top)
     checkLimits(top);
 }
 
-void Hierarchy::measure(std::uint32_t top) {
+void Hierarchy::measure(ModuleId top) {
     std::vector<Frame> frames{{top}};
     states_[top] = State::open;
     sizes_[top] = ownSize(modules_.all[top]);
     while (!frames.empty()) {
         Frame& frame = frames.back();
         const Module& module = modules_.all[frame.module];
-        if (frame.cell == module.cells.size()) {
+        if (frame.cell == module.cells.next()) {
             if (tooLarge_ == Base::none && sizes_[frame.module].bytes() > HierarchySize::mostBytes)
                 tooLarge_ = frame.module; // the first from the leaves up, which is the one to name
             states_[frame.module] = State::known;
@@ -65,7 +65,7 @@ void Hierarchy::measure(std::uint32_t top) {
             continue;
         }
         const Module::Cell& cell = module.cells[frame.cell];
-        const std::uint32_t type = typeOf(cell);
+        const ModuleId type = typeOf(cell);
         if (isLeaf(type) || states_[type] == State::known) {
             add(sizes_[frame.module], module, cell, type);
             ++frame.cell;
@@ -89,13 +89,13 @@ HierarchySize Hierarchy::ownSize(const Module& module) const {
 }
 
 void Hierarchy::add(HierarchySize& size, const Module& module, const Module::Cell& cell,
-                    std::uint32_t type) const {
+                    ModuleId type) const {
     const std::uint64_t nameBytes = modules_.names[cell.name].size();
     addUp(size.cells, 1);
     addUp(size.nameBytes, nameBytes);
     if (isLeaf(type)) {
         for (std::uint32_t i = 0; i < cell.connectionCount; ++i)
-            addUp(size.pins, std::max(module.connections[cell.firstConnection + i].bits.count, 1U));
+            addUp(size.pins, std::max(module.connections[cell.connection(i)].bits.count, 1U));
         if (type != Base::none)
             addUp(size.pins, modules_.all[type].bits.size());
         return;
@@ -110,7 +110,7 @@ void Hierarchy::add(HierarchySize& size, const Module& module, const Module::Cel
     size.levels = std::max(size.levels, below.levels + 1);
 }
 
-void Hierarchy::failAtCycle(const std::vector<Frame>& frames, std::uint32_t again) const {
+void Hierarchy::failAtCycle(const std::vector<Frame>& frames, ModuleId again) const {
     const auto isAgain = [&](const Frame& frame) { return frame.module == again; };
     const auto begin = std::find_if(frames.begin(), frames.end(), isAgain);
     const auto count = static_cast<std::size_t>(frames.end() - begin);
@@ -122,12 +122,12 @@ void Hierarchy::failAtCycle(const std::vector<Frame>& frames, std::uint32_t agai
     if (count > mostOfCycle)
         way += "... -> ";
     const Module::Cell& cell = modules_.all[frames.back().module].cells[frames.back().cell];
-    throw Base::BadInput({modules_.file, cell.line, cell.column},
+    throw Base::BadInput(cell.position.in(modules_.file),
                          "a module instantiates itself: " + way + "'" +
                              std::string(modules_.nameOf(modules_.all[again])) + "'");
 }
 
-void Hierarchy::checkLimits(std::uint32_t top) const {
+void Hierarchy::checkLimits(ModuleId top) const {
     if (sizes_[top].levels > mostLevels)
         modules_.fail("the hierarchy has " + std::to_string(sizes_[top].levels) + " levels, more than " +
                       std::to_string(mostLevels));

@@ -26,35 +26,35 @@ struct HierarchySize {
 class Hierarchy {
 public:
     // Throws BadInput if a module below the top instantiates itself, or if the result is too large.
-    Hierarchy(const Modules& modules, std::uint32_t top);
+    Hierarchy(const Modules& modules, ModuleId top);
 
-    // The module that a cell is an instance of; none where the file does not define it.
-    std::uint32_t typeOf(const Module::Cell& cell) const { return byName_.find(cell.type); }
-    bool isLeaf(std::uint32_t module) const { return module == Base::none || leaves_[module]; }
-    HierarchySize sizeOf(std::uint32_t module) const { return sizes_[module]; }
+    // Returns the module that a cell is an instance of; none if the file does not define it.
+    ModuleId typeOf(const Module::Cell& cell) const { return byName_.find(cell.type); }
+    bool isLeaf(ModuleId module) const { return module == Base::none || leaves_[module]; }
+    HierarchySize sizeOf(ModuleId module) const { return sizes_[module]; }
     // Whether the top needs what is in the module.
-    bool isNeeded(std::uint32_t module) const { return states_[module] == State::known; }
+    bool isNeeded(ModuleId module) const { return states_[module] == State::known; }
 
 private:
     enum class State : std::uint8_t { unknown, open, known };
 
     struct Frame {
-        std::uint32_t module;
-        std::uint32_t cell = 0; // the next one
+        ModuleId module;
+        ModuleCellId cell = ModuleCellId(0U); // the next one
     };
 
-    void measure(std::uint32_t top);
+    void measure(ModuleId top);
     HierarchySize ownSize(const Module& module) const;
-    void add(HierarchySize& size, const Module& module, const Module::Cell& cell, std::uint32_t type) const;
-    [[noreturn]] void failAtCycle(const std::vector<Frame>& frames, std::uint32_t again) const;
-    void checkLimits(std::uint32_t top) const;
+    void add(HierarchySize& size, const Module& module, const Module::Cell& cell, ModuleId type) const;
+    [[noreturn]] void failAtCycle(const std::vector<Frame>& frames, ModuleId again) const;
+    void checkLimits(ModuleId top) const;
 
     const Modules& modules_;
-    Base::NameTable byName_;
-    std::vector<bool> leaves_;
-    std::vector<State> states_;
-    std::vector<HierarchySize> sizes_;
-    std::uint32_t tooLarge_ = Base::none;
+    Base::NameTable<ModuleId> byName_;
+    Base::IndexVector<ModuleId, bool> leaves_;
+    Base::IndexVector<ModuleId, State> states_;
+    Base::IndexVector<ModuleId, HierarchySize> sizes_;
+    ModuleId tooLarge_;
 };
 
 } // namespace Readers

@@ -14,8 +14,8 @@ public:
 
     const std::string& path() const { return source_.path(); }
 
-    // The first byte that is not white space, which stays to be read; nothing where a whole block is white
-    // space.
+    // Returns the first byte that is not white space, which is still to be read; nothing if a whole block is
+    // white space.
     std::optional<char> firstByte();
     // As Source::read().
     std::size_t read(char* buffer, std::size_t size);

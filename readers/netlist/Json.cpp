@@ -70,7 +70,7 @@ private:
     Design::Direction direction(const Scalar& value);
     std::int64_t integer(const Scalar& value);
     bool flag(const Scalar& value);
-    std::uint32_t bit(const Scalar& value);
+    ModuleNetId bit(const Scalar& value);
 
     std::string describe(Slot slot) const;
     void check(JsonModules::Problem problem, Slot slot);
@@ -89,7 +89,7 @@ private:
     JsonModules::Item item_;     // the port, net or cell at hand
     Slot kind_ = Slot::ignored;  // what it is
     Base::Name pin_ = noName;
-    std::vector<std::uint32_t> bits_;
+    std::vector<ModuleNetId> bits_;
     Base::ErrorList errors_;
     bool isItemBad_ = false; // the item has had its error
 };
@@ -312,7 +312,7 @@ bool JsonReader::flag(const Scalar& value) {
     return value.number != 0;
 }
 
-std::uint32_t JsonReader::bit(const Scalar& value) {
+ModuleNetId JsonReader::bit(const Scalar& value) {
     if (value.kind == Kind::number && value.number >= 0)
         return modules_.netOf(static_cast<std::uint64_t>(value.number));
     if (value.kind == Kind::string && (value.text == "0" || value.text == "1"))

@@ -9,7 +9,7 @@ namespace Readers {
 
 // One flat netlist of the top module (empty: to be found). Throws BadInput.
 Design::Netlist readJson(Base::Source& source, const std::string& top, Base::Diagnostics& diagnostics);
-// The modules alone.
+// The modules, not flattened.
 Modules readJsonModules(Input& input);
 
 } // namespace Readers

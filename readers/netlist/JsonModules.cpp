@@ -25,7 +25,7 @@ bool number(const JsonModules::Item& item, std::size_t count, Numbering& numberi
 
 JsonModules::Problem JsonModules::startModule(const std::string& name) {
     const Base::Name added = modules_.names.add(name);
-    if (!known_.add(added, 0))
+    if (!known_.add(added))
         return isThereTwice;
     modules_.all.emplace_back().name = added;
     cells_.clear();
@@ -37,14 +37,14 @@ JsonModules::Problem JsonModules::startModule(const std::string& name) {
 }
 
 void JsonModules::finishModule() {
-    std::vector<Module::Net>& nets = module().nets;
-    for (std::size_t i = constantNet + 1; i < nets.size(); ++i)
-        if (nets[i].name == noName)
+    auto& nets = module().nets;
+    for (const ModuleNetId i : nets.ids())
+        if (i != constantNet && nets[i].name == noName)
             nets[i] = {modules_.names.add("$" + std::to_string(numbers_[i])), true};
 }
 
-std::uint32_t JsonModules::netOf(std::uint64_t number) {
-    const auto [at, isNew] = netByNumber_.try_emplace(number, static_cast<std::uint32_t>(numbers_.size()));
+ModuleNetId JsonModules::netOf(std::uint64_t number) {
+    const auto [at, isNew] = netByNumber_.try_emplace(number, numbers_.next());
     if (isNew) {
         numbers_.push_back(number);
         module().nets.emplace_back();
@@ -52,18 +52,18 @@ std::uint32_t JsonModules::netOf(std::uint64_t number) {
     return at->second;
 }
 
-JsonModules::Problem JsonModules::addPort(const Item& port, const std::vector<std::uint32_t>& bits) {
+JsonModules::Problem JsonModules::addPort(const Item& port, const std::vector<ModuleNetId>& bits) {
     Numbering numbering;
     if (!number(port, bits.size(), numbering))
         return isOutOfRange;
-    if (!ports_.add(port.name, 0))
+    if (!ports_.add(port.name))
         return isThereTwice;
     bits_ += bits.size();
     module().ports.push_back({port.name, port.direction, numbering, module().addBits(bits)});
     return {};
 }
 
-JsonModules::Problem JsonModules::addNet(const Item& net, const std::vector<std::uint32_t>& bits) {
+JsonModules::Problem JsonModules::addNet(const Item& net, const std::vector<ModuleNetId>& bits) {
     Numbering numbering;
     if (!number(net, bits.size(), numbering))
         return isOutOfRange;
@@ -82,21 +82,21 @@ JsonModules::Problem JsonModules::startCell(Base::Name name) {
     pins_.clear();
     directionByPin_.clear();
     directions_.clear();
-    firstConnection_ = module().connections.size();
-    return cells_.add(name, 0) ? Problem{} : isThereTwice;
+    firstConnection_ = module().connections.next();
+    return cells_.add(name) ? Problem{} : isThereTwice;
 }
 
 JsonModules::Problem JsonModules::startConnection(Base::Name pin) {
-    return pins_.add(pin, 0) ? Problem{} : isThereTwice;
+    return pins_.add(pin) ? Problem{} : isThereTwice;
 }
 
-void JsonModules::addConnection(Base::Name pin, const std::vector<std::uint32_t>& bits) {
+void JsonModules::addConnection(Base::Name pin, const std::vector<ModuleNetId>& bits) {
     bits_ += bits.size();
     module().connections.push_back({pin, Design::Direction::unknown, module().addBits(bits)});
 }
 
 JsonModules::Problem JsonModules::addDirection(Base::Name pin, Design::Direction direction) {
-    if (!directionByPin_.add(pin, static_cast<std::uint32_t>(directions_.size())))
+    if (!directionByPin_.add(pin, directions_.next()))
         return isThereTwice;
     directions_.push_back({pin, direction});
     return {};
@@ -104,16 +104,18 @@ JsonModules::Problem JsonModules::addDirection(Base::Name pin, Design::Direction
 
 // Pins with a direction and without a connection are pins too.
 void JsonModules::finishCell(const Item& cell) {
-    std::vector<Module::Connection>& connections = module().connections;
+    auto& connections = module().connections;
     for (const PinDirection& known : directions_)
-        if (pins_.find(known.pin) == Base::none)
+        if (!pins_.contains(known.pin))
             connections.push_back({known.pin, known.direction, {}});
-    for (std::size_t i = firstConnection_; i < connections.size(); ++i)
-        if (const std::uint32_t at = directionByPin_.find(connections[i].name); at != Base::none)
+    for (ConnectionId i = firstConnection_; i < connections.next(); ++i)
+        if (const DirectionId at = directionByPin_.find(connections[i].name); at != Base::none)
             connections[i].direction = directions_[at].direction;
-    module().cells.push_back({cell.name, cell.type, static_cast<std::uint32_t>(firstConnection_),
-                              static_cast<std::uint32_t>(connections.size() - firstConnection_),
-                              cell.place.line, cell.place.column});
+    module().cells.push_back({cell.name,
+                              cell.type,
+                              firstConnection_,
+                              connections.next().number() - firstConnection_.number(),
+                              {cell.place.line, cell.place.column}});
 }
 
 } // namespace Readers

@@ -27,20 +27,20 @@ public:
         std::int64_t offset = 0; // the lowest number
         Base::Place place = {};
     };
-    // What is wrong with a part; empty where nothing is.
+    // What is wrong with a part; empty if nothing is.
     using Problem = std::string_view;
 
     Problem startModule(const std::string& name);
     void finishModule();
     // Whether there is no room for more nets, or bits of connections.
     bool isFull() const { return nets_ + numbers_.size() > mostNets || bits_ > mostBits; }
-    Problem addPort(const Item& port, const std::vector<std::uint32_t>& bits);
-    Problem addNet(const Item& net, const std::vector<std::uint32_t>& bits);
+    Problem addPort(const Item& port, const std::vector<ModuleNetId>& bits);
+    Problem addNet(const Item& net, const std::vector<ModuleNetId>& bits);
     Problem startCell(Base::Name name);
     void finishCell(const Item& cell);
     // Of the cell at hand.
     Problem startConnection(Base::Name pin);
-    void addConnection(Base::Name pin, const std::vector<std::uint32_t>& bits);
+    void addConnection(Base::Name pin, const std::vector<ModuleNetId>& bits);
     Problem addDirection(Base::Name pin, Design::Direction direction);
 
     Module& module() { return modules_.all.back(); }
@@ -48,7 +48,7 @@ public:
     std::string_view text(Base::Name name) const { return modules_.names[name]; }
     Base::Name name(std::string_view text) { return modules_.names.add(text); }
     // The module's net that has the number in the file.
-    std::uint32_t netOf(std::uint64_t number);
+    ModuleNetId netOf(std::uint64_t number);
 
 private:
     struct PinDirection {
@@ -57,13 +57,14 @@ private:
     };
 
     Modules& modules_;
-    Base::NameTable known_, cells_, ports_, pins_;
-    using NumberMap = std::unordered_map<std::uint64_t, std::uint32_t>;
+    Base::NameSet known_, cells_, ports_, pins_;
+    using NumberMap = std::unordered_map<std::uint64_t, ModuleNetId>;
     NumberMap netByNumber_;
-    std::vector<std::uint64_t> numbers_;   // of the module's nets
-    std::vector<PinDirection> directions_; // of the cell's pins
-    Base::NameTable directionByPin_;
-    std::size_t firstConnection_ = 0; // of the cell
+    Base::IndexVector<ModuleNetId, std::uint64_t> numbers_; // in the file
+    using DirectionId = Base::Index<struct DirectionTag>;
+    Base::IndexVector<DirectionId, PinDirection> directions_; // of the cell's pins
+    Base::NameTable<DirectionId> directionByPin_;
+    ConnectionId firstConnection_; // of the cell
     std::string scratch_;
     std::size_t nets_ = 0, bits_ = 0; // of the modules before; of all
 };

@@ -1,8 +1,8 @@
-// The characters of a JSON text for its parser, and where in the text the parser is.
+// The characters of a JSON text for its parser, and the place in the text that the parser has reached.
 //
-// Parsers of events do not tell where a token begins. It begins behind the end of the token before, which is
-// marked, and behind the white space and the separators that follow it. Lines are counted when a place is
-// asked for, and when a block goes.
+// A parser that reports events does not report where a token begins. A token begins after the end of the
+// previous one, which is marked, and after the white space and separators that follow. Lines are counted when
+// a place is asked for, and when a block is replaced.
 //
 // A parser keeps what it has of a token, and white space too. Of white space, and of a string that is not
 // needed, it gets only what lies in the blocks in which they begin and end, so that memory is a few blocks

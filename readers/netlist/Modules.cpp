@@ -21,11 +21,11 @@ void writeBitName(std::string& text, std::string_view name, const Numbering& num
 bool Module::isLeaf() const {
     if (isBox || !cells.empty())
         return isBox;
-    std::vector<bool> seen(nets.size());
+    Base::IndexVector<ModuleNetId, bool> seen(nets.size());
     seen[constantNet] = true;
     for (const Port& port : ports)
         for (std::uint32_t i = 0; i < port.bits.count; ++i) {
-            const std::uint32_t net = bits[port.bits.first + i];
+            const ModuleNetId net = bits[port.bits[i]];
             if (net != Base::none && seen[net])
                 return false;
             if (net != Base::none)
@@ -34,32 +34,31 @@ bool Module::isLeaf() const {
     return true;
 }
 
-BitRange Module::addBits(const std::vector<std::uint32_t>& added) {
-    const BitRange range{static_cast<std::uint32_t>(bits.size()), static_cast<std::uint32_t>(added.size())};
+BitRange Module::addBits(const std::vector<ModuleNetId>& added) {
+    const BitRange range{bits.next(), static_cast<std::uint32_t>(added.size())};
     bits.insert(bits.end(), added.begin(), added.end());
     return range;
 }
 
-Base::NameTable Modules::byName() const {
-    Base::NameTable table;
-    for (std::uint32_t i = 0; i < all.size(); ++i)
+Base::NameTable<ModuleId> Modules::byName() const {
+    Base::NameTable<ModuleId> table;
+    for (const ModuleId i : all.ids())
         table.add(all[i].name, i);
     return table;
 }
 
-std::uint32_t Modules::findTop(const std::string& wanted) const {
-    std::vector<std::uint32_t> found(all.size());
-    std::iota(found.begin(), found.end(), 0U);
+ModuleId Modules::findTop(const std::string& wanted) const {
+    std::vector<ModuleId> found(all.ids().begin(), all.ids().end());
     if (found.empty())
         fail("there is no module");
     const std::string everything = list(found);
     if (!wanted.empty()) {
-        std::erase_if(found, [&](std::uint32_t i) { return nameOf(all[i]) != wanted; });
+        std::erase_if(found, [&](ModuleId i) { return nameOf(all[i]) != wanted; });
         if (found.empty())
             fail("there is no module '" + wanted + "', only " + everything);
         return found.front();
     }
-    std::erase_if(found, [&](std::uint32_t i) { return !all[i].isMarkedTop; });
+    std::erase_if(found, [&](ModuleId i) { return !all[i].isMarkedTop; });
     if (found.empty())
         found = roots();
     if (found.empty())
@@ -71,21 +70,21 @@ std::uint32_t Modules::findTop(const std::string& wanted) const {
 }
 
 // The modules that no other instantiates, and of those the leaves only where there is nothing else.
-std::vector<std::uint32_t> Modules::roots() const {
-    const Base::NameTable table = byName();
-    std::vector<bool> used(all.size());
-    for (std::uint32_t i = 0; i < all.size(); ++i)
+std::vector<ModuleId> Modules::roots() const {
+    const Base::NameTable<ModuleId> table = byName();
+    Base::IndexVector<ModuleId, bool> used(all.size());
+    for (const ModuleId i : all.ids())
         for (const Module::Cell& cell : all[i].cells)
-            if (const std::uint32_t type = table.find(cell.type); type != Base::none && type != i)
+            if (const ModuleId type = table.find(cell.type); type != Base::none && type != i)
                 used[type] = true;
-    std::vector<std::uint32_t> found, leaves;
-    for (std::uint32_t i = 0; i < all.size(); ++i)
+    std::vector<ModuleId> found, leaves;
+    for (const ModuleId i : all.ids())
         if (!used[i])
             (all[i].isLeaf() ? leaves : found).push_back(i);
     return found.empty() ? leaves : found;
 }
 
-std::string Modules::list(const std::vector<std::uint32_t>& which) const {
+std::string Modules::list(const std::vector<ModuleId>& which) const {
     std::string text;
     for (std::size_t i = 0; i < which.size() && i < mostListed; ++i)
         text.append(i == 0 ? "'" : ", '").append(nameOf(all[which[i]])).append("'");

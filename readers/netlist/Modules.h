@@ -1,10 +1,11 @@
-// The modules of a netlist file, as its readers give them before the hierarchy is flattened.
+// The modules of a netlist file, before the hierarchy is flattened.
 //
-// A module's nets are numbers of its own; net 0 is the constant, whose value no one asks for. Bits stand
-// least significant first, wherever there are some.
+// Each module has nets of its own. Net 0 is the constant; its value does not matter. Bits are in order, the
+// least significant first.
 #pragma once
 
 #include "base/Diagnostics.h"
+#include "base/Index.h"
 #include "base/NameTable.h"
 #include "design/Netlist.h"
 
@@ -18,7 +19,16 @@
 
 namespace Readers {
 
-inline constexpr std::uint32_t constantNet = 0;
+// Into Modules::all.
+using ModuleId = Base::Index<struct ModuleTag>;
+// Into Module::nets, ports, cells, connections and bits.
+using ModuleNetId = Base::Index<struct ModuleNetTag>;
+using ModulePortId = Base::Index<struct ModulePortTag>;
+using ModuleCellId = Base::Index<struct ModuleCellTag>;
+using ConnectionId = Base::Index<struct ConnectionTag>;
+using BitId = Base::Index<struct BitTag>;
+
+inline constexpr ModuleNetId constantNet(0U);
 // A short text can ask for vectors of any width. These limits are for all modules of a file together.
 inline constexpr std::size_t mostNets = std::size_t{1} << 24;
 inline constexpr std::size_t mostBits = std::size_t{1} << 26; // of ports and connections
@@ -27,8 +37,10 @@ inline constexpr Base::Name noName{std::numeric_limits<std::uint32_t>::max()};
 
 // A part of Module::bits.
 struct BitRange {
-    std::uint32_t first = 0;
+    BitId first = BitId(0U);
     std::uint32_t count = 0;
+
+    BitId operator[](std::uint32_t at) const { return BitId(first.number() + at); }
 };
 
 // How the bits of a vector are numbered; a scalar's have no numbers.
@@ -59,14 +71,18 @@ struct Module {
     struct Connection {
         Base::Name name = noName; // of the port; a cell names none twice
         Design::Direction direction = Design::Direction::unknown;
-        BitRange bits = {}; // nets, or none where there is none
+        BitRange bits = {}; // nets; none for a bit that is not connected
     };
     struct Cell {
         Base::Name name;
         Base::Name type;
-        std::uint32_t firstConnection = 0;
+        ConnectionId firstConnection = ConnectionId(0U);
         std::uint32_t connectionCount = 0;
-        std::uint32_t line = 0, column = 0;
+        Base::Position position = {};
+
+        ConnectionId connection(std::uint32_t at) const {
+            return ConnectionId(firstConnection.number() + at);
+        }
     };
     struct Net {
         Base::Name name = noName; // the best of its names
@@ -76,26 +92,26 @@ struct Module {
     struct Behaviour {
         Base::Place place;
         std::string text;     // the error if the module is needed; or the keyword of a process
-        bool isError = false; // a process beside cells is none
+        bool isError = false; // a process in a module with cells is no error
     };
 
     Base::Name name;
     bool isMarkedTop = false;
     bool isBox = false;      // a leaf, whatever is in it
-    bool isComputed = false; // a leaf of expressions alone
-    std::vector<Port> ports;
-    std::vector<Cell> cells;
-    std::vector<Connection> connections; // a cell's stand together
-    std::vector<std::uint32_t> bits;
-    std::vector<std::uint32_t> inverted;    // places in bits at which the net's value is inverted, ascending
-    std::vector<std::uint32_t> expressions; // cells that stand for expressions, ascending
-    std::optional<Behaviour> behaviour;     // the first
-    std::vector<Net> nets = std::vector<Net>(1); // the constant is there from the beginning
+    bool isComputed = false; // a leaf that consists of expressions only
+    Base::IndexVector<ModulePortId, Port> ports;
+    Base::IndexVector<ModuleCellId, Cell> cells;
+    Base::IndexVector<ConnectionId, Connection> connections; // those of a cell are adjacent
+    Base::IndexVector<BitId, ModuleNetId> bits;
+    std::vector<BitId> inverted;           // the bits at which the net's value is inverted, ascending
+    std::vector<ModuleCellId> expressions; // cells that stand for expressions, ascending
+    std::optional<Behaviour> behaviour;    // the first
+    Base::IndexVector<ModuleNetId, Net> nets = Base::IndexVector<ModuleNetId, Net>(1); // the constant
 
     // Nothing in it: neither cells nor ports that are connected to one another or to a constant.
     bool isLeaf() const;
-    BitRange addBits(const std::vector<std::uint32_t>& nets);
-    bool isInverted(std::uint32_t place) const {
+    BitRange addBits(const std::vector<ModuleNetId>& added);
+    bool isInverted(BitId place) const {
         return !inverted.empty() && std::binary_search(inverted.begin(), inverted.end(), place);
     }
 };
@@ -105,19 +121,19 @@ struct Modules {
 
     std::string file;
     Base::Names names;
-    std::vector<Module> all;
+    Base::IndexVector<ModuleId, Module> all;
 
-    // The module that was asked for, or the one that is marked, or the only one that no other instantiates.
-    // Throws BadInput where there is none, or more than one.
-    std::uint32_t findTop(const std::string& wanted) const;
+    // Returns the module of the wanted name or, without one, the module that is marked as the top, or the
+    // only one that no other instantiates. Throws BadInput if there is none, or more than one.
+    ModuleId findTop(const std::string& wanted) const;
 
     std::string_view nameOf(const Module& module) const { return names[module.name]; }
-    Base::NameTable byName() const;
+    Base::NameTable<ModuleId> byName() const;
     [[noreturn]] void fail(std::string text) const { throw Base::BadInput({file, 0, 0}, std::move(text)); }
 
 private:
-    std::vector<std::uint32_t> roots() const;
-    std::string list(const std::vector<std::uint32_t>& which) const;
+    std::vector<ModuleId> roots() const;
+    std::string list(const std::vector<ModuleId>& which) const;
 };
 
 } // namespace Readers

@@ -9,8 +9,8 @@
 
 namespace Readers {
 
-// The name of the file tells the format: .json or .v, with or without .gz behind. Otherwise its first byte
-// does: JSON begins with a brace. Throws BadInput.
+// The format is that of the file's name, .json or .v, with or without .gz after it. For other names the first
+// byte decides: JSON begins with a brace. Throws BadInput.
 Design::Netlist readNetlist(Base::Source& source, const std::string& top, Base::Diagnostics& diagnostics);
 Design::Netlist readNetlist(const std::string& path, const std::string& top, Base::Diagnostics& diagnostics);
 

@@ -243,10 +243,10 @@ void VerilogReader::readModule(bool isPrimitive) {
     lexer_.advance();
     const Base::Place place = lexer_.place();
     const Base::Name name = readName("a module's name");
-    if (!known_.add(name, 0))
+    if (!known_.add(name))
         throw Base::BadInput(place, "module '" + std::string(modules_.names[name]) + "' is there twice");
     if (isPrimitive)
-        primitives_.add(name, 0);
+        primitives_.add(name);
     lexer_.setInModule(true);
     module_.start(name);
     unnamed_ = 0;
@@ -487,7 +487,7 @@ void VerilogReader::readAssign() {
 
 // From the '=' on, to the ',' or ';' behind it.
 void VerilogReader::readAssignment(const VerilogModule::Bits& left, const Base::Place& place) {
-    for (const std::uint32_t bit : left)
+    for (const ModuleNetId bit : left)
         if (bit == Base::none || bit == constantNet || VerilogModule::isInverted(bit))
             throw Base::BadInput(place, "expected nets before '=', found a constant");
     expect('=');
@@ -529,11 +529,12 @@ VerilogModule::Bits VerilogReader::operandsOf(const VerilogExpression::Computed&
         else if (*bit < operand.size())
             bits.push_back(operand[operand.size() - 1 - *bit]);
     }
-    for (std::uint32_t& each : bits)
-        each = each == Base::none ? Base::none : each & ~VerilogModule::invertedMark;
+    for (ModuleNetId& each : bits)
+        if (each != Base::none)
+            each = VerilogModule::plain(each);
     std::sort(bits.begin(), bits.end());
     bits.erase(std::unique(bits.begin(), bits.end()), bits.end());
-    std::erase_if(bits, [](std::uint32_t each) { return each == Base::none || each == constantNet; });
+    std::erase_if(bits, [](ModuleNetId each) { return each == Base::none || each == constantNet; });
     return bits;
 }
 

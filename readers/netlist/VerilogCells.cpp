@@ -20,7 +20,7 @@ constexpr std::size_t switchedTerminals = 3; // an output, an input, a control
 // "TYPE #(...) name (...), name [3:0] (...);"
 void VerilogReader::readInstances() {
     const Base::Name type = readName("a statement or 'endmodule'");
-    const bool isPrimitive = primitives_.find(type) != Base::none;
+    const bool isPrimitive = primitives_.contains(type);
     bool isOpen = isPrimitive && takeIf('('); // of a strength, or of an instance without a name
     if (isOpen && isStrength()) {
         skipPast(")");
@@ -40,7 +40,7 @@ void VerilogReader::readInstances() {
 // isOpen: what comes next is behind the '(' of an instance without a name.
 void VerilogReader::readInstance(Base::Name type, bool isOpen) {
     const Base::Place place = lexer_.place();
-    const bool isUnnamed = isOpen || (lexer_.isAt('(') && primitives_.find(type) != Base::none);
+    const bool isUnnamed = isOpen || (lexer_.isAt('(') && primitives_.contains(type));
     const Base::Name name = isUnnamed ? unnamed(type) : readName("the name of a cell");
     module_.startCell(name, type, place);
     if (lexer_.isAt('['))
@@ -186,7 +186,7 @@ void VerilogReader::readTran() {
             readName("the name of a gate");
         expect('(');
         const VerilogModule::Bits left = expression_.read();
-        for (const std::uint32_t bit : left)
+        for (const ModuleNetId bit : left)
             if (bit == Base::none || bit == constantNet || VerilogModule::isInverted(bit))
                 throw Base::BadInput(place, "expected nets at the terminals, found a constant");
         expect(',');

@@ -31,8 +31,8 @@ constexpr Radix radices[] = {
 };
 
 // What a digit says of each of its bits.
-std::uint32_t netOf(char digit) {
-    return std::string_view("xXzZ?").find(digit) == std::string_view::npos ? constantNet : Base::none;
+ModuleNetId netOf(char digit) {
+    return std::string_view("xXzZ?").find(digit) == std::string_view::npos ? constantNet : ModuleNetId();
 }
 
 std::optional<std::uint64_t> toNumber(std::string_view text) {
@@ -235,7 +235,7 @@ void VerilogExpression::invert(const Brace& brace) {
                     " bits (only structural Verilog can be read)");
     for (std::size_t i = brace.firstBit; brace.isInverted && i < bits_.size(); ++i)
         if (bits_[i] != Base::none && bits_[i] != constantNet)
-            bits_[i] ^= VerilogModule::invertedMark;
+            bits_[i] = VerilogModule::inverse(bits_[i]);
 }
 
 // A number behind a brace, and a brace behind the number: a replication, of which the outer brace is a part.

@@ -88,10 +88,9 @@ void VerilogLexer::skipWhile(Accepts accepts) {
 
 void VerilogLexer::startToken() {
     const std::int64_t at = next_ - block_.data();
-    token_ = {Kind::end, {}, line_, static_cast<std::uint32_t>(at - lineBegin_ + 1)};
+    token_ = {Kind::end, {}, {line_, static_cast<std::uint32_t>(at - lineBegin_ + 1)}};
     if (at < expansionEnd_) {
-        token_.line = expansion_.line;
-        token_.column = expansion_.column;
+        token_.position = expansion_.position;
     }
     begin_ = next_;
 }

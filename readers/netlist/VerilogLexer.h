@@ -33,7 +33,7 @@ public:
     struct Token {
         Kind kind = Kind::end;
         std::string_view text = {};
-        std::uint32_t line = 0, column = 0;
+        Base::Position position = {};
     };
 
     static constexpr std::size_t defaultBlock = std::size_t{1} << 16;
@@ -58,7 +58,7 @@ public:
     bool isAt(char symbol) const { return token_.kind == Kind::symbol && token_.text.front() == symbol; }
     bool isAt(std::string_view word) const { return token_.kind == Kind::name && token_.text == word; }
 
-    Base::Place place() const { return {input_.path(), token_.line, token_.column}; }
+    Base::Place place() const { return token_.position.in(input_.path()); }
     // "expected a name, found ';'", at the token at hand.
     [[noreturn]] void failExpected(std::string_view what) const;
     [[noreturn]] void fail(std::string text) const { throw Base::BadInput(place(), std::move(text)); }

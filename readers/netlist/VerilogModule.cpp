@@ -45,7 +45,7 @@ void VerilogModule::failAtLimit(const Base::Place& place, std::size_t limit, con
 
 // A port may be declared twice, once for its direction and once as a wire.
 void VerilogModule::declare(Base::Name name, const Declaration& declaration, const Base::Place& place) {
-    const std::uint32_t known = symbolByName_.find(name);
+    const SymbolId known = symbolByName_.find(name);
     Symbol& symbol = known == Base::none ? add(name, declaration, place) : symbols_[known];
     Declaration& now = symbol.declaration;
     if (known != Base::none) {
@@ -63,29 +63,28 @@ void VerilogModule::declare(Base::Name name, const Declaration& declaration, con
     }
     if (declaration.isConstant)
         for (std::uint32_t i = 0; i < symbol.width(); ++i)
-            join(symbol.firstNet + i, constantNet);
+            join(symbol.net(i), constantNet);
 }
 
 VerilogModule::Symbol& VerilogModule::add(Base::Name name, const Declaration& declaration,
                                           const Base::Place& place) {
-    Symbol symbol{name,       declaration, static_cast<std::uint32_t>(parents_.size()), false, false,
-                  place.line, place.column};
+    Symbol symbol{name, declaration, parents_.next(), false, false, {place.line, place.column}};
     if (netsBefore_ + parents_.size() + symbol.width() > mostNets)
         failAtLimit(place, mostNets, "nets");
     for (std::uint32_t i = 0; i < symbol.width(); ++i)
-        parents_.push_back(symbol.firstNet + i);
-    symbolByName_.add(name, static_cast<std::uint32_t>(symbols_.size()));
+        parents_.push_back(symbol.net(i));
+    symbolByName_.add(name, symbols_.next());
     symbols_.push_back(symbol);
     return symbols_.back();
 }
 
 void VerilogModule::addBits(const Reference& reference, const Base::Place& place, Bits& bits) {
-    std::uint32_t known = symbolByName_.find(reference.name);
+    SymbolId known = symbolByName_.find(reference.name);
     if (known == Base::none) {
         if (reference.part && !isLenient_)
             throw Base::BadInput(place, quoted(reference.name) + " is not declared");
+        known = symbols_.next();
         add(reference.name, {}, place).isImplicit = true;
-        known = static_cast<std::uint32_t>(symbols_.size() - 1);
     }
     const Symbol& symbol = symbols_[known];
     std::int64_t first = std::int64_t{symbol.width()} - 1; // offsets from the least significant bit
@@ -106,18 +105,18 @@ void VerilogModule::addBits(const Reference& reference, const Base::Place& place
                                             toString(*reference.part));
     }
     for (std::int64_t i = first; i >= last; --i)
-        bits.push_back(symbol.firstNet + static_cast<std::uint32_t>(i));
+        bits.push_back(symbol.net(static_cast<std::uint32_t>(i)));
 }
 
 // --- Joining ------------------------------------------------------------------------------------------------------
 
-std::uint32_t VerilogModule::root(std::uint32_t net) {
+ModuleNetId VerilogModule::root(ModuleNetId net) {
     while (parents_[net] != net)
         net = parents_[net] = parents_[parents_[net]];
     return net;
 }
 
-void VerilogModule::join(std::uint32_t a, std::uint32_t b) {
+void VerilogModule::join(ModuleNetId a, ModuleNetId b) {
     const auto [first, second] = std::minmax({root(a), root(b)});
     parents_[second] = first;
 }
@@ -125,11 +124,11 @@ void VerilogModule::join(std::uint32_t a, std::uint32_t b) {
 bool VerilogModule::alias(const Bits& left, const Bits& right) {
     bool isAnyInverted = false;
     for (std::size_t i = 0; i < left.size(); ++i) {
-        const std::uint32_t other =
+        const ModuleNetId other =
             i < right.size() ? right.end()[-1 - static_cast<std::ptrdiff_t>(i)] : constantNet;
         isAnyInverted = isAnyInverted || isInverted(other);
         if (other != Base::none)
-            join(left.end()[-1 - static_cast<std::ptrdiff_t>(i)], other & ~invertedMark);
+            join(left.end()[-1 - static_cast<std::ptrdiff_t>(i)], plain(other));
     }
     return isAnyInverted;
 }
@@ -137,59 +136,55 @@ bool VerilogModule::alias(const Bits& left, const Bits& right) {
 // --- Ports and cells ----------------------------------------------------------------------------------------------
 
 void VerilogModule::addPort(Base::Name name, std::vector<Reference> parts, const Base::Place& place) {
-    if (!ports_.add(name, 0))
+    if (!ports_.add(name))
         throw Base::BadInput(place, "port " + quoted(name) + " is there twice");
     header_.push_back({name, std::move(parts), place});
 }
 
 void VerilogModule::startCell(Base::Name name, Base::Name type, const Base::Place& place) {
-    if (!cells_.add(name, 0))
+    if (!cells_.add(name))
         throw Base::BadInput(place, "cell " + quoted(name) + " is there twice");
-    module_.cells.push_back(
-        {name, type, static_cast<std::uint32_t>(module_.connections.size()), 0, place.line, place.column});
+    module_.cells.push_back({name, type, module_.connections.next(), 0, {place.line, place.column}});
     pins_.clear();
 }
 
 void VerilogModule::connect(Base::Name pin, Design::Direction direction, const Bits& bits,
                             const Base::Place& place) {
     Module::Cell& cell = module_.cells.back();
-    if (pin != noName && !pins_.add(pin, 0))
+    if (pin != noName && !pins_.add(pin))
         throw Base::BadInput(place,
                              "pin " + quoted(pin) + " of cell " + quoted(cell.name) + " is connected twice");
     if (bitsBefore_ + module_.bits.size() + bits.size() > mostBits)
         failAtLimit(place, mostBits, "connected bits");
     const BitRange range = module_.addBits(Bits(bits.rbegin(), bits.rend()));
-    for (std::uint32_t i = range.first; i < range.first + range.count; ++i)
-        if (isInverted(module_.bits[i])) {
-            module_.bits[i] &= ~invertedMark;
-            if (root(module_.bits[i]) != constantNet)
-                module_.inverted.push_back(i);
+    for (std::uint32_t i = 0; i < range.count; ++i)
+        if (ModuleNetId& bit = module_.bits[range[i]]; isInverted(bit)) {
+            bit = plain(bit);
+            if (root(bit) != constantNet)
+                module_.inverted.push_back(range[i]);
         }
     module_.connections.push_back({pin, direction, range});
     ++cell.connectionCount;
 }
 
 void VerilogModule::startExpression(Base::Name name, Base::Name type, const Base::Place& place) {
-    module_.expressions.push_back(static_cast<std::uint32_t>(module_.cells.size()));
+    module_.expressions.push_back(module_.cells.next());
     startCell(name, type, place);
 }
 
-void VerilogModule::setArray(const VerilogRange& range) {
-    rest_.arrays.push_back({static_cast<std::uint32_t>(module_.cells.size() - 1), range});
-}
+void VerilogModule::setArray(const VerilogRange& range) { rest_.arrays.push_back({lastCell(), range}); }
 
 // To every net that is declared. Which of them are ports is known later.
 void VerilogModule::connectByNames(const Base::Place& place) {
-    rest_.wildcards.push_back({static_cast<std::uint32_t>(module_.cells.size() - 1),
-                               static_cast<std::uint32_t>(module_.connections.size())});
+    rest_.wildcards.push_back({lastCell(), module_.connections.next()});
     constexpr std::size_t most = std::size_t{1} << 22;
     wildcardNames_ += symbols_.size();
     if (wildcardNames_ > most)
         throw Base::BadInput(place, "'.*' is too often in too large modules: expected connections by name");
     Bits bits;
-    for (std::size_t i = 0; i < symbols_.size(); ++i) {
-        const Base::Name name = symbols_[i].name;
-        if (pins_.find(name) != Base::none)
+    for (const SymbolId symbol : symbols_.ids()) {
+        const Base::Name name = symbols_[symbol].name;
+        if (pins_.contains(name))
             continue;
         bits.clear();
         addBits({name, {}}, place, bits);
@@ -209,15 +204,16 @@ Module VerilogModule::finish(Rest& rest, Base::ErrorList& errors) {
         finishPort(port, errors);
     for (const Symbol& symbol : symbols_)
         if (symbol.declaration.direction != Design::Direction::unknown && !symbol.isPort && !isLenient_)
-            errors.add({file_, symbol.line, symbol.column},
+            errors.add(symbol.position.in(file_),
                        quoted(symbol.name) + " is not in the module's list of ports");
-    std::vector<std::uint32_t> numbers(parents_.size());
-    std::uint32_t count = 0;
-    for (std::uint32_t net = 0; net < parents_.size(); ++net) // a root comes before the others of its tree
+    Base::IndexVector<ModuleNetId, ModuleNetId> numbers(parents_.size());
+    ModuleNetId count(0U);
+    for (const ModuleNetId net : parents_.ids()) // a root comes before the others of its tree
         numbers[net] = root(net) == net ? count++ : numbers[root(net)];
-    for (std::uint32_t& bit : module_.bits)
-        bit = bit == Base::none ? Base::none : numbers[bit];
-    module_.nets.resize(count);
+    for (ModuleNetId& bit : module_.bits)
+        if (bit != Base::none)
+            bit = numbers[bit];
+    module_.nets.resize(count.number());
     nameNets(numbers);
     netsBefore_ += parents_.size();
     bitsBefore_ += module_.bits.size();
@@ -229,7 +225,7 @@ void VerilogModule::finishPort(const HeaderPort& port, Base::ErrorList& errors) 
     Module::Port made{port.name};
     Bits bits;
     for (const Reference& part : port.parts) {
-        const std::uint32_t known = symbolByName_.find(part.name);
+        const SymbolId known = symbolByName_.find(part.name);
         if (known == Base::none || symbols_[known].declaration.direction == Design::Direction::unknown) {
             if (!isLenient_)
                 errors.add(port.place, "port " + quoted(port.name) + " has no direction");
@@ -247,11 +243,11 @@ void VerilogModule::finishPort(const HeaderPort& port, Base::ErrorList& errors) 
     module_.ports.push_back(made);
 }
 
-void VerilogModule::nameNets(const std::vector<std::uint32_t>& numbers) {
+void VerilogModule::nameNets(const Base::IndexVector<ModuleNetId, ModuleNetId>& numbers) {
     for (const Symbol& symbol : symbols_) {
         const Numbering numbering = symbol.numbering();
         for (std::uint32_t i = 0; i < symbol.width(); ++i) {
-            const std::uint32_t net = numbers[symbol.firstNet + i];
+            const ModuleNetId net = numbers[symbol.net(i)];
             Base::Name& known = module_.nets[net].name;
             if (net == constantNet)
                 continue;

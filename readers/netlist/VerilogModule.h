@@ -2,7 +2,7 @@
 // module after the other.
 //
 // Bits are given and taken with the most significant one first, as the text has them. A bit is a net's
-// number, or none; of a net whose value is inverted the number is marked.
+// index, or none. The index of a net whose value is inverted is marked.
 #pragma once
 
 #include "readers/netlist/Modules.h"
@@ -32,7 +32,7 @@ class VerilogModule {
 public:
     VerilogModule(Base::Names& names, std::string file) : names_(names), file_(std::move(file)) {}
 
-    using Bits = std::vector<std::uint32_t>;
+    using Bits = std::vector<ModuleNetId>;
     using Range = std::optional<VerilogRange>;
 
     // What a declaration says.
@@ -50,13 +50,13 @@ public:
 
     // Of many cells in one instance, "name[left:right]".
     struct Array {
-        std::uint32_t cell;
+        ModuleCellId cell;
         VerilogRange range;
     };
     // ".*": the connections of the cell from there on are by the names of nets, and hold if they are ports.
     struct Wildcard {
-        std::uint32_t cell;
-        std::uint32_t firstConnection; // of those
+        ModuleCellId cell;
+        ConnectionId firstConnection; // of those
     };
     // What is to be done when all modules are known.
     struct Rest {
@@ -64,8 +64,12 @@ public:
         std::vector<Wildcard> wildcards;
     };
 
-    static constexpr std::uint32_t invertedMark = std::uint32_t{1} << 31;
-    static bool isInverted(std::uint32_t bit) { return bit != Base::none && (bit & invertedMark) != 0; }
+    static bool isInverted(ModuleNetId bit) {
+        return bit != Base::none && (bit.number() & invertedMark) != 0;
+    }
+    // The bit's inverse, and the bit without a mark. Neither may be none.
+    static ModuleNetId inverse(ModuleNetId bit) { return ModuleNetId(bit.number() ^ invertedMark); }
+    static ModuleNetId plain(ModuleNetId bit) { return ModuleNetId(bit.number() & ~invertedMark); }
 
     void start(Base::Name name);
     // The errors get what is wrong with the module as a whole.
@@ -93,15 +97,20 @@ public:
     void connect(Base::Name pin, Design::Direction direction, const Bits& bits, const Base::Place& place);
 
 private:
+    static constexpr std::uint32_t invertedMark = std::uint32_t{1} << 31;
+
+    using SymbolId = Base::Index<struct SymbolTag>;
     struct Symbol {
         Base::Name name;
         Declaration declaration;
-        std::uint32_t firstNet = 0; // of the least significant bit
+        ModuleNetId firstNet; // of the least significant bit
         bool isImplicit = false;
         bool isPort = false; // the header knows it
-        std::uint32_t line = 0, column = 0;
+        Base::Position position;
 
         Numbering numbering() const;
+        // By the offset from the least significant bit.
+        ModuleNetId net(std::uint32_t offset) const { return ModuleNetId(firstNet.number() + offset); }
         std::uint32_t width() const { return declaration.range ? declaration.range->width() : 1; }
     };
     struct HeaderPort {
@@ -112,19 +121,22 @@ private:
 
     [[noreturn]] void failAtLimit(const Base::Place& place, std::size_t limit, const char* what) const;
     Symbol& add(Base::Name name, const Declaration& declaration, const Base::Place& place);
-    std::uint32_t root(std::uint32_t net);
-    void join(std::uint32_t a, std::uint32_t b);
+    ModuleCellId lastCell() const { return ModuleCellId(module_.cells.next().number() - 1); }
+    ModuleNetId root(ModuleNetId net);
+    void join(ModuleNetId a, ModuleNetId b);
     void finishPort(const HeaderPort& port, Base::ErrorList& errors);
-    void nameNets(const std::vector<std::uint32_t>& numbers);
+    void nameNets(const Base::IndexVector<ModuleNetId, ModuleNetId>& numbers);
     std::string quoted(Base::Name name) const { return "'" + std::string(names_[name]) + "'"; }
 
     Base::Names& names_;
     std::string file_;
     Module module_;
-    std::vector<Symbol> symbols_;
-    Base::NameTable symbolByName_, cells_, pins_, ports_;
+    Base::IndexVector<SymbolId, Symbol> symbols_;
+    Base::NameTable<SymbolId> symbolByName_;
+    Base::NameSet cells_, pins_, ports_;
     std::vector<HeaderPort> header_;
-    std::vector<std::uint32_t> parents_{constantNet}; // a forest of nets; a root is the first of its tree
+    Base::IndexVector<ModuleNetId, ModuleNetId> parents_{
+        constantNet}; // a forest of nets; a root is the first of its tree
     Rest rest_;
     bool isLenient_ = false;
     std::size_t wildcardNames_ = 0;               // of all ".*"

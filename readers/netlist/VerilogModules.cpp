@@ -10,7 +10,7 @@
 namespace Readers {
 
 void VerilogModules::finish() {
-    for (std::size_t number = 0; number < modules_.all.size(); ++number) {
+    for (const ModuleId number : modules_.all.ids()) {
         Module& module = modules_.all[number];
         const Facts& facts = facts_[number];
         module.isBox = facts.isPrimitive || facts.isCell;
@@ -25,9 +25,9 @@ void VerilogModules::finish() {
 }
 
 // Gates alone are no model: they are what a netlist is of.
-bool VerilogModules::isModel(std::size_t number) const {
+bool VerilogModules::isModel(ModuleId number) const {
     const auto isPart = [&](const Module::Cell& cell) { // a gate or an expression has a keyword for its type
-        const std::uint32_t type = byName_.find(cell.type);
+        const ModuleId type = byName_.find(cell.type);
         return type == Base::none ? findWord(modules_.names[cell.type]).has_value()
                                   : facts_[type].isPrimitive;
     };
@@ -50,7 +50,7 @@ bool VerilogModules::isSmall(const Module& module) {
 
 // --- Arrays -------------------------------------------------------------------------------------------------------
 
-void VerilogModules::expand(std::size_t number) {
+void VerilogModules::expand(ModuleId number) {
     const Module module = std::move(modules_.all[number]);
     Module& made = modules_.all[number];
     made = module;
@@ -60,7 +60,7 @@ void VerilogModules::expand(std::size_t number) {
     const VerilogModule::Rest& rest = facts_[number].rest;
     auto array = rest.arrays.begin();
     auto wildcard = rest.wildcards.begin();
-    for (std::uint32_t i = 0; i < module.cells.size(); ++i) {
+    for (const ModuleCellId i : module.cells.ids()) {
         const Module::Cell& cell = module.cells[i];
         const bool isArray = array != rest.arrays.end() && array->cell == i;
         const bool isWildcard = wildcard != rest.wildcards.end() && wildcard->cell == i;
@@ -69,13 +69,12 @@ void VerilogModules::expand(std::size_t number) {
                 throw Base::BadInput(place(cell), "'.*' at the array " + quoted(cell.name) +
                                                       " is not supported: expected connections by name");
             if (std::ranges::binary_search(module.expressions, i))
-                made.expressions.push_back(static_cast<std::uint32_t>(made.cells.size()));
+                made.expressions.push_back(made.cells.next());
             if (isArray)
                 addCells(made, module, cell, array->range);
             else
                 addWildcard(made, module, cell,
-                            isWildcard ? wildcard->firstConnection
-                                       : cell.firstConnection + cell.connectionCount);
+                            isWildcard ? wildcard->firstConnection : cell.connection(cell.connectionCount));
         } catch (const Base::BadInput& error) {
             errors_.add(error);
         }
@@ -107,11 +106,11 @@ void VerilogModules::addCells(Module& made, const Module& module, const Module::
         name.assign(modules_.names[cell.name]).append("[").append(std::to_string(index)).append("]");
         Module::Cell one = cell;
         one.name = modules_.names.add(name);
-        one.firstConnection = static_cast<std::uint32_t>(made.connections.size());
+        one.firstConnection = made.connections.next();
         one.connectionCount = 0;
         made.cells.push_back(one);
         for (std::uint32_t at = 0; at < cell.connectionCount; ++at) {
-            const Module::Connection& connection = module.connections[cell.firstConnection + at];
+            const Module::Connection& connection = module.connections[cell.connection(at)];
             const bool isShared = connection.bits.count <= widths[at];
             addConnection(made, module, connection, isShared ? 0 : (count - 1 - i) * widths[at],
                           isShared ? connection.bits.count : widths[at]);
@@ -122,7 +121,7 @@ void VerilogModules::addCells(Module& made, const Module& module, const Module::
 // How many bits of the connection each cell takes. Without the module of the cell only the connection tells.
 std::uint32_t VerilogModules::widthOf(const Module& module, const Module::Cell& cell, std::uint32_t position,
                                       std::uint32_t cells) {
-    const Module::Connection& connection = module.connections[cell.firstConnection + position];
+    const Module::Connection& connection = module.connections[cell.connection(position)];
     const std::uint32_t width = connection.bits.count;
     const Module::Port* port = portOf(cell, connection, position);
     if (!port)
@@ -141,12 +140,12 @@ std::uint32_t VerilogModules::widthOf(const Module& module, const Module::Cell& 
 
 const Module::Port* VerilogModules::portOf(const Module::Cell& cell, const Module::Connection& connection,
                                            std::uint32_t position) const {
-    const std::uint32_t type = byName_.find(cell.type);
+    const ModuleId type = byName_.find(cell.type);
     if (type == Base::none)
         return nullptr;
-    const std::vector<Module::Port>& ports = modules_.all[type].ports;
+    const auto& ports = modules_.all[type].ports;
     if (connection.name == noName)
-        return position < ports.size() ? &ports[position] : nullptr;
+        return position < ports.size() ? &ports[ModulePortId(position)] : nullptr;
     const auto found = std::ranges::find(ports, connection.name, &Module::Port::name);
     return found == ports.end() ? nullptr : &*found;
 }
@@ -154,11 +153,12 @@ const Module::Port* VerilogModules::portOf(const Module::Cell& cell, const Modul
 void VerilogModules::addConnection(Module& made, const Module& module, const Module::Connection& connection,
                                    std::uint32_t first, std::uint32_t count) {
     Module::Connection part = connection;
-    part.bits = {static_cast<std::uint32_t>(made.bits.size()), count};
-    for (std::uint32_t i = connection.bits.first + first; i < connection.bits.first + first + count; ++i) {
-        if (module.isInverted(i))
-            made.inverted.push_back(static_cast<std::uint32_t>(made.bits.size()));
-        made.bits.push_back(module.bits[i]);
+    part.bits = {made.bits.next(), count};
+    for (std::uint32_t i = first; i < first + count; ++i) {
+        const BitId bit = connection.bits[i];
+        if (module.isInverted(bit))
+            made.inverted.push_back(made.bits.next());
+        made.bits.push_back(module.bits[bit]);
     }
     made.connections.push_back(part);
     ++made.cells.back().connectionCount;
@@ -168,18 +168,18 @@ void VerilogModules::addConnection(Module& made, const Module& module, const Mod
 
 // Keeps the connections up to firstByName, and of the others those to ports.
 void VerilogModules::addWildcard(Module& made, const Module& module, Module::Cell cell,
-                                 std::uint32_t firstByName) {
-    const std::uint32_t end = cell.firstConnection + cell.connectionCount;
+                                 ConnectionId firstByName) {
+    const ConnectionId end = cell.connection(cell.connectionCount);
     if (firstByName != end && byName_.find(cell.type) == Base::none)
         throw Base::BadInput(place(cell), "'.*' at cell " + quoted(cell.name) + ": module " +
                                               quoted(cell.type) +
                                               " is not defined: expected connections by name");
-    const std::uint32_t first = cell.firstConnection;
-    cell.firstConnection = static_cast<std::uint32_t>(made.connections.size());
-    for (std::uint32_t i = first; i < end; ++i)
+    const ConnectionId first = cell.firstConnection;
+    cell.firstConnection = made.connections.next();
+    for (ConnectionId i = first; i < end; ++i)
         if (i < firstByName || portOf(cell, module.connections[i], 0))
             made.connections.push_back(module.connections[i]);
-    cell.connectionCount = static_cast<std::uint32_t>(made.connections.size()) - cell.firstConnection;
+    cell.connectionCount = made.connections.next().number() - cell.firstConnection.number();
     made.cells.push_back(cell);
 }
 

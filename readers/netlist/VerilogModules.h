@@ -19,7 +19,7 @@ public:
         VerilogModule::Rest rest = {};
     };
 
-    VerilogModules(Modules& modules, const std::vector<Facts>& facts)
+    VerilogModules(Modules& modules, const Base::IndexVector<ModuleId, Facts>& facts)
         : modules_(modules), facts_(facts), byName_(modules.byName()) {}
 
     // A module is a cell if its text says so, or if it models a cell: it has a specify block or behaviour,
@@ -27,23 +27,23 @@ public:
     void finish();
 
 private:
-    bool isModel(std::size_t module) const;
+    bool isModel(ModuleId module) const;
     static bool isSmall(const Module& module);
-    void expand(std::size_t module);
+    void expand(ModuleId module);
     void addCells(Module& made, const Module& module, const Module::Cell& cell, const VerilogRange& range);
-    void addWildcard(Module& made, const Module& module, Module::Cell cell, std::uint32_t firstByName);
+    void addWildcard(Module& made, const Module& module, Module::Cell cell, ConnectionId firstByName);
     void addConnection(Module& made, const Module& module, const Module::Connection& connection,
                        std::uint32_t first, std::uint32_t count);
     const Module::Port* portOf(const Module::Cell& cell, const Module::Connection& connection,
                                std::uint32_t position) const;
     std::uint32_t widthOf(const Module& module, const Module::Cell& cell, std::uint32_t position,
                           std::uint32_t cells);
-    Base::Place place(const Module::Cell& cell) const { return {modules_.file, cell.line, cell.column}; }
+    Base::Place place(const Module::Cell& cell) const { return cell.position.in(modules_.file); }
     std::string quoted(Base::Name name) const { return "'" + std::string(modules_.names[name]) + "'"; }
 
     Modules& modules_;
-    const std::vector<Facts>& facts_;
-    Base::NameTable byName_;
+    const Base::IndexVector<ModuleId, Facts>& facts_;
+    Base::NameTable<ModuleId> byName_;
     Base::ErrorList errors_;
     std::uint64_t added_ = 0; // cells and bits
 };

@@ -105,10 +105,10 @@ private:
     VerilogLexer lexer_;
     VerilogModule module_;
     VerilogExpression expression_;
-    Base::NameTable known_;
+    Base::NameSet known_;
     unsigned unnamed_ = 0; // gates of the module
-    Base::NameTable primitives_;
-    std::vector<VerilogModules::Facts> facts_; // of the modules
+    Base::NameSet primitives_;
+    Base::IndexVector<ModuleId, VerilogModules::Facts> facts_;
     std::map<std::string, Counted, std::less<>> passedOver_;
     Counted inversions_;  // that are lost
     Counted expressions_; // that are cells

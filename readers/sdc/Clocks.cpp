@@ -38,7 +38,7 @@ bool dropFrom(std::optional<Design::Points>& points, const Design::Object& clock
     return points && std::erase(points->objects, clock) != 0 && points->objects.empty();
 }
 
-std::size_t forgetPairs(Session& session, std::uint32_t index) {
+std::size_t forgetPairs(Session& session, Design::ClockId index) {
     std::vector<Design::ClockPairUncertainty>& all = session.result.pairUncertainties;
     const std::size_t count = std::erase_if(all, [index](const Design::ClockPairUncertainty& pair) {
         return pair.from == index || pair.to == index;
@@ -46,15 +46,15 @@ std::size_t forgetPairs(Session& session, std::uint32_t index) {
     if (count != 0) {
         session.uncertaintyOfPair.clear();
         for (std::size_t at = 0; at < all.size(); ++at)
-            session.uncertaintyOfPair[(std::uint64_t{all[at].from} << 32) | all[at].to] = at;
+            session.uncertaintyOfPair[Base::pairKey(all[at].from, all[at].to)] = at;
     }
     return count;
 }
 
 // Takes the clock out of everything that names it, and tells how many commands that ended.
-std::size_t forget(Session& session, std::uint32_t index) {
+std::size_t forget(Session& session, Design::ClockId index) {
     Design::Constraints& result = session.result;
-    const Design::Object clock{Design::ObjectKind::clock, index};
+    const Design::Object clock(index);
     std::size_t count = session.portDelays.forgetClock(index);
     count += std::erase_if(result.exceptions, [&clock](Design::Exception& exception) {
         const bool from = dropFrom(exception.from, clock), to = dropFrom(exception.to, clock);
@@ -63,7 +63,7 @@ std::size_t forget(Session& session, std::uint32_t index) {
     count += forgetPairs(session, index);
     count += std::erase_if(result.clockGroups, [index](Design::ClockGroups& groups) {
         const std::size_t before = groups.groups.size();
-        for (std::vector<std::uint32_t>& group : groups.groups)
+        for (std::vector<Design::ClockId>& group : groups.groups)
             std::erase(group, index);
         std::erase_if(groups.groups, [](const auto& group) { return group.empty(); });
         // A single group that was left over would stand against all other clocks.
@@ -71,11 +71,11 @@ std::size_t forget(Session& session, std::uint32_t index) {
     });
     for (Design::Clock& other : result.clocks)
         if (other.generated && other.generated->master == index)
-            other.generated->master.reset();
+            other.generated->master = Base::none;
     return count;
 }
 
-void remove(Session& session, std::uint32_t index, const std::string& by) {
+void remove(Session& session, Design::ClockId index, const std::string& by) {
     Design::Clock& clock = session.result.clocks[index];
     clock.removed = true;
     session.finder.forgetClock(clock.name);
@@ -91,15 +91,15 @@ void remove(Session& session, std::uint32_t index, const std::string& by) {
 }
 
 void takeTargets(Session& session, const Design::Clock& clock) {
-    std::set<std::uint32_t> others;
-    for (const std::uint32_t pin : clock.targets)
-        for (const std::uint32_t index : session.clocksOn(pin))
+    std::set<Design::ClockId> others;
+    for (const Design::PinId pin : clock.targets)
+        for (const Design::ClockId index : session.clocksOn(pin))
             others.insert(index);
-    for (const std::uint32_t index : others) {
+    for (const Design::ClockId index : others) {
         Design::Clock& other = session.result.clocks[index];
         if (other.name == clock.name)
             continue;
-        std::erase_if(other.targets, [&clock](std::uint32_t pin) {
+        std::erase_if(other.targets, [&clock](Design::PinId pin) {
             return std::ranges::find(clock.targets, pin) != clock.targets.end();
         });
         if (other.targets.empty())
@@ -110,10 +110,10 @@ void takeTargets(Session& session, const Design::Clock& clock) {
 void define(Session& session, Design::Clock clock, bool add) {
     if (!add)
         takeTargets(session, clock);
-    const std::uint32_t known = session.finder.clock(clock.name);
-    const auto index = known != Base::none ? known : static_cast<std::uint32_t>(session.result.clocks.size());
-    for (const std::uint32_t pin : clock.targets)
-        if (std::vector<std::uint32_t>& here = session.clocksOfPin[pin];
+    const Design::ClockId known = session.finder.clock(clock.name);
+    const Design::ClockId index = known != Base::none ? known : session.result.clocks.next();
+    for (const Design::PinId pin : clock.targets)
+        if (std::vector<Design::ClockId>& here = session.clocksOfPin[pin];
             std::ranges::find(here, index) == here.end())
             here.push_back(index);
     if (known == Base::none) {
@@ -260,13 +260,13 @@ void createGeneratedClock(Session& session, Words words) {
     arguments.needsOne({"-source"});
     Design::GeneratedClock generated;
     readShape(session, arguments, generated);
-    const std::vector<std::uint32_t> source =
+    const std::vector<Design::PinId> source =
         session.sources(arguments, "-source", arguments.find("-source"));
     if (source.size() > 1)
         arguments.fail("-source: expected one port or pin, found " + std::to_string(source.size()));
     generated.source = source.front();
     if (arguments.has("-master_clock"))
-        generated.master = session.one(arguments, "-master_clock", {Design::ObjectKind::clock}).index;
+        generated.master = session.one(arguments, "-master_clock", {Design::ObjectKind::clock}).clock();
     Design::Clock clock = named(session, arguments);
     clock.generated = std::move(generated);
     define(session, std::move(clock), arguments.has("-add"));
@@ -294,10 +294,10 @@ void setClockGroups(Session& session, Words words) {
         if (option.option != "-group")
             continue;
         ++given;
-        std::vector<std::uint32_t> group;
+        std::vector<Design::ClockId> group;
         for (const Design::Object& object :
              session.resolve(arguments, "-group", option.value, {Design::ObjectKind::clock}))
-            group.push_back(object.index);
+            group.push_back(object.clock());
         if (!group.empty())
             groups.groups.push_back(std::move(group));
     }

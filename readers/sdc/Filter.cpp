@@ -27,7 +27,7 @@ std::string_view directionName(Design::Direction direction) {
     return "unknown";
 }
 
-bool isClockSource(const std::vector<Design::Clock>& clocks, std::uint32_t pin) {
+bool isClockSource(const Design::ClockTable& clocks, Design::PinId pin) {
     return std::ranges::any_of(clocks, [pin](const Design::Clock& clock) {
         return !clock.removed && std::ranges::find(clock.targets, pin) != clock.targets.end();
     });
@@ -39,9 +39,8 @@ std::string ownName(const Design::RoutedDesign& design, std::string_view name) {
     return std::string(divider == std::string_view::npos ? name : name.substr(divider + 1));
 }
 
-std::optional<std::string> pinAttribute(const Design::RoutedDesign& design,
-                                        const std::vector<Design::Clock>& clocks, std::uint32_t index,
-                                        std::string_view name) {
+std::optional<std::string> pinAttribute(const Design::RoutedDesign& design, const Design::ClockTable& clocks,
+                                        Design::PinId index, std::string_view name) {
     const Design::Pin& pin = design.pins[index];
     if (name == "name" || name == "pin_name" || name == "lib_pin_name")
         return std::string(design.names[pin.name]);
@@ -64,7 +63,7 @@ std::optional<std::string> pinAttribute(const Design::RoutedDesign& design,
     return std::nullopt;
 }
 
-std::optional<std::string> cellAttribute(const Design::RoutedDesign& design, std::uint32_t index,
+std::optional<std::string> cellAttribute(const Design::RoutedDesign& design, Design::CellId index,
                                          std::string_view name) {
     if (name == "name" || name == "base_name")
         return ownName(design, design.cellName(index));
@@ -95,7 +94,7 @@ std::optional<std::string> clockAttribute(const Design::RoutedDesign& design, co
         return truth(clock.propagated.value_or(false));
     if (name == "sources") {
         std::string text;
-        for (const std::uint32_t pin : clock.targets)
+        for (const Design::PinId pin : clock.targets)
             text += (text.empty() ? "" : " ") + design.pinName(pin);
         return text;
     }
@@ -104,25 +103,24 @@ std::optional<std::string> clockAttribute(const Design::RoutedDesign& design, co
 
 } // namespace
 
-std::optional<std::string> attribute(const Design::RoutedDesign& design,
-                                     const std::vector<Design::Clock>& clocks, const Design::Object& object,
-                                     std::string_view name) {
+std::optional<std::string> attribute(const Design::RoutedDesign& design, const Design::ClockTable& clocks,
+                                     const Design::Object& object, std::string_view name) {
     if (name == "object_class" || name == "object_type" || name == "class")
         return std::string(kindName(object.kind));
     switch (object.kind) {
     case Design::ObjectKind::cell:
-        return cellAttribute(design, object.index, name);
+        return cellAttribute(design, object.cell(), name);
     case Design::ObjectKind::clock:
-        return clockAttribute(design, clocks[object.index], name);
+        return clockAttribute(design, clocks[object.clock()], name);
     case Design::ObjectKind::net:
         if (name == "name")
-            return ownName(design, design.netName(object.index));
-        return name == "full_name" ? std::optional(std::string(design.netName(object.index))) : std::nullopt;
+            return ownName(design, design.netName(object.net()));
+        return name == "full_name" ? std::optional(std::string(design.netName(object.net()))) : std::nullopt;
     case Design::ObjectKind::port:
     case Design::ObjectKind::pin:
         break;
     }
-    return pinAttribute(design, clocks, object.index, name);
+    return pinAttribute(design, clocks, object.pin(), name);
 }
 
 // --- Reading --------------------------------------------------------------------------------------------------------
@@ -276,7 +274,7 @@ bool Filter::compare(const Step& step, const std::optional<std::string>& value) 
     }
 }
 
-bool Filter::accepts(const Design::RoutedDesign& design, const std::vector<Design::Clock>& clocks,
+bool Filter::accepts(const Design::RoutedDesign& design, const Design::ClockTable& clocks,
                      const Design::Object& object) const {
     std::vector<bool> results;
     for (const Step& step : steps_) {

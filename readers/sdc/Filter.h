@@ -1,6 +1,6 @@
 // Attributes of objects, and the expressions of -filter over them:
 //   direction == input && (full_name =~ u1/* || !is_clock)
-// == and != compare text, =~ and !~ match a pattern; an attribute alone asks whether it is true.
+// == and != compare text, =~ and !~ match a pattern; an attribute without an operator is tested for truth.
 #pragma once
 
 #include "design/Constraints.h"
@@ -14,18 +14,17 @@
 
 namespace Readers::Sdc {
 
-// The attribute's value; nothing where objects of the kind have no such attribute. Truth is "true" and
-// "false".
-std::optional<std::string> attribute(const Design::RoutedDesign& design,
-                                     const std::vector<Design::Clock>& clocks, const Design::Object& object,
-                                     std::string_view name);
+// Returns the attribute's value; nothing if objects of the kind have no such attribute. A truth value is
+// "true" or "false".
+std::optional<std::string> attribute(const Design::RoutedDesign& design, const Design::ClockTable& clocks,
+                                     const Design::Object& object, std::string_view name);
 
 class Filter {
 public:
     // Throws CommandError for an expression that cannot be read.
     explicit Filter(std::string_view text);
 
-    bool accepts(const Design::RoutedDesign& design, const std::vector<Design::Clock>& clocks,
+    bool accepts(const Design::RoutedDesign& design, const Design::ClockTable& clocks,
                  const Design::Object& object) const;
 
 private:

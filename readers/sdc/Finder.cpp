@@ -5,7 +5,6 @@
 #include "readers/sdc/Objects.h"
 
 #include <algorithm>
-#include <numeric>
 #include <unordered_set>
 
 namespace Readers::Sdc {
@@ -32,27 +31,27 @@ std::string withoutEscapes(std::string_view text) {
 
 } // namespace
 
-Finder::Finder(const Design::RoutedDesign& design, const std::vector<Design::Clock>& clocks, Tcl_Interp* tcl)
+Finder::Finder(const Design::RoutedDesign& design, const Design::ClockTable& clocks, Tcl_Interp* tcl)
     : design_(design), clocks_(clocks), tcl_(tcl) {}
 
-std::uint32_t Finder::clock(std::string_view name) const {
+Design::ClockId Finder::clock(std::string_view name) const {
     const auto known = clockByName_.find(std::string(name));
-    return known == clockByName_.end() ? Base::none : known->second;
+    return known == clockByName_.end() ? Design::ClockId() : known->second;
 }
 
 std::string Finder::name(const Design::Object& object) const {
     switch (object.kind) {
     case Design::ObjectKind::cell:
-        return std::string(design_.cellName(object.index));
+        return std::string(design_.cellName(object.cell()));
     case Design::ObjectKind::net:
-        return std::string(design_.netName(object.index));
+        return std::string(design_.netName(object.net()));
     case Design::ObjectKind::clock:
-        return clocks_[object.index].name;
+        return clocks_[object.clock()].name;
     case Design::ObjectKind::port:
     case Design::ObjectKind::pin:
         break;
     }
-    return design_.pinName(object.index);
+    return design_.pinName(object.pin());
 }
 
 bool Finder::exists(const Design::Object& object) const {
@@ -62,7 +61,7 @@ bool Finder::exists(const Design::Object& object) const {
     case Design::ObjectKind::net:
         return object.index < design_.nets.size();
     case Design::ObjectKind::clock:
-        return object.index < clocks_.size() && !clocks_[object.index].removed;
+        return object.index < clocks_.size() && !clocks_[object.clock()].removed;
     case Design::ObjectKind::port:
     case Design::ObjectKind::pin:
         break;
@@ -70,8 +69,8 @@ bool Finder::exists(const Design::Object& object) const {
     if (object.index >= design_.pins.size())
         return false;
     // A pad's pin can be both.
-    return object.kind == Design::ObjectKind::port ? design_.isPort(object.index)
-                                                   : !design_.isPortOfTop(object.index);
+    return object.kind == Design::ObjectKind::port ? design_.isPort(object.pin())
+                                                   : !design_.isPortOfTop(object.pin());
 }
 
 std::optional<Design::Object> Finder::toKnown(Tcl_Obj* value) const {
@@ -84,37 +83,34 @@ std::optional<Design::Object> Finder::toKnown(Tcl_Obj* value) const {
 
 // --- By name --------------------------------------------------------------------------------------------------------
 
-std::uint32_t Finder::exactPin(std::string_view name) const {
+Design::PinId Finder::exactPin(std::string_view name) const {
     const std::size_t slash = name.rfind('/');
     if (slash == npos)
         return Base::none;
-    const std::uint32_t cell = design_.findCell(name.substr(0, slash));
-    return cell == Base::none ? Base::none : design_.findPin(cell, name.substr(slash + 1));
+    const Design::CellId cell = design_.findCell(name.substr(0, slash));
+    return cell == Base::none ? Design::PinId() : design_.findPin(cell, name.substr(slash + 1));
 }
 
 bool Finder::findExactName(Design::ObjectKind kind, const std::string& name,
                            std::vector<Design::Object>& found) const {
-    std::uint32_t index = Base::none;
+    const auto take = [&](auto id) {
+        if (id != Base::none)
+            found.push_back({kind, id.number()});
+        return id != Base::none;
+    };
     switch (kind) {
     case Design::ObjectKind::port:
-        index = design_.findPort(name);
-        break;
+        return take(design_.findPort(name));
     case Design::ObjectKind::pin:
-        index = exactPin(name);
-        break;
+        return take(exactPin(name));
     case Design::ObjectKind::cell:
-        index = design_.findCell(name);
-        break;
+        return take(design_.findCell(name));
     case Design::ObjectKind::net:
-        index = design_.findNet(name);
-        break;
+        return take(design_.findNet(name));
     case Design::ObjectKind::clock:
-        index = clock(name);
         break;
     }
-    if (index != Base::none)
-        found.push_back({kind, index});
-    return index != Base::none;
+    return take(clock(name));
 }
 
 // Also with slashes where the design's divider is another one.
@@ -201,22 +197,21 @@ void Finder::search(Design::ObjectKind kind, std::string_view pattern, const Fin
 }
 
 // Those objects of a kind whose names may begin with the prefix, by index.
-template <class NameOf, class Use>
-void Finder::forEachNamed(std::size_t count, NameOf nameOf, const std::string& prefix,
-                          std::vector<std::uint32_t>& order, Use use) const {
+template <class Id, class NameOf, class Use>
+void Finder::forEachNamed(std::size_t count, NameOf nameOf, const std::string& prefix, std::vector<Id>& order,
+                          Use use) const {
     if (prefix.empty() || ++patterns_ <= fewPatterns) {
-        for (std::uint32_t index = 0; index < count; ++index)
-            use(index);
+        std::ranges::for_each(Base::firstIds<Id>(count), use);
         return;
     }
     if (order.empty()) {
-        order.resize(count);
-        std::iota(order.begin(), order.end(), 0U);
+        const auto all = Base::firstIds<Id>(count);
+        order.assign(all.begin(), all.end());
         std::ranges::sort(order, {}, nameOf);
     }
-    const auto begins = [&](std::uint32_t index) { return nameOf(index).substr(0, prefix.size()); };
+    const auto begins = [&](Id id) { return nameOf(id).substr(0, prefix.size()); };
     const auto range = std::ranges::equal_range(order, std::string_view(prefix), {}, begins);
-    std::vector<std::uint32_t> found(range.begin(), range.end());
+    std::vector<Id> found(range.begin(), range.end());
     std::ranges::sort(found);
     std::ranges::for_each(found, use);
 }
@@ -234,9 +229,9 @@ bool Finder::matches(const Test& test, std::string_view name, const FindOptions&
 
 bool Finder::isInAPinsOwnName(std::string_view piece) const {
     if (pinsOwnNames_.empty()) {
-        std::unordered_set<std::uint32_t> known;
+        std::unordered_set<Base::Name> known;
         for (const Design::Pin& pin : design_.pins)
-            if (known.insert(static_cast<std::uint32_t>(pin.name)).second)
+            if (known.insert(pin.name).second)
                 pinsOwnNames_.push_back(design_.names[pin.name]);
     }
     return std::ranges::any_of(pinsOwnNames_,
@@ -250,12 +245,12 @@ void Finder::findWholePins(const Glob& glob, const FindOptions& options,
     const Test test = [&glob](std::string_view name) { return glob.matches(name); };
     const auto first = static_cast<std::ptrdiff_t>(found.size());
     std::string name;
-    for (std::uint32_t cell = 0; cell < design_.cells.size(); ++cell) {
+    for (const Design::CellId cell : design_.cells.ids()) {
         const std::string_view cellName = design_.cellName(cell);
         if (cellName.find(glob.piece()) == npos)
             continue;
         const bool all = glob.isOpen() && matches(test, cellName, options);
-        for (const std::uint32_t pin : design_.pinsOfCell(cell)) {
+        for (const Design::PinId pin : design_.pinsOfCell(cell)) {
             name = cellName;
             name += '/';
             name += design_.names[design_.pins[pin].name];
@@ -268,22 +263,22 @@ void Finder::findWholePins(const Glob& glob, const FindOptions& options,
 
 void Finder::findPins(const Glob& cells, const Glob& pins, const FindOptions& options,
                       std::vector<Design::Object>& found) const {
-    const auto addPins = [&](std::uint32_t cell) {
-        for (const std::uint32_t pin : design_.pinsOfCell(cell))
+    const auto addPins = [&](Design::CellId cell) {
+        for (const Design::PinId pin : design_.pinsOfCell(cell))
             if (pins.matches(design_.names[design_.pins[pin].name]))
                 found.push_back({Design::ObjectKind::pin, pin});
     };
     std::vector<Design::Object> exact;
     if (cells.isLiteral() && !options.hierarchical) {
         if (findExact(Design::ObjectKind::cell, cells.literal(), exact))
-            addPins(exact.front().index);
+            addPins(exact.front().cell());
         return;
     }
     const Test test = [&cells](std::string_view name) { return cells.matches(name); };
     forEachNamed(
-        design_.cells.size(), [this](std::uint32_t cell) { return design_.cellName(cell); },
+        design_.cells.size(), [this](Design::CellId cell) { return design_.cellName(cell); },
         options.hierarchical ? std::string() : cells.prefix(), cellsByName_,
-        [&](std::uint32_t cell) {
+        [&](Design::CellId cell) {
             if (matches(test, design_.cellName(cell), options))
                 addPins(cell);
         });
@@ -291,21 +286,21 @@ void Finder::findPins(const Glob& cells, const Glob& pins, const FindOptions& op
 
 void Finder::findAll(Design::ObjectKind kind, const Test& test, const std::string& prefix,
                      std::vector<Design::Object>& found) const {
-    const auto scan = [&](std::size_t count, std::vector<std::uint32_t>& order, const auto& nameOf) {
-        forEachNamed(count, nameOf, prefix, order, [&](std::uint32_t index) {
-            if (test(nameOf(index)))
-                found.push_back({kind, index});
+    const auto scan = [&](std::size_t count, auto& order, const auto& nameOf) {
+        forEachNamed(count, nameOf, prefix, order, [&](auto id) {
+            if (test(nameOf(id)))
+                found.push_back({kind, id.number()});
         });
     };
     switch (kind) {
     case Design::ObjectKind::port:
-        for (const std::uint32_t port : design_.ports())
+        for (const Design::PinId port : design_.ports())
             if (test(design_.pinName(port)))
                 found.push_back({kind, port});
         break;
     case Design::ObjectKind::pin: {
         std::string name;
-        for (std::uint32_t pin = 0; pin < design_.pins.size(); ++pin) {
+        for (const Design::PinId pin : design_.pins.ids()) {
             if (design_.isPortOfTop(pin))
                 continue;
             name = design_.cellName(design_.pins[pin].cell);
@@ -318,15 +313,15 @@ void Finder::findAll(Design::ObjectKind kind, const Test& test, const std::strin
     }
     case Design::ObjectKind::cell:
         scan(design_.cells.size(), cellsByName_,
-             [this](std::uint32_t cell) { return design_.cellName(cell); });
+             [this](Design::CellId cell) { return design_.cellName(cell); });
         break;
     case Design::ObjectKind::net:
-        scan(design_.nets.size(), netsByName_, [this](std::uint32_t net) { return design_.netName(net); });
+        scan(design_.nets.size(), netsByName_, [this](Design::NetId net) { return design_.netName(net); });
         break;
     case Design::ObjectKind::clock:
-        for (std::uint32_t index = 0; index < clocks_.size(); ++index)
-            if (!clocks_[index].removed && test(clocks_[index].name))
-                found.push_back({kind, index});
+        for (const Design::ClockId clock : clocks_.ids())
+            if (!clocks_[clock].removed && test(clocks_[clock].name))
+                found.emplace_back(clock);
         break;
     }
 }

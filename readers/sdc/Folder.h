@@ -10,15 +10,15 @@ namespace Readers::Sdc {
 
 class Folder {
 public:
-    // The folder is opened at once; the error comes with the first file. Stepwise: as on kernels without
-    // openat2, where no link is followed at all.
+    // The folder is opened at once; the error comes with the first file. `stepwise` selects the way for
+    // kernels without openat2, which follows no link at all.
     explicit Folder(const std::string& path, bool stepwise = false);
     ~Folder();
     Folder(const Folder&) = delete;
     Folder& operator=(const Folder&) = delete;
 
     // The descriptor of a regular file, for reading; the caller closes it. The path is relative to the
-    // folder. Throws std::runtime_error, whose text is the reason of a refusal.
+    // folder. Throws std::runtime_error, whose text is the reason why the file is refused.
     int open(const std::string& path) const;
 
 private:

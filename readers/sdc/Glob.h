@@ -17,16 +17,16 @@ class Glob {
 public:
     explicit Glob(std::string_view pattern, bool ignoreCase = false);
 
-    // Without any wildcard: matches literal() alone.
+    // Whether it has no wildcard, so that it matches literal() only.
     bool isLiteral() const { return literal_; }
     // The pattern's text without its escapes.
     const std::string& literal() const { return text_; }
     bool matches(std::string_view text) const;
-    // What every text that matches begins with; empty where case does not matter.
+    // Every text that matches begins with this; empty if case does not matter.
     std::string prefix() const;
-    // The longest piece that stands in every text that matches; empty where case does not matter.
+    // The longest piece that every matching text contains; empty if case does not matter.
     const std::string& piece() const { return piece_; }
-    // Whatever follows a text that matches, the whole matches too.
+    // Whether a text that matches still matches with any characters after it.
     bool isOpen() const { return !elements_.empty() && elements_.back().kind == Kind::star; }
 
 private:

@@ -205,9 +205,9 @@ void Interpreter::tellWatch() {
 }
 
 // The file's number; that of the first time where it is read again.
-std::uint32_t Interpreter::addFile(Base::Source& source) {
+Design::FileId Interpreter::addFile(Base::Source& source) {
     const auto known = std::ranges::find(files_, source.path());
-    const auto index = static_cast<std::uint32_t>(known - files_.begin());
+    const Design::FileId index(static_cast<std::uint32_t>(known - files_.begin()));
     if (known == files_.end()) {
         files_.push_back(source.path());
         fileHashes_.push_back(source.sha256());

@@ -1,13 +1,12 @@
-// The Tcl interpreter behind constraint files: the language, and none of the machine.
+// The Tcl interpreter for constraint files: the language, without access to the machine.
 //
 // A file can use variables, loops, procedures and expressions, and source files in its folder or below. It
-// can not run programs, nor open files or sockets, nor change the interpreter: such commands are refused by
-// name. Time, commands and depth are limited. Every error, and every command that asks, has the file and the
-// line of the innermost command that is known: files are evaluated command by command, and inside of bodies
-// Tcl's own frames tell the line.
+// cannot run programs, open files or sockets, or change the interpreter: an error names each such command.
+// Time, commands and depth are limited. Every error has the file and the line of the innermost command that
+// is known. Files are evaluated command by command; inside bodies the line comes from Tcl's own frames.
 //
-// A file is read on behind a top-level command that fails, so that one run tells several errors. What only
-// fails since an earlier command did is not reported.
+// Reading goes on after a top-level command that fails, so that one run reports several errors. A failure
+// that only follows from an earlier one is not reported.
 #pragma once
 
 #include "base/Diagnostics.h"
@@ -37,7 +36,7 @@ namespace Readers::Sdc {
 // A command's words; the first one is its name.
 using Words = std::span<Tcl_Obj* const>;
 
-// What a command throws that cannot be carried out; the text begins with the command's name.
+// Thrown by a command that cannot be carried out. The text begins with the command's name.
 class CommandError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
@@ -62,10 +61,10 @@ public:
 
     // Some command that would have made a clock has failed: a clock that is missing needs no further message.
     bool lacksClocks() const { return lacksClocks_; }
-    // Told of what a file leaves out by itself.
+    // Called for commands that a file leaves out itself.
     std::function<void(Base::Place, std::string)> onNote = [](Base::Place, std::string) {};
 
-    // Where the command stands that is being carried out.
+    // The place of the command that is being carried out.
     Design::Origin origin();
     Base::Place place() { return place(origin()); }
 
@@ -79,7 +78,7 @@ private:
     };
     // A file that is being evaluated.
     struct File {
-        std::uint32_t index = 0;
+        Design::FileId index;
         int frames = 0;               // Tcl's count of frames outside of it
         std::filesystem::path folder; // below that of the file that is run
         bool goesOn = true;           // behind a command that fails
@@ -109,7 +108,7 @@ private:
     void unknown(Words words);
 
     int evaluate(Base::Source& source, const std::string& text, File file);
-    std::uint32_t addFile(Base::Source& source);
+    Design::FileId addFile(Base::Source& source);
     int evaluateText(std::string_view text);
     int evaluateCommand(std::string_view command);
     bool hasReturned(int& code);
@@ -134,7 +133,7 @@ private:
     std::optional<Base::Place> markedPlace();
 
     Limits limits_;
-    std::vector<std::string>&files_, &fileHashes_;
+    Base::IndexVector<Design::FileId, std::string>&files_, &fileHashes_;
     std::filesystem::path main_;   // the file that is run
     std::optional<Folder> folder_; // its folder, once a file was sourced
     Base::ErrorList errors_;
@@ -145,7 +144,7 @@ private:
     std::vector<std::unique_ptr<Command>> commands_;
     std::vector<File> stack_;
     Watch* watch_ = nullptr;     // while files are evaluated
-    ProcessorTime end_{};        // of the thread, where the time for the file is over
+    ProcessorTime end_{};        // of the thread, at which the time for the file is over
     std::size_t heldBefore_ = 0; // of memory, by the process, in MB
     bool isTooLarge_ = false;    // that is what ends the script
     std::unordered_map<std::string, Procedure> procedures_; // by full name

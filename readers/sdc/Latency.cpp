@@ -11,14 +11,14 @@ constexpr Kinds clockOrSource = {Design::ObjectKind::clock, Design::ObjectKind::
                                  Design::ObjectKind::pin};
 
 // The clocks that the value names: by themselves, or by a port or pin that they are defined on.
-std::vector<std::uint32_t> clocksOf(Session& session, const Arguments& arguments, Tcl_Obj* value) {
-    std::vector<std::uint32_t> clocks;
+std::vector<Design::ClockId> clocksOf(Session& session, const Arguments& arguments, Tcl_Obj* value) {
+    std::vector<Design::ClockId> clocks;
     for (const Design::Object& object : session.objects(arguments, "", value, clockOrSource)) {
         if (object.kind == Design::ObjectKind::clock) {
-            clocks.push_back(object.index);
+            clocks.push_back(object.clock());
             continue;
         }
-        const std::vector<std::uint32_t> here = session.clocksOn(object.index);
+        const std::vector<Design::ClockId> here = session.clocksOn(object.pin());
         clocks.insert(clocks.end(), here.begin(), here.end());
         if (here.empty())
             session.unmatched(arguments.command() + ": no clock is defined on '" +
@@ -62,7 +62,7 @@ void setClockLatency(Session& session, Words words) {
     }
     if (!early && !late)
         early = late = true;
-    for (const std::uint32_t index : clocksOf(session, arguments, arguments.argument(1))) {
+    for (const Design::ClockId index : clocksOf(session, arguments, arguments.argument(1))) {
         ClockLatency& latency = (source ? session.sourceLatency : session.networkLatency)[index];
         if (early)
             put(latency.early, arguments, value);
@@ -78,7 +78,7 @@ void setClockLatency(Session& session, Words words) {
 void setPropagatedClock(Session& session, Words words) {
     static const Syntax syntax{{}, {Takes::objects}};
     const Arguments arguments(syntax, words);
-    for (const std::uint32_t index : clocksOf(session, arguments, arguments.argument(0))) {
+    for (const Design::ClockId index : clocksOf(session, arguments, arguments.argument(0))) {
         session.networkLatency[index] = {};
         session.result.clocks[index].networkLatency = {};
         session.result.clocks[index].propagated = true;
@@ -94,7 +94,7 @@ void put(Design::SetupHold& place, const Arguments& arguments, const Base::Decim
         place.hold = value;
 }
 
-void putOnPin(Session& session, const Arguments& arguments, std::uint32_t pin, const Base::Decimal& value) {
+void putOnPin(Session& session, const Arguments& arguments, Design::PinId pin, const Base::Decimal& value) {
     std::vector<Design::PinUncertainty>& all = session.result.pinUncertainties;
     const auto [known, isNew] = session.uncertaintyOfPin.try_emplace(pin, all.size());
     if (isNew)
@@ -106,13 +106,13 @@ void putOnPin(Session& session, const Arguments& arguments, std::uint32_t pin, c
 void putOnObject(Session& session, const Arguments& arguments, const Design::Object& object,
                  const Base::Decimal& value) {
     if (object.kind == Design::ObjectKind::clock) {
-        put(session.result.clocks[object.index].uncertainty, arguments, value);
+        put(session.result.clocks[object.clock()].uncertainty, arguments, value);
     } else if (object.kind == Design::ObjectKind::cell) {
-        for (const std::uint32_t pin : session.design.pinsOfCell(object.index))
+        for (const Design::PinId pin : session.design.pinsOfCell(object.cell()))
             if (session.design.isClockPin(pin))
                 putOnPin(session, arguments, pin, value);
     } else {
-        putOnPin(session, arguments, object.index, value);
+        putOnPin(session, arguments, object.pin(), value);
     }
 }
 
@@ -122,10 +122,10 @@ void putBetween(Session& session, const Arguments& arguments, const std::vector<
     const Design::Origin origin = session.tcl.origin();
     for (const Design::Object& end : to)
         for (const Design::Object& start : from) {
-            const auto [known, isNew] = session.uncertaintyOfPair.try_emplace(
-                (std::uint64_t{start.index} << 32) | end.index, all.size());
+            const auto [known, isNew] =
+                session.uncertaintyOfPair.try_emplace(Base::pairKey(start.clock(), end.clock()), all.size());
             if (isNew)
-                all.push_back({start.index, end.index, {}, {}});
+                all.push_back({start.clock(), end.clock(), {}, {}});
             put(all[known->second].value, arguments, value);
             all[known->second].origin = origin;
         }

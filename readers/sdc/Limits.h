@@ -1,4 +1,4 @@
-// What a constraint script may use up before it is ended.
+// What a constraint script may use before it is stopped.
 #pragma once
 
 #include <chrono>
@@ -16,10 +16,9 @@ struct Limits {
     int depth = 1'000;                      // of commands in commands
     std::size_t memory = 4'000;             // MB, of the process, that one file with all that it sources adds
 
-    // These limits are looked at between commands. A single command that goes on for so much beyond them, and
-    // one that Tcl gives up by ending the process, cannot be left: the process ends by this call, which is
-    // told the error's line and must not return. It may come on another thread, while that of the script goes
-    // on.
+    // These limits are checked between commands. A single command that exceeds them by the grace below, or in
+    // which Tcl aborts the process, cannot be left: this function is called with the error's line and must
+    // end the process. It may be called on another thread while that of the script goes on.
     std::chrono::milliseconds grace{2'000};
     std::size_t memoryGrace = 500; // MB
     void (*giveUp)(std::string_view line) noexcept = endProcess;

@@ -1,7 +1,7 @@
 // Handles: how ports, pins, cells, nets and clocks travel through a script.
 //
 // A collection is a Tcl list of handles, so that every list command works on it. A handle is a Tcl value that
-// holds kind and index; its text ("@pin:17") is made only where a script asks for it, and is understood
+// holds kind and index; its text ("@pin:17") is made only if a script asks for it, and can be read
 // again.
 #pragma once
 
@@ -20,11 +20,10 @@ std::string_view kindName(Design::ObjectKind kind);
 Tcl_Obj* newHandle(Design::Object object);
 Tcl_Obj* newCollection(const std::vector<Design::Object>& objects);
 
-// The object behind the value, where it is a handle. Indices are not checked.
+// Returns the object that a handle stands for; nothing for other values. Indices are not checked.
 std::optional<Design::Object> toObject(Tcl_Obj* value);
 
-// A handle, or a list that begins with one. Asked where the value's text, which may be long, is best not
-// made.
+// Whether it is a handle, or a list that begins with one. Does not make the value's text, which may be long.
 bool holdsHandles(Tcl_Obj* value);
 
 // A list that begins with a handle, as queries return it.

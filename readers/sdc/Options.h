@@ -1,9 +1,8 @@
 // The options of a command, declared as a table and read in one way for all commands.
 //
 // An option may be shortened as long as it stays unique. A word that begins with '-' and then a letter is an
-// option;
-// "-0.5" is a value. Times, numbers and whole numbers are checked as they are read, so that a command only
-// asks for them.
+// option; "-0.5" is a value. Times, numbers and whole numbers are checked as they are read, so that a command
+// only asks for them.
 #pragma once
 
 #include "base/Decimal.h"
@@ -17,7 +16,7 @@
 
 namespace Readers::Sdc {
 
-// What stands after an option, or as an argument of its own.
+// The kind of value that follows an option, or of an argument.
 enum class Takes : std::uint8_t { nothing, name, time, number, integer, list, objects };
 
 struct Option {
@@ -46,10 +45,10 @@ public:
     Words words() const { return words_; }
 
     bool has(std::string_view option) const { return find(option) != nullptr; }
-    // The option's value; null where it was not given. For an option without value something that is not
-    // null.
+    // Returns the option's value; null if the option was not given. Not null for an option that takes no
+    // value.
     Tcl_Obj* find(std::string_view option) const;
-    // All options in the order in which they stand.
+    // All options, in the order of the command.
     const std::vector<Given>& given() const { return given_; }
     Tcl_Obj* argument(std::size_t index) const {
         return index < arguments_.size() ? arguments_[index] : nullptr;
@@ -81,7 +80,7 @@ private:
     std::vector<Tcl_Obj*> arguments_;
 };
 
-// The value as a decimal or a whole number; nothing where it is neither.
+// Return the value as a decimal or as a whole number; nothing if it is not one.
 std::optional<Base::Decimal> toDecimal(Tcl_Obj* value);
 std::optional<int> toInteger(Tcl_Obj* value);
 

@@ -62,7 +62,7 @@ constexpr std::array withoutEffect = {"create_voltage_area",
 
 // A pin of the cell, by name; nothing, with a warning, where the cell has none.
 std::optional<std::string> pinOf(Session& session, const Arguments& arguments, std::string_view option,
-                                 std::uint32_t cell) {
+                                 Design::CellId cell) {
     const std::string name = Glob(arguments.text(option)).literal();
     if (session.design.findPin(cell, name) != Base::none)
         return name;
@@ -82,9 +82,9 @@ void setDisableTiming(Session& session, Words words) {
             arguments.fail("-from and -to are pins of a cell; '" + session.finder.name(object) + "' is a " +
                            std::string(kindName(object.kind)));
         Design::Disable disable{object, std::nullopt, std::nullopt, session.tcl.origin()};
-        if (from && !(disable.from = pinOf(session, arguments, "-from", object.index)))
+        if (from && !(disable.from = pinOf(session, arguments, "-from", object.cell())))
             continue;
-        if (to && !(disable.to = pinOf(session, arguments, "-to", object.index)))
+        if (to && !(disable.to = pinOf(session, arguments, "-to", object.cell())))
             continue;
         session.result.disables.push_back(std::move(disable));
     }
@@ -102,10 +102,10 @@ void setCaseAnalysis(Session& session, Words words) {
     for (const Design::Object& object : session.objects(
              arguments, "", arguments.argument(1), {Design::ObjectKind::port, Design::ObjectKind::pin})) {
         std::vector<Design::CaseValue>& all = session.result.caseValues;
-        const auto [known, isNew] = session.caseOfPin.try_emplace(object.index, all.size());
+        const auto [known, isNew] = session.caseOfPin.try_emplace(object.pin(), all.size());
         if (isNew)
             all.emplace_back();
-        all[known->second] = {object.index, one, session.tcl.origin()};
+        all[known->second] = {object.pin(), one, session.tcl.origin()};
     }
 }
 

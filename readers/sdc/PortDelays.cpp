@@ -45,7 +45,8 @@ PortDelays::Entry& PortDelays::entryFor(const Setting& setting, std::vector<std:
 }
 
 void PortDelays::set(const Setting& setting) {
-    std::vector<std::size_t>& ofPort = byPort_[std::uint64_t{setting.entry.pin} * 2 + setting.entry.input];
+    std::vector<std::size_t>& ofPort =
+        byPort_[std::uint64_t{setting.entry.pin.number()} * 2 + setting.entry.input];
     Entry& entry = entryFor(setting, ofPort);
     entry.delay = setting.entry;
     for (std::size_t edge = 0; edge < 2; ++edge) {
@@ -58,7 +59,7 @@ void PortDelays::set(const Setting& setting) {
     }
 }
 
-std::size_t PortDelays::forgetClock(std::uint32_t clock) {
+std::size_t PortDelays::forgetClock(Design::ClockId clock) {
     std::size_t count = 0;
     for (auto& [port, ofPort] : byPort_)
         count += std::erase_if(ofPort, [&](std::size_t index) {

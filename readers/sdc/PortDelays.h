@@ -25,8 +25,8 @@ public:
     };
 
     void set(const Setting& setting);
-    // Drops the entries that refer to the clock, and tells how many.
-    std::size_t forgetClock(std::uint32_t clock);
+    // Drops the entries that refer to the clock, and returns how many.
+    std::size_t forgetClock(Design::ClockId clock);
     std::vector<Design::PortDelay> take() const;
 
 private:
@@ -42,7 +42,7 @@ private:
     std::unordered_map<std::uint64_t, std::vector<std::size_t>> byPort_; // pin and direction -> live entries
 };
 
-// Less, by value. Exact as far as doubles tell apart.
+// Compares by value, with the precision of a double.
 bool isLess(const Base::Decimal& a, const Base::Decimal& b);
 
 } // namespace Readers::Sdc

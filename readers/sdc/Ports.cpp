@@ -21,7 +21,7 @@ const Syntax& portDelaySyntax() {
 }
 
 // Ports that go the other way get nothing, with a warning each.
-bool fits(Session& session, const Arguments& arguments, std::uint32_t port, bool input) {
+bool fits(Session& session, const Arguments& arguments, Design::PinId port, bool input) {
     const Design::Direction direction = session.design.pins[port].direction;
     if (direction != (input ? Design::Direction::output : Design::Direction::input))
         return true;
@@ -50,11 +50,11 @@ void setPortDelay(Session& session, Words words, bool input) {
     setting.fall = arguments.has("-fall") || !arguments.has("-rise");
     setting.add = arguments.has("-add_delay");
     if (arguments.has("-clock"))
-        setting.entry.clock = session.one(arguments, "-clock", {Design::ObjectKind::clock}).index;
+        setting.entry.clock = session.one(arguments, "-clock", {Design::ObjectKind::clock}).clock();
     for (const Design::Object& object :
          session.objects(arguments, "", arguments.argument(1), {Design::ObjectKind::port})) {
-        setting.entry.pin = object.index;
-        if (fits(session, arguments, object.index, input))
+        setting.entry.pin = object.pin();
+        if (fits(session, arguments, object.pin(), input))
             session.portDelays.set(setting);
     }
 }

@@ -51,45 +51,45 @@ void addPatterns(Session& session, const Arguments& arguments, Design::ObjectKin
 
 void addPinsOf(const Session& session, const Design::Object& object, bool ports,
                std::vector<Design::Object>& found) {
-    const auto add = [&](std::uint32_t pin) {
+    const auto add = [&](Design::PinId pin) {
         if (ports ? session.design.isPort(pin) : !session.design.isPortOfTop(pin))
             found.push_back({ports ? Design::ObjectKind::port : Design::ObjectKind::pin, pin});
     };
     if (object.kind == Design::ObjectKind::cell)
-        std::ranges::for_each(session.design.pinsOfCell(object.index), add);
+        std::ranges::for_each(session.design.pinsOfCell(object.cell()), add);
     else if (object.kind == Design::ObjectKind::net)
-        std::ranges::for_each(session.design.pinsOfNet(object.index), add);
+        std::ranges::for_each(session.design.pinsOfNet(object.net()), add);
     else if (object.kind == Design::ObjectKind::clock)
-        std::ranges::for_each(session.result.clocks[object.index].targets, add);
+        std::ranges::for_each(session.result.clocks[object.clock()].targets, add);
     else
-        add(object.index);
+        add(object.pin());
 }
 
 void addNetsOf(const Session& session, const Design::Object& object, std::vector<Design::Object>& found) {
-    const auto add = [&](std::uint32_t pin) {
-        if (const std::uint32_t net = session.design.pins[pin].net; net != Base::none)
-            found.push_back({Design::ObjectKind::net, net});
+    const auto add = [&](Design::PinId pin) {
+        if (const Design::NetId net = session.design.pins[pin].net; net != Base::none)
+            found.emplace_back(net);
     };
     if (object.kind == Design::ObjectKind::cell)
-        std::ranges::for_each(session.design.pinsOfCell(object.index), add);
+        std::ranges::for_each(session.design.pinsOfCell(object.cell()), add);
     else
-        add(object.index);
+        add(object.pin());
 }
 
 void addCellsOf(const Session& session, const Design::Object& object, std::vector<Design::Object>& found) {
-    const auto add = [&](std::uint32_t pin) {
+    const auto add = [&](Design::PinId pin) {
         if (!session.design.isPortOfTop(pin))
-            found.push_back({Design::ObjectKind::cell, session.design.pins[pin].cell});
+            found.emplace_back(session.design.pins[pin].cell);
     };
     if (object.kind == Design::ObjectKind::net)
-        std::ranges::for_each(session.design.pinsOfNet(object.index), add);
+        std::ranges::for_each(session.design.pinsOfNet(object.net()), add);
     else
-        add(object.index);
+        add(object.pin());
 }
 
 void addClocksOf(const Session& session, const Design::Object& object, std::vector<Design::Object>& found) {
-    for (const std::uint32_t index : session.clocksOn(object.index))
-        found.push_back({Design::ObjectKind::clock, index});
+    for (const Design::ClockId clock : session.clocksOn(object.pin()))
+        found.emplace_back(clock);
 }
 
 Kinds sourcesOf(Design::ObjectKind kind) {
@@ -169,12 +169,12 @@ void allClocks(Session& session, Words words) {
 void allPorts(Session& session, Words words, Design::Direction direction) {
     static const Syntax syntax{{{"-no_clocks"}}, {}};
     const Arguments arguments(syntax, words);
-    std::unordered_set<std::uint32_t> left;
+    std::unordered_set<Design::PinId> left;
     if (arguments.has("-no_clocks"))
         for (const Design::Clock& clock : session.result.clocks)
             left.insert(clock.targets.begin(), clock.targets.end());
     std::vector<Design::Object> found;
-    for (const std::uint32_t port : session.design.ports()) {
+    for (const Design::PinId port : session.design.ports()) {
         const Design::Direction is = session.design.pins[port].direction;
         if ((is == direction || is == Design::Direction::inout) && !left.contains(port))
             found.push_back({Design::ObjectKind::port, port});
@@ -199,12 +199,12 @@ void allRegisters(Session& session, Words words) {
                output = arguments.has("-output_pins");
     const bool cells = arguments.has("-cells") || (!data && !clock && !output);
     std::vector<Design::Object> found;
-    for (std::uint32_t cell = 0; cell < design.cells.size(); ++cell) {
+    for (const Design::CellId cell : design.cells.ids()) {
         if (!design.isRegister(cell))
             continue;
         if (cells)
-            found.push_back({Design::ObjectKind::cell, cell});
-        for (const std::uint32_t pin : design.pinsOfCell(cell))
+            found.emplace_back(cell);
+        for (const Design::PinId pin : design.pinsOfCell(cell))
             if ((data && design.isDataPin(pin)) || (clock && design.isClockPin(pin)) ||
                 (output && design.isRegisterOutput(pin)))
                 found.push_back({Design::ObjectKind::pin, pin});

@@ -1,7 +1,7 @@
 // Reads constraint files, in order, into one state. See docs/sdc.md for what is understood.
 //
-// A file is read on behind an error, up to the twentieth, and then ends with BadInput and their places. What
-// is passed over, guessed or matches nothing is a diagnostic.
+// Reading goes on after an error, up to the twentieth; at the end a BadInput is thrown with all their places.
+// Everything that is passed over, guessed or matches nothing is reported as a diagnostic.
 #pragma once
 
 #include "base/Diagnostics.h"

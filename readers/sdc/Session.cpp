@@ -21,8 +21,8 @@ std::string prefix(const Arguments& arguments, std::string_view option) {
 bool contains(Kinds kinds, Design::ObjectKind kind) { return std::ranges::find(kinds, kind) != kinds.end(); }
 
 // What drives the net: cells' outputs and input ports.
-void addDrivers(const Design::RoutedDesign& design, std::uint32_t net, std::vector<std::uint32_t>& pins) {
-    for (const std::uint32_t pin : design.pinsOfNet(net)) {
+void addDrivers(const Design::RoutedDesign& design, Design::NetId net, std::vector<Design::PinId>& pins) {
+    for (const Design::PinId pin : design.pinsOfNet(net)) {
         const Design::Direction direction = design.pins[pin].direction;
         const Design::Direction driving =
             design.isPort(pin) ? Design::Direction::input : Design::Direction::output;
@@ -138,12 +138,12 @@ void Session::unmatched(std::string text, Kinds kinds) {
         unmatched(std::move(text));
 }
 
-std::vector<std::uint32_t> Session::clocksOn(std::uint32_t pin) const {
-    std::vector<std::uint32_t> clocks;
+std::vector<Design::ClockId> Session::clocksOn(Design::PinId pin) const {
+    std::vector<Design::ClockId> clocks;
     const auto known = clocksOfPin.find(pin);
     if (known == clocksOfPin.end())
         return clocks;
-    for (const std::uint32_t index : known->second) {
+    for (const Design::ClockId index : known->second) {
         const Design::Clock& clock = result.clocks[index];
         if (!clock.removed && std::ranges::find(clock.targets, pin) != clock.targets.end())
             clocks.push_back(index);
@@ -240,22 +240,22 @@ Design::Object Session::one(const Arguments& arguments, std::string_view option,
     return found.front();
 }
 
-std::vector<std::uint32_t> Session::sources(const Arguments& arguments, std::string_view option,
+std::vector<Design::PinId> Session::sources(const Arguments& arguments, std::string_view option,
                                             Tcl_Obj* value) {
-    std::vector<std::uint32_t> pins;
+    std::vector<Design::PinId> pins;
     for (const Design::Object& object :
          objects(arguments, option, value,
                  {Design::ObjectKind::port, Design::ObjectKind::pin, Design::ObjectKind::net})) {
         const std::size_t before = pins.size();
         if (object.kind == Design::ObjectKind::net)
-            addDrivers(design, object.index, pins);
+            addDrivers(design, object.net(), pins);
         else
-            pins.push_back(object.index);
+            pins.push_back(object.pin());
         if (pins.size() == before)
             unmatched(prefix(arguments, option) + "nothing drives the net '" + finder.name(object) + "'");
     }
-    std::unordered_set<std::uint32_t> seen;
-    std::erase_if(pins, [&seen](std::uint32_t pin) { return !seen.insert(pin).second; });
+    std::unordered_set<Design::PinId> seen;
+    std::erase_if(pins, [&seen](Design::PinId pin) { return !seen.insert(pin).second; });
     if (pins.empty())
         throw NoObjects{prefix(arguments, option) + "no objects"};
     return pins;

@@ -20,12 +20,12 @@ namespace Readers::Sdc {
 // The kinds of object that a command takes, in the order in which a bare name is looked up.
 using Kinds = std::initializer_list<Design::ObjectKind>;
 
-// Thrown where nothing is left of what a command names: it is then skipped with a warning.
+// Thrown if nothing is left of the objects that a command names. The command is then skipped with a warning.
 struct NoObjects {
     std::string text;
 };
 
-// A clock's latency by the edges of its source, where they were given apart.
+// A clock's latency by the edges of its source, if they were given separately.
 struct EdgeLatency {
     std::optional<Base::Decimal> rise, fall;
 };
@@ -55,7 +55,7 @@ public:
     void print(const std::string& text);
 
     // The clocks that are defined on a pin, in order.
-    std::vector<std::uint32_t> clocksOn(std::uint32_t pin) const;
+    std::vector<Design::ClockId> clocksOn(Design::PinId pin) const;
     // A list that has each object once, as a command has made it last. That another list takes its place
     // unseen does no harm: a collection's objects count once wherever they are used.
     bool isKnownUnique(Tcl_Obj* list) const { return list == unique_ && lengthOf(list) == uniqueLength_; }
@@ -73,19 +73,19 @@ public:
     // Exactly one.
     Design::Object one(const Arguments& arguments, std::string_view option, Kinds kinds);
     // Pins and ports; nets stand for what drives them.
-    std::vector<std::uint32_t> sources(const Arguments& arguments, std::string_view option, Tcl_Obj* value);
+    std::vector<Design::PinId> sources(const Arguments& arguments, std::string_view option, Tcl_Obj* value);
 
     const Design::RoutedDesign& design;
     Base::Diagnostics& diagnostics;
     Design::Constraints result;
     PortDelays portDelays;
-    std::vector<ClockLatency> sourceLatency, networkLatency; // by clock
-    // Where a pin's entry stands in the result.
-    std::unordered_map<std::uint32_t, std::size_t> caseOfPin, uncertaintyOfPin;
-    // Where the entry of a pair of clocks stands, by from * 2^32 + to.
+    Base::IndexVector<Design::ClockId, ClockLatency> sourceLatency, networkLatency;
+    // The place of a pin's entry in the result.
+    std::unordered_map<Design::PinId, std::size_t> caseOfPin, uncertaintyOfPin;
+    // The place of the entry of a pair of clocks, by the pair of from and to.
     std::unordered_map<std::uint64_t, std::size_t> uncertaintyOfPair;
     // The clocks that are, or once were, defined on a pin.
-    std::unordered_map<std::uint32_t, std::vector<std::uint32_t>> clocksOfPin;
+    std::unordered_map<Design::PinId, std::vector<Design::ClockId>> clocksOfPin;
     Interpreter tcl;
     Finder finder;
     int timeExponent = 0; // the file's unit is 10^timeExponent ns
@@ -117,7 +117,7 @@ private:
 void removeDuplicates(std::vector<Design::Object>& objects);
 // "clock, port or pin"
 std::string kindNames(Kinds kinds);
-// The command as its words say it, objects by their names, long lists cut.
+// Returns the command as text, with the names of objects. Long lists are cut.
 std::string describe(const Session& session, Words words);
 
 // Each adds the commands of its file.

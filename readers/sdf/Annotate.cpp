@@ -47,8 +47,7 @@ std::string shown(const Sdf::Path& path) {
 } // namespace
 
 std::size_t Annotator::KeyHash::operator()(const Key& key) const {
-    const std::uint64_t ends = (std::uint64_t{key.from} << 32) | key.to;
-    return Base::mixed(ends ^ (static_cast<std::uint64_t>(key.edge) << 61));
+    return Base::mixed(Base::pairKey(key.from, key.to) ^ (static_cast<std::uint64_t>(key.edge) << 61));
 }
 
 Annotator::Annotator(Design::RoutedDesign& design, const Design::Netlist* netlist,
@@ -69,31 +68,34 @@ void Annotator::takeNetlist(const Design::Netlist& netlist) {
         renamed[name] = design_.names.add(netlist.names[Base::Name{static_cast<std::uint32_t>(name)}]);
     const auto in = [&](Base::Name name) { return renamed[static_cast<std::size_t>(name)]; };
 
-    std::vector<std::uint32_t> nets;
+    Base::IndexVector<Design::Netlist::NetId, Design::NetId> nets;
     for (const Base::Name net : netlist.nets)
         nets.push_back(design_.addNet(in(net)));
-    const auto addPin = [&](std::uint32_t cell, Base::Name name, Design::Direction direction,
-                            std::uint32_t net) {
-        Design::Pin& pin = design_.pins[design_.addPin(cell, in(name))];
+    const auto addPin = [&](Design::CellId cell, Base::Name name, Design::Direction direction,
+                            Design::Netlist::NetId net) {
+        const Design::PinId added = design_.addPin(cell, in(name));
+        Design::Pin& pin = design_.pins[added];
         pin.direction = direction;
-        pin.net = net == Base::none ? Base::none : nets[net];
-        return static_cast<std::uint32_t>(&pin - design_.pins.data());
+        pin.net = net == Base::none ? Design::NetId() : nets[net];
+        return added;
     };
     for (const Design::Netlist::Port& port : netlist.ports)
         addPin(Base::none, port.name, port.direction, port.net);
     auto inverted = netlist.invertedPins.begin();
     for (const Design::Netlist::Cell& cell : netlist.cells) {
-        const std::uint32_t number = design_.addCell(in(cell.name), in(cell.type));
-        for (std::uint32_t pin = cell.firstPin; pin < cell.firstPin + cell.pinCount; ++pin) {
-            const std::uint32_t added =
-                addPin(number, netlist.pins[pin].name, netlist.pins[pin].direction, netlist.pins[pin].net);
+        const Design::CellId number = design_.addCell(in(cell.name), in(cell.type));
+        Design::Netlist::PinId pin = cell.firstPin;
+        for (unsigned count = 0; count < cell.pinCount; ++count, ++pin) {
+            const Design::Netlist::Pin& of = netlist.pins[pin];
+            const Design::PinId added = addPin(number, of.name, of.direction, of.net);
             if (inverted != netlist.invertedPins.end() && *inverted == pin) {
                 invertedPins_.push_back(added);
                 ++inverted;
             }
         }
-        if (std::ranges::binary_search(netlist.expressionCells,
-                                       static_cast<std::uint32_t>(&cell - netlist.cells.data())))
+        if (std::ranges::binary_search(
+                netlist.expressionCells,
+                Design::Netlist::CellId(static_cast<std::uint32_t>(&cell - netlist.cells.data()))))
             expressionCells_.push_back(number);
     }
     settled_.resize(design_.cells.size());
@@ -111,20 +113,18 @@ void Annotator::header(const Sdf::Header& header) {
 
 // --- Values ---
 
-std::int32_t Annotator::toUnits(const Base::Decimal& value, Sdf::Where where) {
-    rounding_.look(value, fileScale_, options_.scale, [&] {
-        return Base::Place{file_, where.line, where.column};
-    });
+std::int32_t Annotator::toUnits(const Base::Decimal& value, Base::Position where) {
+    rounding_.look(value, fileScale_, options_.scale, [&] { return where.in(file_); });
     const std::optional<std::int64_t> units = value.scaled(fileScale_ - options_.scale);
     if (!units || *units > largestValue || *units < -largestValue)
-        throw Base::BadInput({file_, where.line, where.column},
+        throw Base::BadInput(where.in(file_),
                              "the value " + value.toString() + " does not fit: expected at most " +
                                  std::to_string(largestValue) + " units of 1e" +
                                  std::to_string(options_.scale) + " s; a coarser --resolution may help");
     return static_cast<std::int32_t>(*units);
 }
 
-Design::Interval Annotator::intervalOf(const Sdf::Value& value, Sdf::Where where) {
+Design::Interval Annotator::intervalOf(const Sdf::Value& value, Base::Position where) {
     const Base::Decimal& early = *pick(value, earlyCorner(options_.corner));
     const Base::Decimal& late = *pick(value, lateCorner(options_.corner));
     Design::Interval interval;
@@ -139,7 +139,7 @@ Design::Interval Annotator::intervalOf(const Sdf::Value& value, Sdf::Where where
 
 // Rise and fall together: the first two values. A list that gives neither of them, but the times in which an
 // output is switched on, is of these. Nothing if there is no value.
-std::optional<Annotator::Given> Annotator::givenBy(std::span<const Sdf::Value> values, Sdf::Where where) {
+std::optional<Annotator::Given> Annotator::givenBy(std::span<const Sdf::Value> values, Base::Position where) {
     constexpr std::size_t fromOff[2] = {3, 5}; // z1 and z0 of 6 or 12 values
     std::optional<Given> given;
     const auto add = [&](std::size_t at, bool rises, bool falls) {
@@ -161,12 +161,13 @@ std::optional<Annotator::Given> Annotator::givenBy(std::span<const Sdf::Value> v
     return given;
 }
 
-std::optional<Design::Interval> Annotator::intervalOf(std::span<const Sdf::Value> values, Sdf::Where where) {
+std::optional<Design::Interval> Annotator::intervalOf(std::span<const Sdf::Value> values,
+                                                      Base::Position where) {
     const std::optional<Given> given = givenBy(values, where);
     return given ? std::optional(given->delay) : std::nullopt;
 }
 
-std::optional<std::int32_t> Annotator::checkValue(const Sdf::Value& value, Sdf::Where where) {
+std::optional<std::int32_t> Annotator::checkValue(const Sdf::Value& value, Base::Position where) {
     if (value.isEmpty())
         return std::nullopt;
     if (options_.corner != Corner::minmax)
@@ -184,34 +185,33 @@ std::optional<std::int32_t> Annotator::checkValue(const Sdf::Value& value, Sdf::
 // --- Delays ---
 
 Design::Interval Annotator::sum(const Design::Interval& a, const Design::Interval& b,
-                                Sdf::Where where) const {
+                                Base::Position where) const {
     const auto add = [&](std::int64_t x, std::int64_t y) {
         if (x + y > largestValue || x + y < -largestValue)
-            throw Base::BadInput({file_, where.line, where.column},
-                                 "the increments do not fit: expected at most " +
-                                     std::to_string(largestValue) + " units of 1e" +
-                                     std::to_string(options_.scale) + " s in all");
+            throw Base::BadInput(where.in(file_), "the increments do not fit: expected at most " +
+                                                      std::to_string(largestValue) + " units of 1e" +
+                                                      std::to_string(options_.scale) + " s in all");
         return static_cast<std::int32_t>(x + y);
     };
     return {add(a.early, b.early), add(a.late, b.late)};
 }
 
 void Annotator::update(Design::Interval& known, const Design::Interval& delay, bool increment,
-                       Sdf::Where where) const {
+                       Base::Position where) const {
     known = increment ? sum(known, delay, where) : delay;
 }
 
 // The file says something of a pin whose other end the netlist does not have.
-void Annotator::touchHalf(std::uint32_t cell, std::string_view pin) {
+void Annotator::touchHalf(Design::CellId cell, std::string_view pin) {
     if (pin.empty())
         return;
-    if (const std::uint32_t number = design_.findPin(cell, pin); number != Base::none)
+    if (const Design::PinId number = design_.findPin(cell, pin); number != Base::none)
         touched_.insert(number);
 }
 
-void Annotator::setArc(std::uint32_t from, std::uint32_t to, Design::Transition edge, bool wire,
-                       const Given& given, bool conditional, bool increment, Sdf::Where where) {
-    const auto number = static_cast<std::uint32_t>(design_.arcs.size());
+void Annotator::setArc(Design::PinId from, Design::PinId to, Design::Transition edge, bool wire,
+                       const Given& given, bool conditional, bool increment, Base::Position where) {
+    const Design::ArcId number = design_.arcs.next();
     const auto [place, isNew] = arcs_.try_emplace(Key{from, to, edge}, number);
     if (isNew) {
         design_.arcs.push_back({.from = from,
@@ -240,8 +240,8 @@ void Annotator::setArc(std::uint32_t from, std::uint32_t to, Design::Transition 
 
 // The earliest and the latest over all conditions and over what holds without one, in any order of writing.
 // The conditions are not told apart, so that what adds to one of them may add to any.
-void Annotator::mergeConditions(std::uint32_t arc, const Given& given, bool conditional, bool increment,
-                                Sdf::Where where) {
+void Annotator::mergeConditions(Design::ArcId arc, const Given& given, bool conditional, bool increment,
+                                Base::Position where) {
     Design::Interval& delay = design_.arcs[arc].delay;
     const auto [place, isNew] = conditioned_.try_emplace(arc, Conditioned{std::nullopt, delay});
     Conditioned& known = place.value();
@@ -266,16 +266,16 @@ void Annotator::mergeConditions(std::uint32_t arc, const Given& given, bool cond
 }
 
 void Annotator::ioPath(const Sdf::Event& from, const Sdf::Path& to, std::span<const Sdf::Value> values,
-                       bool conditional, bool increment, Sdf::Where where) {
+                       bool conditional, bool increment, Base::Position where) {
     if (atTop_) {
         count("cell delays of the top itself", Base::Severity::warning, where, shown(from.path));
         return;
     }
     countLost(where);
     const std::optional<Given> given = givenBy(values, where);
-    for (const std::uint32_t cell : cells_) {
-        const std::uint32_t source = resolveInCell(cell, from.path, where);
-        const std::uint32_t target = source == Base::none ? Base::none : resolveInCell(cell, to, where);
+    for (const Design::CellId cell : cells_) {
+        const Design::PinId source = resolveInCell(cell, from.path, where);
+        const Design::PinId target = source == Base::none ? Design::PinId() : resolveInCell(cell, to, where);
         touchHalf(cell, source == Base::none   ? to.pin
                         : target == Base::none ? from.path.pin
                                                : std::string_view());
@@ -287,8 +287,8 @@ void Annotator::ioPath(const Sdf::Event& from, const Sdf::Path& to, std::span<co
     }
 }
 
-void Annotator::setWire(std::uint32_t from, std::uint32_t to, const Design::Interval& delay, bool increment,
-                        Sdf::Where where) {
+void Annotator::setWire(Design::PinId from, Design::PinId to, const Design::Interval& delay, bool increment,
+                        Base::Position where) {
     if (!hasNetlist_) {
         setArc(from, to, Design::Transition::any, true, {delay}, false, increment, where);
         return;
@@ -299,12 +299,12 @@ void Annotator::setWire(std::uint32_t from, std::uint32_t to, const Design::Inte
 }
 
 void Annotator::interconnect(const Sdf::Path& from, const Sdf::Path& to, std::span<const Sdf::Value> values,
-                             bool increment, Sdf::Where where) {
+                             bool increment, Base::Position where) {
     // A port does not show that all names have a prefix: an instance does.
     if (hasNetlist_ && atTop_ && prefix_.empty() && straight_.empty() && !to.instance.empty())
         findInstance({to.instance, to.escaped, {}, where, from.instance});
-    const std::uint32_t source = resolve(from, where);
-    const std::uint32_t target = source == Base::none ? Base::none : resolve(to, where);
+    const Design::PinId source = resolve(from, where);
+    const Design::PinId target = source == Base::none ? Design::PinId() : resolve(to, where);
     if (target == Base::none)
         return;
     const std::optional<Design::Interval> delay = intervalOf(values, where);
@@ -318,34 +318,32 @@ void Annotator::interconnect(const Sdf::Path& from, const Sdf::Path& to, std::sp
 }
 
 void Annotator::port(const Sdf::Path& to, std::span<const Sdf::Value> values, bool increment,
-                     Sdf::Where where) {
+                     Base::Position where) {
     if (!hasNetlist_)
-        throw Base::BadInput({file_, where.line, where.column}, "PORT delays do not say what drives '" +
-                                                                    shown(to) +
-                                                                    "': expected a netlist (--netlist)");
+        throw Base::BadInput(where.in(file_), "PORT delays do not say what drives '" + shown(to) +
+                                                  "': expected a netlist (--netlist)");
     const std::optional<Design::Interval> delay = intervalOf(values, where);
-    const std::uint32_t pin = cells_.size() == 1 && to.instance.empty()
+    const Design::PinId pin = cells_.size() == 1 && to.instance.empty()
                                   ? pinOf(cells_.front(), to.pin, where, false)
                                   : resolve(to, where);
     if (pin == Base::none || !delay)
         return;
     update(loads_[pin], *delay, increment, where);
-    if (const std::uint32_t cell = design_.pins[pin].cell;
+    if (const Design::CellId cell = design_.pins[pin].cell;
         cell != Base::none && (loadedCells_.empty() || loadedCells_.back().first != cell))
         loadedCells_.emplace_back(cell, where);
 }
 
 // NETDELAY names the net, or the pin that drives it.
 void Annotator::netDelay(const Sdf::Path& net, std::span<const Sdf::Value> values, bool increment,
-                         Sdf::Where where) {
+                         Base::Position where) {
     if (!hasNetlist_)
-        throw Base::BadInput({file_, where.line, where.column},
-                             "NETDELAY does not say what '" + shown(net) +
-                                 "' connects: expected a netlist (--netlist)");
+        throw Base::BadInput(where.in(file_), "NETDELAY does not say what '" + shown(net) +
+                                                  "' connects: expected a netlist (--netlist)");
     const std::optional<Design::Interval> delay = intervalOf(values, where);
-    std::uint32_t number = design_.findNet(shown(net));
+    Design::NetId number = design_.findNet(shown(net));
     if (number == Base::none)
-        if (const std::uint32_t pin = resolve(net, where); pin != Base::none)
+        if (const Design::PinId pin = resolve(net, where); pin != Base::none)
             number = design_.pins[pin].net;
     if (number == Base::none || !delay)
         return;
@@ -355,13 +353,13 @@ void Annotator::netDelay(const Sdf::Path& net, std::span<const Sdf::Value> value
 // The delay of a whole cell: of all arcs to the output. Applied at the end, when all arcs of the cell are
 // known.
 void Annotator::device(const std::optional<Sdf::Path>& output, std::span<const Sdf::Value> values,
-                       bool increment, Sdf::Where where) {
+                       bool increment, Base::Position where) {
     countLost(where);
     const std::optional<Design::Interval> delay = intervalOf(values, where);
     if (!delay)
         return;
-    for (const std::uint32_t cell : cells_) {
-        const std::uint32_t target = output ? resolveInCell(cell, *output, where) : Base::none;
+    for (const Design::CellId cell : cells_) {
+        const Design::PinId target = output ? resolveInCell(cell, *output, where) : Design::PinId();
         if (!output || target != Base::none)
             devices_.push_back({cell, target, *delay, increment, where});
     }
@@ -369,13 +367,12 @@ void Annotator::device(const std::optional<Sdf::Path>& output, std::span<const S
 
 // --- Checks ---
 
-void Annotator::addCheck(std::uint32_t data, const Sdf::Event& clock, std::uint32_t clockPin,
+void Annotator::addCheck(Design::PinId data, const Sdf::Event& clock, Design::PinId clockPin,
                          bool asynchronous, std::optional<std::int32_t> setup,
                          std::optional<std::int32_t> hold) {
     if (!setup && !hold)
         return;
-    const auto [place, isNew] = checks_.try_emplace(Key{data, clockPin, clock.edge},
-                                                    static_cast<std::uint32_t>(design_.checks.size()));
+    const auto [place, isNew] = checks_.try_emplace(Key{data, clockPin, clock.edge}, design_.checks.next());
     if (isNew)
         design_.checks.push_back({.data = data, .clock = clockPin, .clockEdge = clock.edge});
     Design::Check& check = design_.checks[place->second];
@@ -386,12 +383,12 @@ void Annotator::addCheck(std::uint32_t data, const Sdf::Event& clock, std::uint3
         check.hold = std::max(check.hold.value_or(INT32_MIN), *hold);
 }
 
-void Annotator::addPulseCheck(std::uint32_t pin, const Sdf::Event& event, bool period,
+void Annotator::addPulseCheck(Design::PinId pin, const Sdf::Event& event, bool period,
                               std::int32_t required) {
     const Design::Transition edge = period ? Design::Transition::any : event.edge;
-    // A period check has no edge; its key has no target either.
-    const auto [place, isNew] = pulseChecks_.try_emplace(
-        Key{pin, period ? 0U : 1U, edge}, static_cast<std::uint32_t>(design_.pulseChecks.size()));
+    // A period check has no edge, and no target in its key. That of a width check is the pin itself.
+    const auto [place, isNew] =
+        pulseChecks_.try_emplace(Key{pin, period ? Design::PinId() : pin, edge}, design_.pulseChecks.next());
     if (isNew)
         design_.pulseChecks.push_back({.pin = pin, .period = period, .edge = edge, .required = required});
     Design::PulseCheck& check = design_.pulseChecks[place->second];
@@ -399,7 +396,7 @@ void Annotator::addPulseCheck(std::uint32_t pin, const Sdf::Event& event, bool p
 }
 
 void Annotator::check(Sdf::CheckKind kind, const Sdf::Event& data, const Sdf::Event& clock,
-                      std::span<const Sdf::Value> values, Sdf::Where where) {
+                      std::span<const Sdf::Value> values, Base::Position where) {
     using enum Sdf::CheckKind;
     if (kind == skew || kind == noChange) {
         count(kind == skew ? "SKEW checks (not used)" : "NOCHANGE checks (not used)", Base::Severity::note,
@@ -410,8 +407,8 @@ void Annotator::check(Sdf::CheckKind kind, const Sdf::Event& data, const Sdf::Ev
     const std::optional<std::int32_t> first = checkValue(values[0], where);
     const std::optional<std::int32_t> second =
         values.size() > 1 ? checkValue(values[1], where) : std::optional<std::int32_t>();
-    for (const std::uint32_t cell : cells_) {
-        const std::uint32_t clockPin = resolveInCell(cell, clock.path, where);
+    for (const Design::CellId cell : cells_) {
+        const Design::PinId clockPin = resolveInCell(cell, clock.path, where);
         if (clockPin == Base::none) {
             touchHalf(cell, data.path.pin);
             continue;
@@ -421,7 +418,7 @@ void Annotator::check(Sdf::CheckKind kind, const Sdf::Event& data, const Sdf::Ev
                 addPulseCheck(clockPin, clock, kind == period, *first);
             continue;
         }
-        const std::uint32_t dataPin = resolveInCell(cell, data.path, where);
+        const Design::PinId dataPin = resolveInCell(cell, data.path, where);
         if (dataPin == Base::none || dataPin == clockPin)
             continue;
         const bool asynchronous = kind == recovery || kind == removal || kind == recoveryRemoval;
@@ -434,13 +431,13 @@ void Annotator::check(Sdf::CheckKind kind, const Sdf::Event& data, const Sdf::Ev
     }
 }
 
-void Annotator::ignored(std::string_view keyword, Sdf::Where where) {
+void Annotator::ignored(std::string_view keyword, Base::Position where) {
     count((std::string(keyword) + " entries (not used)").c_str(), Base::Severity::note, where);
 }
 
 // --- Counts ---
 
-void Annotator::count(const char* what, Base::Severity severity, Sdf::Where where, std::string example) {
+void Annotator::count(const char* what, Base::Severity severity, Base::Position where, std::string example) {
     Counted& counted = counted_[what];
     if (counted.count++ == 0) {
         counted.first = where;
@@ -462,8 +459,7 @@ void Annotator::reportCounts() {
         std::string text = std::to_string(counted.count) + " " + what;
         if (!counted.example.empty())
             text += ", first '" + counted.example + "'";
-        diagnostics_.add(
-            {counted.severity, {file_, counted.first.line, counted.first.column}, std::move(text)});
+        diagnostics_.add({counted.severity, counted.first.in(file_), std::move(text)});
     }
 }
 

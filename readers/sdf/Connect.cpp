@@ -46,8 +46,8 @@ void Annotator::finish() {
     reportCounts();
 }
 
-std::vector<std::uint8_t> Annotator::usesOfPins() const {
-    std::vector<std::uint8_t> uses(design_.pins.size());
+Annotator::Uses Annotator::usesOfPins() const {
+    Uses uses(design_.pins.size());
     for (const Design::Arc& arc : design_.arcs) {
         uses[arc.from] |= arc.wire ? wireFrom : arcFrom;
         uses[arc.to] |= arc.wire ? wireTo : arcTo;
@@ -68,14 +68,14 @@ std::vector<std::uint8_t> Annotator::usesOfPins() const {
 void Annotator::applyDevices() {
     if (devices_.empty())
         return;
-    std::unordered_map<std::uint32_t, std::vector<Key>> arcsOfCells;
+    std::unordered_map<Design::CellId, std::vector<Key>> arcsOfCells;
     for (const DeviceDelay& device : devices_)
         arcsOfCells.try_emplace(device.cell);
     for (const Design::Arc& arc : design_.arcs)
         if (const auto found = arcsOfCells.find(design_.pins[arc.from].cell);
             !arc.wire && found != arcsOfCells.end())
             found->second.push_back({arc.from, arc.to, arc.fromEdge});
-    const std::vector<bool> driven = drivenNets(usesOfPins());
+    const DrivenNets driven = drivenNets(usesOfPins());
     for (const DeviceDelay& device : devices_) {
         const std::vector<Key>& arcs = arcsOfCells.at(device.cell);
         if (arcs.empty())
@@ -86,10 +86,10 @@ void Annotator::applyDevices() {
 
 // Pins without a direction: the one that the delay names is an output, those on driven nets are inputs, and
 // the only one left is the output of a cell that has no other. Of the rest the direction stays unknown.
-void Annotator::directPinsOf(const DeviceDelay& device, const std::vector<bool>& driven) {
+void Annotator::directPinsOf(const DeviceDelay& device, const DrivenNets& driven) {
     bool hasOutput = false;
-    std::vector<std::uint32_t> left;
-    for (const std::uint32_t number : design_.pinsOfCell(device.cell)) {
+    std::vector<Design::PinId> left;
+    for (const Design::PinId number : design_.pinsOfCell(device.cell)) {
         Design::Pin& pin = design_.pins[number];
         if (pin.direction == Design::Direction::unknown && number == device.output)
             pin.direction = Design::Direction::output;
@@ -103,7 +103,7 @@ void Annotator::directPinsOf(const DeviceDelay& device, const std::vector<bool>&
         design_.pins[left.front()].direction = Design::Direction::output;
         return;
     }
-    for (const std::uint32_t number : left)
+    for (const Design::PinId number : left)
         count("pins of cells with DEVICE delays that have no delay, since nothing tells their direction",
               Base::Severity::warning, device.where, design_.pinName(number));
 }
@@ -117,33 +117,33 @@ void Annotator::applyDevice(const DeviceDelay& device, const std::vector<Key>& a
     std::ranges::for_each(arcs, set);
     if (!arcs.empty())
         return;
-    std::vector<std::uint32_t> inputs, outputs;
-    for (const std::uint32_t pin : design_.pinsOfCell(device.cell)) {
+    std::vector<Design::PinId> inputs, outputs;
+    for (const Design::PinId pin : design_.pinsOfCell(device.cell)) {
         if (receives(pin))
             inputs.push_back(pin);
         if (drives(pin) && (device.output == Base::none || pin == device.output))
             outputs.push_back(pin);
     }
     if (inputs.size() * outputs.size() > mostArcs)
-        throw Base::BadInput({file_, device.where.line, device.where.column},
+        throw Base::BadInput(device.where.in(file_),
                              "DEVICE: '" + std::string(design_.cellName(device.cell)) + "' has " +
                                  std::to_string(inputs.size()) + " inputs and " +
                                  std::to_string(outputs.size()) + " outputs: expected delays of its pins");
-    for (const std::uint32_t from : inputs)
-        for (const std::uint32_t to : outputs)
+    for (const Design::PinId from : inputs)
+        for (const Design::PinId to : outputs)
             if (from != to)
                 set({from, to, Design::Transition::any});
 }
 
 // --- Directions ---
 
-bool Annotator::drives(std::uint32_t pin) const {
+bool Annotator::drives(Design::PinId pin) const {
     const Design::Direction direction = design_.pins[pin].direction;
     return direction == Design::Direction::inout ||
            direction == (design_.isPortOfTop(pin) ? Design::Direction::input : Design::Direction::output);
 }
 
-bool Annotator::receives(std::uint32_t pin) const {
+bool Annotator::receives(Design::PinId pin) const {
     const Design::Direction direction = design_.pins[pin].direction;
     return direction == Design::Direction::inout ||
            direction == (design_.isPortOfTop(pin) ? Design::Direction::output : Design::Direction::input);
@@ -151,8 +151,8 @@ bool Annotator::receives(std::uint32_t pin) const {
 
 // Where nothing says a direction, the delays do; a pad's pin takes its port's.
 void Annotator::inferDirections() {
-    const std::vector<std::uint8_t> uses = usesOfPins();
-    for (std::uint32_t number = 0; number < design_.pins.size(); ++number) {
+    const Uses uses = usesOfPins();
+    for (const Design::PinId number : design_.pins.ids()) {
         Design::Pin& pin = design_.pins[number];
         if (pin.direction != Design::Direction::unknown)
             continue;
@@ -168,11 +168,11 @@ void Annotator::inferDirections() {
                             : source       ? Design::Direction::output
                                            : Design::Direction::input;
     }
-    std::vector<bool> seen(design_.nets.size()); // the first port of a net decides
-    for (const std::uint32_t port : design_.ports()) {
+    DrivenNets seen(design_.nets.size()); // the first port of a net decides
+    for (const Design::PinId port : design_.ports()) {
         if (!design_.isPortOfTop(port) || !isFirstOfNet(port, seen))
             continue;
-        for (const std::uint32_t pin : design_.pinsOfNet(design_.pins[port].net))
+        for (const Design::PinId pin : design_.pinsOfNet(design_.pins[port].net))
             if (design_.pins[pin].direction == Design::Direction::unknown)
                 design_.pins[pin].direction = design_.pins[port].direction;
     }
@@ -181,18 +181,18 @@ void Annotator::inferDirections() {
 // --- Pins that the netlist leaves out ---
 
 // The nets that something drives.
-std::vector<bool> Annotator::drivenNets(const std::vector<std::uint8_t>& uses) const {
-    std::vector<bool> driven(design_.nets.size());
-    for (std::uint32_t pin = 0; pin < design_.pins.size(); ++pin)
+Annotator::DrivenNets Annotator::drivenNets(const Uses& uses) const {
+    DrivenNets driven(design_.nets.size());
+    for (const Design::PinId pin : design_.pins.ids())
         if (design_.pins[pin].net != Base::none && (drives(pin) || (uses[pin] & (arcTo | wireFrom)) != 0))
             driven[design_.pins[pin].net] = true;
     return driven;
 }
 
-Annotator::SilentPins Annotator::silentPinsOf(std::uint32_t cell, const std::vector<std::uint8_t>& uses,
-                                              const std::vector<bool>& driven) const {
+Annotator::SilentPins Annotator::silentPinsOf(Design::CellId cell, const Uses& uses,
+                                              const DrivenNets& driven) const {
     SilentPins silent;
-    for (const std::uint32_t number : design_.pinsOfCell(cell)) {
+    for (const Design::PinId number : design_.pinsOfCell(cell)) {
         const Design::Pin& pin = design_.pins[number];
         if (pin.net == Base::none || uses[number] != 0 || loads_.contains(number) ||
             touched_.contains(number))
@@ -210,9 +210,9 @@ Annotator::SilentPins Annotator::silentPinsOf(std::uint32_t cell, const std::vec
 void Annotator::countExtraPins() {
     if (extraPins_.empty())
         return;
-    const std::vector<std::uint8_t> uses = usesOfPins();
-    const std::vector<bool> driven = drivenNets(uses);
-    Base::HashMap<std::uint32_t, SilentPins> silentOf; // by cell
+    const Uses uses = usesOfPins();
+    const DrivenNets driven = drivenNets(uses);
+    Base::HashMap<Design::CellId, SilentPins> silentOf;
     for (const ExtraPin& extra : extraPins_) {
         const auto [place, isNew] = silentOf.try_emplace(design_.pins[extra.pin].cell);
         if (isNew)
@@ -232,11 +232,12 @@ void Annotator::countExtraPins() {
 void Annotator::joinSilentCells() {
     if (loadedCells_.empty())
         return;
-    const std::vector<std::uint8_t> uses = usesOfPins();
-    const std::vector<bool> driven = drivenNets(uses);
-    std::vector<bool> isJoined(design_.cells.size()), isChecked(design_.names.size());
-    for (std::uint32_t pin = 0; pin < design_.pins.size(); ++pin) {
-        const std::uint32_t cell = design_.pins[pin].cell;
+    const Uses uses = usesOfPins();
+    const DrivenNets driven = drivenNets(uses);
+    Base::IndexVector<Design::CellId, bool> isJoined(design_.cells.size());
+    std::vector<bool> isChecked(design_.names.size());
+    for (const Design::PinId pin : design_.pins.ids()) {
+        const Design::CellId cell = design_.pins[pin].cell;
         if (cell == Base::none)
             continue;
         if ((uses[pin] & (arcFrom | arcTo | checked | checking)) != 0 || touched_.contains(pin))
@@ -252,9 +253,9 @@ void Annotator::joinSilentCells() {
 }
 
 // A pin without a direction is an output if nothing else drives its net.
-void Annotator::joinSilentCell(std::uint32_t cell, Sdf::Where where, const std::vector<bool>& driven) {
-    std::vector<std::uint32_t> inputs, outputs;
-    for (const std::uint32_t number : design_.pinsOfCell(cell)) {
+void Annotator::joinSilentCell(Design::CellId cell, Base::Position where, const DrivenNets& driven) {
+    std::vector<Design::PinId> inputs, outputs;
+    for (const Design::PinId number : design_.pinsOfCell(cell)) {
         Design::Pin& pin = design_.pins[number];
         if (pin.net == Base::none)
             continue;
@@ -274,8 +275,8 @@ void Annotator::joinSilentCell(std::uint32_t cell, Sdf::Where where, const std::
               Base::Severity::warning, where, std::string(design_.cellName(cell)));
         return;
     }
-    for (const std::uint32_t from : inputs)
-        for (const std::uint32_t to : outputs)
+    for (const Design::PinId from : inputs)
+        for (const Design::PinId to : outputs)
             if (from != to)
                 addBareArc(from, to, false);
     count(("cells of type '" + type +
@@ -287,15 +288,15 @@ void Annotator::joinSilentCell(std::uint32_t cell, Sdf::Where where, const std::
 // --- Pads ---
 
 void Annotator::joinPads() {
-    const std::vector<std::uint8_t> uses = usesOfPins();
-    const auto isSaid = [&](std::uint32_t pin) {
+    const Uses uses = usesOfPins();
+    const auto isSaid = [&](Design::PinId pin) {
         return (uses[pin] & (arcFrom | arcTo | checked | checking)) != 0 || touched_.contains(pin);
     };
-    Base::HashMap<std::uint32_t, Pad> pads; // by cell
-    const auto padOf = [&](std::uint32_t cell) -> Pad& {
+    Base::HashMap<Design::CellId, Pad> pads;
+    const auto padOf = [&](Design::CellId cell) -> Pad& {
         const auto [place, isNew] = pads.try_emplace(cell);
         Pad& pad = place.value();
-        for (const std::uint32_t pin : isNew ? design_.pinsOfCell(cell) : std::span<const std::uint32_t>())
+        for (const Design::PinId pin : isNew ? design_.pinsOfCell(cell) : std::span<const Design::PinId>())
             if (const Design::Pin& of = design_.pins[pin];
                 of.net != Base::none && !isSaid(pin) &&
                 (of.direction == Design::Direction::input || of.direction == Design::Direction::output))
@@ -303,19 +304,19 @@ void Annotator::joinPads() {
         return pad;
     };
     const auto forEachPadPin = [&](auto use) {
-        std::vector<bool> seen(design_.nets.size());
-        for (const std::uint32_t port : design_.ports()) {
+        DrivenNets seen(design_.nets.size());
+        for (const Design::PinId port : design_.ports()) {
             if (!isFirstOfNet(port, seen))
                 continue;
-            for (const std::uint32_t pin : design_.pinsOfNet(design_.pins[port].net))
+            for (const Design::PinId pin : design_.pinsOfNet(design_.pins[port].net))
                 if (!design_.isPortOfTop(pin) && (isBufferPad(pin) || !isSaid(pin)))
                     use(pin, padOf(design_.pins[pin].cell));
         }
     };
-    forEachPadPin([this](std::uint32_t pin, Pad& pad) {
+    forEachPadPin([this](Design::PinId pin, Pad& pad) {
         pad.arcs += (receives(pin) ? pad.outputs.size() : 0) + (drives(pin) ? pad.inputs.size() : 0);
     });
-    forEachPadPin([this](std::uint32_t pin, const Pad& pad) {
+    forEachPadPin([this](Design::PinId pin, const Pad& pad) {
         if (pad.arcs > mostArcs)
             count(tooManyJoined, Base::Severity::warning, {}, design_.pinName(pin));
         else
@@ -324,44 +325,44 @@ void Annotator::joinPads() {
 }
 
 // Whether the port's net was not seen before: many ports may have one net.
-bool Annotator::isFirstOfNet(std::uint32_t port, std::vector<bool>& seen) const {
-    const std::uint32_t net = design_.pins[port].net;
+bool Annotator::isFirstOfNet(Design::PinId port, DrivenNets& seen) const {
+    const Design::NetId net = design_.pins[port].net;
     if (net == Base::none || seen[net])
         return false;
     seen[net] = true;
     return true;
 }
 
-bool Annotator::isBufferPad(std::uint32_t pin) const {
+bool Annotator::isBufferPad(Design::PinId pin) const {
     return design_.names[design_.pins[pin].name] == bufferPad;
 }
 
 // Zero arcs between the pad's pin and those of the cell's other pins that have neither arc nor check. Of a
 // buffer with registers in it, only the data pins count: its clocks and enables have no delays where they are
 // not used.
-void Annotator::joinPad(std::uint32_t padPin, const Pad& pad) {
+void Annotator::joinPad(Design::PinId padPin, const Pad& pad) {
     const auto isIn = [](std::string_view name, auto names) {
         return std::ranges::find(names, name) != names.end();
     };
-    const auto nameOf = [&](std::uint32_t pin) { return design_.names[design_.pins[pin].name]; };
+    const auto nameOf = [&](Design::PinId pin) { return design_.names[design_.pins[pin].name]; };
     // A cell between two ports comes here with either pin.
-    const auto join = [&](std::uint32_t from, std::uint32_t to) {
-        const auto next = static_cast<std::uint32_t>(design_.arcs.size());
+    const auto join = [&](Design::PinId from, Design::PinId to) {
+        const Design::ArcId next = design_.arcs.next();
         if (arcs_.try_emplace(Key{from, to, Design::Transition::any}, next).second)
             addBareArc(from, to, false);
     };
     const bool buffer = isBufferPad(padPin);
     if (receives(padPin))
-        for (const std::uint32_t pin : pad.outputs)
+        for (const Design::PinId pin : pad.outputs)
             if (pin != padPin && (!buffer || isIn(nameOf(pin), bufferOutputs)))
                 join(padPin, pin);
     if (drives(padPin))
-        for (const std::uint32_t pin : pad.inputs)
+        for (const Design::PinId pin : pad.inputs)
             if (pin != padPin && (!buffer || isIn(nameOf(pin), bufferInputs)))
                 join(pin, padPin);
 }
 
-void Annotator::addBareArc(std::uint32_t from, std::uint32_t to, bool wire) {
+void Annotator::addBareArc(Design::PinId from, Design::PinId to, bool wire) {
     design_.arcs.push_back({.from = from, .to = to, .wire = wire, .bare = true});
     ++bareArcs_;
 }
@@ -370,11 +371,11 @@ void Annotator::addBareArc(std::uint32_t from, std::uint32_t to, bool wire) {
 
 // From every driver of a net to every receiver, net by net.
 void Annotator::makeWires() {
-    std::vector<std::uint32_t> drivers, receivers;
-    for (std::uint32_t net = 0; net < design_.nets.size(); ++net) {
+    std::vector<Design::PinId> drivers, receivers;
+    for (const Design::NetId net : design_.nets.ids()) {
         drivers.clear();
         receivers.clear();
-        for (const std::uint32_t pin : design_.pinsOfNet(net)) {
+        for (const Design::PinId pin : design_.pinsOfNet(net)) {
             if (drives(pin))
                 drivers.push_back(pin);
             if (receives(pin))
@@ -385,14 +386,14 @@ void Annotator::makeWires() {
                                                     "' leads from " + std::to_string(drivers.size()) +
                                                     " pins to " + std::to_string(receivers.size()) +
                                                     ": expected fewer drivers, or fewer receivers");
-        for (const std::uint32_t from : drivers)
-            for (const std::uint32_t to : receivers)
+        for (const Design::PinId from : drivers)
+            for (const Design::PinId to : receivers)
                 if (to != from)
                     makeWire(from, to, net);
     }
 }
 
-void Annotator::makeWire(std::uint32_t from, std::uint32_t to, std::uint32_t net) {
+void Annotator::makeWire(Design::PinId from, Design::PinId to, Design::NetId net) {
     const auto add = [&](const Design::Interval& delay) {
         design_.arcs.push_back({.from = from, .to = to, .wire = true, .delay = delay});
     };
@@ -411,7 +412,7 @@ void Annotator::makeNetsOfWires() {
     for (const Design::Arc& arc : design_.arcs) {
         if (!arc.wire)
             continue;
-        std::uint32_t& net = design_.pins[arc.from].net;
+        Design::NetId& net = design_.pins[arc.from].net;
         if (net == Base::none)
             net = design_.addNet(design_.names.add(design_.pinName(arc.from)));
         design_.pins[arc.to].net = net;
@@ -421,8 +422,8 @@ void Annotator::makeNetsOfWires() {
 // The pin of a pad stands for a port: one that drives a wire and that no arc reaches, or one that a wire
 // reaches and that leads nowhere.
 void Annotator::findPortsOfPads() {
-    const std::vector<std::uint8_t> uses = usesOfPins();
-    for (std::uint32_t pin = 0; pin < design_.pins.size(); ++pin) {
+    const Uses uses = usesOfPins();
+    for (const Design::PinId pin : design_.pins.ids()) {
         if (design_.isPortOfTop(pin))
             continue;
         if (uses[pin] == wireFrom || uses[pin] == wireTo) {

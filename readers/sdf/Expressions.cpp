@@ -20,8 +20,8 @@ void Annotator::applyExpressions() {
     joinExpressions();
     if (invertedPins_.empty())
         return;
-    std::vector<bool> isInverted(design_.pins.size());
-    for (const std::uint32_t pin : invertedPins_)
+    Base::IndexVector<Design::PinId, bool> isInverted(design_.pins.size());
+    for (const Design::PinId pin : invertedPins_)
         isInverted[pin] = true;
     for (Design::Arc& arc : design_.arcs)
         if (!arc.wire && isInverted[arc.from])
@@ -38,13 +38,13 @@ void Annotator::applyExpressions() {
 void Annotator::joinExpressions() {
     if (expressionCells_.empty())
         return;
-    std::vector<bool> hasDelays(design_.cells.size());
+    Base::IndexVector<Design::CellId, bool> hasDelays(design_.cells.size());
     for (const Design::Arc& arc : design_.arcs)
         if (!arc.wire && !design_.isPortOfTop(arc.from))
             hasDelays[design_.pins[arc.from].cell] = true;
-    for (const std::uint32_t cell : expressionCells_)
-        for (const std::uint32_t from : design_.pinsOfCell(cell))
-            for (const std::uint32_t to : design_.pinsOfCell(cell))
+    for (const Design::CellId cell : expressionCells_)
+        for (const Design::PinId from : design_.pinsOfCell(cell))
+            for (const Design::PinId to : design_.pinsOfCell(cell))
                 if (!hasDelays[cell] && from != to && receives(from) && drives(to))
                     addBareArc(from, to, false);
 }

@@ -1,13 +1,13 @@
-// The events of an SDF file, in the order of the file. The parser fires them, a handler builds something of
-// them.
+// The events of an SDF file, in the order of the file. The parser calls a handler for each.
 //
-// Texts are without escapes and are valid during the call only. A port path is split where the file's divider
-// last stands unescaped (a slash is taken too where the divider is a dot, for writers that use it for pins
-// whatever the divider is): the instance before it, relative to the cell's, and the pin behind it. Values are
-// in the file's own time unit, as written.
+// Texts are without escapes and are valid during the call only. A port path is split at the last divider that
+// is not escaped: the instance before it, relative to the cell's, and the pin after it. If the divider is a
+// dot, a slash is taken as well, since some writers always use it before pins. Values are in the file's own
+// time unit, as written.
 #pragma once
 
 #include "base/Decimal.h"
+#include "base/Diagnostics.h"
 #include "design/RoutedDesign.h"
 
 #include <cstdint>
@@ -27,12 +27,12 @@ struct Value {
 struct Path {
     std::string_view instance; // may be empty: the cell's own instance
     std::string_view pin;      // with its bit: "in[3]"
-    // Where the instance has a '.' or '/' that was escaped, so that it belongs to a name.
+    // The offsets in the instance of each '.' or '/' that was escaped, so that it belongs to a name.
     std::span<const std::uint32_t> escaped = {};
 };
 
-// A port with the edge that is asked for: "(posedge clk)" is rise, "(negedge clk)" fall; 01 and its like are
-// any. The condition is there where the port stands in "(COND ...)".
+// A port with the edge that is asked for: "(posedge clk)" is rise, "(negedge clk)" fall; 01 and the like are
+// any. It is conditional if the port is in "(COND ...)".
 struct Event {
     Path path;
     Design::Transition edge = Design::Transition::any;
@@ -58,10 +58,6 @@ enum class CheckKind : std::uint8_t {
     noChange
 };
 
-struct Where {
-    unsigned line = 0, column = 0;
-};
-
 class Handler {
 public:
     virtual ~Handler() = default;
@@ -70,40 +66,40 @@ public:
     // A CELL begins. Instance "" is the design's top, "*" is every instance of the type. escaped: as in a
     // Path.
     virtual void cell(std::string_view type, std::string_view instance,
-                      std::span<const std::uint32_t> escaped, Where) {
+                      std::span<const std::uint32_t> escaped, Base::Position) {
         (void)type, (void)instance, (void)escaped;
     }
     virtual void endCell() {}
 
     // The values of a delay are the 1, 2, 3, 6 or 12 of its list. increment: the delay adds to what is there.
     virtual void ioPath(const Event& from, const Path& to, std::span<const Value> values, bool conditional,
-                        bool increment, Where) {
+                        bool increment, Base::Position) {
         (void)from, (void)to, (void)values, (void)conditional, (void)increment;
     }
     virtual void interconnect(const Path& from, const Path& to, std::span<const Value> values, bool increment,
-                              Where) {
+                              Base::Position) {
         (void)from, (void)to, (void)values, (void)increment;
     }
-    virtual void port(const Path& to, std::span<const Value> values, bool increment, Where) {
+    virtual void port(const Path& to, std::span<const Value> values, bool increment, Base::Position) {
         (void)to, (void)values, (void)increment;
     }
-    virtual void netDelay(const Path& net, std::span<const Value> values, bool increment, Where) {
+    virtual void netDelay(const Path& net, std::span<const Value> values, bool increment, Base::Position) {
         (void)net, (void)values, (void)increment;
     }
     // Without an output the delay is of all of the cell's outputs.
     virtual void device(const std::optional<Path>& output, std::span<const Value> values, bool increment,
-                        Where) {
+                        Base::Position) {
         (void)output, (void)values, (void)increment;
     }
     // setup, hold and their like: data, clock, one value. setupHold and recoveryRemoval: two. width and
     // period: the pin is in `clock`, `data` is empty. skew: both, one value. noChange: both, two.
     virtual void check(CheckKind, const Event& data, const Event& clock, std::span<const Value> values,
-                       Where) {
+                       Base::Position) {
         (void)data, (void)clock, (void)values;
     }
     // Something that is read and has no effect here (PATHPULSE, RETAIN, LABEL, TIMINGENV ...), by its
     // keyword.
-    virtual void ignored(std::string_view keyword, Where) { (void)keyword; }
+    virtual void ignored(std::string_view keyword, Base::Position) { (void)keyword; }
 };
 
 } // namespace Readers::Sdf

@@ -142,7 +142,7 @@ void Lexer::expect(char wanted) {
         fail(quote({&wanted, 1}));
 }
 
-Where Lexer::where() const { return {line_, static_cast<unsigned>(offset() - lineStart_ + 1)}; }
+Base::Position Lexer::where() const { return {line_, static_cast<unsigned>(offset() - lineStart_ + 1)}; }
 
 void Lexer::append(std::string& into, const char* from) {
     into.append(from, at_);
@@ -170,7 +170,7 @@ std::string_view Lexer::run(std::uint8_t wanted) {
 
 Base::Decimal Lexer::number() {
     peek();
-    const Where place = where();
+    const Base::Position place = where();
     const std::string_view text = run(numberCharacter);
     if (text.empty())
         fail("a number");
@@ -350,15 +350,15 @@ std::string Lexer::found() {
 }
 
 void Lexer::fail(std::string_view expected) {
-    const Where place = where();
+    const Base::Position place = where();
     failAt(place, "expected " + std::string(expected) + ", found " + found());
 }
 
-void Lexer::fail(Where place, std::string_view expected, std::string_view found) const {
+void Lexer::fail(Base::Position place, std::string_view expected, std::string_view found) const {
     failAt(place, "expected " + std::string(expected) + ", found " + quote(found));
 }
 
-void Lexer::failAt(Where place, std::string text) const {
+void Lexer::failAt(Base::Position place, std::string text) const {
     throw Base::BadInput({source_.path(), place.line, place.column}, std::move(text));
 }
 

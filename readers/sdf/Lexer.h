@@ -1,8 +1,8 @@
 // The characters of an SDF file, one lexical element at a time.
 //
-// What a character means depends on where it stands: "1:2:3" is a triple, "a[3:0]" a name, "a==1'b1" an
+// The meaning of a character depends on its context: "1:2:3" is a triple, "a[3:0]" a name, "a==1'b1" an
 // expression. So there are no tokens to be classified: the parser looks at the next character and asks for
-// what must stand there.
+// the element that it expects.
 //
 // The file passes through one block. Elements may span blocks of any size: names are gathered in the caller's
 // string, whose room is reused; words and numbers are views that are valid until the next call. Line and
@@ -23,8 +23,8 @@ namespace Readers::Sdf {
 // A hierarchical name without its escapes, and where its pin begins.
 struct NameText {
     std::string text;
-    std::size_t split = std::string::npos; // the last divider that stands unescaped
-    std::vector<std::uint32_t> escaped;    // where a '.' or '/' stands that was escaped
+    std::size_t split = std::string::npos; // the last divider that is not escaped
+    std::vector<std::uint32_t> escaped;    // the offsets of each '.' or '/' that was escaped
     // A part begins with a backslash. A blank may end it, as in Verilog: "u.\a+b .Q".
     bool endsAtBlank = false;
 
@@ -54,7 +54,7 @@ public:
 
     // --- The next character ---------------------------------------------------------------------------------------
 
-    // Skips white space and comments. The character that follows is not taken; endOfFile where there is none.
+    // Skips white space and comments. The character that follows is not taken; endOfFile if there is none.
     int peek() {
         const auto next = static_cast<unsigned char>(*at_);
         return isElement(next) ? next : peekBehindSpace();
@@ -70,18 +70,18 @@ public:
     void skip() { ++at_; }
     void expect(char wanted);
     // The place of the character that peek() found.
-    Where where() const;
+    Base::Position where() const;
 
     static bool isNameStart(int character);
     static bool isLetter(int character);
 
     // --- Elements -------------------------------------------------------------------------------------------------
 
-    // Letters, digits and underscores; empty where none stands. Valid until the next call.
+    // Letters, digits and underscores; empty if there are none. Valid until the next call.
     std::string_view word() { return run(wordCharacter); }
     // A number. Valid until the next call.
     Base::Decimal number();
-    // A name with its bits, which must be there: `expected` says what it is.
+    // A name with its bits, which must be there: `expected` names it in the error.
     void name(NameText& into, std::string_view expected);
     // The text between quotes, which must be there.
     void quoted(std::string& into);
@@ -89,21 +89,21 @@ public:
     void bare(std::string& into);
     // Everything up to the closing parenthesis that belongs to one already taken. That is taken too.
     void skipGroup();
-    // The letters and digits that stand right here, without white space before them.
+    // The letters and digits that follow directly, without white space before them.
     void wordHere(std::string& into);
     // One character of an expression that is no name and no parenthesis.
     int skipOperator();
-    // The name that stands right here, up to a bit or a range.
+    // The name that follows directly, up to a bit or a range.
     void skipName();
 
     // --- Errors ---------------------------------------------------------------------------------------------------
 
-    // "expected ..., found ...", with what stands next.
+    // "expected ..., found ...", with the text that comes next.
     [[noreturn]] void fail(std::string_view expected);
     // The same for something taken already.
-    [[noreturn]] void fail(Where place, std::string_view expected, std::string_view found) const;
+    [[noreturn]] void fail(Base::Position place, std::string_view expected, std::string_view found) const;
     // Anything else.
-    [[noreturn]] void failAt(Where place, std::string text) const;
+    [[noreturn]] void failAt(Base::Position place, std::string text) const;
 
 private:
     enum Class : std::uint8_t {

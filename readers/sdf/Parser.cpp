@@ -28,26 +28,26 @@ private:
     void timeScale();
     void endHeader();
 
-    void cell(Where place);
+    void cell(Base::Position place);
     void instance();
     void beginCell();
-    void cellSection(Keyword keyword, Where place);
+    void cellSection(Keyword keyword, Base::Position place);
     void delaySection();
     void delayStatements(bool increment);
     void timingCheckSection();
 
-    void delayStatement(Keyword keyword, Where place, bool increment);
-    void ioPath(Where place, bool conditional, bool increment);
+    void delayStatement(Keyword keyword, Base::Position place, bool increment);
+    void ioPath(Base::Position place, bool conditional, bool increment);
     void guardedPath(bool increment);
     std::span<const Value> delays();
 
-    void check(Keyword keyword, Where place);
-    void pairCheck(CheckKind kind, std::size_t count, Where place);
-    void pulseCheck(CheckKind kind, Where place);
+    void check(Keyword keyword, Base::Position place);
+    void pairCheck(CheckKind kind, std::size_t count, Base::Position place);
+    void pulseCheck(CheckKind kind, Base::Position place);
     void stampConditions();
-    void bidirectionalSkew(Where place);
+    void bidirectionalSkew(Base::Position place);
 
-    void ignore(Keyword keyword, Where place);
+    void ignore(Keyword keyword, Base::Position place);
 
     Base::Source& source_;
     Handler& handler_;
@@ -61,7 +61,7 @@ private:
     std::string version_, design_, program_;
     std::string cellType_, instance_;
     std::vector<std::uint32_t> instanceEscapes_; // where a '.' or '/' of the instance was escaped
-    Where cellPlace_;
+    Base::Position cellPlace_;
     bool cellBegun_ = false; // its event was fired
     std::string text_;
     EventText from_, to_; // of a check: data and clock
@@ -85,7 +85,7 @@ void Parser::file() {
     lexer_.expect('(');
     if (phrases_.keyword() != Keyword::delayFile)
         phrases_.refuse("DELAYFILE");
-    for (Where place; phrases_.open(place);) {
+    for (Base::Position place; phrases_.open(place);) {
         const Keyword keyword = phrases_.keyword();
         if (keyword == Keyword::cell) {
             endHeader();
@@ -137,7 +137,7 @@ void Parser::headerText(std::string& into) {
 
 void Parser::divider() {
     lexer_.peek();
-    const Where place = lexer_.where();
+    const Base::Position place = lexer_.where();
     headerText(text_);
     if (text_ != "." && text_ != "/")
         lexer_.fail(place, "'.' or '/'", text_);
@@ -153,7 +153,7 @@ void Parser::timeScale() {
     constexpr int largestPower = 2;
 
     lexer_.peek();
-    const Where place = lexer_.where();
+    const Base::Position place = lexer_.where();
     headerText(text_);
     const std::string_view text = text_;
     const std::size_t digits = std::min(text.find_first_not_of("0123456789."), text.size());
@@ -186,7 +186,7 @@ void Parser::endHeader() {
 
 // --- A cell -------------------------------------------------------------------------------------------------------------
 
-void Parser::cell(Where place) {
+void Parser::cell(Base::Position place) {
     lexer_.expect('(');
     if (phrases_.keyword() != Keyword::cellType)
         phrases_.refuse("CELLTYPE");
@@ -200,7 +200,7 @@ void Parser::cell(Where place) {
 
     cellPlace_ = place;
     cellBegun_ = false;
-    for (Where section; phrases_.open(section);)
+    for (Base::Position section; phrases_.open(section);)
         cellSection(phrases_.keyword(), section);
     lexer_.expect(')');
     beginCell();
@@ -230,7 +230,7 @@ void Parser::instance() {
     instance_ += name.text;
 }
 
-void Parser::cellSection(Keyword keyword, Where place) {
+void Parser::cellSection(Keyword keyword, Base::Position place) {
     switch (keyword) {
     case Keyword::instance:
         if (cellBegun_)
@@ -254,7 +254,7 @@ void Parser::cellSection(Keyword keyword, Where place) {
 }
 
 void Parser::delaySection() {
-    for (Where place; phrases_.open(place);) {
+    for (Base::Position place; phrases_.open(place);) {
         switch (const Keyword keyword = phrases_.keyword()) {
         case Keyword::absolute:
             delayStatements(false);
@@ -275,20 +275,20 @@ void Parser::delaySection() {
 }
 
 void Parser::delayStatements(bool increment) {
-    for (Where place; phrases_.open(place);)
+    for (Base::Position place; phrases_.open(place);)
         delayStatement(phrases_.keyword(), place, increment);
     lexer_.expect(')');
 }
 
 void Parser::timingCheckSection() {
-    for (Where place; phrases_.open(place);)
+    for (Base::Position place; phrases_.open(place);)
         check(phrases_.keyword(), place);
     lexer_.expect(')');
 }
 
 // --- Delays -------------------------------------------------------------------------------------------------------------
 
-void Parser::delayStatement(Keyword keyword, Where place, bool increment) {
+void Parser::delayStatement(Keyword keyword, Base::Position place, bool increment) {
     switch (keyword) {
     case Keyword::ioPath:
         return ioPath(place, false, increment);
@@ -326,10 +326,10 @@ void Parser::delayStatement(Keyword keyword, Where place, bool increment) {
     }
 }
 
-void Parser::ioPath(Where place, bool conditional, bool increment) {
+void Parser::ioPath(Base::Position place, bool conditional, bool increment) {
     phrases_.edgedPort(from_);
     phrases_.port(to_.name);
-    for (Where retain; phrases_.retention(retain);)
+    for (Base::Position retain; phrases_.retention(retain);)
         handler_.ignored(toString(Keyword::retain), retain);
     const std::span<const Value> values = delays();
     handler_.ioPath(from_.event(), to_.name.path(), values, conditional, increment, place);
@@ -337,7 +337,7 @@ void Parser::ioPath(Where place, bool conditional, bool increment) {
 
 // The "(IOPATH ...))" behind a condition, or behind the CONDELSE that holds where no condition does.
 void Parser::guardedPath(bool increment) {
-    Where place;
+    Base::Position place;
     if (!phrases_.open(place))
         lexer_.fail("'('");
     if (phrases_.keyword() != Keyword::ioPath)
@@ -355,7 +355,7 @@ std::span<const Value> Parser::delays() {
 
 // --- Timing checks ------------------------------------------------------------------------------------------------------
 
-void Parser::check(Keyword keyword, Where place) {
+void Parser::check(Keyword keyword, Base::Position place) {
     switch (keyword) {
     case Keyword::setup:
         return pairCheck(CheckKind::setup, 1, place);
@@ -391,7 +391,7 @@ void Parser::check(Keyword keyword, Where place) {
 }
 
 // A check of two ports with one value, or with two and perhaps conditions behind them.
-void Parser::pairCheck(CheckKind kind, std::size_t count, Where place) {
+void Parser::pairCheck(CheckKind kind, std::size_t count, Base::Position place) {
     phrases_.checkedPort(from_);
     phrases_.checkedPort(to_);
     const std::span<const Value> values = phrases_.exactly(count);
@@ -403,7 +403,7 @@ void Parser::pairCheck(CheckKind kind, std::size_t count, Where place) {
 
 // "(SCOND condition)", of the first port, and "(CCOND condition)", of the second.
 void Parser::stampConditions() {
-    for (Where place; phrases_.open(place);) {
+    for (Base::Position place; phrases_.open(place);) {
         const Keyword keyword = phrases_.keyword();
         if (keyword != Keyword::scond && keyword != Keyword::ccond)
             phrases_.refuse("SCOND or CCOND");
@@ -413,7 +413,7 @@ void Parser::stampConditions() {
     }
 }
 
-void Parser::pulseCheck(CheckKind kind, Where place) {
+void Parser::pulseCheck(CheckKind kind, Base::Position place) {
     phrases_.checkedPort(to_);
     const std::span<const Value> values = phrases_.exactly(1);
     lexer_.expect(')');
@@ -421,7 +421,7 @@ void Parser::pulseCheck(CheckKind kind, Where place) {
 }
 
 // A skew with a value for either order of the ports. There is no check of that kind.
-void Parser::bidirectionalSkew(Where place) {
+void Parser::bidirectionalSkew(Base::Position place) {
     phrases_.checkedPort(from_);
     phrases_.checkedPort(to_);
     phrases_.exactly(2);
@@ -430,7 +430,7 @@ void Parser::bidirectionalSkew(Where place) {
 }
 
 // Passes over the rest of a section.
-void Parser::ignore(Keyword keyword, Where place) {
+void Parser::ignore(Keyword keyword, Base::Position place) {
     lexer_.skipGroup();
     handler_.ignored(toString(keyword), place);
 }

@@ -7,7 +7,7 @@ namespace Readers::Sdf {
 
 // --- Statements ---------------------------------------------------------------------------------------------------------
 
-bool Phrases::open(Where& place) {
+bool Phrases::open(Base::Position& place) {
     if (lexer_.peek() != '(')
         return false;
     place = lexer_.where();
@@ -204,7 +204,7 @@ bool Phrases::delay(Value& into) {
     return limits != 0;
 }
 
-bool Phrases::retention(Where& place) {
+bool Phrases::retention(Base::Position& place) {
     opened_ = open(openedPlace_);
     place = openedPlace_;
     if (!opened_ || !Lexer::isLetter(lexer_.peek()))

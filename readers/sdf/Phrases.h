@@ -29,8 +29,8 @@ public:
     // --- Statements -----------------------------------------------------------------------------------------------
 
     // Whether a parenthesis opens here; then it is taken, and its place known.
-    bool open(Where& place);
-    // The word behind an opening parenthesis; Keyword::none where it is unknown.
+    bool open(Base::Position& place);
+    // The word behind an opening parenthesis; Keyword::none if it is unknown.
     Keyword keyword();
     // Refuses the word that keyword() took last.
     [[noreturn]] void refuse(std::string_view expected) const;
@@ -56,12 +56,12 @@ public:
     // may carry limits of pulses; the values of an IOPATH may follow on times of retention.
     struct Delays {
         std::span<const Value> values;
-        bool limits = false; // some were passed over
-        Where limitsPlace;   // the first of them
+        bool limits = false;        // some were passed over
+        Base::Position limitsPlace; // the first of them
     };
     Delays delays();
     // Passes over "(RETAIN ...)". Whether there was one.
-    bool retention(Where& place);
+    bool retention(Base::Position& place);
 
 private:
     void edgeWord();
@@ -74,10 +74,10 @@ private:
     void member(std::optional<Base::Decimal>& into, char behind);
 
     Lexer& lexer_;
-    Where wordPlace_;
-    std::string_view word_; // as long as the lexer stands still
+    Base::Position wordPlace_;
+    std::string_view word_; // valid until the lexer is used again
     std::array<Value, mostValues> values_;
-    Where openedPlace_;
+    Base::Position openedPlace_;
     bool opened_ = false; // the parenthesis of the first value was taken by retention()
     std::string label_;
     std::string closing_; // what closes the parentheses of a condition that are open

@@ -25,22 +25,22 @@ bool contains(std::span<const std::uint32_t> places, std::size_t place) {
 
 // --- Instances ---
 
-std::uint32_t Annotator::findInstance(const Spelled& instance) {
+Design::CellId Annotator::findInstance(const Spelled& instance) {
     if (!hasNetlist_)
         return findWithoutNetlist(instance.text);
-    const std::uint32_t straight = design_.findCell(instance.text);
+    const Design::CellId straight = design_.findCell(instance.text);
     const bool isPlain = divider_ == '/' || instance.text.find('.') == std::string_view::npos;
     if (straight != Base::none && (isPlain || (instance.escaped.empty() && settled_[straight])))
         return takeStraight(straight, instance);
     if (!isPlain)
-        if (const std::uint32_t cell = findDotted(instance, straight); cell != Base::none)
+        if (const Design::CellId cell = findDotted(instance, straight); cell != Base::none)
             return takeStraight(cell, instance);
     return findSpelled(instance);
 }
 
 // An instance's name as the file spells it becomes the cell's, if wires spelled it with slashes.
-std::uint32_t Annotator::findWithoutNetlist(std::string_view instance) {
-    std::uint32_t cell = design_.findCell(instance);
+Design::CellId Annotator::findWithoutNetlist(std::string_view instance) {
+    Design::CellId cell = design_.findCell(instance);
     if (cell != Base::none || divider_ == '/')
         return cell;
     std::string slashed(instance);
@@ -53,17 +53,17 @@ std::uint32_t Annotator::findWithoutNetlist(std::string_view instance) {
 
 // With dots as dividers. The netlist separates hierarchy by a slash: the name as the file spells it becomes
 // the cell's, unless that could be another cell's too.
-std::uint32_t Annotator::findDotted(const Spelled& instance, std::uint32_t straight) {
+Design::CellId Annotator::findDotted(const Spelled& instance, Design::CellId straight) {
     std::string slashed(instance.text);
     for (std::size_t at = 0; at < slashed.size(); ++at)
         if (slashed[at] == '.' && !contains(instance.escaped, at))
             slashed[at] = '/';
-    const std::uint32_t cell = slashed == instance.text ? Base::none : design_.findCell(slashed);
+    const Design::CellId cell = slashed == instance.text ? Design::CellId() : design_.findCell(slashed);
     if (cell == Base::none || cell == straight)
         return straight == Base::none ? Base::none : settle(straight);
     if (straight != Base::none) {
         if (instance.escaped.empty() && !settled_[cell])
-            diagnostics_.warning({file_, instance.where.line, instance.where.column},
+            diagnostics_.warning(instance.where.in(file_),
                                  "'" + std::string(instance.text) + "' is taken for '" + slashed +
                                      "': the netlist has '" + std::string(instance.text) +
                                      "' too, whose dots would have to be escaped");
@@ -74,8 +74,8 @@ std::uint32_t Annotator::findDotted(const Spelled& instance, std::uint32_t strai
     return settle(cell);
 }
 
-std::uint32_t Annotator::findSpelled(const Spelled& instance) {
-    if (const std::uint32_t cell = onlyMatch(instance.text, instance); cell != Base::none) {
+Design::CellId Annotator::findSpelled(const Spelled& instance) {
+    if (const Design::CellId cell = onlyMatch(instance.text, instance); cell != Base::none) {
         design_.rename(cell, design_.names.add(instance.text));
         return takeStraight(settle(cell), instance);
     }
@@ -83,11 +83,11 @@ std::uint32_t Annotator::findSpelled(const Spelled& instance) {
 }
 
 // The only instance of that name, however it is spelled.
-std::uint32_t Annotator::onlyMatch(std::string_view name, const Spelled& instance) {
+Design::CellId Annotator::onlyMatch(std::string_view name, const Spelled& instance) {
     const Spelling::Match match = spelling().find(Spelling::reduced(name));
     if (match.other != Base::none)
         throw Base::BadInput(
-            {file_, instance.where.line, instance.where.column},
+            instance.where.in(file_),
             "'" + std::string(instance.text) + "' may be '" + std::string(design_.cellName(match.cell)) +
                 "' or '" + std::string(design_.cellName(match.other)) +
                 "' of the netlist: expected the spelling of one of them, with a '\\' before each "
@@ -95,7 +95,7 @@ std::uint32_t Annotator::onlyMatch(std::string_view name, const Spelled& instanc
     return match.cell;
 }
 
-std::uint32_t Annotator::settle(std::uint32_t cell) {
+Design::CellId Annotator::settle(Design::CellId cell) {
     settled_[cell] = true;
     return cell;
 }
@@ -109,11 +109,11 @@ const Spelling& Annotator::spelling() {
 // --- Prefixes ---
 
 // An instance that was found without a prefix. All names from the top have one, or none has.
-std::uint32_t Annotator::takeStraight(std::uint32_t cell, const Spelled& instance) {
+Design::CellId Annotator::takeStraight(Design::CellId cell, const Spelled& instance) {
     if (isPrefixed_)
         return cell;
     if (!guessedBy_.empty())
-        throw Base::BadInput({file_, instance.where.line, instance.where.column},
+        throw Base::BadInput(instance.where.in(file_),
                              "'" + std::string(instance.text) + "' is an instance of the netlist, but " +
                                  guessedBy_ + ": expected names that all begin with '" + prefix_ +
                                  "', or none");
@@ -122,13 +122,13 @@ std::uint32_t Annotator::takeStraight(std::uint32_t cell, const Spelled& instanc
     return cell;
 }
 
-std::uint32_t Annotator::findBelowPrefix(const Spelled& instance) {
+Design::CellId Annotator::findBelowPrefix(const Spelled& instance) {
     if (!instance.text.starts_with(prefix_))
         return Base::none;
     const std::string_view below = instance.text.substr(prefix_.size());
-    if (const std::uint32_t cell = design_.findCell(below); cell != Base::none && settled_[cell])
+    if (const Design::CellId cell = design_.findCell(below); cell != Base::none && settled_[cell])
         return cell;
-    const std::uint32_t cell = onlyMatch(below, instance);
+    const Design::CellId cell = onlyMatch(below, instance);
     if (cell == Base::none)
         return Base::none;
     design_.rename(cell, design_.names.add(below));
@@ -137,7 +137,7 @@ std::uint32_t Annotator::findBelowPrefix(const Spelled& instance) {
 
 // Without an instance that was found as it stands, the first one that the netlist has below some prefix shows
 // it; else only one below the top's own name.
-std::uint32_t Annotator::guessPrefix(const Spelled& instance) {
+Design::CellId Annotator::guessPrefix(const Spelled& instance) {
     for (std::size_t at = instance.text.find_first_of(dividers); at != std::string_view::npos;
          at = instance.text.find_first_of(dividers, at + 1)) {
         const std::string_view above = instance.text.substr(0, at), below = instance.text.substr(at + 1);
@@ -159,7 +159,7 @@ std::uint32_t Annotator::guessPrefix(const Spelled& instance) {
 }
 
 // Something else has to agree than a name: the cell's type, or the other end of a wire.
-bool Annotator::showsPrefix(const Spelled& instance, std::string_view prefix, std::uint32_t cell) const {
+bool Annotator::showsPrefix(const Spelled& instance, std::string_view prefix, Design::CellId cell) const {
     return instance.otherEnd.empty() ? design_.names[design_.cells[cell].type] == instance.type
                                      : instance.otherEnd.starts_with(prefix.substr(0, prefix.size() - 1));
 }
@@ -185,7 +185,7 @@ bool Annotator::isAbove(const Spelled& instance) {
 }
 
 void Annotator::cell(std::string_view type, std::string_view instance, std::span<const std::uint32_t> escaped,
-                     Sdf::Where where) {
+                     Base::Position where) {
     instance_ = instance;
     escaped_.assign(escaped.begin(), escaped.end());
     cells_.clear();
@@ -195,13 +195,13 @@ void Annotator::cell(std::string_view type, std::string_view instance, std::span
         return;
     if (instance == "*") {
         const std::optional<Base::Name> name = design_.names.find(type);
-        for (std::uint32_t number = 0; name && number < design_.cells.size(); ++number)
-            if (design_.cells[number].type == *name)
+        for (const Design::CellId number : design_.cells.ids())
+            if (name && design_.cells[number].type == *name)
                 cells_.push_back(number);
         return;
     }
     const Spelled spelled{instance_, escaped_, type, where};
-    std::uint32_t number = findInstance(spelled);
+    Design::CellId number = findInstance(spelled);
     if (number == Base::none && !hasNetlist_)
         number = design_.addCell(design_.names.add(instance), design_.names.add(type));
     if (!hasNetlist_ && design_.names[design_.cells[number].type].empty())
@@ -217,7 +217,7 @@ void Annotator::cell(std::string_view type, std::string_view instance, std::span
 }
 
 // A delay or a check of an instance that is no cell is lost. Each CELL counts once.
-void Annotator::countLost(Sdf::Where where) {
+void Annotator::countLost(Base::Position where) {
     if (isAbove_)
         count(unknownInstances, Base::Severity::warning, where, instance_);
     isAbove_ = false;
@@ -225,12 +225,12 @@ void Annotator::countLost(Sdf::Where where) {
 
 // --- Pins ---
 
-std::uint32_t Annotator::pinOf(std::uint32_t cell, std::string_view pin, Sdf::Where where, bool isWire) {
-    std::uint32_t number = design_.findPin(cell, pin);
+Design::PinId Annotator::pinOf(Design::CellId cell, std::string_view pin, Base::Position where, bool isWire) {
+    Design::PinId number = design_.findPin(cell, pin);
     if (number == Base::none && !hasNetlist_)
         number = design_.addPin(cell, design_.names.add(pin));
     if (hasNetlist_ && cell != Base::none && (number == Base::none || extraOf_.contains(number)))
-        number = isWire ? Base::none : extraPin(cell, pin, where);
+        number = isWire ? Design::PinId() : extraPin(cell, pin, where);
     if (number != Base::none && design_.names[design_.pins[number].name] != pin)
         design_.renamePin(number, design_.names.add(pin)); // a vector of one bit, as the file spells it
     if (number == Base::none)
@@ -241,10 +241,10 @@ std::uint32_t Annotator::pinOf(std::uint32_t cell, std::string_view pin, Sdf::Wh
 }
 
 // A pin of a known cell that the netlist leaves out, since nothing is connected to it.
-std::uint32_t Annotator::extraPin(std::uint32_t cell, std::string_view pin, Sdf::Where where) {
-    const std::uint32_t known = design_.findPin(cell, pin);
-    const std::uint32_t number = known == Base::none ? design_.addPin(cell, design_.names.add(pin)) : known;
-    const auto [place, isNew] = extraOf_.try_emplace(number, static_cast<std::uint32_t>(extraPins_.size()));
+Design::PinId Annotator::extraPin(Design::CellId cell, std::string_view pin, Base::Position where) {
+    const Design::PinId known = design_.findPin(cell, pin);
+    const Design::PinId number = known == Base::none ? design_.addPin(cell, design_.names.add(pin)) : known;
+    const auto [place, isNew] = extraOf_.try_emplace(number, extraPins_.next());
     if (isNew)
         extraPins_.push_back({number, where});
     ++extraPins_[place->second].count;
@@ -252,7 +252,7 @@ std::uint32_t Annotator::extraPin(std::uint32_t cell, std::string_view pin, Sdf:
 }
 
 // A path from the top, or from the instance of the current CELL.
-std::uint32_t Annotator::resolve(const Sdf::Path& path, Sdf::Where where) {
+Design::PinId Annotator::resolve(const Sdf::Path& path, Base::Position where) {
     std::string instance(path.instance);
     std::vector<std::uint32_t> escaped(path.escaped.begin(), path.escaped.end());
     if (!atTop_ && !instance_.empty()) {
@@ -266,12 +266,12 @@ std::uint32_t Annotator::resolve(const Sdf::Path& path, Sdf::Where where) {
     const Spelled spelled{instance, escaped, {}, where};
     if (instance.empty() && (!hasNetlist_ || design_.findPin(Base::none, path.pin) != Base::none))
         return pinOf(Base::none, path.pin, where, true);
-    std::uint32_t cell = instance.empty() ? Base::none : findInstance(spelled);
+    Design::CellId cell = instance.empty() ? Design::CellId() : findInstance(spelled);
     if (cell == Base::none && !hasNetlist_)
         cell = design_.addCell(design_.names.add(instance), design_.names.add(""));
     if (cell != Base::none)
         return pinOf(cell, path.pin, where, true);
-    const std::uint32_t pin = resolveOtherwise(spelled, path.pin);
+    const Design::PinId pin = resolveOtherwise(spelled, path.pin);
     if (pin == Base::none)
         count(unknownPins, Base::Severity::warning, where,
               path.instance.empty() ? std::string(path.pin)
@@ -281,14 +281,14 @@ std::uint32_t Annotator::resolve(const Sdf::Path& path, Sdf::Where where) {
 
 // Of an instance that the netlist does not have: a port with dividers in its name, a port below the prefix,
 // or a pin behind another divider.
-std::uint32_t Annotator::resolveOtherwise(const Spelled& instance, std::string_view pin) {
+Design::PinId Annotator::resolveOtherwise(const Spelled& instance, std::string_view pin) {
     std::string text(instance.text);
     for (const char divider : dividers)
-        if (const std::uint32_t port = design_.findPin(Base::none, text + divider + std::string(pin));
+        if (const Design::PinId port = design_.findPin(Base::none, text + divider + std::string(pin));
             !text.empty() && port != Base::none)
             return port;
     if (!text.empty() && (prefix_.empty() ? text == design_.name : text + divider_ == prefix_))
-        if (const std::uint32_t port = design_.findPin(Base::none, pin); port != Base::none) {
+        if (const Design::PinId port = design_.findPin(Base::none, pin); port != Base::none) {
             prefix_ = text + divider_;
             return port;
         }
@@ -298,11 +298,11 @@ std::uint32_t Annotator::resolveOtherwise(const Spelled& instance, std::string_v
     if (!text.empty())
         text += '/';
     text += pin.substr(0, split);
-    const std::uint32_t cell = findInstance({text, instance.escaped, {}, instance.where});
-    return cell == Base::none ? Base::none : design_.findPin(cell, pin.substr(split + 1));
+    const Design::CellId cell = findInstance({text, instance.escaped, {}, instance.where});
+    return cell == Base::none ? Design::PinId() : design_.findPin(cell, pin.substr(split + 1));
 }
 
-std::uint32_t Annotator::resolveInCell(std::uint32_t cell, const Sdf::Path& path, Sdf::Where where) {
+Design::PinId Annotator::resolveInCell(Design::CellId cell, const Sdf::Path& path, Base::Position where) {
     return path.instance.empty() ? pinOf(cell, path.pin, where, false) : resolve(path, where);
 }
 

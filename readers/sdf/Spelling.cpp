@@ -13,7 +13,7 @@ std::string Spelling::reduced(std::string_view name) {
 }
 
 Spelling::Spelling(const Design::RoutedDesign& design) {
-    for (std::uint32_t cell = 0; cell < design.cells.size(); ++cell) {
+    for (const Design::CellId cell : design.cells.ids()) {
         const std::string name = reduced(design.cellName(cell));
         Match& match = entryOf(name).match;
         (match.cell == Base::none ? match.cell : match.other) = cell;

@@ -18,7 +18,7 @@ class Spelling {
 public:
     // The instances that a spelling fits; `other` if there is more than one.
     struct Match {
-        std::uint32_t cell = Base::none, other = Base::none;
+        Design::CellId cell = Base::none, other = Base::none;
     };
 
     explicit Spelling(const Design::RoutedDesign& design);

@@ -15,12 +15,26 @@ using Model::ClockGroups;
 
 constexpr std::uint32_t clocks = 6;
 
-bool contains(const ClockGroups::Group& group, std::uint32_t clock) {
+auto allClocks() { return Base::firstIds<Design::ClockId>(clocks); }
+
+using Numbers = std::vector<std::vector<std::uint32_t>>;
+
+ClockGroups::Groups groupsOf(const Numbers& numbers) {
+    ClockGroups::Groups groups;
+    for (const std::vector<std::uint32_t>& group : numbers) {
+        groups.emplace_back();
+        for (const std::uint32_t clock : group)
+            groups.back().push_back(Design::ClockId(clock));
+    }
+    return groups;
+}
+
+bool contains(const ClockGroups::Group& group, Design::ClockId clock) {
     return std::ranges::find(group, clock) != group.end();
 }
 
 // Word for word: in groups of the statement, and none in common; a single group is against all others.
-bool separates(const ClockGroups::Groups& groups, std::uint32_t a, std::uint32_t b) {
+bool separates(const ClockGroups::Groups& groups, Design::ClockId a, Design::ClockId b) {
     bool aIn = false, bIn = false;
     for (const ClockGroups::Group& group : groups) {
         if (contains(group, a) && contains(group, b))
@@ -35,32 +49,34 @@ bool separates(const ClockGroups::Groups& groups, std::uint32_t a, std::uint32_t
 template <class Separated>
 std::string pairs(Separated isSeparated) {
     std::string text;
-    for (std::uint32_t a = 0; a < clocks; ++a)
-        for (std::uint32_t b = a + 1; b < clocks; ++b)
-            if (isSeparated(a, b))
-                text += (text.empty() ? "" : " ") + std::string{static_cast<char>('a' + a)} +
-                        static_cast<char>('a' + b);
+    for (const Design::ClockId a : allClocks())
+        for (const Design::ClockId b : allClocks())
+            if (a < b && isSeparated(a, b))
+                text += (text.empty() ? "" : " ") + std::string{static_cast<char>('a' + a.number())} +
+                        static_cast<char>('a' + b.number());
     return text;
 }
 
 std::string pairsOf(const std::vector<ClockGroups::Groups>& statements) {
-    return pairs([&](std::uint32_t a, std::uint32_t b) {
+    return pairs([&](Design::ClockId a, Design::ClockId b) {
         return std::ranges::any_of(
             statements, [&](const ClockGroups::Groups& groups) { return separates(groups, a, b); });
     });
 }
 
-std::vector<Design::ClockGroups> stated(const std::vector<ClockGroups::Groups>& all) {
-    std::vector<Design::ClockGroups> statements;
+using Statements = Base::IndexVector<Design::ClockGroupsId, Design::ClockGroups>;
+
+Statements stated(const std::vector<ClockGroups::Groups>& all) {
+    Statements statements;
     for (const ClockGroups::Groups& groups : all)
         statements.push_back({"", groups, {}});
     return statements;
 }
 
 bool isDisjoint(const ClockGroups::Groups& groups) {
-    std::vector<bool> seen(clocks);
+    Base::IndexVector<Design::ClockId, bool> seen(clocks);
     for (const ClockGroups::Group& group : groups)
-        for (const std::uint32_t clock : group) {
+        for (const Design::ClockId clock : group) {
             if (seen[clock])
                 return false;
             seen[clock] = true;
@@ -70,7 +86,7 @@ bool isDisjoint(const ClockGroups::Groups& groups) {
 
 TEST(ClockGroups, SeparateClocksThatShareNone) {
     const struct {
-        ClockGroups::Groups groups;
+        Numbers groups;
         std::string expected;
     } rows[] = {
         {{{0}, {1}}, "ab"},
@@ -87,20 +103,27 @@ TEST(ClockGroups, SeparateClocksThatShareNone) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(Support::rowOf(rows, row));
-        const ClockGroups groups(stated({row.groups}), clocks);
-        EXPECT_EQ(pairs([&](auto a, auto b) { return groups.separating(a, b).has_value(); }), row.expected);
-        EXPECT_EQ(pairsOf(ClockGroups::disjoint(row.groups)), row.expected);
+        const ClockGroups::Groups of = groupsOf(row.groups);
+        const ClockGroups groups(stated({of}), clocks);
+        EXPECT_EQ(pairs([&](auto a, auto b) { return groups.separating(a, b) != Base::none; }), row.expected);
+        EXPECT_EQ(pairsOf(ClockGroups::disjoint(of)), row.expected);
     }
 }
 
 TEST(ClockGroups, NameTheFirstStatement) {
-    const ClockGroups groups(stated({{{0}, {1}}, {{2}}, {{0, 1}, {1, 2}}, {{0}, {1, 2}}}), clocks);
-    EXPECT_EQ(groups.separating(0, 1), 0U);
-    EXPECT_EQ(groups.separating(1, 0), 0U);
-    EXPECT_EQ(groups.separating(0, 2), 1U);
-    EXPECT_EQ(groups.separating(5, 2), 1U);
-    EXPECT_EQ(groups.separating(3, 4), std::nullopt);
-    EXPECT_EQ(groups.separating(2, 2), std::nullopt);
+    const ClockGroups groups(
+        stated({groupsOf({{0}, {1}}), groupsOf({{2}}), groupsOf({{0, 1}, {1, 2}}), groupsOf({{0}, {1, 2}})}),
+        clocks);
+    const auto separating = [&](std::uint32_t a, std::uint32_t b) {
+        return groups.separating(Design::ClockId(a), Design::ClockId(b));
+    };
+    const Design::ClockGroupsId first(0U), second(1U), none;
+    EXPECT_EQ(separating(0, 1), first);
+    EXPECT_EQ(separating(1, 0), first);
+    EXPECT_EQ(separating(0, 2), second);
+    EXPECT_EQ(separating(5, 2), second);
+    EXPECT_EQ(separating(3, 4), none);
+    EXPECT_EQ(separating(2, 2), none);
 }
 
 TEST(ClockGroups, AgreeWithTheirDefinition) {
@@ -111,18 +134,18 @@ TEST(ClockGroups, AgreeWithTheirDefinition) {
         for (ClockGroups::Groups& groups : all) {
             groups.resize(1 + below(5));
             for (ClockGroups::Group& group : groups) {
-                for (std::uint32_t clock = 0; clock < clocks; ++clock)
+                for (const Design::ClockId clock : allClocks())
                     if (below(3) == 0)
                         group.push_back(clock);
                 if (group.empty())
-                    group.push_back(below(clocks));
+                    group.push_back(Design::ClockId(below(clocks)));
             }
             const std::vector<ClockGroups::Groups> parts = ClockGroups::disjoint(groups);
             EXPECT_TRUE(std::ranges::all_of(parts, isDisjoint)) << run;
             EXPECT_EQ(pairsOf(parts), pairsOf({groups})) << run;
         }
         const ClockGroups groups(stated(all), clocks);
-        ASSERT_EQ(pairs([&](auto a, auto b) { return groups.separating(a, b).has_value(); }), pairsOf(all))
+        ASSERT_EQ(pairs([&](auto a, auto b) { return groups.separating(a, b) != Base::none; }), pairsOf(all))
             << run;
     }
 }

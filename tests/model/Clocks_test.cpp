@@ -184,20 +184,22 @@ TEST(Clocks, HaveTheUncertaintyOfThePairThePinOrTheClock) {
                                "set_clock_uncertainty -hold 0.2 [get_clocks b]\n"
                                "set_clock_uncertainty -setup 0.3 [get_pins r/C]\n"
                                "set_clock_uncertainty -setup -from [get_clocks a] -to [get_clocks b] 0.4\n");
-    const std::uint32_t pin = built.annotated.design.findPin(built.annotated.design.findCell("r"), "C");
-    const auto none = Base::none;
+    const Design::PinId pin = built.annotated.design.findPin(built.annotated.design.findCell("r"), "C");
+    const Design::PinId none;
+    const Design::ClockId a(0U), b(1U);
     const struct {
-        std::uint32_t launch, capture, pin;
+        Design::ClockId launch, capture;
+        Design::PinId pin;
         bool setup;
         Model::Time expected;
     } rows[] = {
-        {0, 0, none, true, 0},  {1, 1, none, true, 100}, {1, 1, none, false, 200},
-        {1, 1, pin, true, 300}, {1, 1, pin, false, 200}, {0, 1, none, true, 400},
-        {0, 1, pin, true, 400}, {0, 1, pin, false, 200}, {0, 0, pin, true, 300},
+        {a, a, none, true, 0},  {b, b, none, true, 100}, {b, b, none, false, 200},
+        {b, b, pin, true, 300}, {b, b, pin, false, 200}, {a, b, none, true, 400},
+        {a, b, pin, true, 400}, {a, b, pin, false, 200}, {a, a, pin, true, 300},
     };
     for (const auto& row : rows)
         EXPECT_EQ(built.clocks->uncertainty(row.launch, row.capture, row.pin, row.setup), row.expected)
-            << row.launch << row.capture << row.setup << (row.pin == pin);
+            << row.launch.number() << row.capture.number() << row.setup << (row.pin == pin);
 }
 
 // --- Errors ---

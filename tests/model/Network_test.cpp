@@ -108,21 +108,23 @@ TEST(Network, HasTwoSidesOfABidirectionalPin) {
     const Built built(cell("B", "b", "(IOPATH I IO (5)) (IOPATH IO O (6))"), "",
                       "s<>n1 b:B(IO<>n1 I<n2 O>n3)");
     const auto& design = built.annotated.design;
-    const std::uint32_t port = design.findPort("s");
+    const Design::PinId port = design.findPort("s");
     EXPECT_NE(built.network->sinkOf(port), built.network->sourceOf(port));
     EXPECT_EQ(built.network->pinOf(built.network->sourceOf(port)), port);
     // In from the port to O; out from I to the port; never from I to O.
-    const auto reaches = [&](std::uint32_t from, std::uint32_t to) {
-        std::vector<std::uint32_t> next = {from};
+    const auto reaches = [&](Model::NodeId from, Model::NodeId to) {
+        std::vector<Model::NodeId> next = {from};
         for (std::size_t at = 0; at < next.size(); ++at) {
             if (next[at] == to)
                 return true;
-            for (const std::uint32_t arc : built.network->out(next[at]))
+            for (const Model::ArcId arc : built.network->out(next[at]))
                 next.push_back(built.network->arcs()[arc].to);
         }
         return false;
     };
-    const std::uint32_t b = design.findCell("b"), in = design.findPin(b, "I"), out = design.findPin(b, "O");
+    const Design::CellId b = design.findCell("b");
+    const Model::NodeId in = built.network->sinkOf(design.findPin(b, "I")),
+                        out = built.network->sinkOf(design.findPin(b, "O"));
     EXPECT_TRUE(reaches(built.network->sourceOf(port), out));
     EXPECT_TRUE(reaches(in, built.network->sinkOf(port)));
     EXPECT_FALSE(reaches(in, out));

@@ -19,7 +19,7 @@ std::string noteOf(const Design::Constraints& constraints) {
 void addClock(Design::Constraints& all, std::uint32_t line, const char* period, const char* rise,
               const char* fall) {
     Design::Clock clock;
-    clock.origin = {0, line};
+    clock.origin = {Design::FileId(0U), line};
     clock.period = ns(period);
     clock.rise = ns(rise);
     clock.fall = ns(fall);
@@ -28,7 +28,7 @@ void addClock(Design::Constraints& all, std::uint32_t line, const char* period, 
 
 void addDelay(Design::Constraints& all, std::uint32_t line, const char* min, const char* max) {
     Design::PortDelay delay;
-    delay.origin = {0, line};
+    delay.origin = {Design::FileId(0U), line};
     delay.min = ns(min);
     delay.max = ns(max);
     all.portDelays.push_back(delay);
@@ -37,7 +37,7 @@ void addDelay(Design::Constraints& all, std::uint32_t line, const char* min, con
 void addException(Design::Constraints& all, std::uint32_t line, Design::Exception::Kind kind,
                   const char* value) {
     Design::Exception exception;
-    exception.origin = {0, line};
+    exception.origin = {Design::FileId(0U), line};
     exception.kind = kind;
     exception.value = ns(value);
     all.exceptions.push_back(exception);

@@ -19,7 +19,8 @@ using NetlistReader = Design::Netlist (*)(Base::Source&, const std::string&, Bas
 inline std::string dump(const Design::Netlist& netlist) {
     const auto connected = [&](const auto& item) {
         constexpr std::string_view directions = "?<>=";
-        const std::string net(item.net == Base::none ? "-" : netlist.names[netlist.nets.at(item.net)]);
+        const std::string net(item.net == Base::none ? "-"
+                                                     : netlist.names[netlist.nets.at(item.net.number())]);
         return std::string(netlist.names[item.name]) + directions[static_cast<std::size_t>(item.direction)] +
                net;
     };
@@ -29,7 +30,7 @@ inline std::string dump(const Design::Netlist& netlist) {
     for (const auto& cell : netlist.cells) {
         text += std::string(netlist.names[cell.type]) + " " + std::string(netlist.names[cell.name]);
         for (std::uint32_t i = 0; i < cell.pinCount; ++i)
-            text += " " + connected(netlist.pins.at(cell.firstPin + i));
+            text += " " + connected(netlist.pins.at(cell.firstPin.number() + i));
         text += "\n";
     }
     text += "nets:";

@@ -747,7 +747,8 @@ TEST(VerilogLexer, BlocksDoNotMatter) {
         for (lexer.advance(); lexer.token().kind != VerilogLexer::Kind::end; lexer.advance()) {
             const VerilogLexer::Token& token = lexer.token();
             found.push_back(std::to_string(static_cast<int>(token.kind)) + " " + std::string(token.text) +
-                            " " + std::to_string(token.line) + ":" + std::to_string(token.column));
+                            " " + std::to_string(token.position.line) + ":" +
+                            std::to_string(token.position.column));
         }
         return found;
     };

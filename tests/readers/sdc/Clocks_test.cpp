@@ -236,10 +236,12 @@ TEST(SdcFiles, ShareOneStateButNotTheUnit) {
                                  "create_clock -name b -period $x clk2"});
     EXPECT_EQ(outcome.constraints, "clock a 5 {0 2.5} on clk\nclock b 3 {0 1.5} on clk2\n");
     ASSERT_EQ(outcome.result.files.size(), 2U);
-    EXPECT_EQ(outcome.result.clocks[0].origin.file, 0U);
-    EXPECT_EQ(outcome.result.clocks[0].origin.line, 2U);
-    EXPECT_EQ(outcome.result.clocks[1].origin.file, 1U);
-    EXPECT_EQ(outcome.result.clocks[1].origin.line, 1U);
+    const Design::Origin first = outcome.result.clocks.front().origin,
+                         second = outcome.result.clocks.back().origin;
+    EXPECT_EQ(first.file.number(), 0U);
+    EXPECT_EQ(first.line, 2U);
+    EXPECT_EQ(second.file.number(), 1U);
+    EXPECT_EQ(second.line, 1U);
 }
 
 } // namespace

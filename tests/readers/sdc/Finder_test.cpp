@@ -28,12 +28,12 @@ std::string word(Random& random, std::string_view letters, unsigned longest) {
 Design::RoutedDesign makeDesign(Random& random) {
     Design::RoutedDesign design;
     for (int i = 0; i < 60; ++i) {
-        const std::uint32_t cell =
+        const Design::CellId cell =
             design.addCell(design.names.add(word(random, "abc/", 7)), design.names.add("T"));
         design.addPin(cell, design.names.add(word(random, "abQ", 3)));
     }
     for (int i = 0; i < 120; ++i)
-        design.addPin(static_cast<std::uint32_t>(random() % design.cells.size()),
+        design.addPin(Design::CellId(static_cast<std::uint32_t>(random() % design.cells.size())),
                       design.names.add(word(random, "abQ", 3)));
     design.addPin(Base::none, design.names.add("abc"));
     for (int i = 0; i < 30; ++i)
@@ -62,11 +62,13 @@ std::vector<Design::Object> searchPlainly(const Design::RoutedDesign& design, De
                        : kind == Design::ObjectKind::cell ? design.cells.size()
                                                           : design.nets.size();
     for (std::uint32_t index = 0; index < count; ++index) {
-        if (kind == Design::ObjectKind::pin && design.isPortOfTop(index))
+        const Design::Object object(kind, index);
+        if (kind == Design::ObjectKind::pin && design.isPortOfTop(object.pin()))
             continue;
-        const std::string name = kind == Design::ObjectKind::pin    ? design.pinName(index)
-                                 : kind == Design::ObjectKind::cell ? std::string(design.cellName(index))
-                                                                    : std::string(design.netName(index));
+        const std::string name = kind == Design::ObjectKind::pin ? design.pinName(object.pin())
+                                 : kind == Design::ObjectKind::cell
+                                     ? std::string(design.cellName(object.cell()))
+                                     : std::string(design.netName(object.net()));
         const std::size_t last = name.rfind('/');
         const bool matches = slash == std::string::npos
                                  ? matchesAtAnyLevel(whole, name, options.hierarchical)
@@ -91,7 +93,7 @@ TEST(SdcFinder, AgreesWithThePlainestSearch) {
     int matched = 0;
     for (int round = 0; round < 20; ++round) {
         const Design::RoutedDesign design = makeDesign(random);
-        const std::vector<Design::Clock> clocks;
+        const Design::ClockTable clocks;
         const Finder finder(design, clocks, nullptr);
         for (int i = 0; i < 500; ++i) {
             constexpr std::array kinds = {Design::ObjectKind::pin, Design::ObjectKind::pin,
@@ -118,12 +120,12 @@ TEST(SdcFinder, AgreesWithThePlainestSearch) {
 TEST(SdcFinder, KeepsWhatEachQueryFoundApart) {
     Random random(1);
     Design::RoutedDesign design;
-    const std::uint32_t cell = design.addCell(design.names.add("u/abc"), design.names.add("T"));
+    const Design::CellId cell = design.addCell(design.names.add("u/abc"), design.names.add("T"));
     design.addPin(cell, design.names.add("Q"));
     design.addNet(design.names.add("abc"));
     design.index();
     design.classify();
-    std::vector<Design::Clock> clocks;
+    Design::ClockTable clocks;
     Finder finder(design, clocks, nullptr);
     const auto count = [&](Design::ObjectKind kind, const char* pattern, const FindOptions& options) {
         std::vector<Design::Object> found;
@@ -141,7 +143,7 @@ TEST(SdcFinder, KeepsWhatEachQueryFoundApart) {
     }
     clocks.emplace_back().name = "abc"; // clocks come at any time
     EXPECT_EQ(count(Design::ObjectKind::clock, "ab*", {}), 1U);
-    clocks[0].removed = true;
+    clocks.front().removed = true;
     EXPECT_EQ(count(Design::ObjectKind::clock, "ab*", {}), 0U);
 }
 
@@ -154,7 +156,7 @@ TEST(SdcFinder, FindsTheSameWhenItHasForgotten) {
         design.addCell(design.names.add("c" + std::to_string(i)), type);
     design.index();
     design.classify();
-    const std::vector<Design::Clock> clocks;
+    const Design::ClockTable clocks;
     const Finder finder(design, clocks, nullptr);
     for (std::size_t round = 0; round < 2; ++round)
         for (std::size_t stars = 1; stars <= 90; ++stars) {

@@ -103,9 +103,9 @@ TEST(SdcExceptions, KeepTheirWordsAndTheirLine) {
                 {7, "set_false_path -to {r0/D r1/D u1/u2/ff/D}"},
                 {9, "set_false_path -to {out led[3] led[4] and 1 more}"}};
     ASSERT_EQ(outcome.result.exceptions.size(), std::size(rows)) << outcome.allMessages();
-    for (std::size_t i = 0; i < std::size(rows); ++i) {
-        EXPECT_EQ(outcome.result.exceptions[i].origin.line, rows[i].line);
-        EXPECT_EQ(outcome.result.exceptions[i].text, rows[i].text);
+    for (const Design::ExceptionId id : outcome.result.exceptions.ids()) {
+        EXPECT_EQ(outcome.result.exceptions[id].origin.line, rows[id.number()].line);
+        EXPECT_EQ(outcome.result.exceptions[id].text, rows[id.number()].text);
     }
 }
 
@@ -195,7 +195,7 @@ TEST(SdcExceptions, KeepTheirText) {
         SCOPED_TRACE(script);
         const Support::Outcome outcome = Support::run(script);
         ASSERT_EQ(outcome.result.exceptions.size(), 1U) << outcome.allMessages();
-        EXPECT_EQ(outcome.result.exceptions[0].text, text);
+        EXPECT_EQ(outcome.result.exceptions.front().text, text);
     }
 }
 

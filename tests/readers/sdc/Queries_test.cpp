@@ -294,7 +294,7 @@ INSTANTIATE_TEST_SUITE_P(Said, SdcQueryMessages, testing::ValuesIn(said));
 TEST(SdcQueries, TakeSlashesForAnotherDivider) {
     Design::RoutedDesign design;
     design.divider = '.';
-    const std::uint32_t cell = design.addCell(design.names.add("u1.u2"), design.names.add("DFF"));
+    const Design::CellId cell = design.addCell(design.names.add("u1.u2"), design.names.add("DFF"));
     design.addPin(cell, design.names.add("D"));
     design.index();
     design.classify();
@@ -310,7 +310,7 @@ TEST(SdcQueries, AreFastOnALargeDesign) {
     Design::RoutedDesign design;
     const Base::Name type = design.names.add("DFF");
     for (int i = 0; i < cells; ++i) {
-        const std::uint32_t cell =
+        const Design::CellId cell =
             design.addCell(design.names.add("top/block/reg_" + std::to_string(i)), type);
         for (const char* pin : {"CLK", "D", "Q"})
             design.addPin(cell, design.names.add(pin));

@@ -14,7 +14,6 @@ public:
     using Event = Readers::Sdf::Event;
     using Value = Readers::Sdf::Value;
     using Values = std::span<const Value>;
-    using Where = Readers::Sdf::Where;
 
     // Places are written where this is set: "@line:column".
     bool withPlaces = false;
@@ -27,30 +26,32 @@ public:
             " scale=" + std::to_string(header.scale));
     }
     void cell(std::string_view type, std::string_view instance, std::span<const std::uint32_t>,
-              Where where) override {
+              Base::Position where) override {
         add("cell " + std::string(type) + " <" + std::string(instance) + ">", where);
     }
     void endCell() override { add("end"); }
     void ioPath(const Event& from, const Path& to, Values values, bool conditional, bool increment,
-                Where where) override {
+                Base::Position where) override {
         add(std::string(conditional ? "conditional " : "") + "iopath " + text(from) + " " + text(to) +
                 text(values, increment),
             where);
     }
-    void interconnect(const Path& from, const Path& to, Values values, bool increment, Where where) override {
+    void interconnect(const Path& from, const Path& to, Values values, bool increment,
+                      Base::Position where) override {
         add("interconnect " + text(from) + " " + text(to) + text(values, increment), where);
     }
-    void port(const Path& to, Values values, bool increment, Where where) override {
+    void port(const Path& to, Values values, bool increment, Base::Position where) override {
         add("port " + text(to) + text(values, increment), where);
     }
-    void netDelay(const Path& net, Values values, bool increment, Where where) override {
+    void netDelay(const Path& net, Values values, bool increment, Base::Position where) override {
         add("net " + text(net) + text(values, increment), where);
     }
-    void device(const std::optional<Path>& output, Values values, bool increment, Where where) override {
+    void device(const std::optional<Path>& output, Values values, bool increment,
+                Base::Position where) override {
         add("device " + (output ? text(*output) : "*") + text(values, increment), where);
     }
     void check(Readers::Sdf::CheckKind kind, const Event& data, const Event& clock, Values values,
-               Where where) override {
+               Base::Position where) override {
         constexpr const char* names[] = {"setup",  "hold", "setuphold", "recovery", "removal",
                                          "recrem", "skew", "width",     "period",   "nochange"};
         const bool pair = !data.path.pin.empty();
@@ -58,7 +59,7 @@ public:
                 text(clock) + text(values, false),
             where);
     }
-    void ignored(std::string_view keyword, Where where) override {
+    void ignored(std::string_view keyword, Base::Position where) override {
         add("ignored " + std::string(keyword), where);
     }
 
@@ -86,7 +87,7 @@ private:
         return all;
     }
     void add(std::string line) { lines_.push_back(std::move(line)); }
-    void add(std::string line, Where where) {
+    void add(std::string line, Base::Position where) {
         if (withPlaces)
             line += " @" + std::to_string(where.line) + ":" + std::to_string(where.column);
         add(std::move(line));

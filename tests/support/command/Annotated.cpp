@@ -61,11 +61,11 @@ std::string fileOf(std::string_view cells) {
 Design::Netlist netlistOf(std::string_view text) {
     Design::Netlist netlist;
     netlist.top = "top";
-    std::map<std::string, std::uint32_t> nets;
-    const auto netOf = [&](const std::string& name) -> std::uint32_t {
+    std::map<std::string, Design::Netlist::NetId> nets;
+    const auto netOf = [&](const std::string& name) -> Design::Netlist::NetId {
         if (name.empty())
             return Base::none;
-        const auto [place, isNew] = nets.try_emplace(name, static_cast<std::uint32_t>(netlist.nets.size()));
+        const auto [place, isNew] = nets.try_emplace(name, netlist.nets.next());
         if (isNew)
             netlist.nets.push_back(netlist.names.add(name));
         return place->second;
@@ -77,7 +77,7 @@ Design::Netlist netlistOf(std::string_view text) {
             const std::size_t colon = word.find(':');
             netlist.cells.push_back({netlist.names.add(word.substr(0, colon)),
                                      netlist.names.add(word.substr(colon + 1, open - colon - 1)),
-                                     static_cast<std::uint32_t>(netlist.pins.size()), 0});
+                                     netlist.pins.next(), 0});
             word.erase(0, open + 1);
             inCell = true;
         }
@@ -155,16 +155,16 @@ std::string Annotated::pulses() const {
 std::string Annotated::ports() const {
     static const char* const directions[] = {"?", "in", "out", "inout"};
     std::string text;
-    for (const std::uint32_t pin : design.ports())
+    for (const Design::PinId pin : design.ports())
         text += (text.empty() ? "" : ", ") + design.pinName(pin) + " " +
                 directions[static_cast<int>(design.pins[pin].direction)];
     return text;
 }
 
 std::string Annotated::roles() const {
-    const auto list = [&](const char* role, bool (Design::RoutedDesign::*is)(std::uint32_t) const) {
+    const auto list = [&](const char* role, bool (Design::RoutedDesign::*is)(Design::PinId) const) {
         std::string text;
-        for (std::uint32_t pin = 0; pin < design.pins.size(); ++pin)
+        for (const Design::PinId pin : design.pins.ids())
             if ((design.*is)(pin))
                 text += " " + design.pinName(pin);
         return role + std::string(":") + text;

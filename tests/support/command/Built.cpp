@@ -21,7 +21,7 @@ Built::Built(std::string_view cells, const std::string& script, std::optional<st
     reader.read(source);
     constraints = reader.take();
     EXPECT_TRUE(ofScript.all().empty()) << toString(ofScript.all().front());
-    std::vector<std::uint32_t> sources;
+    std::vector<Design::PinId> sources;
     for (const Design::Clock& clock : constraints.clocks)
         if (!clock.removed)
             sources.insert(sources.end(), clock.targets.begin(), clock.targets.end());
@@ -59,24 +59,24 @@ std::string Built::arcs() const {
 
 std::string Built::paths() const {
     struct Path {
-        std::uint32_t node;
+        Model::NodeId node;
         std::string text;
     };
     std::vector<Path> open;
     std::set<std::string> found;
-    const auto isThrough = [&](std::uint32_t arc) {
+    const auto isThrough = [&](Model::ArcId arc) {
         return network->arcs()[arc].kind == Model::ArcKind::through;
     };
-    for (std::uint32_t node = 0; node < network->size(); ++node)
+    for (const Model::NodeId node : Base::firstIds<Model::NodeId>(network->size()))
         if (std::ranges::none_of(network->in(node), isThrough) &&
             !std::ranges::none_of(network->out(node), isThrough))
             open.push_back({node, network->nameOf(node)});
     while (!open.empty()) {
         const Path path = open.back();
         open.pop_back();
-        for (const std::uint32_t number : network->out(path.node))
+        for (const Model::ArcId number : network->out(path.node))
             if (isThrough(number)) {
-                const std::uint32_t to = network->arcs()[number].to;
+                const Model::NodeId to = network->arcs()[number].to;
                 open.push_back({to, path.text + " " + network->nameOf(to)});
                 if (annotated.design.isPort(network->pinOf(to)))
                     found.insert(open.back().text);
@@ -95,7 +95,7 @@ std::string Built::waves() const {
             continue;
         text += clock.name + ": " + std::to_string(clock.period) + " {" + std::to_string(clock.rise) + " " +
                 std::to_string(clock.fall) + "}" +
-                (clock.master ? " of " + (*clocks)[*clock.master].name : "");
+                (clock.master != Base::none ? " of " + (*clocks)[clock.master].name : "");
         for (std::size_t target = 0; target < clock.targets.size(); ++target)
             text += " at " + network->nameOf(clock.targets[target]) + " " +
                     std::to_string(clock.insertion[target].early) + " " +
@@ -107,7 +107,7 @@ std::string Built::waves() const {
 
 std::string Built::reach(std::string_view name) const {
     std::set<std::string> names;
-    for (const std::uint32_t node : clock(name).reached)
+    for (const Model::NodeId node : clock(name).reached)
         names.insert(network->nameOf(node));
     std::string text;
     for (const std::string& reached : names)
@@ -123,11 +123,11 @@ std::string Built::messages() const {
     return text;
 }
 
-std::string Built::poles(const std::unordered_set<std::uint32_t>& timedPorts) {
+std::string Built::poles(const std::unordered_set<Design::PinId>& timedPorts) {
     constexpr int picoseconds = -12;
     const Design::RoutedDesign& design = annotated.design;
     Model::TimedPorts timed;
-    for (const std::uint32_t port : timedPorts) {
+    for (const Design::PinId port : timedPorts) {
         if (design.pins[port].direction != Design::Direction::output)
             timed.inputs.insert(port);
         if (design.pins[port].direction != Design::Direction::input)
@@ -149,7 +149,7 @@ std::string Built::poles(const std::unordered_set<std::uint32_t>& timedPorts) {
     for (const std::string& end : ends)
         text += " " + end + ",";
     std::set<std::string> unclocked;
-    for (const std::uint32_t pin : model.unclocked())
+    for (const Design::PinId pin : model.unclocked())
         unclocked.insert(design.pinName(pin));
     text += unclocked.empty() ? "" : " unclocked:";
     for (const std::string& pin : unclocked)

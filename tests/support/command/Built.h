@@ -35,7 +35,7 @@ public:
     // What the network, the clocks and the poles had to say.
     std::string messages() const;
     // The poles: clock pins' edges, starts and ends: "start r0/C rise, ...; end r0/D by r0/C rise, ...".
-    std::string poles(const std::unordered_set<std::uint32_t>& timedPorts = {});
+    std::string poles(const std::unordered_set<Design::PinId>& timedPorts = {});
 
 private:
     Base::Diagnostics diagnostics_;

@@ -15,14 +15,14 @@ Design::RoutedDesign makeDesign() {
     Design::RoutedDesign design;
     design.name = "top";
     const auto port = [&](const char* name, Design::Direction direction) {
-        const std::uint32_t pin = design.addPin(Base::none, design.names.add(name));
+        const Design::PinId pin = design.addPin(Base::none, design.names.add(name));
         design.pins[pin].direction = direction;
         design.pins[pin].net = design.addNet(design.names.add(name));
     };
     const auto pin = [&](const char* cell, const char* type, const char* name, Design::Direction direction,
                          const char* net) {
-        const std::uint32_t owner = design.addCell(design.names.add(cell), design.names.add(type));
-        const std::uint32_t added = design.addPin(owner, design.names.add(name));
+        const Design::CellId owner = design.addCell(design.names.add(cell), design.names.add(type));
+        const Design::PinId added = design.addPin(owner, design.names.add(name));
         design.pins[added].direction = direction;
         if (*net != 0)
             design.pins[added].net = design.addNet(design.names.add(net));
@@ -36,9 +36,9 @@ Design::RoutedDesign makeDesign() {
     const char* nets[][4] = {
         {"r0", "clk", "a", "mid"}, {"r1", "clk", "", "out"}, {"u1/u2/ff", "clk2", "", "led[3]"}};
     for (const auto& [cell, clock, data, output] : nets) {
-        const std::uint32_t clk = pin(cell, "DFF", "CLK", Design::Direction::input, clock);
-        const std::uint32_t d = pin(cell, "DFF", "D", Design::Direction::input, data);
-        const std::uint32_t q = pin(cell, "DFF", "Q", Design::Direction::output, output);
+        const Design::PinId clk = pin(cell, "DFF", "CLK", Design::Direction::input, clock);
+        const Design::PinId d = pin(cell, "DFF", "D", Design::Direction::input, data);
+        const Design::PinId q = pin(cell, "DFF", "Q", Design::Direction::output, output);
         design.arcs.push_back({.from = clk, .to = q, .fromEdge = Design::Transition::rise, .delay = {1, 1}});
         design.checks.push_back(
             {.data = d, .clock = clk, .clockEdge = Design::Transition::rise, .setup = 1, .hold = 0});
@@ -63,12 +63,12 @@ std::string name(const Design::RoutedDesign& design, const Design::Constraints& 
     static const char* const kinds[] = {"", "", "cell ", "net ", "clock "};
     const std::string kind = kinds[static_cast<int>(object.kind)];
     if (object.kind == Design::ObjectKind::clock)
-        return kind + all.clocks[object.index].name;
+        return kind + all.clocks[object.clock()].name;
     if (object.kind == Design::ObjectKind::cell)
-        return kind + std::string(design.cellName(object.index));
+        return kind + std::string(design.cellName(object.cell()));
     if (object.kind == Design::ObjectKind::net)
-        return kind + std::string(design.netName(object.index));
-    return design.pinName(object.index);
+        return kind + std::string(design.netName(object.net()));
+    return design.pinName(object.pin());
 }
 
 std::string points(const Design::RoutedDesign& design, const Design::Constraints& all, const char* what,
@@ -91,7 +91,8 @@ std::string toText(const Design::RoutedDesign& design, const Design::Clock& cloc
             line += " e" + std::to_string(edge);
         for (const Base::Decimal& shift : generated->edgeShifts)
             line += " +" + shift.toString();
-        line += generated->master ? " master " + std::to_string(*generated->master) : "";
+        line +=
+            generated->master != Base::none ? " master " + std::to_string(generated->master.number()) : "";
         line += generated->dutyCycle ? " duty " + generated->dutyCycle->toString() : "";
         line += generated->invert ? " inverted" : "";
         line += generated->offset.isZero() ? "" : " offset " + generated->offset.toString();
@@ -100,7 +101,7 @@ std::string toText(const Design::RoutedDesign& design, const Design::Clock& cloc
         line +=
             " " + clock.period.toString() + " {" + clock.rise.toString() + " " + clock.fall.toString() + "}";
     }
-    for (const std::uint32_t target : clock.targets)
+    for (const Design::PinId target : clock.targets)
         line += (target == clock.targets.front() ? " on " : " ") + design.pinName(target);
     if (clock.propagated)
         line += *clock.propagated ? " propagated" : " ideal";
@@ -113,7 +114,7 @@ std::string toText(const Design::RoutedDesign& design, const Design::Constraints
                    const Design::PortDelay& delay) {
     std::string line = (delay.input ? "input " : "output ") + design.pinName(delay.pin) + " " +
                        text(delay.min) + " " + text(delay.max);
-    line += delay.clock ? " " + all.clocks[*delay.clock].name : "";
+    line += delay.clock != Base::none ? " " + all.clocks[delay.clock].name : "";
     line += delay.clockFall ? " fall" : "";
     line += delay.sourceLatencyIncluded ? " with-source" : "";
     return line + (delay.networkLatencyIncluded ? " with-network" : "") + "\n";
@@ -147,7 +148,7 @@ std::string toText(const Design::Constraints& all, const Design::ClockGroups& gr
     std::string line = "groups" + (groups.name.empty() ? "" : " " + groups.name);
     for (const auto& group : groups.groups) {
         line += " {";
-        for (const std::uint32_t clock : group)
+        for (const Design::ClockId clock : group)
             line += (line.ends_with('{') ? "" : " ") + all.clocks[clock].name;
         line += "}";
     }
