@@ -1,6 +1,8 @@
-// Clocks in units: what the constraints say of them, how far they reach, and what generated ones take from
-// their masters.
+// Clocks in units: what the constraints state, how far each clock reaches, and what generated clocks take
+// from their masters.
 #include "model/Clocks.h"
+
+#include "model/Insertion.h"
 
 #include <algorithm>
 #include <array>
@@ -29,7 +31,7 @@ std::string unitText(int exponent) {
     return std::string(factors[above % factors.size()]) + names[above / factors.size()];
 }
 
-// Why the edges of a clock are no waveform once they are whole units; empty if they are one.
+// Returns why the edges of a clock are not a waveform when they are rounded to units; empty if they are one.
 std::string faultOf(const Clock& clock, int scale) {
     const std::string unit = unitText(scale);
     if (clock.period <= 0)
@@ -38,102 +40,6 @@ std::string faultOf(const Clock& clock, int scale) {
         return "the rise and the fall of '" + clock.name + "' round to the same unit of " + unit;
     return "";
 }
-
-// The earliest and latest arrival at a node from others where it is known, through arcs of every kind but
-// those that close loops or enter other clocks' sources. Of all ways those count that pass the fewest
-// registers.
-class Insertion {
-public:
-    using Arrivals = std::vector<std::pair<NodeId, Latency>>;
-
-    Insertion(const Network& network, const Arrivals& from, NodeId to) : network_(network), to_(to) {
-        for (const auto& [node, arrival] : from)
-            arrivals_.try_emplace(node, arrival);
-    }
-
-    std::optional<Latency> find() {
-        if (const auto known = arrivals_.find(to_); known != arrivals_.end())
-            return known->second;
-        if (!layer())
-            return std::nullopt;
-        walk_.push_back({to_, 0, std::nullopt});
-        while (!walk_.empty())
-            step();
-        return arrivals_.at(to_);
-    }
-
-private:
-    struct Step {
-        NodeId node;
-        std::size_t next;
-        std::optional<Latency> arrival;
-    };
-
-    bool isOpen(const Arc& arc) const {
-        return arc.kind != ArcKind::cut && (arc.kind != ArcKind::hidden || arc.to == to_);
-    }
-
-    // Backwards, how many registers lie between a node and the end, until a known node is found.
-    bool layer() {
-        bool found = false;
-        std::vector<NodeId> layer = {to_}, next;
-        for (std::uint32_t number = 0; !layer.empty() && !found; ++number, layer.swap(next), next.clear())
-            for (std::size_t at = 0; at < layer.size(); ++at) {
-                const NodeId node = layer[at];
-                if (!layers_.try_emplace(node, number).second)
-                    continue;
-                if (arrivals_.contains(node)) {
-                    found = true;
-                    continue;
-                }
-                for (const ArcId into : network_.in(node))
-                    if (const Arc& arc = network_.arcs()[into]; isOpen(arc) && !layers_.contains(arc.from))
-                        (arc.launch ? next : layer).push_back(arc.from);
-            }
-        return found;
-    }
-
-    // On a way with the fewest registers. Nothing goes on from the end, which may drive what drives it.
-    bool isPassed(const Arc& arc) const {
-        const auto from = layers_.find(arc.from);
-        return isOpen(arc) && arc.from != to_ && from != layers_.end() &&
-               from->second == layers_.at(arc.to) + (arc.launch ? 1 : 0);
-    }
-
-    void step() {
-        Step& top = walk_.back();
-        const std::span<const ArcId> arcs = network_.in(top.node);
-        if (top.next == arcs.size()) {
-            arrivals_.try_emplace(top.node, top.arrival);
-            walk_.pop_back();
-            return;
-        }
-        const Arc& arc = network_.arcs()[arcs[top.next]];
-        if (!isPassed(arc)) {
-            ++top.next;
-            return;
-        }
-        const auto known = arrivals_.find(arc.from);
-        if (known == arrivals_.end()) {
-            walk_.push_back({arc.from, 0, std::nullopt});
-            return;
-        }
-        ++top.next;
-        if (!known->second)
-            return;
-        const Latency through{known->second->early + arc.delay.early, known->second->late + arc.delay.late};
-        if (!top.arrival)
-            top.arrival = through;
-        top.arrival->early = std::min(top.arrival->early, through.early);
-        top.arrival->late = std::max(top.arrival->late, through.late);
-    }
-
-    const Network& network_;
-    const NodeId to_;
-    std::unordered_map<NodeId, std::optional<Latency>> arrivals_;
-    std::unordered_map<NodeId, std::uint32_t> layers_;
-    std::vector<Step> walk_;
-};
 
 } // namespace
 
@@ -381,7 +287,7 @@ void Clocks::shapeGenerated(Clock& clock, const Clock& master, const Design::Gen
         throw Base::BadInput(place, "create_generated_clock: " + fault + ": expected a finer --resolution");
 }
 
-// From the master's targets by way of the source pin, where it lies on the way.
+// From the master's targets through the source pin, if that is on a way to the target.
 void Clocks::insert(Clock& clock, const Clock& master, PinId source) const {
     clock.source = master.source;
     Insertion::Arrivals from;
