@@ -47,7 +47,7 @@ public:
         struct stat status {};
         return fstat(descriptor_, &status) == 0 && S_ISDIR(status.st_mode);
     }
-    // Bytes read, 0 at the end, negative for an error (then errno tells).
+    // Bytes read, 0 at the end, negative for an error, which is in errno.
     ssize_t read(char* buffer, std::size_t size) const {
         ssize_t got = 0;
         do
@@ -96,7 +96,7 @@ class Inflater {
 public:
     Inflater() {
         if (inflateInit2(&stream_, gzipWindow) != Z_OK)
-            throw std::runtime_error("the inflater does not start"); // GCOVR_EXCL_LINE: for want of memory
+            throw std::runtime_error("the inflater does not start"); // GCOVR_EXCL_LINE: only if memory runs out
     }
     ~Inflater() { inflateEnd(&stream_); }
     Inflater(const Inflater&) = delete;
@@ -150,7 +150,7 @@ struct Source::State {
         left = readRaw(block.data(), block.size());
     }
 
-    // Reads the first block, which tells what the file is. A pipe may bring it in pieces.
+    // Reads the first block, which shows the kind of file. A pipe may bring it in pieces.
     void begin() {
         begun = true;
         unread = block.data();

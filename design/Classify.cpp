@@ -1,12 +1,13 @@
-// What the delays and checks say of pins: which are clocks, which are sets and resets, what a register is.
+// What the delays and checks show about pins: which are clocks, which are sets and resets, which cells are
+// registers.
 //
 // All cells of a type are looked at together, since an instance whose data is constant has no checks. So the
-// tables below are by pin of a type: small, however large the design. The time is a look-up for each check
-// and each arc through a cell.
+// tables below have an entry per pin of a type, and stay small in a large design. The cost is a look-up for
+// each check and each arc through a cell.
 //
 // A pin that checks refer to is a clock, except that a check of a set against a reset makes neither a clock.
-// An output that no such pin sets off has the best of those pins as its clock that set it off by one edge
-// alone. What else sets off an output with a clock, and does so in one direction only, is a set or a reset.
+// If no such pin sets off an output, its clock is the best of the pins that set it off by only one edge. Any
+// other pin that sets off an output with a clock, in one direction only, is a set or a reset.
 #include "design/RoutedDesign.h"
 
 #include <algorithm>
@@ -60,7 +61,7 @@ private:
         bool isClock = false;
         bool hasWay = false;       // an arc to an output
         bool hasWholeWay = false;  // one to both of its edges
-        bool hasOneEdge = false;   // a cell in which one edge alone sets off arcs
+        bool hasOneEdge = false;   // a cell in which only one edge sets off arcs
         bool hasMoreEdges = false; // a cell in which more do
         std::vector<TypePinId> of; // what it checks, as the clock
 

@@ -1,4 +1,4 @@
-// The tables behind the design's look-ups.
+// The tables for the design's look-ups.
 #include "design/RoutedDesign.h"
 
 namespace Design {

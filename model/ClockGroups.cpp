@@ -65,8 +65,8 @@ ClockGroupsId ClockGroups::separating(ClockId a, ClockId b) const {
     return Base::none;
 }
 
-// The clocks of one group each are one statement. Those that are in the same several groups stand together
-// against every clock that is in none of these.
+// The clocks of one group each are one statement. Clocks that are in the same several groups form one
+// group against every clock that is in none of these.
 std::vector<ClockGroups::Groups> ClockGroups::disjoint(const Groups& groups) {
     if (groups.size() == 1)
         return {groups};

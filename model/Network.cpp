@@ -1,5 +1,5 @@
-// The network out of the design: nodes, what is taken out, arcs merged and linked. Loops are opened in
-// NetworkLoops.cpp.
+// Makes the network from the design: nodes, arcs without those that are disabled, merged and linked. Loops
+// are opened in NetworkLoops.cpp.
 #include "model/Network.h"
 
 #include <algorithm>
@@ -43,7 +43,8 @@ void Network::makeNodes() {
         }
 }
 
-// A cell alone: all of it. With pins: arcs and checks from and to them. A pin or port: all that touches it.
+// A cell without pins: all its arcs and checks. A cell with pins: those from and to the pins. A pin or port:
+// all arcs and checks of it.
 void Network::disable(const Design::Constraints& constraints, DisabledArcs& arcDisabled) {
     struct Rule {
         PinId from = Base::none, to = Base::none; // none: any

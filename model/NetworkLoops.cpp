@@ -1,5 +1,5 @@
-// The loops of the network: copies take their place, and the user is told which loops there are and what that
-// means for the slacks behind them.
+// Replaces the loops of the network by copies, and reports which loops there are and what that means for the
+// slacks after them.
 #include "model/Network.h"
 
 #include <algorithm>
@@ -53,7 +53,7 @@ void Network::takeCopies(const Loops& loops) {
     }
 }
 
-// Arcs into a loop lead to where paths enter it, arcs out of it leave from every copy.
+// Arcs into a loop lead to the nodes at which paths enter it. Arcs out of it leave from every copy.
 void Network::copyArcs(const Loops& loops) {
     Base::IndexVector<ArcId, Arc> all;
     all.reserve(arcs_.size() + loops.steps().size());
@@ -84,7 +84,7 @@ void Network::copyArcs(const Loops& loops) {
     arcs_ = std::move(all);
 }
 
-// --- What the user is told ---
+// --- Messages ---
 
 // "a, b, c and 5 more pins".
 std::string Network::pinsOf(const Loops::Loop& loop) const {

@@ -84,7 +84,7 @@ void TimingModel::makeClockPlane() {
         makeClockPin(pin, clockPins_.at(pin));
 }
 
-// The pin's neutral pole, which all clocks reach, and one pole behind it for each working edge.
+// The pin's neutral pole, which all clocks reach, and one pole after it for each working edge.
 void TimingModel::makeClockPin(PinId pin, ClockPin& clockPin) {
     const NodeId node = network_.sinkOf(pin);
     const bool isCopied = !network_.copiesOf(node).empty();

@@ -2,7 +2,7 @@
 //
 // Every net of every instance is an entry of a union-find forest whose roots are the first of their trees;
 // entry 0 is the constant. A child's net that is connected takes its parent's entry, so that entries are
-// merged only where one module joins several of its ports. The result is measured before it is made: the time
+// merged only if one module joins several of its ports. The result is measured before it is made: the time
 // is linear in it, and a small file cannot ask for more than the limits below.
 #include "readers/netlist/Flatten.h"
 
@@ -15,7 +15,7 @@ namespace Readers {
 
 namespace {
 
-constexpr std::size_t mostClashes = 10; // of which each is told
+constexpr std::size_t mostClashes = 10; // that are reported one by one
 
 // Into Flattener::parents_: a net of an instance.
 using EntryId = Base::Index<struct EntryTag>;
@@ -108,7 +108,7 @@ private:
     Base::IndexVector<EntryId, EntryId> parents_;
     Base::IndexVector<EntryId, NetName> best_; // of a root: its best name so far
     Base::IndexVector<ModuleId, PortTable> portTables_;
-    std::string path_; // of the instance at hand, with a '/' behind
+    std::string path_; // of the instance at hand, with a final '/'
     Base::ErrorList errors_;
     std::vector<Base::Diagnostic> errorsOfCells_; // each once, however often its module is instantiated
     // Connections of inverted nets: to pins of cells, and to ports of modules, where the inversion is lost.
@@ -139,7 +139,7 @@ void Flattener::join(EntryId a, EntryId b) {
         best_[first] = best_[second];
 }
 
-// The name is put together with the path only where it can be the better one.
+// The full name is made only if it can be the better one.
 void Flattener::offer(EntryId entry, const Module::Net& net, std::size_t depth) {
     entry = root(entry);
     NetName& best = best_[entry];
@@ -299,7 +299,7 @@ void Flattener::addCell(const Frame& frame, const Module::Cell& cell, ModuleId t
         {full(cell.name), cell.type, first, result_.pins.next().number() - first.number()});
 }
 
-// A pin is as wide as the port says where there is one, else as what it is connected to.
+// A pin is as wide as its port or, without a port, as its connection.
 void Flattener::addPins(const Frame& frame, const Module::Connection& connection, const Module::Port* port) {
     const BitRange bits = connection.bits;
     const Base::Name name = port ? port->name : connection.name;

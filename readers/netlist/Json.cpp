@@ -1,8 +1,8 @@
 // Modules from the events of a JSON parser.
 //
 // What the reader does not use (parameters, attributes, routing) passes by without being kept, so memory is
-// that of the modules and of the longest text. The way to where the parser stands is a stack of slots, each
-// of which says what may stand there; it is as deep as the format, whatever the nesting of the file.
+// that of the modules and of the longest text. The way to the parser's place is a stack of slots; each slot
+// states which values are allowed there. It is as deep as the format, whatever the nesting of the file.
 #include "readers/netlist/Json.h"
 
 #include "readers/netlist/Flatten.h"
@@ -155,7 +155,7 @@ bool JsonReader::key(const std::string& key) {
     return done(next_ == Slot::ignored);
 }
 
-// What the value behind the key is.
+// Returns the slot of the value after the key.
 Slot JsonReader::memberOf(Slot in, const std::string& key) {
     switch (in) {
     case Slot::modules:

@@ -10,7 +10,7 @@ namespace {
 constexpr JsonModules::Problem isThereTwice = "is there twice";
 constexpr JsonModules::Problem isOutOfRange = "has bits whose indices are out of range";
 
-// False where the numbers leave their range.
+// Returns false if the numbers are out of range.
 bool number(const JsonModules::Item& item, std::size_t count, Numbering& numbering) {
     constexpr std::int64_t limit = std::numeric_limits<std::int32_t>::max();
     const auto width = static_cast<std::int64_t>(count);

@@ -51,13 +51,13 @@ public:
     Iterator begin() { return Iterator(*this); }
     static Iterator end() { return {}; }
 
-    // The parser is behind a token. isIgnored: nobody needs the text of the next one.
+    // Called after each token. isIgnored: the text of the next one is not needed.
     void mark(bool isIgnored) {
         mark_ = next_;
         begin_.reset();
         isIgnored_ = isIgnored;
     }
-    // Where the token at hand begins, the one behind the mark. At the end of the text, where that is.
+    // Where the token at hand begins, the one after the mark. At the end of the text, where that is.
     Base::Place tokenPlace();
 
 private:

@@ -69,7 +69,7 @@ ModuleId Modules::findTop(const std::string& wanted) const {
     return found.front();
 }
 
-// The modules that no other instantiates, and of those the leaves only where there is nothing else.
+// The modules that no other instantiates, and of those the leaves only if there are no others.
 std::vector<ModuleId> Modules::roots() const {
     const Base::NameTable<ModuleId> table = byName();
     Base::IndexVector<ModuleId, bool> used(all.size());

@@ -37,7 +37,7 @@ void VerilogReader::readInstances() {
     lexer_.advance();
 }
 
-// isOpen: what comes next is behind the '(' of an instance without a name.
+// isOpen: what comes next is after the '(' of an instance without a name.
 void VerilogReader::readInstance(Base::Name type, bool isOpen) {
     const Base::Place place = lexer_.place();
     const bool isUnnamed = isOpen || (lexer_.isAt('(') && primitives_.contains(type));
@@ -69,7 +69,7 @@ void VerilogReader::readConnections() {
     lexer_.advance();
 }
 
-// ".pin(net)", ".net", ".*", or the net alone; nothing where nothing is connected.
+// ".pin(net)", ".net", ".*", or only the net; nothing if the pin is not connected.
 void VerilogReader::readConnection() {
     const Base::Place place = lexer_.place();
     VerilogModule::Bits nothing;
@@ -105,7 +105,7 @@ const VerilogModule::Bits& VerilogReader::readConnected() {
 
 // --- Gates --------------------------------------------------------------------------------------------------------
 
-// "and (strong0, strong1) #1 name (y, a, b), (z, c, d);": all but the terminals may be missing.
+// "and (strong0, strong1) #1 name (y, a, b), (z, c, d);": everything except the terminals may be missing.
 void VerilogReader::readGates(Word word) {
     const Base::Name type = modules_.names.add(lexer_.token().text);
     lexer_.advance();
@@ -133,7 +133,7 @@ bool VerilogReader::isStrength() const {
     return std::find(strengths.begin(), strengths.end(), text.substr(0, text.size() - 1)) != strengths.end();
 }
 
-// isOpen: what comes next is behind the '('.
+// isOpen: what comes next is after the '('.
 void VerilogReader::readGate(Base::Name type, Word word, bool isOpen) {
     const Base::Place place = lexer_.place();
     const Base::Name name = isOpen || lexer_.isAt('(') ? unnamed(type) : readName("the name of a gate");

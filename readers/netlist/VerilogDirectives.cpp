@@ -1,7 +1,7 @@
 // Compiler directives: macros, and what `ifdef leaves out.
 //
 // The text of a macro is copied in front of the bytes that follow its use, where there is room because the
-// use has been read: the bytes behind it stay where they are, and so do their lines and columns. A macro that
+// use has been read: the bytes after it stay where they are, and so do their lines and columns. A macro that
 // uses itself is found by counting, since the text does not tell where it came from.
 #include "readers/netlist/VerilogLexer.h"
 
@@ -156,7 +156,7 @@ void VerilogLexer::startCondition(bool isTrue, const Token& start) {
         skipInactive();
 }
 
-// To the branch that is read, or behind the end.
+// To the branch that is read, or after the end.
 void VerilogLexer::skipInactive() {
     std::size_t depth = 0;
     for (int c = peek(); c != endOfText; c = peek()) {

@@ -30,7 +30,7 @@ constexpr Radix radices[] = {
     {'h', 4, anyDigits},
 };
 
-// What a digit says of each of its bits.
+// Returns what each bit of a digit is connected to.
 ModuleNetId netOf(char digit) {
     return std::string_view("xXzZ?").find(digit) == std::string_view::npos ? constantNet : ModuleNetId();
 }
@@ -238,8 +238,8 @@ void VerilogExpression::invert(const Brace& brace) {
             bits_[i] = VerilogModule::inverse(bits_[i]);
 }
 
-// A number behind a brace, and a brace behind the number: a replication, of which the outer brace is a part.
-// True where the number is the constant that it looks like, and so the operand.
+// A number after a brace, and a brace after the number: a replication, of which the outer brace is a part.
+// Returns true if the number is a constant, and so an operand.
 bool VerilogExpression::openBrace(const Brace& brace) {
     lexer_.advance();
     braces_.push_back(brace);
@@ -280,7 +280,7 @@ void VerilogExpression::checkWidth(std::uint64_t width) const {
         lexer_.fail("an expression of more than " + std::to_string(widest) + " bits");
 }
 
-// Without a width it is one bit wide, or 32 where it has a base.
+// Without a width it is one bit wide, or 32 if it has a base.
 void VerilogExpression::readConstant() {
     constexpr std::uint64_t defaultWidth = 32;
     std::string text(lexer_.token().text);
@@ -297,7 +297,7 @@ void VerilogExpression::readConstant() {
     lexer_.advance();
 }
 
-// Of "'sh12f". False where a digit is not of the base.
+// Of "'sh12f". Returns false if a digit is not of the base.
 bool VerilogExpression::addDigits(std::string_view digits, std::uint64_t width) {
     checkWidth(width);
     digits.remove_prefix((digits[1] | 0x20) == 's' ? 2 : 1); // a small letter

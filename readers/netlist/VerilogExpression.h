@@ -24,7 +24,7 @@ public:
         bool isBitwise = true;      // a bit depends on those at its place
         bool isConditional = false; // and on all operands of one bit
     };
-    // Reads an expression with operators, from its beginning on, to the ',' or ';' behind it. Without
+    // Reads an expression with operators, from its beginning on, to the ',' or ';' after it. Without
     // operators it is as read(), and there is one operand.
     Computed readComputed();
     // Whether the last of these had operators.

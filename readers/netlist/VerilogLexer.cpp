@@ -62,7 +62,7 @@ bool VerilogLexer::refill() {
     return got != 0;
 }
 
-// The byte behind the next one.
+// The byte after the next one.
 int VerilogLexer::peekSecond() {
     if (end_ - next_ < 2)
         refill();
@@ -134,7 +134,7 @@ void VerilogLexer::readEscaped() {
     finishToken(Kind::escaped, begin_ + 1, next_);
 }
 
-// Blanks may stand between a constant's width, its base and its digits.
+// There may be blanks between a constant's width, its base and its digits.
 void VerilogLexer::readNumber() {
     const auto isBlank = [](unsigned char c) { return c == ' ' || c == '\t'; };
     skipWhile([](unsigned char c) { return is(c, digit) || c == '_'; });
@@ -190,7 +190,7 @@ void VerilogLexer::readUndefined() {
 
 // --- Between the tokens -------------------------------------------------------------------------------------------
 
-// False where a token begins.
+// Returns false if a token begins.
 bool VerilogLexer::skipSpace() {
     const int c = peek();
     if (c == '\n')
@@ -278,7 +278,7 @@ void VerilogLexer::skipAttribute() {
     failLexing("the attribute has no end");
 }
 
-// A backslash takes the special meaning from the character behind it.
+// A backslash takes the special meaning from the character after it.
 void VerilogLexer::skipString(const char* what) {
     ++next_;
     for (int c = peek(); c != endOfText; c = peek()) {
@@ -295,7 +295,7 @@ void VerilogLexer::skipString(const char* what) {
     failLexing(std::string(what) + " has no end");
 }
 
-// The next token is looked for behind what could not be read.
+// The next token is looked for after what could not be read.
 void VerilogLexer::failLexing(std::string text) {
     begin_ = nullptr;
     token_.kind = Kind::invalid;

@@ -2,7 +2,7 @@
 //
 // White space, comments, attributes and the compiler directives that do not change the text are passed over;
 // `ifdef and its like choose what is read. The text of a macro is put in front of what follows its name, so
-// that a token may begin in a macro and end behind it; its tokens are at the place of the macro's name, of
+// that a token may begin in a macro and end after it; its tokens are at the place of the macro's name, of
 // the outermost one. A token's text is valid until the next one is read. Memory is a block, or the longest
 // token.
 #pragma once
@@ -28,7 +28,7 @@ public:
         string,  // with its quotes
         symbol,  // one character
         macro,   // "`name" of a macro that is not defined
-        invalid, // behind an error: what could not be read
+        invalid, // after an error: what could not be read
     };
     struct Token {
         Kind kind = Kind::end;
@@ -44,9 +44,9 @@ public:
     VerilogLexer& operator=(const VerilogLexer&) = delete;
 
     const Token& token() const { return token_; }
-    // Throws BadInput for what is no token. The next call goes on behind it.
+    // Throws BadInput for what is no token. The next call goes on after it.
     void advance();
-    // The first byte behind the token and the white space that follows it; negative at the end of the text.
+    // The first byte after the token and the white space that follows it; negative at the end of the text.
     int firstBehind();
 
     // Whether `celldefine holds.

@@ -24,7 +24,7 @@ void VerilogModules::finish() {
     errors_.finish();
 }
 
-// Gates alone are no model: they are what a netlist is of.
+// Gates only are not a model: a netlist consists of them.
 bool VerilogModules::isModel(ModuleId number) const {
     const auto isPart = [&](const Module::Cell& cell) { // a gate or an expression has a keyword for its type
         const ModuleId type = byName_.find(cell.type);
@@ -118,7 +118,8 @@ void VerilogModules::addCells(Module& made, const Module& module, const Module::
     }
 }
 
-// How many bits of the connection each cell takes. Without the module of the cell only the connection tells.
+// How many bits of the connection each cell takes. Without the module of the cell, this is known only from
+// the connection.
 std::uint32_t VerilogModules::widthOf(const Module& module, const Module::Cell& cell, std::uint32_t position,
                                       std::uint32_t cells) {
     const Module::Connection& connection = module.connections[cell.connection(position)];

@@ -51,7 +51,7 @@ std::size_t forgetPairs(Session& session, Design::ClockId index) {
     return count;
 }
 
-// Takes the clock out of everything that names it, and tells how many commands that ended.
+// Removes the clock from everything that names it. Returns how many entries were dropped because of that.
 std::size_t forget(Session& session, Design::ClockId index) {
     Design::Constraints& result = session.result;
     const Design::Object clock(index);
@@ -66,7 +66,7 @@ std::size_t forget(Session& session, Design::ClockId index) {
         for (std::vector<Design::ClockId>& group : groups.groups)
             std::erase(group, index);
         std::erase_if(groups.groups, [](const auto& group) { return group.empty(); });
-        // A single group that was left over would stand against all other clocks.
+        // A single group that is left over would be separate from all other clocks.
         return groups.groups.empty() || (before > 1 && groups.groups.size() == 1);
     });
     for (Design::Clock& other : result.clocks)
@@ -301,7 +301,7 @@ void setClockGroups(Session& session, Words words) {
         if (!group.empty())
             groups.groups.push_back(std::move(group));
     }
-    // What is left over of several groups must not stand against all other clocks.
+    // A single group that is left of several must not be separate from all other clocks.
     if (groups.groups.empty() || (given > 1 && groups.groups.size() == 1))
         throw NoObjects{"set_clock_groups: -group: too few clocks"};
     session.result.clockGroups.push_back(std::move(groups));

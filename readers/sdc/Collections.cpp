@@ -17,7 +17,7 @@ Tcl_Obj* newText(std::string_view text) {
     return Tcl_NewStringObj(text.data(), static_cast<int>(text.size()));
 }
 
-// Adds the objects that a value names behind a list of handles.
+// Adds the objects that a value names after a list of handles.
 void appendTo(Tcl_Obj* list, const std::vector<Design::Object>& objects) {
     for (const Design::Object& object : objects)
         Tcl_ListObjAppendElement(nullptr, list, newHandle(object));

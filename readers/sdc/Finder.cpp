@@ -113,7 +113,7 @@ bool Finder::findExactName(Design::ObjectKind kind, const std::string& name,
     return take(clock(name));
 }
 
-// Also with slashes where the design's divider is another one.
+// Slashes are accepted even if the design's divider is another character.
 bool Finder::findExact(Design::ObjectKind kind, std::string_view pattern,
                        std::vector<Design::Object>& found) const {
     std::string name = withoutEscapes(pattern);
@@ -238,8 +238,8 @@ bool Finder::isInAPinsOwnName(std::string_view piece) const {
                                [piece](std::string_view name) { return name.find(piece) != npos; });
 }
 
-// Pins by their whole names, where a piece of the pattern can only stand in that of the cell: so the cells
-// without it are left out.
+// Pins by their whole names, if some piece of the pattern can only be in the name of the cell. Cells without
+// that piece are skipped.
 void Finder::findWholePins(const Glob& glob, const FindOptions& options,
                            std::vector<Design::Object>& found) const {
     const Test test = [&glob](std::string_view name) { return glob.matches(name); };

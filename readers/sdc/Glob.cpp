@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t npos = std::string_view::npos;
 
-// What may stand between the brackets of a bus index, wildcards included.
+// The characters that may be between the brackets of a bus index, including wildcards.
 bool isIndex(std::string_view content) {
     return !content.empty() && content.find_first_not_of("0123456789*?:") == npos;
 }

@@ -28,7 +28,8 @@ std::string cleaned(std::string text) {
 
 unsigned linesIn(std::string_view text) { return static_cast<unsigned>(std::ranges::count(text, '\n')); }
 
-// The line on which brackets or braces first stand too deep for Tcl's parser; 0 where they nowhere do.
+// Returns the first line on which brackets or braces are nested too deep for Tcl's parser; 0 if there is
+// none.
 unsigned lineTooDeep(std::string_view text) {
     int depth = 0;
     for (std::size_t at = 0; at < text.size(); ++at) {
@@ -58,7 +59,7 @@ bool names(std::string_view text, std::string_view name) {
     return false;
 }
 
-// What stands between the opening and the next quote; empty for another text.
+// Returns the text between the opening and the next quote; empty for another text.
 std::string_view quoted(std::string_view text, std::string_view opening, char quote) {
     if (!text.starts_with(opening))
         return {};
@@ -204,7 +205,7 @@ void Interpreter::tellWatch() {
         watch_->moveTo(files_[stack_.back().index], stack_.back().line);
 }
 
-// The file's number; that of the first time where it is read again.
+// Returns the file's index. A file that is read again keeps its index.
 Design::FileId Interpreter::addFile(Base::Source& source) {
     const auto known = std::ranges::find(files_, source.path());
     const Design::FileId index(static_cast<std::uint32_t>(known - files_.begin()));
@@ -217,7 +218,7 @@ Design::FileId Interpreter::addFile(Base::Source& source) {
 
 int Interpreter::evaluate(Base::Source& source, const std::string& text, File file) {
     file.index = addFile(source);
-    file.frames = stack_.empty() ? 0 : frameCount(); // Tcl can not be asked where it runs nothing
+    file.frames = stack_.empty() ? 0 : frameCount(); // Tcl cannot be asked while it runs nothing
     if (const unsigned line = lineTooDeep(text); line != 0)
         return fail("brackets or braces stand in one another too deep", {source.path(), line, 0});
 
@@ -409,7 +410,7 @@ void Interpreter::source(Words words) {
 
 // --- Commands of the interpreter itself -----------------------------------------------------------------------------
 
-// Tcl's own, and where the body stands.
+// Calls Tcl's own command, and remembers the place of the body.
 void Interpreter::defineProcedure(Words words) {
     if (proc_.objProc(proc_.objClientData, tcl_, static_cast<int>(words.size()), words.data()) != TCL_OK)
         throw Raised{};

@@ -35,7 +35,7 @@ bool looksLikeOption(std::string_view word) {
            ((word[1] >= 'a' && word[1] <= 'z') || word[1] == '_' || (word[1] >= 'A' && word[1] <= 'Z'));
 }
 
-// The word's text where it may be an option; that of objects never is.
+// Returns the word's text if it may be an option. Objects never are.
 std::string_view possibleOption(Tcl_Obj* word) {
     return holdsHandles(word) ? std::string_view() : Tcl_GetString(word);
 }

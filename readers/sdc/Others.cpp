@@ -60,7 +60,7 @@ constexpr std::array withoutEffect = {"create_voltage_area",
 
 // --- set_disable_timing ---------------------------------------------------------------------------------------------
 
-// A pin of the cell, by name; nothing, with a warning, where the cell has none.
+// Returns the name of a pin of the cell; nothing, with a warning, if the cell has no such pin.
 std::optional<std::string> pinOf(Session& session, const Arguments& arguments, std::string_view option,
                                  Design::CellId cell) {
     const std::string name = Glob(arguments.text(option)).literal();

@@ -22,7 +22,7 @@ constexpr std::array refused = {"auto_load", "cd",     "encoding", "exec",   "ex
                                 "file",      "glob",   "history",  "load",   "open",  "parray",
                                 "pwd",       "socket", "tclLog",   "thread", "unload"};
 
-// What is left of the machine, or of chance, behind commands that are kept.
+// What the commands that are kept could still reach of the machine, or of chance.
 constexpr auto removed = R"(
     foreach space {::oo ::zlib ::tcl::chan ::tcl::clock ::tcl::encoding ::tcl::file ::tcl::process ::tcl::unsupported
                    ::tcl::zlib ::tcl::binary ::tcl::namespace} {

@@ -73,7 +73,7 @@ clockid_t clockOfThisThread() {
     return clock;
 }
 
-// The lowest address of this thread's stack; null where it is not known.
+// The lowest address of this thread's stack; null if it is not known.
 const char* endOfStack() {
     pthread_attr_t attributes;
     if (pthread_getattr_np(pthread_self(), &attributes) != 0)

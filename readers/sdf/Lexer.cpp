@@ -13,7 +13,7 @@ namespace Readers::Sdf {
 
 namespace {
 
-constexpr std::size_t carried = 1;                        // a slash, until the byte behind it is known
+constexpr std::size_t carried = 1;                        // a slash, until the byte after it is known
 constexpr std::size_t longestText = std::size_t{1} << 20; // of a name or string: memory stays bounded
 constexpr std::size_t longestFound = 40;                  // of what a message quotes
 constexpr unsigned char firstPrintable = 0x20;
@@ -64,13 +64,13 @@ bool Lexer::isNameStart(int character) {
            character == '.' || character == '/';
 }
 
-// Brings the next block behind what is unread. False at the end of the file.
+// Reads the next block and puts it after the unread bytes. Returns false at the end of the file.
 bool Lexer::more() {
     const auto kept = static_cast<std::size_t>(end_ - at_);
     base_ = offset();
     std::memmove(buffer_.data(), at_, kept);
     at_ = buffer_.data();
-    end_ = at_ + kept; // stays true where reading throws
+    end_ = at_ + kept; // holds even if reading throws
     const std::size_t got = source_.read(buffer_.data() + kept, blockSize_);
     end_ += got;
     buffer_[kept + got] = '\0';
@@ -174,7 +174,7 @@ Base::Decimal Lexer::number() {
     const std::string_view text = run(numberCharacter);
     if (text.empty())
         fail("a number");
-    // A letter right behind is not the next element: "12x" is no number.
+    // A letter that follows directly is not the next element: "12x" is not a number.
     if (const int next = at_ == end_ ? endOfFile : *at_; !isLetter(next))
         if (const std::optional<Base::Decimal> value = Base::Decimal::parse(text))
             return *value;
@@ -183,7 +183,7 @@ Base::Decimal Lexer::number() {
     fail(place, "a number", all);
 }
 
-// An escape: the character behind a backslash, whatever it is.
+// An escape: the character after a backslash, whatever it is.
 void Lexer::escaped(std::string& into) {
     ++at_;
     if (atEnd() || isControl(*at_))
@@ -207,7 +207,7 @@ void Lexer::select(std::string& into) {
     }
 }
 
-// As much of a name as stands without white space.
+// The part of a name up to white space.
 void Lexer::namePiece(NameText& into) {
     for (;;) {
         const char* const from = at_;
@@ -326,7 +326,7 @@ void Lexer::skipGroup() {
 
 // --- Errors -----------------------------------------------------------------------------------------------------------
 
-// What stands next, for a message.
+// The text that comes next, for a message.
 std::string Lexer::found() {
     if (atEnd())
         return "the end of the file";

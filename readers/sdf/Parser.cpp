@@ -60,7 +60,7 @@ private:
     int scale_ = Header{}.scale;
     std::string version_, design_, program_;
     std::string cellType_, instance_;
-    std::vector<std::uint32_t> instanceEscapes_; // where a '.' or '/' of the instance was escaped
+    std::vector<std::uint32_t> instanceEscapes_; // the offsets of each '.' or '/' that was escaped
     Base::Position cellPlace_;
     bool cellBegun_ = false; // its event was fired
     std::string text_;
@@ -174,7 +174,7 @@ void Parser::timeScale() {
     lexer_.fail(place, "1, 10 or 100 and a unit of time", text_);
 }
 
-// The header ends where the first cell begins, or the file ends.
+// The header ends at the first cell, or at the end of the file.
 void Parser::endHeader() {
     if (headerEnded_)
         return;
@@ -207,7 +207,7 @@ void Parser::cell(Base::Position place) {
     handler_.endCell();
 }
 
-// The cell is known where its first section begins that is no instance, or where it ends.
+// The cell is known when its first section begins that is not an instance, or when it ends.
 void Parser::beginCell() {
     if (!cellBegun_)
         handler_.cell(cellType_, instance_, instanceEscapes_, cellPlace_);
@@ -335,7 +335,7 @@ void Parser::ioPath(Base::Position place, bool conditional, bool increment) {
     handler_.ioPath(from_.event(), to_.name.path(), values, conditional, increment, place);
 }
 
-// The "(IOPATH ...))" behind a condition, or behind the CONDELSE that holds where no condition does.
+// The "(IOPATH ...))" after a condition, or after the CONDELSE that holds if no condition does.
 void Parser::guardedPath(bool increment) {
     Base::Position place;
     if (!phrases_.open(place))
@@ -390,7 +390,7 @@ void Parser::check(Keyword keyword, Base::Position place) {
     }
 }
 
-// A check of two ports with one value, or with two and perhaps conditions behind them.
+// A check of two ports with one value, or with two and perhaps conditions after them.
 void Parser::pairCheck(CheckKind kind, std::size_t count, Base::Position place) {
     phrases_.checkedPort(from_);
     phrases_.checkedPort(to_);

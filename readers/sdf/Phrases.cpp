@@ -138,7 +138,7 @@ bool Phrases::sign(int next, bool operand) {
     return closes || next == '\'';
 }
 
-// The base and the digits of "1'b0", or those of "'0'". Blanks may stand between them.
+// The base and the digits of "1'b0", or those of "'0'". There may be blanks between them.
 void Phrases::digits() {
     constexpr std::string_view bases = "bBoOdDhH";
     lexer_.wordHere(label_);
@@ -157,7 +157,7 @@ void Phrases::member(std::optional<Base::Decimal>& into, char behind) {
         into = lexer_.number();
 }
 
-// A value behind its "(", and its ")".
+// A value after its "(", and its ")".
 void Phrases::valueBody(Value& into) {
     into = {};
     if (lexer_.take(')'))
@@ -187,7 +187,7 @@ std::span<const Value> Phrases::exactly(std::size_t count) {
     return std::span(values_).first(count);
 }
 
-// A value of a delay behind its "(": alone, or with the limits of pulses behind it, "((10) (3) (5))". Whether
+// A value of a delay after its "(": alone, or with the limits of pulses after it, "((10) (3) (5))". Whether
 // there were limits.
 bool Phrases::delay(Value& into) {
     if (!lexer_.take('(')) {

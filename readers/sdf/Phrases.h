@@ -30,7 +30,7 @@ public:
 
     // Whether a parenthesis opens here; then it is taken, and its place known.
     bool open(Base::Position& place);
-    // The word behind an opening parenthesis; Keyword::none if it is unknown.
+    // The word after an opening parenthesis; Keyword::none if it is unknown.
     Keyword keyword();
     // Refuses the word that keyword() took last.
     [[noreturn]] void refuse(std::string_view expected) const;

@@ -1,9 +1,9 @@
 // Which instances and pins the names of an SDF file mean.
 //
-// The name as it stands is tried first, and mostly that is all. Otherwise: with dots as dividers the
-// hierarchy's slashes in their place, but for dots that were escaped; a name of the netlist that differs only
-// in dividers and escapes; and the part of the name below a prefix that all instances have, the top's or a
-// test bench's. A name that fits several instances is an error.
+// The name as it is written is tried first, and is usually found. Otherwise these are tried in turn: if dots
+// are the dividers, the name with slashes instead of all dots that are not escaped; a name of the netlist
+// that differs only in dividers and escapes; and the part of the name below a prefix that all instances have,
+// such as the top or a test bench. A name that fits several instances is an error.
 #include "readers/sdf/Annotate.h"
 
 #include <algorithm>
@@ -135,7 +135,7 @@ Design::CellId Annotator::findBelowPrefix(const Spelled& instance) {
     return settle(cell);
 }
 
-// Without an instance that was found as it stands, the first one that the netlist has below some prefix shows
+// If no instance was found as it is written, the first one that the netlist has below some prefix shows
 // it; else only one below the top's own name.
 Design::CellId Annotator::guessPrefix(const Spelled& instance) {
     for (std::size_t at = instance.text.find_first_of(dividers); at != std::string_view::npos;
@@ -280,7 +280,7 @@ Design::PinId Annotator::resolve(const Sdf::Path& path, Base::Position where) {
 }
 
 // Of an instance that the netlist does not have: a port with dividers in its name, a port below the prefix,
-// or a pin behind another divider.
+// or a pin after another divider.
 Design::PinId Annotator::resolveOtherwise(const Spelled& instance, std::string_view pin) {
     std::string text(instance.text);
     for (const char divider : dividers)
