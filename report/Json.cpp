@@ -52,7 +52,7 @@ public:
     }
 
 private:
-    // --- Values -------------------------------------------------------------------------------------------------
+    // --- Values ---
 
     void text(std::string_view key, std::string_view value) { json_.key(key).string(value); }
     void textOrNull(std::string_view key, std::string_view value) {
@@ -75,7 +75,7 @@ private:
             json_.null();
     }
 
-    // --- Sections -----------------------------------------------------------------------------------------------
+    // --- Sections ---
 
     void head() {
         text("schema", schemaName);

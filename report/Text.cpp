@@ -47,7 +47,7 @@ public:
     }
 
 private:
-    // --- Cells --------------------------------------------------------------------------------------------------
+    // --- Cells ---
 
     std::string time(const MaybeTime& value) const {
         return value ? threeDigits(shownPs(*value, report_.scale)) : std::string(absent);
@@ -65,7 +65,7 @@ private:
     }
     void printTable(const Table& table) const { table.print(out_, options_.color); }
 
-    // --- Sections -----------------------------------------------------------------------------------------------
+    // --- Sections ---
 
     void slacks() const {
         title("Slack");

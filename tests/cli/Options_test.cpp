@@ -230,7 +230,7 @@ TEST(Options, help) {
     EXPECT_EQ(help.err, "");
 }
 
-// --- Other places that list the options ----------------------------------------------------------------------------
+// --- Other places that list the options ---
 
 std::string contentOf(const std::string& path) {
     std::ifstream file(path);

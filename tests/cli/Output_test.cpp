@@ -71,7 +71,7 @@ private:
     int standard_, saved_;
 };
 
-// --- Files -----------------------------------------------------------------------------------------------------------
+// --- Files ---
 
 TEST_F(OutputTest, appearsAtTheCommit) {
     Output output(at("r.json"));
@@ -206,7 +206,7 @@ TEST_F(OutputTest, leftoversOfAnotherRunAreNotTouched) {
     EXPECT_EQ(contentOf(at(other)), "other");
 }
 
-// --- Failures --------------------------------------------------------------------------------------------------------
+// --- Failures ---
 
 TEST_F(OutputTest, placesThatCannotBeWritten) {
     std::ofstream(at("file")) << "text";
@@ -295,7 +295,7 @@ TEST_F(OutputTest, aStreamThatWasMarkedAsFailed) {
     EXPECT_FALSE(fs::exists(at("file")));
 }
 
-// --- What is no regular file -----------------------------------------------------------------------------------------
+// --- What is no regular file ---
 
 TEST_F(OutputTest, fullDevice) {
     struct Row {

@@ -149,7 +149,7 @@ private:
     int held_ = -1;
 };
 
-// --- Outputs that would overwrite an input ---------------------------------------------------------------------------
+// --- Outputs that would overwrite an input ---
 
 TEST_F(ProcessTest, AFileThatConstraintsSourceIsNoOutput) {
     const std::string clock = "create_clock -period 10 [get_ports clk]\n";
@@ -190,7 +190,7 @@ TEST_F(ProcessTest, AnInputIsNoStandardOutput) {
     EXPECT_EQ(textOf(at("pair.sdf")), text);
 }
 
-// --- Outputs that cannot be written ----------------------------------------------------------------------------------
+// --- Outputs that cannot be written ---
 
 TEST_F(ProcessTest, WithoutTheTextThereIsNoFile) {
     // With constraints: Tcl would ignore SIGPIPE.
@@ -226,7 +226,7 @@ TEST_F(ProcessTest, APlaceThatIsTakenMeanwhileIsAnError) {
     EXPECT_THAT(names(), UnorderedElementsAre("held.sdc", "pair.sdf", "report.json"));
 }
 
-// --- Signals ---------------------------------------------------------------------------------------------------------
+// --- Signals ---
 
 TEST_F(ProcessTest, SignalsLeaveNoFile) {
     std::vector<int> signals = {SIGHUP,  SIGQUIT, SIGTERM, SIGPIPE,   SIGALRM, SIGUSR1, SIGUSR2,
@@ -312,7 +312,7 @@ TEST_F(ProcessTest, BehindTheLastOutputTheStatusStands) {
     }
 }
 
-// --- Standard error --------------------------------------------------------------------------------------------------
+// --- Standard error ---
 
 TEST_F(ProcessTest, NamesDoNotSteerTheTerminal) {
     struct Row {

@@ -195,7 +195,7 @@ TEST(Progress, aTerminalThatIsGone) {
     close(closed);
 }
 
-// --- Terminals -------------------------------------------------------------------------------------------------------
+// --- Terminals ---
 
 TEST(Terminal, wants) {
     Terminal terminal;

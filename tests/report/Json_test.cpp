@@ -33,7 +33,7 @@ Json publishedSchema() {
     return Json::parse(file);
 }
 
-// --- The text --------------------------------------------------------------------------------------------------------
+// --- The text ---
 
 TEST(Json, aWholeReport) {
     EXPECT_EQ(jsonOf(ReportTests::sample()), R"json({
@@ -266,7 +266,7 @@ TEST(Json, aPathFromNowhere) {
     EXPECT_EQ(path.at("points"), Json::array());
 }
 
-// --- The schema ------------------------------------------------------------------------------------------------------
+// --- The schema ---
 
 TEST(JsonSchema, reportsFitIt) {
     Whole paths = ReportTests::sample();

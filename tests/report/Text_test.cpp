@@ -254,7 +254,7 @@ TEST(Text, commandsWrapAndNamesStayWhole) {
                          "    -to r1\n"));
 }
 
-// --- Paths -----------------------------------------------------------------------------------------------------------
+// --- Paths ---
 
 // The two blocks and the balance of a path's text.
 std::string columnsOf(const std::string& text) { return text.substr(text.find("    Delay")); }
@@ -362,7 +362,7 @@ TEST(PathText, wideNumbersWidenTheirColumns) {
     EXPECT_THAT(textOf(path), HasSubstr("\n             -20000002.753   data arrival time\n"));
 }
 
-// --- Sums ------------------------------------------------------------------------------------------------------------
+// --- Sums ---
 
 struct ShownLine {
     double delay = 0, time = 0;
@@ -480,7 +480,7 @@ TEST(PathText, aTinyViolationIsSeen) {
                                "             -0.001   slack (VIOLATED)\n"));
 }
 
-// --- Tables ----------------------------------------------------------------------------------------------------------
+// --- Tables ---
 
 TEST(Table, widthsAreCodePoints) {
     ::Report::Table table({{"Name"}, {"N", ::Report::Table::Align::right}, {"Rest"}});
