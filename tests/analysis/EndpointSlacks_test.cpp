@@ -72,8 +72,8 @@ TEST_F(EndpointSlacksTest, EqualSlacksAreInTheOrderOfNames) {
 
 TEST_F(EndpointSlacksTest, AnEndPointWithFalsePathsOnlyIsNotListed) {
     Exceptions::Requirement requirement;
-    requirement.falseSetup = true;
-    requirement.setupException = falsePath;
+    requirement.isFalse.setup = true;
+    requirement.exception.setup = falsePath;
     requirement.group = group;
     Arrival one = arrival(Side::setup, 0);
     one.requirement = &requirement;
@@ -89,7 +89,7 @@ TEST_F(EndpointSlacksTest, AnEndPointWithFalsePathsOnlyIsNotListed) {
 // By end points: several arrivals of one count once.
 TEST_F(EndpointSlacksTest, EndPointsThatAnExceptionGoverns) {
     Exceptions::Requirement requirement;
-    requirement.setupException = multicycle;
+    requirement.exception.setup = multicycle;
     requirement.group = group;
     Model::End other = end_;
     other.pin = PinId(1U);

@@ -54,8 +54,8 @@ std::string whole(const Analysis::SessionOptions& options) {
     return report.value_or("");
 }
 
-// One of the files cut at every byte: refused with a place, or, where only white space is missing, nothing
-// else. Says how often it was refused.
+// Cuts one of the files at every byte. It must be refused with a place, or, if only white space is missing,
+// lead to the same report. Returns how often it was refused.
 std::size_t refusals(const Analysis::SessionOptions& options, const std::string& path,
                      const std::string& text) {
     const std::string expected = whole(options);
