@@ -1,7 +1,7 @@
 // Chains of a million poles: every phase of a sweep, the path searches, the weights and a whole launch walk
-// over them on an ordinary stack of 8 MB.
-#include "Builder.h"
-#include "Recorder.h"
+// them on a stack of the ordinary 8 MB.
+#include "tests/support/Builder.h"
+#include "tests/support/Recorder.h"
 
 #include "Pelko/Path.h"
 #include "Vorlen/Sweep.h"

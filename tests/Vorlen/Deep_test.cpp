@@ -1,7 +1,7 @@
-// A million poles in a chain, in a ring, and as receivers of one pole: ordinary inputs of a launch, on a
-// stack of 8 MB.
-#include "Builder.h"
-#include "Recorder.h"
+// A million poles behind each other, in a ring, and behind one: ordinary inputs of a launch, on a stack of 8
+// MB.
+#include "tests/support/Builder.h"
+#include "tests/support/Recorder.h"
 
 #include "Pelko/Path.h"
 

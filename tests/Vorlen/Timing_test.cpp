@@ -1,6 +1,6 @@
 // The pair of delays: specials, tests, arithmetic, order, widening, label and inspection.
-#include "Builder.h"
-#include "Recorder.h"
+#include "tests/support/Builder.h"
+#include "tests/support/Recorder.h"
 
 #include "Ruvex/StandardSlot.h"
 #include "Vorlen/Timing.h"

@@ -1,7 +1,10 @@
 // The poles on the own paths of clocks.
 #include "analysis/OwnPaths.h"
 
-#include "Builder.h"
+#include "tests/support/Builder.h"
+#include "tests/support/Recorder.h"
+
+#include "Vorlen/Tool.h"
 
 #include <gtest/gtest.h>
 

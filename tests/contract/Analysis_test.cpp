@@ -2,8 +2,8 @@
 // paths.
 #include "CollectionChecks.h"
 #include "Design.h"
-#include "Thrown.h"
 #include "tests/support/Rows.h"
+#include "tests/support/Thrown.h"
 
 #include <gmock/gmock.h>
 

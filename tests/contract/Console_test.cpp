@@ -1,5 +1,5 @@
-// The console: levels, labels, indentation, timers, colour, the output of messages, and the recorder.
-#include "Recorder.h"
+// The console: levels, labels, indentation, timers, colour, where messages go, and the recorder.
+#include "tests/support/Recorder.h"
 
 #include "Ruvex/Console.h"
 #include "Ruvex/Exception.h"

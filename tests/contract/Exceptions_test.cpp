@@ -1,5 +1,5 @@
-// The exception family: which handlers catch an exception, and which details every exception has.
-#include "Thrown.h"
+// The exception family: who is caught as whom, and what every exception tells.
+#include "tests/support/Thrown.h"
 
 #include <gtest/gtest-spi.h>
 

@@ -1,7 +1,7 @@
 // The life of a database object: creation and destruction in their order, stamps, and the order by stamp.
 #include "Design.h"
-#include "Thrown.h"
 #include "tests/support/Rows.h"
+#include "tests/support/Thrown.h"
 
 #include <map>
 #include <set>

@@ -1,6 +1,6 @@
 // Records and slots: what a debugging view displays of values, maps and objects.
 #include "Design.h"
-#include "Recorder.h"
+#include "tests/support/Recorder.h"
 
 #include "Ruvex/StandardSlot.h"
 

@@ -1,6 +1,6 @@
-// The registry of tools: a tool is found by its name while it lives, and no two tools have the same name.
-#include "Recorder.h"
-#include "Thrown.h"
+// The registry of tools: a tool is known by its name while it lives, and a name is given once.
+#include "tests/support/Recorder.h"
+#include "tests/support/Thrown.h"
 
 #include "Pelko/Tool.h"
 

@@ -1,5 +1,5 @@
 // The framework's small services: run status, random numbers, text, the debug switch.
-#include "Recorder.h"
+#include "tests/support/Recorder.h"
 
 #include "Ruvex/Random.h"
 #include "Ruvex/Status.h"

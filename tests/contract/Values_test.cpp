@@ -1,5 +1,5 @@
 // Masks of exception classes, clock modes, analysis modes and port constraints.
-#include "Thrown.h"
+#include "tests/support/Thrown.h"
 
 #include "Pelko/AnalysisMode.h"
 #include "Pelko/IOConstraint.h"

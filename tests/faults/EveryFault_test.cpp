@@ -4,9 +4,9 @@
 //
 // VORLEN_SEED chooses other designs.
 #include "Allocator.h"
-#include "Builder.h"
 #include "tests/oracle/RandomDesign.h"
 #include "tests/oracle/Snapshot.h"
+#include "tests/support/Builder.h"
 
 #include "Vorlen/Tool.h"
 

@@ -1,5 +1,5 @@
 // Bytes as a small design: every choice in drawing it takes the next byte. Two launches on it, with a change
-// between them, leave and print the same as the plain reference.
+// between them, leave and say what the plain reference does.
 #include "Netlists.h"
 #include "tests/oracle/Launches.h"
 

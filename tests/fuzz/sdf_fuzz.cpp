@@ -1,5 +1,5 @@
-// Any bytes as an SDF file: read, or rejected with BadInput. The events do not depend on how the bytes are
-// split into blocks. A file that was read makes a design, or is rejected at that step.
+// Any bytes as an SDF file: read, or refused with BadInput. The events do not depend on how the bytes come in
+// blocks, and what was read makes a design or is refused there.
 #include "Netlists.h"
 #include "readers/sdf/Parser.h"
 #include "tests/readers/sdf/EventLog.h"

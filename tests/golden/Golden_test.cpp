@@ -8,8 +8,8 @@
 //   slacks.csv   endpoint,setup,hold in ns, worked out by hand: all end points of the run's JSON report
 //   (others)     the run's own inputs
 //
-// The run works in a copy of the folder, so that file names in messages are short. VORLEN_UPDATE=1 in the
-// environment rewrites the expected results, except slacks.csv.
+// The run goes in a copy of the folder, so that names in messages are short. VORLEN_UPDATE=1 in the
+// environment rewrites what must come of it, but for slacks.csv.
 #include "ProjectFiles.h"
 #include "tests/report/SchemaValidator.h"
 #include "tests/support/Process.h"

@@ -1,7 +1,7 @@
 // The analyzer: settings, clocks, clock groups, port constraints and slacks; and which calls it rejects.
 #include "ModelTest.h"
-#include "Recorder.h"
 #include "Refused.h"
+#include "tests/support/Recorder.h"
 
 #include "Pelko/Issue.h"
 

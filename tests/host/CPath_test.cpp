@@ -1,8 +1,8 @@
 // Timing exceptions: factories and the calls they reject, the classes that poles show, slack adjustments by
 // kind and side.
 #include "ModelTest.h"
-#include "Recorder.h"
 #include "Refused.h"
+#include "tests/support/Recorder.h"
 
 #include "Ruvex/Record.h"
 #include "tests/support/Rows.h"

@@ -1,7 +1,7 @@
 // Domains: the factory and the calls it rejects, order, subdomains, the paths of all subdomains together.
 #include "ModelTest.h"
-#include "Recorder.h"
 #include "Refused.h"
+#include "tests/support/Recorder.h"
 
 #include "Ruvex/Record.h"
 

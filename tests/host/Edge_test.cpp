@@ -1,7 +1,7 @@
 // Arcs: the factory and the calls it rejects, attributes, results, and the fans that hold them.
 #include "ModelTest.h"
-#include "Recorder.h"
 #include "Refused.h"
+#include "tests/support/Recorder.h"
 
 #include "Ruvex/Record.h"
 

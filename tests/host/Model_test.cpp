@@ -1,7 +1,7 @@
 // An object that owns the whole model: it creates the globals, and destroys them.
 #include "ModelTest.h"
-#include "Recorder.h"
 #include "Refused.h"
+#include "tests/support/Recorder.h"
 
 #include <functional>
 #include <optional>

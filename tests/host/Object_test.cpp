@@ -1,8 +1,8 @@
 // What all objects of the model have in common: classes and labels, and listeners that are called for their
 // creation and destruction.
 #include "ModelTest.h"
-#include "Recorder.h"
 #include "Refused.h"
+#include "tests/support/Recorder.h"
 
 #include "Ruvex/Record.h"
 

@@ -1,8 +1,8 @@
 // Reported paths: the factory and the calls it rejects, and the slack of both kinds, by hand and against a
 // plain sum.
 #include "ModelTest.h"
-#include "Recorder.h"
 #include "Refused.h"
+#include "tests/support/Recorder.h"
 
 #include "Ruvex/Record.h"
 #include "tests/support/Rows.h"

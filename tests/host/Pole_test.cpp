@@ -1,7 +1,7 @@
 // Poles: factories and the calls they reject, kinds, references, main poles, marks, insulation, consistency.
 #include "ModelTest.h"
-#include "Recorder.h"
 #include "Refused.h"
+#include "tests/support/Recorder.h"
 
 #include "Pelko/Issue.h"
 #include "Ruvex/Record.h"

@@ -6,7 +6,7 @@
 #pragma once
 
 #include "Snapshot.h"
-#include "Thrown.h"
+#include "tests/support/Thrown.h"
 
 namespace HostTest {
 

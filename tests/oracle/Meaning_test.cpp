@@ -18,7 +18,7 @@
 #include "ReferenceTool.h"
 #include "Vorlen/Tool.h"
 
-#include "Recorder.h"
+#include "tests/support/Recorder.h"
 
 #include <gtest/gtest.h>
 

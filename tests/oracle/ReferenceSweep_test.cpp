@@ -2,7 +2,7 @@
 // map operations and the three propagations.
 #include "ReferenceSweepBench.h"
 
-#include "Recorder.h"
+#include "tests/support/Recorder.h"
 #include "tests/support/Rows.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
-// Large inputs of the command, with every slack computed separately, and with bounds on the memory of the run
-// and on the arcs that the engine visits. A cost that grows with the square of the input is far above the
-// bounds.
+// Large inputs of the command, with every slack worked out beside it, and bounds on the memory that the run
+// takes and on the arcs that the engine looks at: what would grow with the square of the input goes far over
+// them.
 #include "CommandInputs.h"
 #include "Vorlen/detail/Work.h"
 #include "report/Json.h"

@@ -2,7 +2,7 @@
 // all poles are connected to all others.
 #pragma once
 
-#include "Builder.h"
+#include "tests/support/Builder.h"
 
 #include <vector>
 

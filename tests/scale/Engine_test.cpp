@@ -1,9 +1,10 @@
-// A million arcs in one piece, in every form that is hard for a walk, and a ladder of paths: a launch
-// completes, finds the arrivals, and keeps within the bounds on visits and on bytes per arc.
+// A million arcs in one piece, in every way that a walk finds hard, and a ladder of paths: a launch ends,
+// finds the arrivals, looks at each arc a bounded number of times, and takes a bounded number of bytes for
+// each.
 #include "EngineInputs.h"
-#include "Recorder.h"
 #include "Vorlen/detail/Work.h"
 #include "tests/faults/Allocator.h"
+#include "tests/support/Recorder.h"
 
 #include <gtest/gtest.h>
 

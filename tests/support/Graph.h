@@ -7,7 +7,7 @@
 //   EXPECT_EQ(Support::tagged(), (Support::Names{"s -> m", "m -> t"}));
 #pragma once
 
-#include "Builder.h"
+#include "tests/support/Builder.h"
 
 #include <sstream>
 

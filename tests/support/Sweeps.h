@@ -1,7 +1,7 @@
 // Sweeps for unit tests, and their timing maps as tables of integers.
 #pragma once
 
-#include "Builder.h"
+#include "tests/support/Builder.h"
 
 #include "Vorlen/Sweep.h"
 

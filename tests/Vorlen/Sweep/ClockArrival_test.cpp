@@ -1,7 +1,7 @@
 // Clock arrival: the walk from the leaves to the root, its seed, the fold of one arc, and the reduction at
 // the leaves.
-#include "Builder.h"
-#include "Sweeps.h"
+#include "tests/support/Builder.h"
+#include "tests/support/Sweeps.h"
 
 #include "Vorlen/Sweep.h"
 

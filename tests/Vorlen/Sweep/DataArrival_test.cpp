@@ -1,8 +1,8 @@
-// Data arrival: the seeds at the launch leaves, the fold of one arc, the walk, and the arrivals of the
-// subdomain that result at the end points.
-#include "Builder.h"
-#include "Sweeps.h"
-#include "Thrown.h"
+// Data arrival: the seeds at the launch leaves, the fold of one arc, the walk, and what the ends of the paths
+// make of it for the subdomain.
+#include "tests/support/Builder.h"
+#include "tests/support/Sweeps.h"
+#include "tests/support/Thrown.h"
 
 #include "Vorlen/Sweep.h"
 #include "tests/support/Rows.h"

@@ -1,7 +1,7 @@
 // Data required times: the seeds at the end points, the fold of one arc backwards, and the walk.
-#include "Builder.h"
-#include "Sweeps.h"
-#include "Thrown.h"
+#include "tests/support/Builder.h"
+#include "tests/support/Sweeps.h"
+#include "tests/support/Thrown.h"
 
 #include "Vorlen/Sweep.h"
 

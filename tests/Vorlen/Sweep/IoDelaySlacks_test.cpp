@@ -1,8 +1,8 @@
-// Slacks of ports: the slacks that iodelaySlackAnalyze() merges into the analyzer, for the inputs that launch
-// a subdomain and the outputs that latch it.
-#include "Builder.h"
-#include "Sweeps.h"
-#include "Thrown.h"
+// Slacks of ports: what iodelaySlackAnalyze() merges into the analyzer for the inputs that launch a subdomain
+// and the outputs that latch it.
+#include "tests/support/Builder.h"
+#include "tests/support/Sweeps.h"
+#include "tests/support/Thrown.h"
 
 #include "Vorlen/Sweep.h"
 

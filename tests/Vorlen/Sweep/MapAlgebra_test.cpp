@@ -1,6 +1,6 @@
 // The algebra of timing maps: every operation as a table of maps before and after.
-#include "Builder.h"
-#include "Sweeps.h"
+#include "tests/support/Builder.h"
+#include "tests/support/Sweeps.h"
 
 #include "Vorlen/Sweep.h"
 

@@ -1,12 +1,12 @@
 // The influence of exceptions on a timing map: multicycle factors, and the choice of the governing exception.
 //
-// A multicycle path in a pure clock of two different roots makes divideCycleCount throw "Abnormal multicycle
-// Path". The model's isPureClock() returns whether launch and latch root are the same, so no database of the
-// model gets there. PureClocksAreOfOneRoot checks that the model stays like this.
-#include "Builder.h"
-#include "Recorder.h"
-#include "Sweeps.h"
-#include "Thrown.h"
+// A multicycle path in a pure clock of two different roots ends divideCycleCount by "Abnormal multicycle
+// Path". The model's isPureClock() says just that launch and latch root are one and the same, so no database
+// of the model gets there; PureClocksAreOfOneRoot holds the model to it.
+#include "tests/support/Builder.h"
+#include "tests/support/Recorder.h"
+#include "tests/support/Sweeps.h"
+#include "tests/support/Thrown.h"
 
 #include "Vorlen/Sweep.h"
 

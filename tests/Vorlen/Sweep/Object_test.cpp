@@ -1,8 +1,8 @@
-// The sweep as an object: creation and destruction, look-ups, record, names, and the sequence of analyze().
-#include "Builder.h"
-#include "Recorder.h"
-#include "Sweeps.h"
-#include "Thrown.h"
+// The sweep as an object: its creation and end, look-ups, record, names, and the sequence of analyze().
+#include "tests/support/Builder.h"
+#include "tests/support/Recorder.h"
+#include "tests/support/Sweeps.h"
+#include "tests/support/Thrown.h"
 
 #include "Pelko/Path.h"
 #include "Ruvex/Record.h"

@@ -1,11 +1,11 @@
 // The path search: the paths that it keeps and drops, their order, and the exceptions that govern them.
 //
-// Networks are lists of arcs. Most are timed so that both searches see the same slacks, and one table serves
-// both: an arc of delay d reduces the setup slack, which starts at 100, by d, and the hold slack too (its
-// minimum delay is -d, the hold relation 100).
-#include "Builder.h"
-#include "Sweeps.h"
-#include "Thrown.h"
+// Networks are lists of arcs. Most are timed so that both searches see the same slacks: an arc of delay d
+// takes d off the setup slack, which starts at 100, and off the hold slack too (its least delay is -d, the
+// hold relation 100). So one table serves both.
+#include "tests/support/Builder.h"
+#include "tests/support/Sweeps.h"
+#include "tests/support/Thrown.h"
 
 #include "Pelko/Path.h"
 #include "Vorlen/Sweep.h"

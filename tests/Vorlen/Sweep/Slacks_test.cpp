@@ -1,8 +1,7 @@
-// Slacks of arcs: the two calculators, plain and under an exception, and the results that tagSlacks() writes
-// on the arcs.
-#include "Builder.h"
-#include "Sweeps.h"
-#include "Thrown.h"
+// Slacks of arcs: the two calculators, plain and under an exception, and what tagSlacks() writes on the arcs.
+#include "tests/support/Builder.h"
+#include "tests/support/Sweeps.h"
+#include "tests/support/Thrown.h"
 
 #include "Vorlen/Sweep.h"
 

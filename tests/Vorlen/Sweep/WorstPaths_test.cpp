@@ -2,8 +2,8 @@
 // search of all paths. It creates few others if it can compute a bound on the last path to be kept.
 //
 // VORLEN_SEED chooses other random designs.
-#include "Builder.h"
-#include "Sweeps.h"
+#include "tests/support/Builder.h"
+#include "tests/support/Sweeps.h"
 
 #include "Pelko/Path.h"
 #include "Vorlen/Sweep.h"

@@ -1,7 +1,7 @@
-// The clock stems: the sources and inputs before every clock pole, the messages of the walk, and its effect
-// on the design.
-#include "Builder.h"
-#include "Recorder.h"
+// The clock stems: which sources and inputs stand behind every clock pole, and what the walk says and leaves
+// behind.
+#include "tests/support/Builder.h"
+#include "tests/support/Recorder.h"
 
 #include <gtest/gtest.h>
 

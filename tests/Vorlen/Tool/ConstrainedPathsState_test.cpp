@@ -1,8 +1,8 @@
-// Constrained paths: the state before the phase, and changes while it walks. Earlier marks and an earlier
-// loop stack count. Events may change the design from one step to the next, or stop the run.
-#include "Graph.h"
-#include "Recorder.h"
-#include "Thrown.h"
+// Constrained paths: what the phase finds when it begins, and what happens while it walks. Marks and a loop
+// stack from before count; events may change the design from one step to the next, or end the run.
+#include "tests/support/Graph.h"
+#include "tests/support/Recorder.h"
+#include "tests/support/Thrown.h"
 
 #include <gtest/gtest.h>
 

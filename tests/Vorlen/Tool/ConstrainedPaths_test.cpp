@@ -1,6 +1,6 @@
-// Constrained paths: the arcs that an exception tags, and the messages about loops.
-#include "Graph.h"
-#include "Recorder.h"
+// Constrained paths: which arcs an exception tags, and what the phase says about loops.
+#include "tests/support/Graph.h"
+#include "tests/support/Recorder.h"
 
 #include <gtest/gtest.h>
 

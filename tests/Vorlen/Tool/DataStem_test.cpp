@@ -1,8 +1,8 @@
-// The data stems: the launch poles before every end point, the pairs that domain creation gets, and the
-// moving and the release of stems.
-#include "Builder.h"
-#include "Recorder.h"
-#include "Thrown.h"
+// The data stems: which launch poles reach every end point, what domain creation hears of it, and how stems
+// move on and are freed.
+#include "tests/support/Builder.h"
+#include "tests/support/Recorder.h"
+#include "tests/support/Thrown.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
-// Domain creation: the effect of one pair of launch and latch pole, and the phase around it.
-#include "Builder.h"
-#include "Recorder.h"
-#include "Thrown.h"
+// Domain creation: what becomes of one pair of launch and latch pole, and the phase around it.
+#include "tests/support/Builder.h"
+#include "tests/support/Recorder.h"
+#include "tests/support/Thrown.h"
 
 #include <gtest/gtest.h>
 

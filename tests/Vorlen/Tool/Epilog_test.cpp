@@ -1,6 +1,6 @@
-// The epilogue: the poles that it marks, and the domains on which it prints a remark.
-#include "Builder.h"
-#include "Recorder.h"
+// The epilogue: which poles it marks, and which domains it remarks on.
+#include "tests/support/Builder.h"
+#include "tests/support/Recorder.h"
 
 #include "Pelko/Path.h"
 

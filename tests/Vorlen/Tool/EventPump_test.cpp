@@ -1,8 +1,7 @@
-// The event pump: when a run processes the host's events, and that a stop request stops it at any of these
-// places.
-#include "Builder.h"
-#include "Recorder.h"
-#include "Thrown.h"
+// The event pump: when a run yields to the host, and that a stop request ends it wherever it is heard.
+#include "tests/support/Builder.h"
+#include "tests/support/Recorder.h"
+#include "tests/support/Thrown.h"
 
 #include "Pelko/CPath.h"
 #include "Pelko/Path.h"

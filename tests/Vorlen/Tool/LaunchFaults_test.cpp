@@ -1,8 +1,8 @@
 // The launch when a phase fails: what is reported, what stays, that the sweeps are ended, and that the next
 // launch works.
-#include "Builder.h"
-#include "Recorder.h"
-#include "Thrown.h"
+#include "tests/support/Builder.h"
+#include "tests/support/Recorder.h"
+#include "tests/support/Thrown.h"
 
 #include "Pelko/Path.h"
 #include "Vorlen/Sweep.h"

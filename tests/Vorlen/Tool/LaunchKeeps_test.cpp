@@ -1,8 +1,8 @@
 // What a launch works on stays until it is over: whoever destroys it from a listener is refused, and the
 // launch goes on and finds what it would have found.
-#include "Builder.h"
-#include "Recorder.h"
-#include "Thrown.h"
+#include "tests/support/Builder.h"
+#include "tests/support/Recorder.h"
+#include "tests/support/Thrown.h"
 
 #include "Pelko/Path.h"
 #include "Vorlen/Sweep.h"

@@ -1,7 +1,7 @@
-// The launch: the domains that it analyses, the order in which their sweeps are created and destroyed, and
-// the effect of one run on the next.
-#include "Builder.h"
-#include "Recorder.h"
+// The launch: which domains it analyses, the order in which their sweeps come and go, and what one run leaves
+// to the next.
+#include "tests/support/Builder.h"
+#include "tests/support/Recorder.h"
 
 #include "Pelko/Path.h"
 #include "Ruvex/Random.h"

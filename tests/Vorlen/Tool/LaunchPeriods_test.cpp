@@ -1,6 +1,6 @@
-// The launch on clocks without a period: candidate periods from the latest arrivals, and the relations that
-// follow from them.
-#include "Builder.h"
+// The launch on clocks without a period: candidate periods from the latest arrivals, and the relations made
+// of them.
+#include "tests/support/Builder.h"
 
 #include <gtest/gtest.h>
 

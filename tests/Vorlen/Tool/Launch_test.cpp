@@ -1,6 +1,6 @@
-// The launch: its messages, whether it creates or updates domains, and which phases run with which settings.
-#include "Builder.h"
-#include "Recorder.h"
+// The launch: what it prints, whether it creates or updates domains, and which phases run for which settings.
+#include "tests/support/Builder.h"
+#include "tests/support/Recorder.h"
 
 #include "Pelko/Path.h"
 

@@ -1,6 +1,6 @@
-// The loop protocol: the stack, its set and its flag, and the arc at which a closed loop is cut.
-#include "Builder.h"
-#include "Thrown.h"
+// The loop protocol: the stack, its set and its flag, and where a closed loop is cut.
+#include "tests/support/Builder.h"
+#include "tests/support/Thrown.h"
 
 #include <gtest/gtest.h>
 

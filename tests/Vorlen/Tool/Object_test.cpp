@@ -1,7 +1,7 @@
-// The tool as an object of the host: creation, names, record, and the mode that it reads.
-#include "Builder.h"
-#include "Recorder.h"
-#include "Thrown.h"
+// The tool as an object of the host: creation, names, record, and the mode it reads.
+#include "tests/support/Builder.h"
+#include "tests/support/Recorder.h"
+#include "tests/support/Thrown.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // The period that a clock achieves, from the latest arrivals of its same-clock subdomains.
-#include "Builder.h"
-#include "Thrown.h"
+#include "tests/support/Builder.h"
+#include "tests/support/Thrown.h"
 
 #include <gtest/gtest.h>
 

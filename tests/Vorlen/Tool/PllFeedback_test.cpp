@@ -1,7 +1,6 @@
-// PLL feedback: the delay that is measured from a feedback source to a feedback pin, and the pole that stores
-// it.
-#include "Builder.h"
-#include "Recorder.h"
+// PLL feedback: which delay is measured from a feedback source to a feedback pin, and where it is stored.
+#include "tests/support/Builder.h"
+#include "tests/support/Recorder.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
-// The prolog: loop state, insulation, classes and masks, and finally the PLL feedback.
-#include "Builder.h"
-#include "Recorder.h"
-#include "Thrown.h"
+// The prolog: loop state, insulation, classes and masks, and the PLL feedback that it ends with.
+#include "tests/support/Builder.h"
+#include "tests/support/Recorder.h"
+#include "tests/support/Thrown.h"
 
 #include <gtest/gtest.h>
 

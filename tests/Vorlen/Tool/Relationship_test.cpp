@@ -1,6 +1,5 @@
-// Setup and hold relations: of one clock to itself, of two clocks, and the relations that the update does not
-// change.
-#include "Builder.h"
+// Setup and hold relations: of one clock to itself, of two clocks, and what the update leaves alone.
+#include "tests/support/Builder.h"
 
 #include <gtest/gtest.h>
 

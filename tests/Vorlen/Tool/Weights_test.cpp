@@ -1,10 +1,9 @@
 // Weights: the threshold from a ratio, the path counts, the raw weights, and their classes.
 //
-// Networks are lists of arcs with their slacks. A pole whose name begins with "i" is an input, one with "o"
-// an output.
-#include "Builder.h"
-#include "Recorder.h"
-#include "Thrown.h"
+// Networks are lists of arcs with their slacks. Names with an "i" in front are inputs, with an "o" outputs.
+#include "tests/support/Builder.h"
+#include "tests/support/Recorder.h"
+#include "tests/support/Thrown.h"
 
 #include <gtest/gtest.h>
 
