@@ -2,8 +2,8 @@
 // engine finds if the design is launched as it is.
 #include "analysis/AchieveApart.h"
 
-#include "Builder.h"
-#include "Recorder.h"
+#include "tests/support/Builder.h"
+#include "tests/support/Recorder.h"
 
 #include "Vorlen/Tool.h"
 

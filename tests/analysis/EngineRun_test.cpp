@@ -3,7 +3,7 @@
 #include "analysis/EngineRun.h"
 
 #include "Analyzed.h"
-#include "Recorder.h"
+#include "tests/support/Recorder.h"
 #include "base/Stopping.h"
 
 #include "Pelko/Analyzer.h"

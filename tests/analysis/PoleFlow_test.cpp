@@ -1,7 +1,7 @@
 // Poles in the order of the flow, and their arcs by place, against the host's own fans.
 #include "analysis/PoleFlow.h"
 
-#include "Builder.h"
+#include "tests/support/Builder.h"
 
 #include <gtest/gtest.h>
 

@@ -83,8 +83,10 @@ TEST(RoundedTimes, AreThoseThatWereWritten) {
          "d.sdc:6: note: 1 value is rounded to 1ps; no --resolution keeps it, the finest is 1fs"},
         {"uncertainty",
          [](Design::Constraints& all) {
-             all.pinUncertainties.push_back({0, {ns("0.0001"), ns("0.0001")}, {0, 7}});
-             all.pairUncertainties.push_back({0, 0, {ns("0.0001"), std::nullopt}, {0, 8}});
+             const Design::FileId file(0U);
+             const Design::ClockId clock(0U);
+             all.pinUncertainties.push_back({Design::PinId(0U), {ns("0.0001"), ns("0.0001")}, {file, 7}});
+             all.pairUncertainties.push_back({clock, clock, {ns("0.0001"), std::nullopt}, {file, 8}});
          },
          "d.sdc:7: note: 2 values are rounded to 1ps; --resolution 100fs keeps them all"},
     };
