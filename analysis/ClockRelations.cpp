@@ -23,9 +23,8 @@ bool isRising(const Pelko::ClockMode& mode) { return mode.getCode() == Pelko::Cl
 } // namespace
 
 ClockEdges ClockRelations::edgesOf(const Pelko::Subdomain& subdomain) const {
-    return {model_.clockOf(subdomain.getLaunchRoot()).value_or(none),
-            model_.clockOf(subdomain.getLatchRoot()).value_or(none), isRising(subdomain.getLaunchClockMode()),
-            isRising(subdomain.getLatchClockMode())};
+    return {model_.clockOf(subdomain.getLaunchRoot()), model_.clockOf(subdomain.getLatchRoot()),
+            isRising(subdomain.getLaunchClockMode()), isRising(subdomain.getLatchClockMode())};
 }
 
 void ClockRelations::fix(Pelko::Subdomain& subdomain) {
@@ -42,8 +41,8 @@ void ClockRelations::fix(Pelko::Subdomain& subdomain) {
     // Uncertainty makes both relations harder to meet. The engine counts the hold relation backwards, so that
     // a smaller one is harder there as well.
     const auto fixed = [&](Time relation, Side side) {
-        return Delay(static_cast<int>(
-            relation - clocks_.uncertainty(edges.launch, edges.capture, none, side == Side::setup)));
+        return Delay(
+            static_cast<int>(relation - clocks_.uncertainty(edges.launch, edges.capture, none, side)));
     };
     subdomain.fixSetupRelation(fixed(place->second.setup, Side::setup));
     subdomain.fixHoldRelation(fixed(-place->second.hold, Side::hold));

@@ -92,9 +92,8 @@ bool EndpointReader::findTerms(const SweepView& view, const Vorlen::Timing& data
     arrival.terms.outputDelay = *bound;
     arrival.terms.captureLatency = *latency;
     if (view.edges.capture != none)
-        arrival.terms.uncertainty =
-            of_.clocks.uncertainty(view.edges.launch, view.edges.capture,
-                                   end.isPort() ? end.pin : end.clockPin, side == Side::setup);
+        arrival.terms.uncertainty = of_.clocks.uncertainty(view.edges.launch, view.edges.capture,
+                                                           end.isPort() ? end.pin : end.clockPin, side);
     return true;
 }
 

@@ -62,8 +62,8 @@ void fillClocks(const AnalyzedDesign& of, const EndpointResults& endpoints, Repo
             filled.sources.push_back(of.network.nameOf(target));
         std::ranges::sort(filled.sources);
         filled.propagated = clock.propagated;
-        if (clock.master)
-            filled.generatedFrom = of.clocks[*clock.master].name;
+        if (clock.master != none)
+            filled.generatedFrom = of.clocks[clock.master].name;
         filled.achievedPeriod = achievedPeriod(of, endpoints, number);
         filled.setup = sums[number].setup;
         filled.hold = sums[number].hold;

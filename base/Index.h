@@ -11,10 +11,6 @@
 //     if (found == Base::none) ...
 //
 // The order of indices is that of the table. `none` comes after all others.
-//
-// For now an index also converts to and from a plain number, for code that does not use index types yet. With
-// VORLEN_EXPLICIT_INDICES defined both conversions are explicit: code that has been changed over compiles
-// either way.
 #pragma once
 
 #include <compare>
@@ -28,11 +24,7 @@
 namespace Base {
 
 // The one way to write "none". It compares with every index and converts to it.
-struct None {
-#ifndef VORLEN_EXPLICIT_INDICES
-    constexpr operator std::uint32_t() const { return ~std::uint32_t{0}; }
-#endif
-};
+struct None {};
 inline constexpr None none;
 
 template <class Tag>
@@ -42,23 +34,16 @@ public:
 
     constexpr Index() = default; // none
     constexpr Index(None) {}
-    // The number must be below that of `none`, 2^32 - 1.
-#ifdef VORLEN_EXPLICIT_INDICES
-    template <std::same_as<Number> N> // so that other integers are not converted silently
+    // The number must be below that of `none`, 2^32 - 1. Other integers are converted by the caller.
+    template <std::same_as<Number> N>
     constexpr explicit Index(N number) : number_(number) {}
+    // A constant.
+    template <std::same_as<int> N>
+    consteval explicit Index(N number) : number_(static_cast<Number>(number)) {}
 
     friend constexpr bool operator==(Index, Index) = default;
     friend constexpr auto operator<=>(Index, Index) = default;
     friend constexpr bool operator==(Index index, None) { return index == Index(); }
-#else
-    constexpr Index(Number number) : number_(number) {}
-
-    constexpr operator Number() const { return number_; }
-    // For code that still takes an index that may be none for a std::optional.
-    constexpr explicit operator bool() const { return number_ != ~Number{0}; }
-    constexpr Index operator*() const { return *this; }
-    constexpr Index value_or(Index other) const { return *this ? *this : other; }
-#endif
 
     // The place in the table.
     constexpr Number number() const { return number_; }

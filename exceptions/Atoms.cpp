@@ -30,7 +30,7 @@ using Occurrences = std::vector<Occurrence>; // sorted
 using PointsAhead = std::unordered_map<NodeId, Nodes>;
 
 // The nodes of a loop from which a path inside the loop leads to one of a point's copies, these included.
-std::unordered_set<NodeId> leadingTo(const Model::Network& network, NodeId point, std::uint32_t loop) {
+std::unordered_set<NodeId> leadingTo(const Model::Network& network, NodeId point, Model::LoopId loop) {
     std::unordered_set<NodeId> leads;
     Nodes open;
     const auto add = [&](NodeId node) {
@@ -41,7 +41,7 @@ std::unordered_set<NodeId> leadingTo(const Model::Network& network, NodeId point
     while (!open.empty()) {
         const NodeId node = open.back();
         open.pop_back();
-        for (const auto number : network.in(node))
+        for (const Model::ArcId number : network.in(node))
             if (const Model::Arc& arc = network.arcs()[number];
                 arc.kind == Model::ArcKind::through && network.loopOf(arc.from) == loop)
                 add(arc.from);
@@ -50,9 +50,9 @@ std::unordered_set<NodeId> leadingTo(const Model::Network& network, NodeId point
 }
 
 PointsAhead findPointsAhead(const Model::Network& network, const Nodes& ordered) {
-    std::map<std::uint32_t, Nodes> ofLoops;
+    std::map<Model::LoopId, Nodes> ofLoops;
     for (const NodeId node : ordered)
-        if (const std::uint32_t loop = network.loopOf(node); loop != Base::none && !network.isRepeated(node))
+        if (const Model::LoopId loop = network.loopOf(node); loop != Base::none && !network.isRepeated(node))
             ofLoops[loop].push_back(node);
     PointsAhead ahead;
     for (const auto& [loop, nodes] : ofLoops) {

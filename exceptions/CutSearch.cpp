@@ -46,8 +46,8 @@ std::vector<ClockId> CutSearch::launchClocks(const Model::Start& start) const {
         return {clocks.begin(), clocks.end()};
     }
     std::vector<ClockId> clocks;
-    if (start.delay && start.delay->clock)
-        clocks.emplace_back(*start.delay->clock);
+    if (start.delay && start.delay->clock != Base::none)
+        clocks.push_back(start.delay->clock);
     if (start.kind == Model::Start::Kind::clockSource)
         for (const auto clock : Base::firstIds<ClockId>(clocks_.size()))
             if (const auto& targets = clocks_[clock].targets;
@@ -122,8 +122,8 @@ std::vector<bool> CutSearch::capturing(const Variant& variant, const std::vector
         if (!end->isPort())
             for (const ClockId capture : model_.clocksAt(end->clockPin))
                 captures[capture.number()] = true;
-        else if (end->delay && end->delay->clock)
-            captures[ClockId(*end->delay->clock).number()] = true;
+        else if (end->delay && end->delay->clock != Base::none)
+            captures[end->delay->clock.number()] = true;
     });
     return captures;
 }
@@ -142,8 +142,9 @@ std::vector<Design::ClockGroupsId> CutSearch::groupsThatCut(const Variant& varia
         const std::vector<bool> captures = capturing(variant, walk({variant, number}, launch));
         for (const auto capture : Base::firstIds<ClockId>(clocks_.size()))
             if (captures[capture.number()] && names(variant.to.clocks, capture))
-                if (const auto groups = groups_.separating(launch, capture))
-                    cut.emplace_back(*groups);
+                if (const Design::ClockGroupsId groups = groups_.separating(launch, capture);
+                    groups != Base::none)
+                    cut.push_back(groups);
     }
     return cut;
 }

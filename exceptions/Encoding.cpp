@@ -94,7 +94,7 @@ ThroughLayers::Points Encoding::pointsToLay() const {
 // The commands that name one of the atoms, by file and line.
 std::vector<Design::Origin> Encoding::linesThrough(const std::vector<AtomId>& atoms) const {
     const auto isNamed = [&](const ThroughPoint& point) { return isIn(atoms, point.atom); };
-    std::map<std::pair<std::uint32_t, std::uint32_t>, Design::Origin> origins;
+    std::map<std::pair<Design::FileId, std::uint32_t>, Design::Origin> origins;
     for (const VariantId number : variants_.ids())
         for (const ThroughList& list : atoms_.lists(number))
             if (std::ranges::any_of(list, isNamed)) {

@@ -67,10 +67,6 @@ public:
     // Returns what is subtracted from a setup requirement and added to a hold requirement: the uncertainty of
     // the pair of clocks, else that of the capturing pin, else that of the capturing clock.
     Time uncertainty(ClockId launch, ClockId capture, PinId pin, Base::Side side) const;
-    // until analysis uses Side
-    Time uncertainty(ClockId launch, ClockId capture, PinId pin, bool setup) const {
-        return uncertainty(launch, capture, pin, setup ? Base::Side::setup : Base::Side::hold);
-    }
 
 private:
     void take(const Design::Clock& from, const Design::Constraints& constraints, const ClockOptions& options);

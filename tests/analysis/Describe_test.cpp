@@ -13,7 +13,7 @@ TEST(Describe, Exceptions) {
     exception.multiplier = 3;
     exception.value = *Base::Decimal::parse("2.50");
     exception.group = "fast";
-    exception.origin = {1, 7};
+    exception.origin = {Design::FileId(1), 7};
     Design::Constraints constraints;
     constraints.files = {"a.sdc", "b.sdc"};
     struct Row {

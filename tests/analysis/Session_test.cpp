@@ -105,7 +105,7 @@ TEST(Session, RefusesANetlistThatIsCutAtAnyByte) {
 }
 
 TEST(Session, ReturnsTheSameReportAgain) {
-    const Folder folder;
+    const Support::TemporaryFolder folder;
     Analysis::SessionOptions options;
     options.sdf = folder.write("d.sdf", example("two_regs.sdf"));
     options.sdc = {folder.write("d.sdc", example("two_regs.sdc"))};
@@ -136,7 +136,7 @@ TEST(Session, ThrowsIfTheEngineGivesUp) {
                 throw Ruvex::Exception("no room");
         }
     };
-    const Folder folder;
+    const Support::TemporaryFolder folder;
     Analysis::SessionOptions options;
     options.sdf = folder.write("d.sdf", smallSdf);
     const std::string expected = whole(options);
@@ -150,7 +150,7 @@ TEST(Session, ThrowsIfTheEngineGivesUp) {
 
 // In a process of its own, since a stop cannot be taken back.
 TEST(Session, AStopEndsTheNextStage) {
-    const Folder folder;
+    const Support::TemporaryFolder folder;
     Analysis::SessionOptions options;
     options.sdf = folder.write("d.sdf", smallSdf);
     constexpr int interrupted = 130;
@@ -173,7 +173,7 @@ TEST(Session, AStopEndsTheNextStage) {
 }
 
 TEST(Session, NamesTheFirstPairsWithoutAShortCommonPeriod) {
-    const Folder folder;
+    const Support::TemporaryFolder folder;
     Analysis::SessionOptions options;
     options.sdf = folder.write("d.sdf", smallSdf);
     options.sdc = {folder.write("d.sdc", "foreach p {10.007 10.009 10.037 10.039 10.061 10.067 10.069} {\n"
@@ -187,7 +187,7 @@ TEST(Session, NamesTheFirstPairsWithoutAShortCommonPeriod) {
 }
 
 TEST(Session, AClockWithoutAPeriodHasNoPulses) {
-    const Folder folder;
+    const Support::TemporaryFolder folder;
     Analysis::SessionOptions options;
     options.sdf = folder.write("d.sdf", smallSdf);
     EXPECT_EQ(Analysis::Session().run(options).pulseChecks.size(), 0U);
@@ -220,7 +220,7 @@ TEST(Session, NamesTheFirstRootsWithoutAClock) {
         wires += "(INTERCONNECT p" + number + " r" + number + "/C (0))";
         cells += Support::cell("R", "r" + number, "(IOPATH (posedge C) Q (1))");
     }
-    const Folder folder;
+    const Support::TemporaryFolder folder;
     Analysis::SessionOptions options;
     options.sdf =
         folder.write("d.sdf", "(DELAYFILE (SDFVERSION \"3.0\") (TIMESCALE 1ps) (CELL (CELLTYPE \"top\") "
@@ -234,7 +234,7 @@ TEST(Session, NamesTheFirstRootsWithoutAClock) {
 }
 
 TEST(Session, ReportsItsStages) {
-    const Folder folder;
+    const Support::TemporaryFolder folder;
     Analysis::SessionOptions options;
     options.sdf = folder.write("d.sdf", example("two_regs.sdf"));
     options.sdc = {folder.write("d.sdc", "create_clock -period 10\n")};

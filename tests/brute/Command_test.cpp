@@ -8,6 +8,7 @@
 #include "Write.h"
 
 #include "analysis/Session.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -105,7 +106,8 @@ Inputs inputsOf(const TemporaryFolder& folder, std::uint64_t seed, Brute::Shape 
     return inputs;
 }
 
-Report::Report runOf(const Folder& folder, const Inputs& inputs, const Model::LoopLimits& loopLimits = {}) {
+Report::Report runOf(const TemporaryFolder& folder, const Inputs& inputs,
+                     const Model::LoopLimits& loopLimits = {}) {
     Analysis::Session session;
     session.loopLimits = loopLimits;
     Report::Report report = session.run(inputs.command);

@@ -33,13 +33,6 @@ namespace fs = std::filesystem;
 // The files of some designs. They are deleted with this object.
 class Designs {
 public:
-    Designs() : folder_((fs::temp_directory_path() / "vorlen-same.XXXXXX").string()) {
-        EXPECT_NE(mkdtemp(folder_.data()), nullptr) << folder_;
-    }
-    ~Designs() { fs::remove_all(folder_); }
-    Designs(const Designs&) = delete;
-    Designs& operator=(const Designs&) = delete;
-
     Analysis::SessionOptions add(std::uint64_t seed,
                                  Brute::ExceptionMode mode = Brute::ExceptionMode::overlapping,
                                  int loopPercent = 0) const {

@@ -190,7 +190,7 @@ TEST(Order, EqualPathsAreInTheOrderOfNames) {
         {{"g10", "g9", "g1"}, 3, {"g1/A", "g10/A", "g9/A"}}, // in byte order
     };
     for (const Row& row : rows) {
-        const Folder folder;
+        const TemporaryFolder folder;
         Analysis::SessionOptions options;
         options.sdf = folder.write("d.sdf", twoWays(row.gates));
         options.sdc = {folder.write("d.sdc", "create_clock -period 10 [get_ports clk]\n")};

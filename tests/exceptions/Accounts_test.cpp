@@ -23,7 +23,7 @@ Design::Constraints constraints() {
     Design::Constraints constraints;
     for (const Kind kind : {Kind::falsePath, Kind::maxDelay, Kind::multicycle, Kind::pathGroup})
         constraints.exceptions.emplace_back().kind = kind;
-    constraints.exceptions[1].hold = false;
+    constraints.exceptions[Design::ExceptionId(1)].hold = false;
     return constraints;
 }
 

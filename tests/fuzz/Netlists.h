@@ -20,12 +20,14 @@ inline void require(bool holds, const char* what) {
 }
 
 inline void checkNetlist(const Design::Netlist& netlist) {
-    const auto isNet = [&](std::uint32_t net) { return net == Base::none || net < netlist.nets.size(); };
+    const auto isNet = [&](Design::Netlist::NetId net) {
+        return net == Base::none || net.number() < netlist.nets.size();
+    };
     for (const auto& port : netlist.ports)
         require(isNet(port.net), "a port's net is one");
     std::uint64_t pins = 0;
     for (const auto& cell : netlist.cells) {
-        require(cell.firstPin == pins, "cells' pins stand behind each other");
+        require(cell.firstPin.number() == pins, "cells' pins stand behind each other");
         pins += cell.pinCount;
     }
     require(pins == netlist.pins.size(), "every pin is of a cell");

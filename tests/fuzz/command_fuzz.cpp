@@ -56,7 +56,7 @@ std::array<std::string_view, 3> split(std::string_view bytes) {
     return parts;
 }
 
-Analysis::SessionOptions optionsOf(const Folder& folder, std::string_view bytes) {
+Analysis::SessionOptions optionsOf(const Support::TemporaryFolder& folder, std::string_view bytes) {
     const unsigned choice = bytes.empty() ? 0 : static_cast<unsigned char>(bytes.front());
     const auto [sdc, sdf, netlist] = split(bytes.empty() ? bytes : bytes.substr(1));
     Analysis::SessionOptions options;
@@ -178,7 +178,7 @@ void checkPaths(const Report::Report& report, const Analysis::SessionOptions& op
 }
 
 // The report as JSON, but for what the inputs' sums are; or the refusal.
-std::string outcome(const Analysis::SessionOptions& options, const Folder& folder) {
+std::string outcome(const Analysis::SessionOptions& options, const Support::TemporaryFolder& folder) {
     Analysis::Session session;
     session.limits = limits;
     try {
@@ -211,7 +211,7 @@ bool isOverLimit(const std::string& outcome) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const Folder folder;
+    static const Support::TemporaryFolder folder;
     const Analysis::SessionOptions options =
         optionsOf(folder, std::string_view(reinterpret_cast<const char*>(data), size));
     const std::string first = outcome(options, folder), second = outcome(options, folder);

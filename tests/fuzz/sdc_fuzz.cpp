@@ -26,17 +26,17 @@ constexpr Limits limits{.time = std::chrono::milliseconds(200),
 
 void check(const Design::Constraints& constraints) {
     const Design::RoutedDesign& design = Support::smallDesign();
-    const auto isPin = [&](std::uint32_t pin) { return pin < design.pins.size(); };
-    const auto isClock = [&](std::uint32_t clock) { return clock < constraints.clocks.size(); };
+    const auto isPin = [&](Design::PinId pin) { return pin.number() < design.pins.size(); };
+    const auto isClock = [&](Design::ClockId clock) { return clock.number() < constraints.clocks.size(); };
     for (const Design::Clock& clock : constraints.clocks)
-        for (const std::uint32_t target : clock.targets)
+        for (const Design::PinId target : clock.targets)
             Fuzz::require(isPin(target), "a clock's targets are pins");
     for (const Design::PortDelay& delay : constraints.portDelays)
-        Fuzz::require(isPin(delay.pin) && (!delay.clock || isClock(*delay.clock)),
+        Fuzz::require(isPin(delay.pin) && (delay.clock == Base::none || isClock(delay.clock)),
                       "a delay's port and clock are there");
     for (const Design::ClockGroups& groups : constraints.clockGroups)
         for (const auto& group : groups.groups)
-            for (const std::uint32_t clock : group)
+            for (const Design::ClockId clock : group)
                 Fuzz::require(isClock(clock), "a group's clocks are there");
     for (const Design::CaseValue& value : constraints.caseValues)
         Fuzz::require(isPin(value.pin), "a constant's pin is there");

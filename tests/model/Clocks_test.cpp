@@ -187,19 +187,20 @@ TEST(Clocks, HaveTheUncertaintyOfThePairThePinOrTheClock) {
     const Design::PinId pin = built.annotated.design.findPin(built.annotated.design.findCell("r"), "C");
     const Design::PinId none;
     const Design::ClockId a(0U), b(1U);
+    using enum Base::Side;
     const struct {
         Design::ClockId launch, capture;
         Design::PinId pin;
-        bool setup;
+        Base::Side side;
         Model::Time expected;
     } rows[] = {
-        {a, a, none, true, 0},  {b, b, none, true, 100}, {b, b, none, false, 200},
-        {b, b, pin, true, 300}, {b, b, pin, false, 200}, {a, b, none, true, 400},
-        {a, b, pin, true, 400}, {a, b, pin, false, 200}, {a, a, pin, true, 300},
+        {a, a, none, setup, 0},  {b, b, none, setup, 100}, {b, b, none, hold, 200},
+        {b, b, pin, setup, 300}, {b, b, pin, hold, 200},   {a, b, none, setup, 400},
+        {a, b, pin, setup, 400}, {a, b, pin, hold, 200},   {a, a, pin, setup, 300},
     };
     for (const auto& row : rows)
-        EXPECT_EQ(built.clocks->uncertainty(row.launch, row.capture, row.pin, row.setup), row.expected)
-            << row.launch.number() << row.capture.number() << row.setup << (row.pin == pin);
+        EXPECT_EQ(built.clocks->uncertainty(row.launch, row.capture, row.pin, row.side), row.expected)
+            << row.launch.number() << row.capture.number() << (row.side == setup) << (row.pin == pin);
 }
 
 // --- Errors ---

@@ -4,6 +4,8 @@
 #pragma once
 
 #include "analysis/Session.h"
+#include "tests/support/Sdf.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <map>
 #include <string>
@@ -33,14 +35,11 @@ public:
     }
     void constrain(const std::string& command) { constraints_ += command + "\n"; }
 
-    // Writes them; what was told is forgotten.
+    // Writes them, and begins a new design.
     Analysis::SessionOptions write() {
         Analysis::SessionOptions options;
-        options.sdf =
-            write("d.sdf", "(DELAYFILE (SDFVERSION \"3.0\") (DESIGN \"top\") (DIVIDER /) (TIMESCALE "
-                           "1ps)\n(CELL (CELLTYPE \"top\") (INSTANCE) (DELAY (ABSOLUTE\n" +
-                               wires_ + ")))\n" + cells_ + ")\n");
-        options.sdc = {write("d.sdc", constraints_)};
+        options.sdf = folder_.write("d.sdf", Support::sdf(Support::wires(wires_) + cells_));
+        options.sdc = {folder_.write("d.sdc", constraints_)};
         wires_ = cells_ = constraints_ = {};
         return options;
     }

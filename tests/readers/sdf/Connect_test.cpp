@@ -99,8 +99,8 @@ TEST(Connect, MakesNetsAndPortsOfTheWiresWhereThereIsNoNetlist) {
 TEST(Connect, NamesANetByItsDriverWhereThereIsNoNetlist) {
     const Annotated read(wires("(INTERCONNECT r/Q a/A (1)) (INTERCONNECT r/Q b/A (2))"));
     ASSERT_EQ(read.design.nets.size(), 1U);
-    EXPECT_EQ(read.design.netName(0), "r/Q");
-    EXPECT_EQ(read.design.pinsOfNet(0).size(), 3U);
+    EXPECT_EQ(read.design.netName(Design::NetId(0)), "r/Q");
+    EXPECT_EQ(read.design.pinsOfNet(Design::NetId(0)).size(), 3U);
 }
 
 // --- Directions ---
