@@ -44,7 +44,7 @@ BadInput::BadInput(Diagnostic diagnostic)
 BadInput::BadInput(const std::string& lines, Diagnostic diagnostic)
     : std::runtime_error(lines), diagnostic_(std::move(diagnostic)) {}
 
-// --- Several errors -----------------------------------------------------------------------------------------------
+// --- Several errors ---
 
 namespace {
 
@@ -82,7 +82,7 @@ void ErrorList::finish() const {
         throw BadInputs(all_);
 }
 
-// --- The diagnostics of a run -------------------------------------------------------------------------------------
+// --- The diagnostics of a run ---
 
 void Diagnostics::note(Place place, std::string text) {
     add({Severity::note, std::move(place), std::move(text)});

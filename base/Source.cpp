@@ -96,7 +96,8 @@ class Inflater {
 public:
     Inflater() {
         if (inflateInit2(&stream_, gzipWindow) != Z_OK)
-            throw std::runtime_error("the inflater does not start"); // GCOVR_EXCL_LINE: only if memory runs out
+            throw std::runtime_error(
+                "the inflater does not start"); // GCOVR_EXCL_LINE: only if memory runs out
     }
     ~Inflater() { inflateEnd(&stream_); }
     Inflater(const Inflater&) = delete;

@@ -92,7 +92,7 @@ public:
     Base::IndexVector<CheckId, Check> checks;
     Base::IndexVector<PulseCheckId, PulseCheck> pulseChecks;
 
-    // --- Building -------------------------------------------------------------------------------------------------
+    // --- Building ---
 
     void reserve(std::size_t pins);
     CellId addCell(Base::Name name, Base::Name type);
@@ -105,7 +105,7 @@ public:
     // Builds the tables below. After that, only delays and checks may be added.
     void index();
 
-    // --- Looking up (by canonical name, without escapes) ----------------------------------------------------------
+    // --- Looking up (by canonical name, without escapes) ---
 
     // Each returns none if there is no such item.
     CellId findCell(std::string_view cell) const;
@@ -125,7 +125,7 @@ public:
     std::string_view cellName(CellId cell) const { return names[cells[cell].name]; }
     std::string_view netName(NetId net) const { return names[nets[net].name]; }
 
-    // --- What the delays show about a pin (after classify()) ------------------------------------------------------
+    // --- What the delays show about a pin (after classify()) ---
 
     void classify();
     // Whether it has a check, or a clock-to-output arc.

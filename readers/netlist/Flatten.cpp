@@ -45,7 +45,7 @@ private:
     };
     using PortTable = std::unordered_map<Base::Name, ModulePortId>;
 
-    // --- The forest -----------------------------------------------------------------------------------------------
+    // --- The forest ---
 
     EntryId addEntry() {
         parents_.push_back(parents_.next());
@@ -61,7 +61,7 @@ private:
     void offer(EntryId entry, const Module::Net& net, std::size_t depth);
     bool isBetter(const NetName& a, const NetName& b) const;
 
-    // --- The walk -------------------------------------------------------------------------------------------------
+    // --- The walk ---
 
     void walk(ModuleId top);
     Frame frameOf(ModuleId module) const {
@@ -92,7 +92,7 @@ private:
     void checkWidth(const Module::Cell& cell, const Module::Connection& connection, const Module::Port& port);
     const PortTable& portsOf(ModuleId module);
 
-    // --- The end --------------------------------------------------------------------------------------------------
+    // --- The end ---
 
     void numberNets();
     template <class Items>
@@ -118,7 +118,7 @@ private:
     std::string scratch_;
 };
 
-// --- The forest ---------------------------------------------------------------------------------------------------
+// --- The forest ---
 
 bool Flattener::isBetter(const NetName& a, const NetName& b) const {
     if (a.name == noName || b.name == noName)
@@ -159,7 +159,7 @@ Base::Name Flattener::full(Base::Name name) {
     return names_.add(scratch_);
 }
 
-// --- The walk -----------------------------------------------------------------------------------------------------
+// --- The walk ---
 
 Design::Netlist Flattener::run(ModuleId top) {
     result_.top = modules_.nameOf(modules_.all[top]);
@@ -325,7 +325,7 @@ void Flattener::addPin(Base::Name name, Design::Direction direction, const Numbe
     result_.pins.push_back({name, direction, net});
 }
 
-// --- Ports of instances -------------------------------------------------------------------------------------------
+// --- Ports of instances ---
 
 const Flattener::PortTable& Flattener::portsOf(ModuleId module) {
     PortTable& table = portTables_[module];
@@ -371,7 +371,7 @@ void Flattener::checkWidth(const Module::Cell& cell, const Module::Connection& c
                                           std::to_string(connection.bits.count));
 }
 
-// --- The end ------------------------------------------------------------------------------------------------------
+// --- The end ---
 
 // Roots become nets, in the order of the entries.
 void Flattener::numberNets() {

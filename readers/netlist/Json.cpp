@@ -109,7 +109,7 @@ bool JsonReader::tryTo(Action action) {
     }
 }
 
-// --- Events -------------------------------------------------------------------------------------------------------
+// --- Events ---
 
 bool JsonReader::scalar(const Scalar& value) {
     if (skipped_ == 0 && slot() != Slot::ignored)
@@ -200,7 +200,7 @@ bool JsonReader::parse_error(std::size_t, const std::string&, const std::excepti
     return false;
 }
 
-// --- Values -------------------------------------------------------------------------------------------------------
+// --- Values ---
 
 void JsonReader::take(const Scalar& value) {
     switch (slot()) {
@@ -322,7 +322,7 @@ ModuleNetId JsonReader::bit(const Scalar& value) {
     failAtValue(value.kind, value.text);
 }
 
-// --- Errors -------------------------------------------------------------------------------------------------------
+// --- Errors ---
 
 // "bits of port 'a'".
 std::string JsonReader::describe(Slot slot) const {

@@ -11,7 +11,7 @@
 
 namespace Readers {
 
-// --- Modules ------------------------------------------------------------------------------------------------------
+// --- Modules ---
 
 Modules VerilogReader::run() {
     for (bool isFirst = true; isFirst || lexer_.token().kind != Kind::end; isFirst = false) {
@@ -235,7 +235,7 @@ bool VerilogReader::readOther(Word first) {
     }
 }
 
-// --- Reading ------------------------------------------------------------------------------------------------------
+// --- Reading ---
 
 Modules readVerilogModules(Input& input, Base::Diagnostics& diagnostics) {
     return VerilogReader(input, diagnostics).run();

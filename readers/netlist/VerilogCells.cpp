@@ -15,7 +15,7 @@ constexpr std::size_t switchedTerminals = 3; // an output, an input, a control
 
 } // namespace
 
-// --- Instances ----------------------------------------------------------------------------------------------------
+// --- Instances ---
 
 // "TYPE #(...) name (...), name [3:0] (...);"
 void VerilogReader::readInstances() {
@@ -103,7 +103,7 @@ const VerilogModule::Bits& VerilogReader::readConnected() {
     return expression_.isFill() && bits.size() == 1 ? nothing : bits;
 }
 
-// --- Gates --------------------------------------------------------------------------------------------------------
+// --- Gates ---
 
 // "and (strong0, strong1) #1 name (y, a, b), (z, c, d);": everything except the terminals may be missing.
 void VerilogReader::readGates(Word word) {

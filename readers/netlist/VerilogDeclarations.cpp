@@ -7,7 +7,7 @@
 
 namespace Readers {
 
-// --- Declarations -------------------------------------------------------------------------------------------------
+// --- Declarations ---
 
 // A direction, a kind of net, and a range, of which each but the first may be missing.
 void VerilogReader::readType(Declaration& declaration, Word first) {

@@ -51,7 +51,7 @@ std::string quoted(const std::string& name) { return "'`" + name.substr(0, longe
 
 } // namespace
 
-// --- Names --------------------------------------------------------------------------------------------------------
+// --- Names ---
 
 // From the '`' on. The directive is the token at hand, for messages.
 std::string VerilogLexer::readDirectiveName() {
@@ -79,7 +79,7 @@ std::string VerilogLexer::readNameBehind(std::string_view directive) {
     return name;
 }
 
-// --- Directives ---------------------------------------------------------------------------------------------------
+// --- Directives ---
 
 // False for a macro that is not defined: it becomes a token.
 bool VerilogLexer::takeDirective() {
@@ -125,7 +125,7 @@ void VerilogLexer::includeNothing() {
     skipLine();
 }
 
-// --- Conditions ---------------------------------------------------------------------------------------------------
+// --- Conditions ---
 
 bool VerilogLexer::takeCondition(std::string_view name) {
     const bool isElse = name == "else" || name == "elsif";
@@ -202,7 +202,7 @@ bool VerilogLexer::skipInactiveDirective(std::size_t& depth) {
     return false;
 }
 
-// --- Macros -------------------------------------------------------------------------------------------------------
+// --- Macros ---
 
 // "`define NAME(a, b) text", to the end of the line; a backslash before it goes on on the next one.
 void VerilogLexer::define() {

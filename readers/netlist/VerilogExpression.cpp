@@ -45,7 +45,7 @@ std::optional<std::uint64_t> toNumber(std::string_view text) {
 
 } // namespace
 
-// --- Small parts --------------------------------------------------------------------------------------------------
+// --- Small parts ---
 
 void VerilogExpression::expect(char symbol) {
     if (!lexer_.isAt(symbol))
@@ -104,7 +104,7 @@ VerilogModule::Reference VerilogExpression::readReference() {
     return reference;
 }
 
-// --- Expressions --------------------------------------------------------------------------------------------------
+// --- Expressions ---
 
 const VerilogModule::Bits& VerilogExpression::read() { return readUpTo(false); }
 
@@ -131,7 +131,7 @@ const VerilogModule::Bits& VerilogExpression::readUpTo(bool mayStop) {
     return bits_;
 }
 
-// --- Operators ----------------------------------------------------------------------------------------------------
+// --- Operators ---
 
 bool VerilogExpression::isOperator() const {
     return lexer_.token().kind == Kind::symbol &&

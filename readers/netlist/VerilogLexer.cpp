@@ -39,7 +39,7 @@ VerilogLexer::VerilogLexer(Input& input, Base::Diagnostics& diagnostics, std::si
     next_ = end_ = block_.data();
 }
 
-// --- The block ----------------------------------------------------------------------------------------------------
+// --- The block ---
 
 // Keeps the token at hand and what was not read yet.
 bool VerilogLexer::refill() {
@@ -84,7 +84,7 @@ void VerilogLexer::skipWhile(Accepts accepts) {
     while (next_ == end_ && refill());
 }
 
-// --- Tokens -------------------------------------------------------------------------------------------------------
+// --- Tokens ---
 
 void VerilogLexer::startToken() {
     const std::int64_t at = next_ - block_.data();
@@ -188,7 +188,7 @@ void VerilogLexer::readUndefined() {
     finishToken(Kind::macro, begin_, next_);
 }
 
-// --- Between the tokens -------------------------------------------------------------------------------------------
+// --- Between the tokens ---
 
 // Returns false if a token begins.
 bool VerilogLexer::skipSpace() {

@@ -90,7 +90,7 @@ private:
     [[noreturn]] void failLexing(std::string text);
     [[noreturn]] void failAtLimit(std::string text) const;
 
-    // --- Directives -----------------------------------------------------------------------------------------------
+    // --- Directives ---
 
     bool takeDirective();
     std::string readDirectiveName();

@@ -41,7 +41,7 @@ void VerilogModule::failAtLimit(const Base::Place& place, std::size_t limit, con
                                 std::to_string(limit) + " " + what}});
 }
 
-// --- Declarations -------------------------------------------------------------------------------------------------
+// --- Declarations ---
 
 // A port may be declared twice, once for its direction and once as a wire.
 void VerilogModule::declare(Base::Name name, const Declaration& declaration, const Base::Place& place) {
@@ -108,7 +108,7 @@ void VerilogModule::addBits(const Reference& reference, const Base::Place& place
         bits.push_back(symbol.net(static_cast<std::uint32_t>(i)));
 }
 
-// --- Joining ------------------------------------------------------------------------------------------------------
+// --- Joining ---
 
 ModuleNetId VerilogModule::root(ModuleNetId net) {
     while (parents_[net] != net)
@@ -133,7 +133,7 @@ bool VerilogModule::alias(const Bits& left, const Bits& right) {
     return isAnyInverted;
 }
 
-// --- Ports and cells ----------------------------------------------------------------------------------------------
+// --- Ports and cells ---
 
 void VerilogModule::addPort(Base::Name name, std::vector<Reference> parts, const Base::Place& place) {
     if (!ports_.add(name))
@@ -197,7 +197,7 @@ void VerilogModule::setBehaviour(const Base::Place& place, const std::string& te
         module_.behaviour = {place, text, isError};
 }
 
-// --- The end ------------------------------------------------------------------------------------------------------
+// --- The end ---
 
 Module VerilogModule::finish(Rest& rest, Base::ErrorList& errors) {
     for (const HeaderPort& port : header_)

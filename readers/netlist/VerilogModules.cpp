@@ -48,7 +48,7 @@ bool VerilogModules::isSmall(const Module& module) {
     return inputs * outputs <= mostArcs;
 }
 
-// --- Arrays -------------------------------------------------------------------------------------------------------
+// --- Arrays ---
 
 void VerilogModules::expand(ModuleId number) {
     const Module module = std::move(modules_.all[number]);
@@ -165,7 +165,7 @@ void VerilogModules::addConnection(Module& made, const Module& module, const Mod
     ++made.cells.back().connectionCount;
 }
 
-// --- Connections by the names of nets -----------------------------------------------------------------------------
+// --- Connections by the names of nets ---
 
 // Keeps the connections up to firstByName, and of the others those to ports.
 void VerilogModules::addWildcard(Module& made, const Module& module, Module::Cell cell,

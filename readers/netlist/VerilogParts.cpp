@@ -7,7 +7,7 @@
 
 namespace Readers {
 
-// --- Parts --------------------------------------------------------------------------------------------------------
+// --- Parts ---
 
 std::optional<VerilogWord> VerilogReader::word() const {
     return lexer_.token().kind == Kind::name ? findWord(lexer_.token().text) : std::nullopt;
@@ -162,7 +162,7 @@ bool VerilogReader::isTypeWord() {
            (next >= 'A' && next <= 'Z');
 }
 
-// --- Errors -------------------------------------------------------------------------------------------------------
+// --- Errors ---
 
 // Behind an error: up to the end of the statement, or to what ends the module. A text that ends too early
 // after another error is no news.

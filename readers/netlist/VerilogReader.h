@@ -36,7 +36,7 @@ private:
     using Word = VerilogWord;
     using Declaration = VerilogModule::Declaration;
 
-    // --- Modules --------------------------------------------------------------------------------------------------
+    // --- Modules ---
 
     void readItem();
     void readModule(bool isPrimitive);
@@ -50,7 +50,7 @@ private:
     void readStatement();
     bool readOther(Word word);
 
-    // --- Statements -----------------------------------------------------------------------------------------------
+    // --- Statements ---
 
     void readType(Declaration& declaration, Word word);
     void readDeclaration(Word word);
@@ -75,7 +75,7 @@ private:
     static std::size_t outputsOf(Word word, std::size_t terminals, const Base::Place& place);
     static std::string gatePin(std::size_t at, std::size_t outputs);
 
-    // --- Parts ----------------------------------------------------------------------------------------------------
+    // --- Parts ---
 
     std::optional<Word> word() const;
     Base::Name readName(std::string_view what);

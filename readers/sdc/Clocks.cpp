@@ -32,7 +32,7 @@ std::vector<Base::Decimal> decimals(const Session& session, const Arguments& arg
     return values;
 }
 
-// --- Replacing ------------------------------------------------------------------------------------------------------
+// --- Replacing ---
 
 bool dropFrom(std::optional<Design::Points>& points, const Design::Object& clock) {
     return points && std::erase(points->objects, clock) != 0 && points->objects.empty();
@@ -146,7 +146,7 @@ Design::Clock named(Session& session, const Arguments& arguments) {
     return clock;
 }
 
-// --- create_clock ---------------------------------------------------------------------------------------------------
+// --- create_clock ---
 
 void readWaveform(const Session& session, const Arguments& arguments, Design::Clock& clock) {
     if (!arguments.has("-waveform")) {
@@ -185,7 +185,7 @@ void createClock(Session& session, Words words) {
     define(session, std::move(clock), arguments.has("-add"));
 }
 
-// --- create_generated_clock -----------------------------------------------------------------------------------------
+// --- create_generated_clock ---
 
 std::vector<int> readEdges(const Arguments& arguments) {
     constexpr std::string_view what = "three increasing edge numbers";
@@ -272,7 +272,7 @@ void createGeneratedClock(Session& session, Words words) {
     define(session, std::move(clock), arguments.has("-add"));
 }
 
-// --- Groups and PLLs ------------------------------------------------------------------------------------------------
+// --- Groups and PLLs ---
 
 void setClockGroups(Session& session, Words words) {
     static const Syntax syntax{{{"-asynchronous"},

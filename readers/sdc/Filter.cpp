@@ -123,7 +123,7 @@ std::optional<std::string> attribute(const Design::RoutedDesign& design, const D
     return pinAttribute(design, clocks, object.pin(), name);
 }
 
-// --- Reading --------------------------------------------------------------------------------------------------------
+// --- Reading ---
 
 struct Filter::Parser {
     explicit Parser(std::string_view filter) : text(filter) {}
@@ -254,7 +254,7 @@ struct Filter::Parser {
 
 Filter::Filter(std::string_view text) : steps_(Parser(text).parse()) {}
 
-// --- Asking ---------------------------------------------------------------------------------------------------------
+// --- Asking ---
 
 bool Filter::compare(const Step& step, const std::optional<std::string>& value) const {
     switch (step.action) {

@@ -81,7 +81,7 @@ std::optional<Design::Object> Finder::toKnown(Tcl_Obj* value) const {
     return replaced || exists(*object) ? object : std::nullopt;
 }
 
-// --- By name --------------------------------------------------------------------------------------------------------
+// --- By name ---
 
 Design::PinId Finder::exactPin(std::string_view name) const {
     const std::size_t slash = name.rfind('/');
@@ -127,7 +127,7 @@ bool Finder::findExact(Design::ObjectKind kind, std::string_view pattern,
     return findExactName(kind, name, found);
 }
 
-// --- By pattern -----------------------------------------------------------------------------------------------------
+// --- By pattern ---
 
 void Finder::find(Design::ObjectKind kind, std::string_view pattern, const FindOptions& options,
                   std::vector<Design::Object>& found) const {

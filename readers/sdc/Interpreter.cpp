@@ -130,7 +130,7 @@ int Interpreter::fail(std::string_view text, const Base::Place& place) {
     return TCL_ERROR;
 }
 
-// --- Files ----------------------------------------------------------------------------------------------------------
+// --- Files ---
 
 // How long the file's bytes take to come, through a pipe perhaps, is not the script's matter.
 void Interpreter::run(Base::Source& source) {
@@ -408,7 +408,7 @@ void Interpreter::source(Words words) {
         throw Raised{};
 }
 
-// --- Commands of the interpreter itself -----------------------------------------------------------------------------
+// --- Commands of the interpreter itself ---
 
 // Calls Tcl's own command, and remembers the place of the body.
 void Interpreter::defineProcedure(Words words) {

@@ -85,7 +85,7 @@ void setPropagatedClock(Session& session, Words words) {
     }
 }
 
-// --- Uncertainty ----------------------------------------------------------------------------------------------------
+// --- Uncertainty ---
 
 void put(Design::SetupHold& place, const Arguments& arguments, const Base::Decimal& value) {
     if (!arguments.has("-hold") || arguments.has("-setup"))

@@ -93,7 +93,7 @@ std::string Interpreter::fetch(Tcl_Obj* dict, const char* key) {
     return value == nullptr ? std::string() : Tcl_GetString(value);
 }
 
-// --- The command that is being carried out --------------------------------------------------------------------------
+// --- The command that is being carried out ---
 
 Tcl_Obj* Interpreter::askFrame(Tcl_Obj* level) {
     Tcl_Obj* const name = Tcl_NewStringObj("frame", -1);
@@ -146,7 +146,7 @@ Design::Origin Interpreter::origin() {
     return at;
 }
 
-// --- An error -------------------------------------------------------------------------------------------------------
+// --- An error ---
 
 // Gives the error a place, unless the command that failed, or a file inside, has given it one.
 void Interpreter::markError() {

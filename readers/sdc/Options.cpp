@@ -134,7 +134,7 @@ Base::Decimal Arguments::decimalArgument(std::size_t index) const { return *toDe
 
 int Arguments::integerArgument(std::size_t index) const { return *toInteger(arguments_[index]); }
 
-// --- Errors ---------------------------------------------------------------------------------------------------------
+// --- Errors ---
 
 void Arguments::fail(std::string_view text) const { throw CommandError(command_ + ": " + std::string(text)); }
 

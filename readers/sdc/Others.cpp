@@ -58,7 +58,7 @@ constexpr std::array withoutEffect = {"create_voltage_area",
                                       "set_wire_load_model",
                                       "set_wire_load_selection_group"};
 
-// --- set_disable_timing ---------------------------------------------------------------------------------------------
+// --- set_disable_timing ---
 
 // Returns the name of a pin of the cell; nothing, with a warning, if the cell has no such pin.
 std::optional<std::string> pinOf(Session& session, const Arguments& arguments, std::string_view option,
@@ -90,7 +90,7 @@ void setDisableTiming(Session& session, Words words) {
     }
 }
 
-// --- set_case_analysis ----------------------------------------------------------------------------------------------
+// --- set_case_analysis ---
 
 void setCaseAnalysis(Session& session, Words words) {
     static const Syntax syntax{{}, {Takes::name, Takes::objects}};
@@ -109,7 +109,7 @@ void setCaseAnalysis(Session& session, Words words) {
     }
 }
 
-// --- set_units and the like -----------------------------------------------------------------------------------------
+// --- set_units and the like ---
 
 // The power of ten of "10ps" relative to 1 ns.
 std::optional<int> unitExponent(std::string_view text) {

@@ -47,7 +47,7 @@ void addPatterns(Session& session, const Arguments& arguments, Design::ObjectKin
     }
 }
 
-// --- -of_objects ----------------------------------------------------------------------------------------------------
+// --- -of_objects ---
 
 void addPinsOf(const Session& session, const Design::Object& object, bool ports,
                std::vector<Design::Object>& found) {
@@ -131,7 +131,7 @@ void addRelated(Session& session, const Arguments& arguments, Design::ObjectKind
     }
 }
 
-// --- Commands -------------------------------------------------------------------------------------------------------
+// --- Commands ---
 
 void query(Session& session, Words words, Design::ObjectKind kind) {
     const Arguments arguments(querySyntax(), words);

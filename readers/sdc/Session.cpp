@@ -180,7 +180,7 @@ Base::Decimal Session::time(Base::Decimal value) const {
     return value;
 }
 
-// --- Objects --------------------------------------------------------------------------------------------------------
+// --- Objects ---
 
 void Session::resolveHandle(const Arguments& arguments, std::string_view option, const Design::Object& object,
                             Kinds kinds, std::vector<Design::Object>& found) {

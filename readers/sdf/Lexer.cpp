@@ -77,7 +77,7 @@ bool Lexer::more() {
     return got != 0;
 }
 
-// --- White space and comments -----------------------------------------------------------------------------------------
+// --- White space and comments ---
 
 // Behind a line's end.
 void Lexer::newLine() {
@@ -135,7 +135,7 @@ void Lexer::skipComment() {
         fail("'*/'");
 }
 
-// --- Elements ---------------------------------------------------------------------------------------------------------
+// --- Elements ---
 
 void Lexer::expect(char wanted) {
     if (!take(wanted))
@@ -324,7 +324,7 @@ void Lexer::skipGroup() {
     }
 }
 
-// --- Errors -----------------------------------------------------------------------------------------------------------
+// --- Errors ---
 
 // The text that comes next, for a message.
 std::string Lexer::found() {

@@ -52,7 +52,7 @@ public:
     void setDivider(char divider) { divider_ = divider; }
     char divider() const { return divider_; }
 
-    // --- The next character ---------------------------------------------------------------------------------------
+    // --- The next character ---
 
     // Skips white space and comments. The character that follows is not taken; endOfFile if there is none.
     int peek() {
@@ -75,7 +75,7 @@ public:
     static bool isNameStart(int character);
     static bool isLetter(int character);
 
-    // --- Elements -------------------------------------------------------------------------------------------------
+    // --- Elements ---
 
     // Letters, digits and underscores; empty if there are none. Valid until the next call.
     std::string_view word() { return run(wordCharacter); }
@@ -96,7 +96,7 @@ public:
     // The name that follows directly, up to a bit or a range.
     void skipName();
 
-    // --- Errors ---------------------------------------------------------------------------------------------------
+    // --- Errors ---
 
     // "expected ..., found ...", with the text that comes next.
     [[noreturn]] void fail(std::string_view expected);

@@ -67,7 +67,7 @@ private:
     EventText from_, to_; // of a check: data and clock
 };
 
-// --- The file -----------------------------------------------------------------------------------------------------------
+// --- The file ---
 
 // The bytes that some editors put before a text.
 void Parser::byteOrderMark() {
@@ -184,7 +184,7 @@ void Parser::endHeader() {
     handler_.header({version_, design_, program_, lexer_.divider(), scale_});
 }
 
-// --- A cell -------------------------------------------------------------------------------------------------------------
+// --- A cell ---
 
 void Parser::cell(Base::Position place) {
     lexer_.expect('(');
@@ -286,7 +286,7 @@ void Parser::timingCheckSection() {
     lexer_.expect(')');
 }
 
-// --- Delays -------------------------------------------------------------------------------------------------------------
+// --- Delays ---
 
 void Parser::delayStatement(Keyword keyword, Base::Position place, bool increment) {
     switch (keyword) {
@@ -353,7 +353,7 @@ std::span<const Value> Parser::delays() {
     return delays.values;
 }
 
-// --- Timing checks ------------------------------------------------------------------------------------------------------
+// --- Timing checks ---
 
 void Parser::check(Keyword keyword, Base::Position place) {
     switch (keyword) {

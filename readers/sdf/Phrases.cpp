@@ -5,7 +5,7 @@
 
 namespace Readers::Sdf {
 
-// --- Statements ---------------------------------------------------------------------------------------------------------
+// --- Statements ---
 
 bool Phrases::open(Base::Position& place) {
     if (lexer_.peek() != '(')
@@ -25,7 +25,7 @@ Keyword Phrases::keyword() {
 
 void Phrases::refuse(std::string_view expected) const { lexer_.fail(wordPlace_, expected, word_); }
 
-// --- Ports --------------------------------------------------------------------------------------------------------------
+// --- Ports ---
 
 void Phrases::port(NameText& into) {
     lexer_.name(into, "a port");
@@ -149,7 +149,7 @@ void Phrases::digits() {
         lexer_.word();
 }
 
-// --- Values -------------------------------------------------------------------------------------------------------------
+// --- Values ---
 
 // A member of a triple, which may be missing before the character that ends it.
 void Phrases::member(std::optional<Base::Decimal>& into, char behind) {

@@ -26,7 +26,7 @@ public:
 
     explicit Phrases(Lexer& lexer) : lexer_(lexer) {}
 
-    // --- Statements -----------------------------------------------------------------------------------------------
+    // --- Statements ---
 
     // Whether a parenthesis opens here; then it is taken, and its place known.
     bool open(Base::Position& place);
@@ -35,7 +35,7 @@ public:
     // Refuses the word that keyword() took last.
     [[noreturn]] void refuse(std::string_view expected) const;
 
-    // --- Ports ----------------------------------------------------------------------------------------------------
+    // --- Ports ---
 
     void port(NameText& into);
     // "port" or "(edge port)".
@@ -45,7 +45,7 @@ public:
     // A condition, with a name before it or without, up to what it guards or to the closing parenthesis.
     void condition();
 
-    // --- Values ---------------------------------------------------------------------------------------------------
+    // --- Values ---
 
     // "()", "(n)" or "(n:n:n)".
     void value(Value& into);

@@ -3,8 +3,8 @@
 #include "analysis/EngineRun.h"
 
 #include "Analyzed.h"
-#include "tests/support/Recorder.h"
 #include "base/Stopping.h"
+#include "tests/support/Recorder.h"
 
 #include "Pelko/Analyzer.h"
 #include "Pelko/Domain.h"

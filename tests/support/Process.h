@@ -1,4 +1,5 @@
-// Waits for a child process with a deadline: a child that hangs fails its own test, by name, instead of stopping all.
+// Waits for a child process with a deadline: a child that hangs fails its own test, by name, instead of
+// stopping all.
 #pragma once
 
 #include <cerrno>
@@ -17,8 +18,8 @@ namespace Support {
 // What any child of a test needs at most, on a busy machine and under the sanitizers.
 constexpr std::chrono::seconds patience{60};
 
-// The child's status as waitpid() reports it. If the child still runs after that time, it is killed and the result is
-// empty.
+// The child's status as waitpid() reports it. If the child still runs after that time, it is killed and the
+// result is empty.
 inline std::optional<int> waitFor(pid_t child, std::chrono::milliseconds atMost = patience) {
     const auto last = std::chrono::steady_clock::now() + atMost;
     int status = 0;

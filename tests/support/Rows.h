@@ -12,7 +12,8 @@
 
 namespace Support {
 
-// "row 3 of 7", counted from 1. The row is an element of the table, whose elements are behind each other in memory.
+// "row 3 of 7", counted from 1. The row is an element of the table, whose elements are behind each other in
+// memory.
 template <class Rows, class Row>
 std::string rowOf(const Rows& rows, const Row& row) {
     const auto place = std::addressof(row) - std::addressof(*std::begin(rows));

@@ -1,7 +1,8 @@
 // SDF text for tests: a file of cells, of the wires at the top, and of registers.
 //
 //   using namespace Support;
-//   sdf(wires("(INTERCONNECT clk r/C (0))") + flipFlop("r", {.clockToOutput = 100}) + cell("BUF", "b", "(IOPATH A Z (1))"))
+//   sdf(wires("(INTERCONNECT clk r/C (0))") + flipFlop("r", {.clockToOutput = 100}) +
+//       cell("BUF", "b", "(IOPATH A Z (1))"))
 #pragma once
 
 #include <string>

@@ -1,11 +1,11 @@
-// A folder for a test's files. It is empty when it is made, and removed with everything in it by the destructor.
+// A folder for a test's files. It is empty when it is made. The destructor removes it with everything in it.
 //
 //   const Support::TemporaryFolder folder;
 //   options.sdf = folder.write("d.sdf", text);
 //   EXPECT_EQ(folder.names(), (std::set<std::string>{"d.sdf"}));
 //
-// Each object has a folder of its own, so tests can run at the same time. What cannot be made or written throws
-// std::runtime_error.
+// Each object has a folder of its own, so tests can run at the same time. What cannot be made or written
+// throws std::runtime_error.
 #pragma once
 
 #include <filesystem>

@@ -209,7 +209,7 @@ const Row placed[] = {
 };
 INSTANTIATE_TEST_SUITE_P(Placed, SdcScripts, testing::ValuesIn(placed));
 
-// --- Limits ---------------------------------------------------------------------------------------------------------
+// --- Limits ---
 
 TEST(SdcLimits, EndRunawayScripts) {
     const Support::Outcome loop =
@@ -256,7 +256,7 @@ TEST(SdcScripts, PrintOnlySoMuch) {
     EXPECT_EQ(outcome.messages.back(), "x.sdc:1: note: puts: the script's further output is left out");
 }
 
-// --- source ---------------------------------------------------------------------------------------------------------
+// --- source ---
 
 TEST(SdcSource, ReadsFilesBesideAndBelow) {
     const TemporaryFolder folder;

@@ -10,7 +10,7 @@ using Support::Row;
 
 namespace {
 
-// --- Patterns by themselves -----------------------------------------------------------------------------------------
+// --- Patterns by themselves ---
 
 TEST(SdcGlob, Matches) {
     const struct {
@@ -64,7 +64,7 @@ TEST(SdcGlob, AgreesWithThePlainestMatcher) {
     EXPECT_GT(matched, 1'000);
 }
 
-// --- Queries --------------------------------------------------------------------------------------------------------
+// --- Queries ---
 
 class SdcQueries : public testing::TestWithParam<Row> {};
 
@@ -167,7 +167,7 @@ const Row collections[] = {
 };
 INSTANTIATE_TEST_SUITE_P(Collections, SdcQueries, testing::ValuesIn(collections));
 
-// --- Attributes -----------------------------------------------------------------------------------------------------
+// --- Attributes ---
 
 class SdcAttributes : public testing::TestWithParam<Row> {};
 
@@ -289,7 +289,7 @@ const Row said[] = {
 };
 INSTANTIATE_TEST_SUITE_P(Said, SdcQueryMessages, testing::ValuesIn(said));
 
-// --- Other designs --------------------------------------------------------------------------------------------------
+// --- Other designs ---
 
 TEST(SdcQueries, TakeSlashesForAnotherDivider) {
     Design::RoutedDesign design;

@@ -33,7 +33,7 @@ void read(std::string_view script, const Limits& limits) {
     read(source, limits);
 }
 
-// --- One command without end ----------------------------------------------------------------------------------------
+// --- One command without end ---
 
 class SdcWatchDeathTest : public testing::TestWithParam<Support::Row> {};
 
@@ -99,7 +99,7 @@ const Support::Row greedy[] = {
 };
 INSTANTIATE_TEST_SUITE_P(Greedy, SdcMemoryDeathTest, testing::ValuesIn(greedy));
 
-// --- Tcl's panics ---------------------------------------------------------------------------------------------------
+// --- Tcl's panics ---
 
 void readWithPanic(std::string_view script) {
     Design::Constraints constraints;
@@ -124,7 +124,7 @@ TEST(SdcWatchDeathTest, LeavesPanicsOutsideOfScriptsToTcl) {
     EXPECT_EXIT(panicLater(), testing::KilledBySignal(SIGABRT), testing::Eq("no more than 17 bytes\n"));
 }
 
-// --- What is left ---------------------------------------------------------------------------------------------------
+// --- What is left ---
 
 std::size_t threads() {
     return static_cast<std::size_t>(
@@ -148,7 +148,7 @@ TEST(SdcWatch, LeavesAShortScriptAlone) {
     EXPECT_EQ(Support::run("set x 1\nputs $x", brief).allMessages(), "x.sdc:2: note: puts: 1\n");
 }
 
-// --- Limits that count what the script itself takes -----------------------------------------------------------------
+// --- Limits that count what the script itself takes ---
 
 TEST(SdcLimits, DoNotCountTheWaitForTheFile) {
     const Support::TemporaryFolder folder;

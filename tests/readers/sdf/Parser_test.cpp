@@ -30,7 +30,7 @@ struct Row {
     Lines events;
 };
 
-// --- The header -------------------------------------------------------------------------------------------------------
+// --- The header ---
 
 TEST(Parser, Header) {
     const struct {
@@ -94,28 +94,27 @@ TEST(Parser, NotesAMissingTimeScale) {
     }
 }
 
-// --- Space, comments, keywords ----------------------------------------------------------------------------------------
+// --- Space, comments, keywords ---
 
 TEST(Parser, SpaceAndCommentsStandAnywhereBetween) {
     const Lines expected = {"header version= design= program= divider=. scale=-9", "cell T <u>",
                             "iopath ^a b (1 2 3) (4 4 4)", "setup d ^c (1 1 1)", "end"};
-    for (
-        const std::string_view text : {
-            "(DELAYFILE(TIMESCALE 1ns)(CELL(CELLTYPE\"T\")(INSTANCE u)(DELAY(ABSOLUTE(IOPATH(posedge "
-            "a)b(1:2:3)(4))))(TIMINGCHECK(SETUP d(posedge c)(1)))))"sv,
-            " ( DELAYFILE ( TIMESCALE 1 ns ) ( CELL ( CELLTYPE \"T\" ) ( INSTANCE u ) ( DELAY ( ABSOLUTE ( "
-            "IOPATH "
-            "( posedge a ) b ( 1 : 2 : 3 ) ( 4 ) ) ) ) ( TIMINGCHECK ( SETUP d ( posedge c ) ( 1 ) ) ) ) ) "sv,
-            "(DELAYFILE\r\n(TIMESCALE 1ns)\r\n(CELL\t(CELLTYPE "
-            "\"T\")\n\n\f\v(INSTANCE\nu)(DELAY(ABSOLUTE(IOPATH\n"
-            "(posedge\na)\nb\n(1:\n2:\n3)\n(4))))(TIMINGCHECK(SETUP d(posedge c)(1)))))\n"sv,
-            "// a ( comment\n(DELAYFILE// )\n(TIMESCALE 1ns/*)*/)/**/(CELL/***/(CELLTYPE\"T\"/* \n "
-            "*/)(INSTANCE/*/ "
-            "*/u//x\n)(DELAY(ABSOLUTE(IOPATH(posedge/**/a)b(1/**/:/**/2:3)(4))))(TIMINGCHECK(SETUP "
-            "d/*\"*/(posedge c)(1)))))// the end"sv,
-            "(delayfile(timescale 1NS)(cell(celltype\"T\")(instance u)(delay(absolute(iopath(POSEDGE "
-            "a)b(1:2:3)(4))))(TimingCheck(Setup d(PosEdge c)(1)))))"sv,
-        })
+    for (const std::string_view text : {
+             "(DELAYFILE(TIMESCALE 1ns)(CELL(CELLTYPE\"T\")(INSTANCE u)(DELAY(ABSOLUTE(IOPATH(posedge "
+             "a)b(1:2:3)(4))))(TIMINGCHECK(SETUP d(posedge c)(1)))))"sv,
+             " ( DELAYFILE ( TIMESCALE 1 ns ) ( CELL ( CELLTYPE \"T\" ) ( INSTANCE u ) ( DELAY ( ABSOLUTE ( "
+             "IOPATH ( posedge a ) b ( 1 : 2 : 3 ) ( 4 ) ) ) ) "
+             "( TIMINGCHECK ( SETUP d ( posedge c ) ( 1 ) ) ) ) ) "sv,
+             "(DELAYFILE\r\n(TIMESCALE 1ns)\r\n(CELL\t(CELLTYPE "
+             "\"T\")\n\n\f\v(INSTANCE\nu)(DELAY(ABSOLUTE(IOPATH\n"
+             "(posedge\na)\nb\n(1:\n2:\n3)\n(4))))(TIMINGCHECK(SETUP d(posedge c)(1)))))\n"sv,
+             "// a ( comment\n(DELAYFILE// )\n(TIMESCALE 1ns/*)*/)/**/(CELL/***/(CELLTYPE\"T\"/* \n "
+             "*/)(INSTANCE/*/ "
+             "*/u//x\n)(DELAY(ABSOLUTE(IOPATH(posedge/**/a)b(1/**/:/**/2:3)(4))))(TIMINGCHECK(SETUP "
+             "d/*\"*/(posedge c)(1)))))// the end"sv,
+             "(delayfile(timescale 1NS)(cell(celltype\"T\")(instance u)(delay(absolute(iopath(POSEDGE "
+             "a)b(1:2:3)(4))))(TimingCheck(Setup d(PosEdge c)(1)))))"sv,
+         })
         EXPECT_EQ(parsed(text), expected) << text;
 }
 
@@ -137,7 +136,7 @@ TEST(Parser, KnowsThePlaceOfEveryStatement) {
                      "width c (1 1 1) @9:5", "ignored LABEL @10:3", "end"}));
 }
 
-// --- Cells and names --------------------------------------------------------------------------------------------------
+// --- Cells and names ---
 
 TEST(Parser, CellsAndInstances) {
     const struct {
@@ -219,7 +218,7 @@ TEST(Parser, PortsAreSplitAtTheLastDivider) {
     }
 }
 
-// --- Values -----------------------------------------------------------------------------------------------------------
+// --- Values ---
 
 TEST(Parser, Values) {
     const struct {
@@ -252,7 +251,7 @@ TEST(Parser, Values) {
             << row.text;
 }
 
-// --- Delays -----------------------------------------------------------------------------------------------------------
+// --- Delays ---
 
 TEST(Parser, Delays) {
     const Row rows[] = {
@@ -358,7 +357,7 @@ TEST(Parser, ConditionsOfAnyDepth) {
     EXPECT_EQ(inside(cellOf("(LABEL " + text + ")")), Lines{"ignored LABEL"});
 }
 
-// --- Timing checks ----------------------------------------------------------------------------------------------------
+// --- Timing checks ---
 
 TEST(Parser, TimingChecks) {
     const Row rows[] = {
@@ -410,7 +409,7 @@ TEST(Parser, SectionsThatArePassedOver) {
         EXPECT_EQ(inside(cellOf(row.text)), row.events) << row.text;
 }
 
-// --- Real files -------------------------------------------------------------------------------------------------------
+// --- Real files ---
 
 std::size_t countOf(const Lines& lines, std::string_view beginning) {
     return static_cast<std::size_t>(
