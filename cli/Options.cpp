@@ -74,25 +74,26 @@ public:
 
 private:
     void inputs() {
-        text("--sdf", "FILE", "delays; gzip is read as it is",
+        text("--sdf", "FILE", "the delays; may be compressed by gzip",
              [this](std::string v) { options_.sdf = std::move(v); });
-        value("--sdc", "FILE", "constraints, repeatable, read in order",
+        value("--sdc", "FILE", "constraints; may be given several times, read in order",
               [this](const std::string& found) { options_.sdc.push_back(checked("--sdc", "FILE", found)); });
         text("--netlist", "FILE",
              "ports and connectivity: .json or .v, also .gz (default: the SDF's INTERCONNECT)",
              [this](std::string v) { options_.netlist = std::move(v); });
-        text("--top", "NAME", "the netlist's module to take (default: the one marked top, or the only one)",
+        text("--top", "NAME",
+             "the netlist's module to analyse (default: the one marked top, or the only one)",
              [this](std::string v) { options_.top = std::move(v); });
     }
 
     void analysis() {
         using enum Delays;
-        choice<Delays>("--delays", "values of a triple for the early and the late side",
+        choice<Delays>("--delays", "which values of a triple the early and the late side use",
                        {{"min", min}, {"typ", typ}, {"max", max}, {"minmax", minmax}}, options_.delays);
-        choice<ClockDefault>("--clocks", "what a clock is before the constraints say",
+        choice<ClockDefault>("--clocks", "what a clock is if the constraints do not specify it",
                              {{"propagated", ClockDefault::propagated}, {"ideal", ClockDefault::ideal}},
                              options_.clocks);
-        choice<int>("--resolution", "the unit of time",
+        choice<int>("--resolution", "the unit of time of the analysis",
                     {{"1ps", -12}, {"100fs", -13}, {"10fs", -14}, {"1fs", -15}}, options_.scale);
         choice<AnalysisMode>("--mode", "the engine's analysis mode",
                              {{"exhaustive", AnalysisMode::exhaustive}, {"critical", AnalysisMode::critical}},
@@ -100,28 +101,30 @@ private:
     }
 
     void contents() {
-        number("--paths", "reported paths of each kind, setup and hold", 0, options_.paths);
-        number("--per-endpoint", "at most N of them per end point", 1, options_.perEndpoint);
-        app_.add_flag("--setup", setupOnly_, "only setup paths (with --hold: both)");
-        app_.add_flag("--hold", holdOnly_, "only hold paths (with --setup: both)");
-        app_.add_flag("--unconstrained", options_.unconstrained, "list unconstrained end points");
+        number("--paths", "how many setup and how many hold paths are reported", 0, options_.paths);
+        number("--per-endpoint", "report at most N of these paths per end point", 1, options_.perEndpoint);
+        app_.add_flag("--setup", setupOnly_, "report only setup paths (with --hold: both)");
+        app_.add_flag("--hold", holdOnly_, "report only hold paths (with --setup: both)");
+        app_.add_flag("--unconstrained", options_.unconstrained, "list the unconstrained end points");
         app_.add_flag("--exceptions", options_.exceptions,
-                      "table of exceptions: what each governs, and why not");
+                      "list the exceptions: what each governs, or why it governs nothing");
     }
 
     void outputs() {
-        text("--json", "FILE", "the whole result as JSON; - is standard output, then without text",
+        text("--json", "FILE",
+             "write the whole result as JSON; - is standard output, then no text is printed",
              [this](std::string v) { options_.json = std::move(v); });
-        app_.add_flag("--quiet", options_.quiet, "no text but violations and errors");
-        app_.add_flag("--verbose", options_.verbose, "the engine's own console too");
+        app_.add_flag("--quiet", options_.quiet, "print only violations and errors");
+        app_.add_flag("--verbose", options_.verbose, "print the engine's own messages too");
         choice<ColorWhen>(
             "--color", "colour in the text",
             {{"auto", ColorWhen::automatic}, {"always", ColorWhen::always}, {"never", ColorWhen::never}},
             options_.color);
-        choice<ProgressWhen>("--progress", "a progress line, on a terminal only",
+        choice<ProgressWhen>("--progress", "show a progress line, only on a terminal",
                              {{"auto", ProgressWhen::automatic}, {"never", ProgressWhen::never}},
                              options_.progress);
-        app_.add_flag("--allow-violations", options_.allowViolations, "exit with 0 even where timing fails");
+        app_.add_flag("--allow-violations", options_.allowViolations,
+                      "exit with 0 even if timing is violated");
     }
 
     // Takes every value as it comes, so that none is joined with another one or passed over.

@@ -8,6 +8,90 @@
 
 namespace Model {
 
+namespace {
+
+// The strongly connected components that have a cycle, in one depth-first walk: a node is of one component
+// with the earliest open node that can be reached from it.
+class CycleSearch {
+public:
+    using Nodes = std::vector<NodeId>; // of one component, in order
+
+    CycleSearch(const Base::IndexVector<ArcId, Arc>& arcs, const Loops::Out& out, std::size_t nodes)
+        : arcs_(arcs), out_(out), number_(nodes, unseen), lowest_(nodes, unseen), isOpen_(nodes),
+          hasSelfArc_(nodes) {}
+
+    std::vector<Nodes> run() {
+        for (const NodeId start : number_.ids())
+            if (number_[start] == unseen)
+                walkFrom(start);
+        return std::move(found_);
+    }
+
+private:
+    struct Visit {
+        NodeId node;
+        std::uint32_t next; // of the arcs out of it
+    };
+    static constexpr std::uint32_t unseen = ~std::uint32_t{0};
+
+    void enter(NodeId node) {
+        number_[node] = lowest_[node] = count_++;
+        isOpen_[node] = true;
+        open_.push_back(node);
+        walk_.push_back({node, 0});
+    }
+    void walkFrom(NodeId start) {
+        enter(start);
+        while (!walk_.empty()) {
+            Visit& visit = walk_.back();
+            const NodeId node = visit.node;
+            const std::span<const ArcId> outs = out_(node);
+            if (visit.next == outs.size())
+                leave(node);
+            else if (const Arc& arc = arcs_[outs[visit.next++]]; arc.kind == ArcKind::through)
+                follow(node, arc.to);
+        }
+    }
+    void follow(NodeId node, NodeId to) {
+        hasSelfArc_[node] = hasSelfArc_[node] || to == node;
+        if (number_[to] == unseen)
+            enter(to);
+        else if (isOpen_[to])
+            lowest_[node] = std::min(lowest_[node], number_[to]);
+    }
+    void leave(NodeId node) {
+        walk_.pop_back();
+        if (!walk_.empty())
+            lowest_[walk_.back().node] = std::min(lowest_[walk_.back().node], lowest_[node]);
+        if (lowest_[node] == number_[node])
+            close(node);
+    }
+    // The open nodes from this one on are a component.
+    void close(NodeId node) {
+        Nodes nodes;
+        do {
+            nodes.push_back(open_.back());
+            isOpen_[open_.back()] = false;
+            open_.pop_back();
+        } while (nodes.back() != node);
+        if (nodes.size() == 1 && !hasSelfArc_[node])
+            return;
+        std::ranges::sort(nodes);
+        found_.push_back(std::move(nodes));
+    }
+
+    const Base::IndexVector<ArcId, Arc>& arcs_;
+    const Loops::Out& out_;
+    Base::IndexVector<NodeId, std::uint32_t> number_, lowest_;
+    Base::IndexVector<NodeId, bool> isOpen_, hasSelfArc_;
+    std::vector<NodeId> open_;
+    std::vector<Visit> walk_;
+    std::uint32_t count_ = 0;
+    std::vector<Nodes> found_;
+};
+
+} // namespace
+
 Loops::Loops(std::size_t nodes, const Base::IndexVector<ArcId, Arc>& arcs, const Out& out,
              const std::function<bool(NodeId)>& mayStart, const LoopLimits& limits)
     : arcs_(arcs), out_(out), loopOf_(nodes), placeInLoop_(nodes), entry_(nodes), taken_(nodes),
@@ -24,64 +108,10 @@ Loops::Loops(std::size_t nodes, const Base::IndexVector<ArcId, Arc>& arcs, const
     std::ranges::sort(cuts_);
 }
 
-// The strongly connected components that have a cycle, in one depth-first walk: a node is of one component
-// with the earliest open node that can be reached from it.
 void Loops::find() {
-    struct Visit {
-        NodeId node;
-        std::uint32_t next; // of the arcs out of it
-    };
-    const std::size_t nodes = loopOf_.size();
-    constexpr std::uint32_t unseen = ~std::uint32_t{0};
-    Base::IndexVector<NodeId, std::uint32_t> number(nodes, unseen), lowest(nodes, unseen);
-    std::vector<NodeId> open;
-    Base::IndexVector<NodeId, bool> isOpen(nodes), selfArc(nodes);
-    std::vector<Visit> walk;
-    std::uint32_t count = 0;
-    const auto enter = [&](NodeId node) {
-        number[node] = lowest[node] = count++;
-        isOpen[node] = true;
-        open.push_back(node);
-        walk.push_back({node, 0});
-    };
-    const auto close = [&](NodeId node) {
-        Loop loop;
-        do {
-            loop.nodes.push_back(open.back());
-            isOpen[open.back()] = false;
-            open.pop_back();
-        } while (loop.nodes.back() != node);
-        if (loop.nodes.size() == 1 && !selfArc[node])
-            return;
-        std::ranges::sort(loop.nodes);
-        loops_.push_back(std::move(loop));
-    };
-    for (const NodeId start : loopOf_.ids()) {
-        if (number[start] != unseen)
-            continue;
-        enter(start);
-        while (!walk.empty()) {
-            Visit& visit = walk.back();
-            const NodeId node = visit.node;
-            const std::span<const ArcId> outs = out_(node);
-            if (visit.next == outs.size()) {
-                walk.pop_back();
-                if (!walk.empty())
-                    lowest[walk.back().node] = std::min(lowest[walk.back().node], lowest[node]);
-                if (lowest[node] == number[node])
-                    close(node);
-                continue;
-            }
-            const Arc& arc = arcs_[outs[visit.next++]];
-            if (arc.kind != ArcKind::through)
-                continue;
-            selfArc[node] = selfArc[node] || arc.to == node;
-            if (number[arc.to] == unseen)
-                enter(arc.to);
-            else if (isOpen[arc.to])
-                lowest[node] = std::min(lowest[node], number[arc.to]);
-        }
-    }
+    CycleSearch search(arcs_, out_, loopOf_.size());
+    for (CycleSearch::Nodes& nodes : search.run())
+        loops_.emplace_back().nodes = std::move(nodes);
     std::ranges::sort(loops_, {}, [](const Loop& loop) { return loop.nodes.front(); });
     for (const LoopId loop : loops_.ids()) {
         PlaceId place(0U);

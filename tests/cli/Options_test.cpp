@@ -220,11 +220,11 @@ TEST(Options, help) {
     EXPECT_THAT(help.out, HasSubstr("Usage: vorlen analyze [OPTIONS]\n"));
     EXPECT_THAT(
         help.out,
-        HasSubstr("\n  --delays min|typ|max|minmax       values of a triple for the early and the late "
-                  "side (default: minmax)\n"));
+        HasSubstr("\n  --delays min|typ|max|minmax       which values of a triple the early and the late "
+                  "side use (default: minmax)\n"));
     EXPECT_THAT(help.out,
-                HasSubstr("\n  --paths N                         reported paths of each kind, setup and hold "
-                          "(default: 10)\n"));
+                HasSubstr("\n  --paths N                         how many setup and how many hold paths are "
+                          "reported (default: 10)\n"));
     EXPECT_THAT(help.out,
                 HasSubstr("\nExit status: 0 timing met or nothing constrained, 1 timing violated, "));
     EXPECT_EQ(help.err, "");

@@ -77,22 +77,36 @@ struct SubdomainBench {
         subdomain->captureLatch(pole);
         return pole;
     }
-    // A clock pin, behind the clock by this delay; one that launches; one that latches.
-    Pelko::Pole* addPin(const std::string& name, int minDelay = 0, int maxDelay = 0) {
+    Pelko::Pole* addOutput(const std::string& name) {
+        Pelko::Pole* pole = design.addOutput(name);
+        subdomain->captureLatch(pole);
+        return pole;
+    }
+    // A clock pin, later than `source` by this delay.
+    Pelko::Pole* addPin(const std::string& name, Pelko::Pole* source, int minDelay, int maxDelay) {
         Pelko::Pole* pin = design.addClock(name);
-        design.connect(clk, pin, minDelay, maxDelay);
+        design.connect(source, pin, minDelay, maxDelay);
         return pin;
     }
+    // A clock pin, later than the clock by this delay.
+    Pelko::Pole* addPin(const std::string& name, int minDelay = 0, int maxDelay = 0) {
+        return addPin(name, clk, minDelay, maxDelay);
+    }
+    // A clock pin that launches.
     Pelko::Pole* addLaunch(const std::string& name, int minDelay = 0, int maxDelay = 0) {
         Pelko::Pole* pin = addPin(name, minDelay, maxDelay);
         subdomain->captureLaunch(pin);
         return pin;
     }
+    // A clock pin that latches.
     Pelko::Pole* addLatch(const std::string& name, int minDelay = 0, int maxDelay = 0) {
         Pelko::Pole* pin = addPin(name, minDelay, maxDelay);
         subdomain->captureLatch(pin);
         return pin;
     }
+
+    void launch(Pelko::Pole* leaf) { subdomain->captureLaunch(leaf); }
+    void latch(Pelko::Pole* leaf) { subdomain->captureLatch(leaf); }
 
     Builder design;
     Pelko::Pole* clk = design.addClockSource("clk");

@@ -21,25 +21,7 @@ using Vorlen::PoleTimingMap;
 using Vorlen::Sweep;
 
 // A clock that launches and latches one subdomain. A row builds its clock network and captures the leaves.
-struct Bench {
-    Builder design;
-    Pole* clk = design.addClockSource("clk");
-    Pelko::Subdomain* subdomain = design.addSubdomain(clk, clk);
-
-    // A new clock pin, driven by `source`.
-    Pole* addPin(const std::string& name, Pole* source, int minDelay, int maxDelay) {
-        Pole* pin = design.addClock(name);
-        design.connect(source, pin, minDelay, maxDelay);
-        return pin;
-    }
-    Pole* addBuffer(const std::string& name, Pole* source, int minDelay, int maxDelay) {
-        Pole* buffer = design.addPole(name);
-        design.connect(source, buffer, minDelay, maxDelay);
-        return buffer;
-    }
-    void launch(Pole* leaf) { subdomain->captureLaunch(leaf); }
-    void latch(Pole* leaf) { subdomain->captureLatch(leaf); }
-};
+using Bench = SubdomainBench;
 
 struct Row {
     const char* what;
@@ -68,7 +50,7 @@ TEST(ClockArrival, ReachesTheLeaves) {
         {"no leaves", [](Bench&) {}, {}, {}},
         {"delays add up, bound by bound",
          [](Bench& b) {
-             Pole* buffer = b.addBuffer("buf", b.clk, 1, 3);
+             Pole* buffer = b.add("buf", b.clk, 1, 3);
              b.launch(b.addPin("a", buffer, 10, 30));
              b.latch(b.addPin("z", buffer, 20, 50));
          },
@@ -76,8 +58,8 @@ TEST(ClockArrival, ReachesTheLeaves) {
          {{"z", {{0, {21, 53}}}}}},
         {"reconvergent: the earliest and the latest",
          [](Bench& b) {
-             Pole* pin = b.addPin("a", b.addBuffer("fast", b.clk, 1, 2), 10, 10);
-             b.design.connect(b.addBuffer("slow", b.clk, 5, 9), pin, 10, 10);
+             Pole* pin = b.addPin("a", b.add("fast", b.clk, 1, 2), 10, 10);
+             b.design.connect(b.add("slow", b.clk, 5, 9), pin, 10, 10);
              b.launch(pin);
          },
          {{"a", {{0, {11, 19}}}}},
@@ -117,7 +99,7 @@ TEST(ClockArrival, ReachesTheLeaves) {
         {"inactive arcs are not followed",
          [](Bench& b) {
              Pole* pin = b.addPin("a", b.clk, 1, 2);
-             b.design.connect(b.addBuffer("cut", b.clk, 50, 60), pin, 1, 1)->disactivate();
+             b.design.connect(b.add("cut", b.clk, 50, 60), pin, 1, 1)->disactivate();
              b.launch(pin);
              b.launch(b.addPin("c", pin, 1, 2));
              pin->getOutgoingEdges().getFirst()->disactivate();
@@ -125,13 +107,13 @@ TEST(ClockArrival, ReachesTheLeaves) {
          {{"a", {{0, {1, 2}}}}},
          {}},
         {"negative delays",
-         [](Bench& b) { b.launch(b.addPin("a", b.addBuffer("buf", b.clk, -5, -3), 1, 1)); },
+         [](Bench& b) { b.launch(b.addPin("a", b.add("buf", b.clk, -5, -3), 1, 1)); },
          {{"a", {{0, {-4, -2}}}}},
          {}},
         {"undefined delays never replace what is known",
          [](Bench& b) {
              Pole* pin = b.addPin("a", b.clk, undefined, undefined);
-             b.design.connect(b.addBuffer("buf", b.clk, 1, 3), pin, 1, 1);
+             b.design.connect(b.add("buf", b.clk, 1, 3), pin, 1, 1);
              b.launch(pin);
              b.launch(b.addPin("c", b.clk, undefined, 4));
              b.launch(b.addPin("d", b.clk, undefined, undefined));
@@ -224,7 +206,7 @@ TEST(ClockArrival, MarksDecideWhoGetsAnEntry) {
          {{"up", {{0, {1, 2}}}}}},
         {"two leaves behind one buffer: it is expanded once",
          [](Bench& b) {
-             Pole* buffer = b.addBuffer("buf", b.clk, 1, 2);
+             Pole* buffer = b.add("buf", b.clk, 1, 2);
              b.launch(b.addPin("a", buffer, 1, 1));
              b.launch(b.addPin("c", buffer, 2, 2));
          },
@@ -239,8 +221,8 @@ TEST(ClockArrival, RefusesLoops) {
     const Row rows[] = {
         {"a loop on the way: its closing arc is not folded",
          [](Bench& b) {
-             Pole* first = b.addBuffer("first", b.clk, 1, 2);
-             Pole* second = b.addBuffer("second", first, 10, 20);
+             Pole* first = b.add("first", b.clk, 1, 2);
+             Pole* second = b.add("second", first, 10, 20);
              b.design.connect(second, first, 100, 200);
              b.launch(b.addPin("a", second, 0, 0));
          },
@@ -248,8 +230,8 @@ TEST(ClockArrival, RefusesLoops) {
          {}},
         {"nor what its pole has so far",
          [](Bench& b) {
-             Pole* first = b.addBuffer("first", b.clk, 1, 2);
-             Pole* second = b.addBuffer("second", b.clk, 3, 4);
+             Pole* first = b.add("first", b.clk, 1, 2);
+             Pole* second = b.add("second", b.clk, 3, 4);
              b.design.connect(first, second, 10, 20);
              b.design.connect(second, first, 100, 200);
              b.launch(b.addPin("a", second, 0, 0));
@@ -259,7 +241,7 @@ TEST(ClockArrival, RefusesLoops) {
         {"a loop through the leaf",
          [](Bench& b) {
              Pole* pin = b.addPin("a", b.clk, 1, 2);
-             b.design.connect(b.addBuffer("back", pin, 10, 20), pin, 10, 20);
+             b.design.connect(b.add("back", pin, 10, 20), pin, 10, 20);
              b.launch(pin);
          },
          {{"a", {{0, {1, 2}}}}},
@@ -267,16 +249,16 @@ TEST(ClockArrival, RefusesLoops) {
         {"a loop that the root does not reach",
          [](Bench& b) {
              Pole* pin = b.design.addClock("a");
-             b.design.connect(b.addBuffer("back", pin, 10, 20), pin, 10, 20);
+             b.design.connect(b.add("back", pin, 10, 20), pin, 10, 20);
              b.launch(pin);
          },
          {},
          {}},
         {"two loops in one tangle",
          [](Bench& b) {
-             Pole* first = b.addBuffer("first", b.clk, 1, 1);
-             Pole* second = b.addBuffer("second", first, 1, 1);
-             Pole* third = b.addBuffer("third", second, 1, 1);
+             Pole* first = b.add("first", b.clk, 1, 1);
+             Pole* second = b.add("second", first, 1, 1);
+             Pole* third = b.add("third", second, 1, 1);
              b.design.connect(third, second, 50, 50);
              b.design.connect(third, first, 50, 50);
              b.launch(b.addPin("a", third, 0, 0));
@@ -311,8 +293,8 @@ TEST(ClockArrival, StartsFromTheFeedbackDelay) {
         {"reconvergent, minimum above maximum",
          [&](Bench& b) {
              setFeedback(b.clk, 1, 100);
-             Pole* pin = b.addPin("a", b.addBuffer("fast", b.clk, 1, 2), 0, 0);
-             b.design.connect(b.addBuffer("slow", b.clk, 5, 9), pin, 0, 0);
+             Pole* pin = b.addPin("a", b.add("fast", b.clk, 1, 2), 0, 0);
+             b.design.connect(b.add("slow", b.clk, 5, 9), pin, 0, 0);
              b.launch(pin);
          },
          {{"a", {{0, {0, -91}}}}},
@@ -358,8 +340,8 @@ TEST(ClockArrival, LeavesForgetTheClasses) {
          [](Bench& b) {
              // Class 1 opens at one of two buffers, and may use the arc behind it.
              analyzer->setFalsePathMask(PseudoMask(1));
-             Pole* plain = b.addBuffer("plain", b.clk, 5, 6);
-             Pole* tagged = b.addBuffer("tagged", b.clk, 1, 9);
+             Pole* plain = b.add("plain", b.clk, 5, 6);
+             Pole* tagged = b.add("tagged", b.clk, 1, 9);
              Pole* pin = b.addPin("a", plain, 0, 0);
              b.design.connect(tagged, pin, 0, 0)->sensitize(PseudoMask(1));
              open(tagged, 1);
@@ -369,8 +351,8 @@ TEST(ClockArrival, LeavesForgetTheClasses) {
          {}},
         {"also where the last class has neither",
          [](Bench& b) {
-             Pole* plain = b.addBuffer("plain", b.clk, 1, 9);
-             Pole* tagged = b.addBuffer("tagged", b.clk, 5, 6);
+             Pole* plain = b.add("plain", b.clk, 1, 9);
+             Pole* tagged = b.add("tagged", b.clk, 5, 6);
              Pole* pin = b.addPin("a", plain, 0, 0);
              b.design.connect(tagged, pin, 0, 0)->sensitize(PseudoMask(1));
              open(tagged, 1);
@@ -380,8 +362,8 @@ TEST(ClockArrival, LeavesForgetTheClasses) {
          {}},
         {"undefined entries are passed over",
          [](Bench& b) {
-             Pole* plain = b.addBuffer("plain", b.clk, 5, 6);
-             Pole* tagged = b.addBuffer("tagged", b.clk, undefined, undefined);
+             Pole* plain = b.add("plain", b.clk, 5, 6);
+             Pole* tagged = b.add("tagged", b.clk, undefined, undefined);
              Pole* pin = b.addPin("a", plain, 0, 0);
              b.design.connect(tagged, pin, 0, 0)->sensitize(PseudoMask(1));
              open(tagged, 1);
@@ -393,7 +375,7 @@ TEST(ClockArrival, LeavesForgetTheClasses) {
          [](Bench& b) {
              // The class opens at the root and closes at the only successor.
              analyzer->setFalsePathMask(PseudoMask(1));
-             Pole* buffer = b.addBuffer("buf", b.clk, 1, 2);
+             Pole* buffer = b.add("buf", b.clk, 1, 2);
              open(b.clk, 1);
              close(buffer, 1);
              b.launch(b.addPin("a", buffer, 0, 0));
@@ -402,7 +384,7 @@ TEST(ClockArrival, LeavesForgetTheClasses) {
          {}},
         {"a class that is no false path does not close",
          [](Bench& b) {
-             Pole* buffer = b.addBuffer("buf", b.clk, 1, 2);
+             Pole* buffer = b.add("buf", b.clk, 1, 2);
              open(b.clk, 1);
              close(buffer, 1);
              b.launch(b.addPin("a", buffer, 0, 0));
@@ -563,7 +545,7 @@ TEST(ClockArrival, FoldsAnArc) {
     };
     for (const auto& row : rows) {
         Bench bench;
-        Pole* target = bench.addBuffer("d", bench.clk, 1, 3);
+        Pole* target = bench.add("d", bench.clk, 1, 3);
         Pelko::Edge* edge = target->getIncomingEdges().getFirst();
         close(target, row.closing);
         open(target, row.opening);
@@ -580,9 +562,9 @@ TEST(ClockArrival, FoldsAnArc) {
 
 TEST(ClockArrival, OneStepFillsTheFanIn) {
     Bench bench;
-    Pole* shared = bench.addBuffer("shared", bench.clk, 1, 2);
-    Pole* left = bench.addBuffer("left", shared, 10, 10);
-    Pole* right = bench.addBuffer("right", shared, 20, 20);
+    Pole* shared = bench.add("shared", bench.clk, 1, 2);
+    Pole* left = bench.add("left", shared, 10, 10);
+    Pole* right = bench.add("right", shared, 20, 20);
     Pole* other = bench.design.addClockSource("other");
     bench.design.connect(other, right, 99, 99);
     const SweepPointer sweep(Sweep::create(bench.subdomain));

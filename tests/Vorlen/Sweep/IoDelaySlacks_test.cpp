@@ -40,21 +40,10 @@ Slacks portSlacks() {
 
 // A subdomain of one clock (or of ports, if a root is null), with a setup relation of 100 and a hold relation
 // of 5: the slacks of an arc (a, b) between ports are 100 - b and a + 5.
-struct Bench {
-    explicit Bench(bool fromClock = true, bool toClock = true)
-        : subdomain(design.addSubdomain(fromClock ? clk : nullptr, toClock ? clk : nullptr)) {
+struct Bench : SubdomainBench {
+    explicit Bench(bool fromClock = true, bool toClock = true) : SubdomainBench(fromClock, toClock) {
         subdomain->setSetupRelation(Delay(100));
         subdomain->setHoldRelation(Delay(5));
-    }
-    Pole* addInput(const std::string& name) {
-        Pole* pole = design.addInput(name);
-        subdomain->captureLaunch(pole);
-        return pole;
-    }
-    Pole* addOutput(const std::string& name) {
-        Pole* pole = design.addOutput(name);
-        subdomain->captureLatch(pole);
-        return pole;
     }
     Edge* connect(Pole* source, Pole* target, int minDelay, int maxDelay, unsigned long classes = 0) {
         Edge* edge = design.connect(source, target, minDelay, maxDelay);
@@ -68,10 +57,6 @@ struct Bench {
         sweep->requireAnalyze();
         sweep->iodelaySlackAnalyze();
     }
-
-    Builder design;
-    Pole* clk = design.addClockSource("clk", 1000);
-    Pelko::Subdomain* subdomain;
 };
 
 struct Row {
