@@ -42,6 +42,7 @@ Slacks portSlacks() {
 // of 5: the slacks of an arc (a, b) between ports are 100 - b and a + 5.
 struct Bench : SubdomainBench {
     explicit Bench(bool fromClock = true, bool toClock = true) : SubdomainBench(fromClock, toClock) {
+        design.setClock(clk, 1000, 500); // what a multicycle shifts by
         subdomain->setSetupRelation(Delay(100));
         subdomain->setHoldRelation(Delay(5));
     }
