@@ -71,9 +71,9 @@ void ErrorList::keep(const Diagnostic& error) {
     all_.push_back(error);
     if (all_.size() < most)
         return;
-    all_.push_back({Severity::note,
-                    {error.place.file, 0, 0},
-                    std::to_string(most) + " errors: the rest of the file is not read"});
+    Diagnostic& rest = all_.emplace_back();
+    rest.place.file = error.place.file;
+    rest.text = std::to_string(most) + " errors: the rest of the file is not read";
     finish();
 }
 
