@@ -1,8 +1,8 @@
 // Reading, inflating and hashing an input in one pass.
 //
 // Plain bytes go from the file into the caller's buffer, save for the first block, in which the kind of the
-// file is told. Compressed bytes pass through one block of input. Every byte is hashed when it leaves the
-// file, so the sum does not depend on how it was decoded.
+// file is determined. Compressed bytes pass through one block of input. Every byte is hashed when it leaves
+// the file, so the sum does not depend on how it was decoded.
 #include "base/Source.h"
 
 #include "base/Diagnostics.h"

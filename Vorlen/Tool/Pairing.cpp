@@ -250,7 +250,7 @@ std::vector<Pairing::Slot> Pairing::findLaunches(Slot end) {
     return found;
 }
 
-// Marks poles as the walks up to this end point would, for listeners that are told of a new domain.
+// Marks poles as the walks up to this end point would, for listeners that are notified of a new domain.
 void Pairing::markBehind(Slot end) {
     for (; markedEnds_ <= end; ++markedEnds_)
         if (!cone_.getPoles()[markedEnds_]->isMarked())

@@ -1,7 +1,7 @@
 // The whole in-memory host in one object. It creates an application, a cell and an analyzer as the globals,
 // and destroys them in reverse order.
 //
-// A model is destroyed as a whole, also if listeners throw: all of them are told of every object. `end()`
+// A model is destroyed as a whole, also if listeners throw: all of them are notified of every object. `end()`
 // throws the first exception after the model is destroyed; the destructor prints it as a warning. A
 // destructor cannot refuse, so a model whose destructor is called while a tool runs is destroyed when the run
 // is over.

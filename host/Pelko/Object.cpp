@@ -22,8 +22,8 @@ namespace {
 unsigned long lastStamp = 0;
 Object::Keep* keeps = nullptr; // a list
 
-// Listeners in the order of adding. Listeners may be added and removed while others are told. A listener that
-// is removed then leaves a hole until all have been told, so that none is told twice or skipped.
+// Listeners in the order of adding. Listeners may be added and removed while others are notified. A listener
+// that is removed then leaves a hole until all have been notified, so that none is notified twice or skipped.
 template <class Listener>
 class Listeners {
 public:
@@ -131,7 +131,7 @@ bool Object::isKept(const Object* object) {
     return false;
 }
 
-// While a model is destroyed, an exception of a listener is kept, and the others are told.
+// While a model is destroyed, an exception of a listener is kept, and the others are notified.
 void Object::notifyDestroyed(Object& object) {
     listeners.tell(
         [&](ObjectListener& listener) { detail::ModelEnd::guard([&] { listener.onDestroyed(&object); }); });

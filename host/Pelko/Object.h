@@ -92,7 +92,7 @@ public:
     unsigned long getStamp() const { return stamp_; }
     // Destroys the object. If it refuses or a listener throws, the object stays as it is. InvalidRequest:
     // "Not destroyable: ..." if `isDestroyable()` is false; "Not destroyable now: ..." if a `Keep` for the
-    // object exists, if a run works on it (Tool::Run), or while listeners are told of its creation or
+    // object exists, if a run works on it (Tool::Run), or while listeners are notified of its creation or
     // destruction.
     void destroy();
 

@@ -112,7 +112,7 @@ std::string Glob::prefix() const {
 }
 
 // A mismatch goes back to the last star, which then takes one character more; earlier stars need no second
-// try. Most texts are told by the piece that they lack.
+// try. Most texts are ruled out by the piece that they lack.
 bool Glob::matches(std::string_view text) const {
     if (text.find(piece_) == npos)
         return false;

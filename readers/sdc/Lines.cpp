@@ -2,8 +2,8 @@
 // Tcl leaves.
 //
 // A frame's line counts from where its text begins: the top-level command, or a procedure's body. Text that
-// was put together by the script has no line in the file; its frames are told by lines that lie outside of
-// the command around them, and are passed over.
+// was put together by the script has no line in the file; its frames are recognised by lines outside of the
+// command around them, and are passed over.
 #include "readers/sdc/Interpreter.h"
 
 #include <algorithm>

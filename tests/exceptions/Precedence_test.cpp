@@ -97,7 +97,7 @@ enum class Kind { falsePath, maxDelay, minDelay, cycles, setupCycles, holdCycles
 constexpr std::array plainKinds = {Kind::falsePath, Kind::maxDelay, Kind::minDelay, Kind::cycles};
 constexpr std::array cycleKinds = {Kind::cycles, Kind::setupCycles, Kind::holdCycles};
 
-// An exception, and by which values it and another of its kind are told apart.
+// An exception, and by which values it and another of its kind are distinguished.
 struct Statement {
     Kind kind;
     std::size_t form;

@@ -1,5 +1,5 @@
 // Clock groups: which pairs they separate, also when clocks are in several groups, as told by the groups'
-// definition and as the host is told.
+// definition and as the host gets them.
 #include "model/ClockGroups.h"
 #include "tests/support/Rows.h"
 

@@ -56,7 +56,7 @@ TEST(TimingModel, HasStartsAndEndsOnTheirEdges) {
                   setup + "(RECOVERY (posedge N) (posedge C) (1))") +
              second,
          clk, "starts: r/C rise, s/C rise, ends: r/D by r/C rise, r/N by r/C rise, s/D by s/C rise,"},
-        // Without a clock there is nothing, and the clock pins are told.
+        // Without a clock there is nothing, and the clock pins are reported.
         {nets + cell("R", "r", rising, setup) + second, "create_clock -name v -period 1\n",
          "starts: ends: unclocked: r/C, s/C,"},
         {nets + cell("R", "r", rising, setup) + second, "create_clock -name c -period 1 [get_pins r/C]\n",

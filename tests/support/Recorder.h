@@ -1,4 +1,4 @@
-// Records what Ruvex::console is told, and keeps it quiet meanwhile.
+// Records the messages of Ruvex::console, which prints nothing meanwhile.
 //
 //   Support::Recorder recorder;
 //   tool->launch();

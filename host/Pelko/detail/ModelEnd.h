@@ -1,4 +1,4 @@
-// The destruction of a model in which listeners may throw: each listener is told of each object, and the
+// The destruction of a model in which listeners may throw: each listener is notified of each object, and the
 // first exception is kept for whoever destroys the model.
 #pragma once
 
